@@ -1,0 +1,69 @@
+// Files: a table of five open streams known by small numbers, and the rules by which a path is cut and found.
+//
+// Paths are texts in the form of the system. A file is looked for by its exact name and then, on systems whose file
+// names differ by case, ignoring case, component by component, because models come from systems that ignore it; a
+// backslash separates as a slash does. Only regular files can be opened for reading.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace pelt {
+
+inline constexpr int FILE_TABLE_SIZE = 5;
+inline constexpr size_t PATH_BUFFER_SIZE = 512;
+
+int file_table_init();  // always 1; later calls do nothing
+
+// Slot number 0 to 4, or -1. The mode is "r" or "w"; bytes pass as they are in both.
+int file_open(const char* path, const char* mode);
+int file_close(int slot);  // 1; 0 for a slot that is not open
+size_t file_read(int slot, void* buffer, size_t size, size_t count);
+size_t file_write(int slot, const void* buffer, size_t size, size_t count);
+
+// A line of at most size - 1 bytes, without its LF (and the CR before it); null at the end or on a bad slot.
+char* file_gets(char* buffer, int size, int slot);
+int file_eof(int slot);
+int file_error(int slot);
+int file_exists(const char* path);
+int file_write_all(const char* path, const void* data, size_t size);  // 1; 0 when the file cannot be opened
+
+// The whole file as a new heap block (std::free), or null; an empty file gives null. size may be null.
+char* file_read_all(const char* path, size_t* size);
+
+// The name under which the file exists on disk, found as told above; empty when there is no regular file.
+std::string file_resolve(const char* path);
+
+// Directory and name joined by the separator of the system.
+std::string path_join(const char* directory, const char* file);
+
+// How paths are cut. Here both separators count and a directory keeps its case; on Win32 only the backslash
+// separates and a directory is lower case.
+struct PathRules {
+    bool slash_separates;
+    bool lower_directory;
+};
+inline constexpr PathRules PATH_RULES_POSIX{true, false};
+inline constexpr PathRules PATH_RULES_WIN32{false, true};
+#ifdef _WIN32
+inline constexpr PathRules PATH_RULES = PATH_RULES_WIN32;
+#else
+inline constexpr PathRules PATH_RULES = PATH_RULES_POSIX;
+#endif
+
+// Lower-case name without directory and without an extension of three characters; null for null, an empty text, one
+// of four characters or fewer, or of 512 and more. The result lies in a buffer shared with path_directory.
+const char* path_base_name(const char* path, PathRules rules = PATH_RULES);
+
+// Directory with its trailing separator, or the empty text; null as above.
+const char* path_directory(const char* path, PathRules rules = PATH_RULES);
+
+// The path with what stands behind its last dot replaced; in a static text.
+const char* path_set_extension(const char* path, const char* extension);
+
+// Older forms without tests of length; path_file_dir drops the separator.
+const char* path_file_name(const char* path, PathRules rules = PATH_RULES);
+const char* path_file_dir(const char* path, PathRules rules = PATH_RULES);
+
+}  // namespace pelt

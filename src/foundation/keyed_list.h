@@ -1,0 +1,131 @@
+// KeyedList: the one collection of the system. Elements of a fixed size stored by value in numbered slots, each slot
+// with a key. A slot never changes, and neither does the address of an element while it is in the list: storage grows
+// by whole blocks. Removal leaves a hole, which the next add fills (lowest first), so that a walk goes in slot order.
+// Look-up and add by key cost constant time. Elements are plain bytes: what they own is released by their owner.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <type_traits>
+
+namespace pelt {
+
+enum KeyKind : int32_t { KEY_NONE = 0, KEY_INT = 1, KEY_STRING = 2 };
+
+// Bytes of a text key that are stored. A longer key is cut to these and is never found again.
+inline constexpr size_t KEY_TEXT_SIZE = 32;
+
+struct ListStorage;  // blocks of elements, key table, look-up index
+
+// A plain record: it may be copied byte by byte to hand the list on (the source must then be forgotten).
+// Zero-filled, it is a valid list that refuses everything.
+struct KeyedList {
+    int32_t kind;          // KeyKind
+    int32_t cursor;        // slot of the walk in progress; one for each list
+    int32_t count;         // occupied slots
+    int32_t element_size;  // bytes of an element; 0 for a list that was not set up
+    int32_t capacity;      // slots: 0, 16, 32, 64, ...
+    ListStorage* storage;  // null until the first add
+};
+
+// Sets the record up for elements of this size; releases nothing. Returns 0, with the record as it was, for a null
+// list, a size below 1 or an unknown kind; else 1.
+int list_init(KeyedList* list, int32_t element_size, int32_t kind);
+
+// Releases the storage and zeroes the record, so that it has to be set up again. 0 for null, else 1.
+int list_free(KeyedList* list);
+
+// Releases the storage; the list stays set up. 0 for null, else 1.
+int list_clear(KeyedList* list);
+
+// Byte-wise (shallow) copy with its own storage. The destination's old content is not released. 0 for a null source.
+int list_copy(const KeyedList* source, KeyedList* destination);
+
+// The element under the key, existing or new. A new element is zero-filled in a slot never used before, and holds
+// the bytes of its former tenant in a slot used again. Null for a list not set up, a key of the wrong type, a null
+// text. A KEY_NONE list takes a new slot at every add.
+void* list_add(KeyedList* list, int32_t key);
+void* list_add(KeyedList* list, const char* key);
+
+// Frees the slot of the key; the element's bytes stay. 1 when a slot was freed, else 0. An integer key below 1 is
+// never removed; nothing is ever removed from a KEY_NONE list.
+int list_remove(KeyedList* list, int32_t key);
+int list_remove(KeyedList* list, const char* key);
+
+// Frees an occupied slot by its number, whatever its key; the way out for keys that cannot be found. 1 or 0.
+int list_remove_slot(KeyedList* list, int32_t slot);
+
+// The element under the key, or null. The cursor is not touched.
+void* list_find(const KeyedList* list, int32_t key);
+void* list_find(const KeyedList* list, const char* key);
+
+// First and next element of the walk that the list's cursor holds, with the key; null at the end. A key text lies in
+// the key table and is always terminated. An empty list leaves the cursor where it was.
+void* list_first(KeyedList* list);
+void* list_first(KeyedList* list, int32_t* key);
+void* list_first(KeyedList* list, const char** key);
+void* list_next(KeyedList* list);
+void* list_next(KeyedList* list, int32_t* key);
+void* list_next(KeyedList* list, const char** key);
+
+// Occupied slots; 0 for null or a list without storage.
+int32_t list_count(const KeyedList* list);
+
+// Slot of the key (by_rank 0), or the number of occupied slots before it (by_rank not 0); -1 when absent.
+int32_t list_index_of(const KeyedList* list, int32_t key, int by_rank);
+int32_t list_index_of(const KeyedList* list, const char* key, int by_rank);
+
+// Element of a slot (by_rank 0, constant time) or of the occupied slot with that rank (by_rank not 0, linear).
+// Null for a free slot or an index out of range, negative ones included.
+void* list_at(const KeyedList* list, int32_t index, int by_rank);
+
+// Key of an occupied slot; 0 or null otherwise.
+int32_t list_int_key(const KeyedList* list, int32_t slot);
+const char* list_text_key(const KeyedList* list, int32_t slot);
+
+// First occupied slot at or behind the given one, or the capacity when there is none.
+int32_t list_next_slot(const KeyedList* list, int32_t slot);
+
+// A walk that leaves the list's cursor alone and may be nested: for (Point& point : list_elements<Point>(list)).
+// The iterator knows slot() and int_key() and text_key(). Elements added behind the current slot are met too;
+// removing the element in hand is safe.
+template <typename Element>
+class ListElements {
+    static_assert(std::is_trivially_copyable_v<Element>);
+
+public:
+    class iterator {
+    public:
+        iterator(const KeyedList* list, int32_t slot) : list_(list), slot_(slot) {}
+        Element& operator*() const { return *static_cast<Element*>(list_at(list_, slot_, 0)); }
+        Element* operator->() const { return static_cast<Element*>(list_at(list_, slot_, 0)); }
+        iterator& operator++() {
+            slot_ = list_next_slot(list_, slot_ + 1);
+            return *this;
+        }
+        // The end is wherever no slot is left, also when the list grew or was emptied during the walk.
+        bool operator!=(std::default_sentinel_t) const { return list_ != nullptr && slot_ < list_->capacity; }
+        int32_t slot() const { return slot_; }
+        int32_t int_key() const { return list_int_key(list_, slot_); }
+        const char* text_key() const { return list_text_key(list_, slot_); }
+
+    private:
+        const KeyedList* list_;
+        int32_t slot_;
+    };
+
+    explicit ListElements(const KeyedList* list) : list_(list) {}
+    iterator begin() const { return iterator(list_, list_next_slot(list_, 0)); }
+    std::default_sentinel_t end() const { return {}; }
+
+private:
+    const KeyedList* list_;
+};
+
+template <typename Element>
+ListElements<Element> list_elements(const KeyedList& list) {
+    return ListElements<Element>(&list);
+}
+
+}  // namespace pelt

@@ -1,0 +1,43 @@
+// Decoded images, shared by path and counted. The registry lives as long as the process and is independent of the
+// scene: an image goes when its last user gives it back.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/keyed_list.h"
+
+namespace pelt {
+
+struct ImageData {
+    char* path;  // heap text: the identity of the image
+    int32_t width;
+    int32_t height;
+    unsigned char* pixels;        // 3 bytes a pixel, red, green, blue, rows without padding
+    unsigned char* keyed_pixels;  // null, or 4 bytes a pixel made by image_keyed
+    int32_t ref_count;
+    int32_t id;
+};
+
+// Pixels of the image, read on first use, with one more reference. Null on failure, with the load error set and both
+// outputs 0.
+unsigned char* image_load(const char* path, int32_t* width, int32_t* height);
+
+// Gives back one reference. 1 when the image was registered, else 0.
+int image_release(const char* path);
+int image_release_id(int32_t id);
+
+// Pixels with alpha 0 where the colour equals the key and 255 elsewhere; the first key ever asked for stays. Null for
+// a path that is not registered.
+unsigned char* image_keyed(const char* path, int red, int green, int blue);
+
+ImageData* image_find(const char* path);
+ImageData* image_find_id(int32_t id);
+
+// All registered images, in the order of their slots.
+const KeyedList* image_registry();
+
+// 1 when every registered image has its console companions (.p2i, and .p2c for a palette); else 0 with the load
+// error set.
+int image_check_ps2_files();
+
+}  // namespace pelt

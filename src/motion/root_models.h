@@ -1,0 +1,20 @@
+// The models that stand directly in the scene: adding, removing, closing all.
+#pragma once
+
+#include <cstdint>
+
+#include "scene/session.h"
+
+namespace pelt {
+
+// Takes over both; returns the id of the model's ModelState, 0 for a null model.
+int32_t session_add_root(Session* session, Model* model, ModelAnimation* animation);
+
+// Forgets and releases one root by its key in root_models; what pointed at it from elsewhere in the scene (animation
+// parents, borrowed links) is emptied first. 1, or 0 for an unknown key.
+int session_remove_root(Session* session, int32_t key);
+
+// Reports, empties the scene, reports. Always 1.
+int session_close_all(Session* session);
+
+}  // namespace pelt

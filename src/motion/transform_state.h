@@ -1,0 +1,28 @@
+// Evaluated placements of models, joints, children and points.
+#pragma once
+
+#include <cstdint>
+
+#include "scene/session.h"
+
+namespace pelt {
+
+// The record of its owner, created on first use; null for a null argument.
+ModelState* model_state(Session* session, Model* model);
+JointState* joint_state(Session* session, Model* model, Joint* joint);
+ChildState* child_state(Session* session, ChildLink* link);
+PointState* point_state(Session* session, Point* point);
+
+void scene_evaluate(Session* session);  // every root model at anim_time
+void model_evaluate(Session* session, float time, Model* model, ModelAnimation* animation);
+void joints_evaluate(Session* session, float time, Model* model, ModelAnimation* animation);
+void joint_evaluate(Session* session, float time, Model* model, ModelAnimation* animation, Joint* joint);
+void points_evaluate(Session* session, float time, Model* model);
+
+// One link and all below it; number counts the links depth first. Returns the next free number.
+int32_t child_evaluate(Session* session, float time, ChildLink* link, ModelAnimation* animation, int32_t number);
+
+// matrix and gl_matrix from translate, scale and rotation.
+void model_state_rebuild(ModelState* state);
+
+}  // namespace pelt

@@ -1,0 +1,23 @@
+// The frame: from "draw" to the swap, and what the window layer calls back.
+#pragma once
+
+#include "render/view_matrices.h"
+
+namespace pelt {
+
+struct Session;
+
+// Binds the one session and the one view to the renderer; called once at start.
+void frame_bind(Session* session, ViewState* view);
+
+void view_init(WindowHandle window, int32_t zero, const void* event);
+void view_resize(WindowHandle window, int32_t zero, const void* event);
+void view_set_size(int32_t width, int32_t height);  // 0, 0 follows the parent again; else 20 to 3000
+void frame_draw();
+void frame_draw_unswapped();  // the same picture, left in the back buffer
+void frame_swap();
+
+// Runs the half-texel inset of texture coordinates when the value differs from display_smooth; never stores it.
+void session_set_smooth(Session* session, int32_t on);
+
+}  // namespace pelt

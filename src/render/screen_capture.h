@@ -1,0 +1,11 @@
+// The picture in the window as a TGA file.
+#pragma once
+
+#include <cstdint>
+
+namespace pelt {
+
+// Writes the lower left part of the viewport, at most this size, cut to multiples of four. Reports nothing.
+void screen_capture(const char* path, int32_t width, int32_t height);
+
+}  // namespace pelt

@@ -1,0 +1,16 @@
+// Primitives as OpenGL calls. Each returns the number of triangles drawn, 0 for a primitive with a reference that
+// cannot be resolved.
+#pragma once
+
+#include <cstdint>
+
+#include "scene/session.h"
+
+namespace pelt {
+
+void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, float (*uvs)[2], int count);
+int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored,
+                      bool reflection);
+int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool textured, bool mirrored, bool reflection);
+
+}  // namespace pelt

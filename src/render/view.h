@@ -1,0 +1,36 @@
+// The one view: its record and its arithmetic. No OpenGL here; see view_matrices.h for what reaches it.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/math3d.h"
+#include "window/gl_window.h"
+
+namespace pelt {
+
+struct Session;
+
+struct ViewState {
+    int32_t freerotate;    // the modelview matrix of the context is the state
+    WindowHandle window;   // 0 until one is created; never cleared
+    float zoom;            // larger shows more
+    float pan_x, pan_y;    // world units
+    float angle, pitch;    // degrees about y and x
+    float extent_x, extent_y, extent_z;
+    int32_t width, height;  // pixels
+    Vec3 focus;
+    int32_t fixed_size;
+    float background[3];
+};
+
+void view_set_freerotate(ViewState* view, int32_t on);
+void view_set_focus(ViewState* view, float x, float y, float z);
+void view_set_zoom(ViewState* view, float factor);  // held in 0.001 to 100.0; a non-number gives 0.001
+void view_pan_pixels(ViewState* view, float x, float y, int relative);
+
+// Extents that show a sphere of this radius. With keep they only grow, and the zoom makes up for it.
+void view_fit(ViewState* view, float radius, bool keep);
+void view_reset(ViewState* view);
+void view_fit_scene(ViewState* view, const Session* session);
+
+}  // namespace pelt

@@ -1,0 +1,58 @@
+// A Model: what one .mod file becomes. Owns its lists; images belong to the registry, run-time state to the Session.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "foundation/keyed_list.h"
+#include "foundation/math3d.h"
+#include "scene/layer.h"
+#include "scene/point.h"
+#include "scene/primitive.h"
+#include "scene/skeleton.h"
+
+namespace pelt {
+
+// Bounds of a tree of child models, each link counted.
+inline constexpr int MODEL_TREE_DEPTH_LIMIT = 32;
+inline constexpr int MODEL_TREE_NODE_LIMIT = 4096;
+
+struct Model {
+    Model* parent;  // null for a root
+    char path[256];  // directory with its trailing separator; empty for none
+    char name[128];  // lower case, without directory and extension
+    int32_t tag;
+    int32_t has_gouraud;
+    int32_t has_normals;
+    KeyedList points;    // Point, KEY_INT
+    KeyedList joints;    // Joint, KEY_STRING
+    KeyedList blends;    // BlendWeight, KEY_INT
+    KeyedList layers;    // Layer, KEY_STRING
+    KeyedList children;  // ChildLink, KEY_INT
+    Vec3 bounds_min;
+    Vec3 bounds_max;
+    int32_t state_index;  // slot in Session::model_states, -1 for none
+    char* opened_path;    // heap text: the file it was read from, as given; null when unknown or renamed since
+};
+
+Model* model_create(const char* path, Model* parent);  // null for a null path; the file need not exist
+int model_release(Model* model);                       // with all children it owns; 0 for null
+int model_rename(Model* model, const char* path);
+const char* model_name(const Model* model);
+const char* model_full_path(const Model* model);  // static text
+void model_set_tag(Model* model, int32_t tag);
+int32_t model_tag(const Model* model);
+int model_scale(Model* model, float x, float y, float z);  // 0, and nothing done, when a factor is 0
+
+int32_t model_count_points(const Model* model);
+int32_t model_count_joints(const Model* model);
+int32_t model_count_layers(const Model* model);
+int32_t model_count_children(const Model* model);  // all descendants
+// With a null layer name: triangle records of all layers. With a name: quads twice, polygons as their triangles.
+int32_t model_count_triangles(const Model* model, const char* layer);
+int32_t model_count_lines(const Model* model, const char* layer);
+
+// Directory of the model and a file name, joined in the buffer and cut to its size.
+void model_file_path(const Model* model, const char* file, char* buffer, size_t size);
+
+}  // namespace pelt

@@ -1,0 +1,113 @@
+// The Session: the one record of everything in the scene, its reports to the script, and the forgetting of caches.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/keyed_list.h"
+#include "scene/model.h"
+#include "scene/states.h"
+
+namespace pelt {
+
+inline constexpr size_t STATUS_TEXT_SIZE = 512;
+inline constexpr float EMPTY_SCENE_RADIUS = 10.0f;
+inline constexpr int DIGIT_BITMAP_SIZE = 96;  // bytes of a glyph slot, of which 12 are used
+
+struct SelectedModel {
+    Model* model;  // to be used only while the key still names it: see selection_current_model
+};
+
+struct SelectedChild {
+    ChildLink* link;
+};
+
+// What is selected. The six unnamed lists are set up, cleared and copied; nothing fills them.
+struct SelectionSet {
+    KeyedList models;     // SelectedModel, KEY_INT: ModelState id or ChildState id
+    KeyedList unused[6];
+    KeyedList children;   // SelectedChild, KEY_INT: ChildState id
+    Vec3 centre;
+    Vec3 axis;
+};
+
+struct Session {
+    KeyedList model_states;     // ModelState, KEY_INT
+    KeyedList point_states;     // PointState, KEY_INT
+    KeyedList triangle_caches;  // TriangleCache, KEY_INT
+    KeyedList joint_states;     // JointState, KEY_INT
+    KeyedList child_states;     // ChildState, KEY_INT
+    KeyedList root_models;      // RootModel, KEY_INT
+    char* animation_path;       // heap text or null
+    float anim_time;            // seconds
+    float anim_step;
+    int32_t anim_rate;
+    float anim_end;
+    SelectionSet selection;
+    SelectionSet clipboard;
+    KeyedList file_list;  // never set up, so that it stays empty
+    int32_t clipboard_cut;
+    int32_t display_wireframe;
+    int32_t display_points;
+    int32_t display_triangles;
+    int32_t display_mirror;
+    int32_t display_textures;
+    int32_t display_smooth;
+    int32_t display_normals;
+    int32_t display_transparency;
+    int32_t display_backfaces;
+    int32_t display_lighting;
+    int32_t display_curves;
+    int32_t display_curvenet;
+    int32_t display_skeleton;
+    int32_t display_gouraud;
+    int32_t display_quadlines;
+    int32_t display_pnfilter;
+    int32_t display_curvepath;
+    int32_t display_lod;
+    int32_t display_reflect;
+    int32_t display_lines;
+    int32_t triangles_drawn;
+    float radius;
+    int32_t points_color_index;
+    Vec3 centre;
+    unsigned char digit_bitmaps[10][DIGIT_BITMAP_SIZE];
+    int32_t digit_bitmaps_ready;
+    const char* last_message;  // not owned
+    void (*status_callback)(const char* text);
+    void (*message_callback)(const char* text);
+};
+
+// Ids of run-time records: never reset, so that no id ever comes back.
+extern int32_t next_model_state_id;
+extern int32_t next_joint_state_id;
+extern int32_t next_child_state_id;
+extern int32_t next_point_state_id;
+extern int32_t next_triangle_cache_id;
+extern int32_t next_root_id;
+
+void session_set_status_callback(Session* session, void (*callback)(const char* text));
+void session_set_message_callback(Session* session, void (*callback)(const char* text));
+
+// Reports the text behind the time and the count of triangles, cut to STATUS_TEXT_SIZE. Nothing without a callback.
+void session_status(Session* session, const char* text);
+
+// Message callback first, status callback second, both with the bare text, which is copied before they run.
+void session_message(Session* session, const char* text);
+const char* session_last_message(const Session* session);
+
+void session_restore_display(Session* session);  // all display flags to their defaults
+void session_clear_bounds(Session* session);     // radius 10, centre 0
+void session_build_digits(Session* session);
+
+int32_t session_triangles_drawn(const Session* session);
+float session_anim_time(const Session* session);
+float session_anim_end(const Session* session);
+
+// Removes every run-time record that hangs on the model, children first. A link without a model, and a model that has
+// a root of its own (a borrowed link), are passed over. 0 for null, else 1.
+int session_forget_model(Session* session, Model* model);
+
+// The same for what hangs on one layer.
+void session_forget_layer(Session* session, Layer* layer);
+
+}  // namespace pelt

@@ -1,0 +1,53 @@
+// What a model hangs together by: joints, blend groups, and links to child models.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/math3d.h"
+
+namespace pelt {
+
+struct Model;
+
+struct Joint {
+    int32_t id;
+    char name[128];
+    char parent_name[128];  // a joint's name, or "world"
+    Vec3 position;
+    int32_t parent_index;  // rank of the parent, -1 for none; set by the reader when the whole file is read
+    int32_t point_count;
+    int32_t state_index;  // slot in Session::joint_states, -1 for none
+};
+
+struct BlendWeight {
+    int32_t point_count;
+    Joint* joint_a;
+    Joint* joint_b;
+};
+
+struct ChildLink {
+    int32_t id;
+    char name[128];  // model file, without directory and extension
+    Model* model;    // null until it is loaded
+    Vec3 position;
+    Vec3 scale;
+    char rotate[3][8];
+    int32_t state_index;  // slot in Session::child_states, -1 for none
+    int32_t borrowed;     // 1: the model is owned by its own root and is not released with this link
+};
+
+// 1, or 0 with a load error (name taken, own parent). A parent that does not exist yet is no error.
+int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_t z, const char* parent,
+                    int32_t point_count);
+Joint* model_find_joint(const Model* model, const char* name);      // null for "world" and unknown names
+int32_t model_joint_index(const Model* model, const char* name);    // rank, -1 when absent
+BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* joint_b, int32_t count);
+
+// The new link, null for a null name. The rotation texts are cut to 7 characters; null is an empty text.
+ChildLink* model_add_child(Model* model, Model* child, const char* name, float x, float y, float z, float scale_x,
+                           float scale_y, float scale_z, const char* rotate_x, const char* rotate_y,
+                           const char* rotate_z);
+ChildLink* model_find_child(const Model* model, const char* name);  // of this model only; load error when absent
+int32_t model_child_index(const Model* model, const char* name);    // depth-first number below the model, or -1
+
+}  // namespace pelt

@@ -1,0 +1,46 @@
+// The OpenGL window: what the rest of the system knows of it. All rules stand here once; native.h below is the seam
+// to the window system. Every operation on a window that does not exist, or has lost its context, does nothing.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/keyed_list.h"
+
+namespace pelt {
+
+using WindowHandle = std::uintptr_t;  // 0 for none
+
+// (window, 0, event record or null)
+using WindowProc = void (*)(WindowHandle window, int32_t zero, const void* event);
+
+void gl_system_init(std::uintptr_t instance);
+
+// Creates a child of the parent in its client size, makes the context, calls init, shows it; the first frame is
+// drawn when it returns. A name already in use gives that window. Returns the handle, 0 when the system refuses.
+WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc init, WindowProc paint,
+                              WindowProc resize, WindowProc event, int popup);
+
+void gl_make_current(WindowHandle window);  // 0 releases the current context
+bool gl_context_current(WindowHandle window);  // this window's context is there and current
+void gl_begin_paint(WindowHandle window);
+void gl_end_paint(WindowHandle window);
+void gl_swap_buffers(WindowHandle window);
+bool gl_swap_keeps_back_buffer(WindowHandle window);
+void gl_set_background(WindowHandle window, int red, int green, int blue);
+void gl_context_destroy(WindowHandle window);
+
+// Place in the parent and size of the drawing area, in pixels. Outputs become 0 for a window that does not exist.
+void gl_window_geometry(WindowHandle window, int32_t* x, int32_t* y, int32_t* width, int32_t* height);
+WindowHandle gl_window_parent(WindowHandle window);
+void gl_window_move(WindowHandle window, int32_t x, int32_t y, int32_t width, int32_t height);  // border included
+
+void gl_show_cursor(int flag);
+void gl_status_text(WindowHandle status_bar, const char* text);
+
+// Every event of a window, as a message of three numbers, whatever the window system.
+std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
+
+// The window of a Tk window token (Tk_Window), made if Tk had not made it yet; 0 for null.
+WindowHandle gl_window_of_tk(void* tk_window);
+
+}  // namespace pelt
