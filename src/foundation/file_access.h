@@ -29,7 +29,8 @@ int file_error(int slot);
 int file_exists(const char* path);
 int file_write_all(const char* path, const void* data, size_t size);  // 1; 0 when the file cannot be opened
 
-// The whole file as a new heap block (std::free), or null; an empty file gives null. size may be null.
+// The whole file as a new heap block (std::free), or null; an empty file gives null. size may be null. A zero byte
+// that size does not count stands behind the content.
 char* file_read_all(const char* path, size_t* size);
 
 // The name under which the file exists on disk, found as told above; empty when there is no regular file.
@@ -56,10 +57,11 @@ inline constexpr PathRules PATH_RULES = PATH_RULES_POSIX;
 // of four characters or fewer, or of 512 and more. The result lies in a buffer shared with path_directory.
 const char* path_base_name(const char* path, PathRules rules = PATH_RULES);
 
-// Directory with its trailing separator, or the empty text; null as above.
+// Directory with its trailing separator, or the empty text; null for null, an empty text or one of 512 and more.
 const char* path_directory(const char* path, PathRules rules = PATH_RULES);
 
-// The path with what stands behind its last dot replaced; in a static text.
+// The path with the extension, given without its dot, in place of what stands behind the last dot that is followed by
+// three characters or more; without such a dot it is appended as it is. In a static text, cut to 511 bytes.
 const char* path_set_extension(const char* path, const char* extension);
 
 // Older forms without tests of length; path_file_dir drops the separator.

@@ -4,6 +4,7 @@
 // Look-up and add by key cost constant time. Elements are plain bytes: what they own is released by their owner.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -16,7 +17,23 @@ enum KeyKind : int32_t { KEY_NONE = 0, KEY_INT = 1, KEY_STRING = 2 };
 // Bytes of a text key that are stored. A longer key is cut to these and is never found again.
 inline constexpr size_t KEY_TEXT_SIZE = 32;
 
-struct ListStorage;  // blocks of elements, key table, look-up index
+// What a list that has had an element holds, private to the functions below; it stands here so that the access by slot
+// can be inlined. Block 0 holds slots 0 to 15, block 1 the next 16, and each further block as many as all before it.
+// A block is its elements followed by their keys.
+struct ListStorage {
+    unsigned char** blocks;           // small_blocks, or a heap array once there are more of them
+    unsigned char* small_blocks[2];
+    uint64_t* occupied;               // one bit a slot: small_occupied, or a heap array beyond 64 slots
+    uint64_t small_occupied;
+    uint32_t* index;                  // open addressing: slot + 1, or 0 for a free place; null while there is no need
+    uint32_t index_mask;              // places of the index, less 1
+    int32_t index_count;              // places of the index that are taken
+    int32_t used;                     // slots from this one on have never been occupied
+    int32_t full_words;               // every slot in this many leading words of the bitmap is occupied
+    int32_t empty_words;              // every slot in this many leading words of the bitmap is free
+    int32_t first_key;                // see consecutive
+    bool consecutive;                 // KEY_INT: each occupied slot s holds the key first_key + s, so no index is needed
+};
 
 // A plain record: it may be copied byte by byte to hand the list on (the source must then be forgotten).
 // Zero-filled, it is a valid list that refuses everything.
@@ -78,14 +95,48 @@ int32_t list_index_of(const KeyedList* list, const char* key, int by_rank);
 
 // Element of a slot (by_rank 0, constant time) or of the occupied slot with that rank (by_rank not 0, linear).
 // Null for a free slot or an index out of range, negative ones included.
-void* list_at(const KeyedList* list, int32_t index, int by_rank);
+void* list_at_rank(const KeyedList* list, int32_t rank);
+inline void* list_at(const KeyedList* list, int32_t index, int by_rank);
 
 // Key of an occupied slot; 0 or null otherwise.
 int32_t list_int_key(const KeyedList* list, int32_t slot);
 const char* list_text_key(const KeyedList* list, int32_t slot);
 
 // First occupied slot at or behind the given one, or the capacity when there is none.
-int32_t list_next_slot(const KeyedList* list, int32_t slot);
+inline int32_t list_next_slot(const KeyedList* list, int32_t slot);
+int32_t list_next_slot_beyond(const KeyedList* list, int32_t slot);  // its slow half
+
+// Whether the slot, which must be at least 0 and below the capacity, is occupied.
+inline bool list_slot_occupied(const ListStorage* storage, int32_t slot) {
+    return (storage->occupied[slot >> 6] >> (slot & 63)) & 1;
+}
+
+// The block that holds a slot, and the slot with which a block begins.
+inline int32_t list_block_of(int32_t slot) {
+    return static_cast<int32_t>(std::bit_width(static_cast<uint32_t>(slot) | 8U)) - 4;
+}
+inline int32_t list_block_start(int32_t block) {
+    return static_cast<int32_t>((8U << block) & ~15U);
+}
+
+inline void* list_at(const KeyedList* list, int32_t index, int by_rank) {
+    if (by_rank != 0) {
+        return list_at_rank(list, index);
+    }
+    if (list == nullptr || index < 0 || index >= list->capacity || !list_slot_occupied(list->storage, index)) {
+        return nullptr;
+    }
+    const int32_t block = list_block_of(index);
+    const auto offset = static_cast<size_t>(index - list_block_start(block));
+    return list->storage->blocks[block] + offset * static_cast<size_t>(list->element_size);
+}
+
+inline int32_t list_next_slot(const KeyedList* list, int32_t slot) {
+    if (list != nullptr && slot >= 0 && slot < list->capacity && list_slot_occupied(list->storage, slot)) {
+        return slot;
+    }
+    return list_next_slot_beyond(list, slot);
+}
 
 // A walk that leaves the list's cursor alone and may be nested: for (Point& point : list_elements<Point>(list)).
 // The iterator knows slot() and int_key() and text_key(). Elements added behind the current slot are met too;

@@ -1,5 +1,9 @@
 // Geometry of curved primitives: control nets, evaluation on a grid, index lists, attributes, blending of weights.
 // No OpenGL, no records of the scene: other rooms bake with it.
+//
+// level is the level of detail, held to 1 to 6: level + 1 segments on each curved edge. type is the curve type of the
+// primitive. Vertices are numbered alike by the evaluation, the index lists, the attributes and the weights. Nothing
+// is allocated and nothing is refused: degenerate edges, zero normals and non-finite numbers give non-finite vertices.
 #pragma once
 
 #include <cstdint>
@@ -24,17 +28,30 @@ struct QuadPatch {
     Vec3 slots[24];
 };
 
+// The curve type by which a primitive that is no quad is evaluated and indexed: 1 and 2 stand for themselves,
+// everything else (4 may come from a file) is a full triangle, 3.
+inline constexpr int patch_triangle_type(int curve_type) { return curve_type == 1 || curve_type == 2 ? curve_type : 3; }
+
+// The two inner control points of an edge. Exchanging the ends gives the same two points in the other order. 2.
 int patch_edge_points(const Vec3* a, const Vec3* b, const Vec3* normal_a, const Vec3* normal_b, Vec3 out[2]);
+
+// The normal in the middle of an edge. 1.
 int patch_edge_normal(const Vec3* a, const Vec3* b, const Vec3* normal_a, const Vec3* normal_b, Vec3* out);
+
+// The centre control point from the boundary in order: a corner, the two points of the edge behind it, and so on. 1.
 int patch_centre(const Vec3 boundary[9], Vec3* out);
+
+// normals: corner normals in places 0 to 2 (0 to 3 of a quad), then two for each edge from place 4 on, each at its
+// end: edges 0-1, 1-2, 2-0 of a triangle, 0-1, 1-3, 3-2, 2-0 of a quad.
 void patch_build_triangle(const Vec3 corners[3], const Vec3 normals[PATCH_NORMAL_PLACES], TrianglePatch* out);
 void patch_build_quad(const Vec3 corners[4], const Vec3 normals[PATCH_NORMAL_PLACES], QuadPatch* out);
 
-// Vertex counts. level is held to 1 to 6. A type without a rule for triangles counts as 3.
+// Vertex counts; both arrays have room for PATCH_VERTEX_LIMIT. A type without a rule for triangles counts as 3.
 int patch_eval_triangle(const TrianglePatch* patch, int type, int level, Vec3* positions, Vec3* normals);
 int patch_eval_quad(const QuadPatch* patch, int type, int level, Vec3* positions, Vec3* normals);
 
-// Triangle counts.
+// Triangle counts; out has room for PATCH_TRIANGLE_LIMIT. A type without a rule for triangles gives an empty list:
+// see patch_triangle_type.
 int patch_index_triangle(int type, int level, int16_t (*out)[3]);
 int patch_index_quad(int type, int level, int16_t (*out)[3]);
 
@@ -43,7 +60,17 @@ int patch_index_quad(int type, int level, int16_t (*out)[3]);
 int patch_attributes_triangle(const float* table, int attribute_count, int type, int level, float* out);
 int patch_attributes_quad(const float* table, int attribute_count, int type, int level, float* out);
 
+// Joint weights over a patch, in two steps. First, what is blended: from the weight of each corner (3, or 4 of a
+// quad) and whether its first joint is that of corner 0, table has as many floats as corners.
+void patch_weight_table(const float* weights, const bool* same_joint, int corners, float* table);
+
+// Second, the share of the first joint at each vertex, 1 - the blended table. Floats written, one a vertex.
+int patch_weights_triangle(const float* table, int type, int level, float* out);
+int patch_weights_quad(const float* table, int type, int level, float* out);
+
 void bezier_cubic(const Vec3* p0, const Vec3* p1, const Vec3* p2, const Vec3* p3, float t, Vec3* out);
+
+// s runs from corner 0 towards corner 1, t from corner 0 towards corner 2.
 void patch_point_quad(const QuadPatch* patch, float s, float t, Vec3* out);
 void patch_normal_quad(const QuadPatch* patch, float s, float t, Vec3* out);
 

@@ -13,10 +13,15 @@ using WindowHandle = std::uintptr_t;  // 0 for none
 // (window, 0, event record or null)
 using WindowProc = void (*)(WindowHandle window, int32_t zero, const void* event);
 
+// Empties the window layer; called once at start. The instance goes to the native layer: on X11 it is the Tcl_Interp
+// that loads the library (its main window names the display; 0 works until a cursor or the pointer is asked for before
+// there is a window), on Win32 the instance handle. A second call releases the contexts of all windows first.
 void gl_system_init(std::uintptr_t instance);
 
 // Creates a child of the parent in its client size, makes the context, calls init, shows it; the first frame is
-// drawn when it returns. A name already in use gives that window. Returns the handle, 0 when the system refuses.
+// drawn when it returns. A name already in use gives that window, also when it is dead. Returns the handle, 0 when the
+// system refuses (nothing is kept then). Null procedures are skipped. Without a context the window is shown and never
+// draws, and init is not called. A popup has no parent and no border.
 WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc init, WindowProc paint,
                               WindowProc resize, WindowProc event, int popup);
 
@@ -37,7 +42,12 @@ void gl_window_move(WindowHandle window, int32_t x, int32_t y, int32_t width, in
 void gl_show_cursor(int flag);
 void gl_status_text(WindowHandle status_bar, const char* text);
 
-// Every event of a window, as a message of three numbers, whatever the window system.
+// Hands the paint message over while a paint is pending, three times at most: a paint that only took over a new size
+// did not draw, and the next one does. For native layers and the creation of a window.
+void gl_paint_pending(WindowHandle window);
+
+// Every event of a window, as a message of three numbers, whatever the window system. Message and wparam count with
+// their low 16 bits, but for the wheel, which passes whole.
 std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
 
 // The window of a Tk window token (Tk_Window), made if Tk had not made it yet; 0 for null.

@@ -1,0 +1,280 @@
+// The line reader: hands the lines of a file or of a text in memory to a callback, cut into classified tokens.
+//
+// The accessors serve whichever read is innermost. What surprises: a read that ends leaves no read in progress, also
+// for the rest of the callback that started it; the enclosing read takes over again when that callback returns.
+#include "formats/line_reader.h"
+
+#include <cstddef>
+#include <cstring>
+#include <limits>
+
+#include "foundation/file_access.h"
+#include "foundation/load_error.h"
+#include "foundation/text.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr const char* DATA_NAME = "(data)";
+constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
+constexpr size_t BYTE_ORDER_MARK_SIZE = sizeof BYTE_ORDER_MARK - 1;
+
+// One running read, held by the operation that runs it. The arrays are filled up to token_count and no further, so
+// that starting a read or a line costs nothing for tokens that are not there.
+struct LineReader {
+    int file;  // slot of the open file; unused for a read from memory
+    const char* file_name;
+    char line[READER_LINE_SIZE];
+    int32_t line_number;
+    int32_t token_count;
+    char cut_line[READER_LINE_SIZE];  // the line with its tokens terminated in place
+    const char* tokens[READER_TOKEN_LIMIT];
+    WordClass classes[READER_TOKEN_LIMIT];
+    int32_t ints[READER_TOKEN_LIMIT];
+    float floats[READER_TOKEN_LIMIT];
+    bool abort;
+    const char* comment_chars;
+    int32_t comment_count;
+    const char* data;  // read position in memory, null for a file
+};
+
+LineReader* current_reader = nullptr;
+
+void make_current(LineReader* reader) {
+    current_reader = reader;
+    if (reader == nullptr) {
+        load_error_watch(nullptr, nullptr);
+    } else {
+        load_error_watch(reader->file_name, &reader->line_number);
+    }
+}
+
+bool is_blank(char c) { return c == ' ' || c == '\t'; }
+
+bool is_comment(const LineReader& reader) {
+    for (int32_t i = 0; i < reader.comment_count; ++i) {
+        if (reader.line[0] == reader.comment_chars[i]) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void store_token(LineReader& reader, const char* text) {
+    const int32_t index = reader.token_count++;
+    reader.tokens[index] = text;
+    reader.classes[index] = word_class(text);
+    if (reader.classes[index] == WORD_INT) {
+        reader.ints[index] = text_to_int(text);
+        reader.floats[index] = static_cast<float>(reader.ints[index]);
+    } else if (reader.classes[index] == WORD_FLOAT) {
+        // The integer value stays out of reach: an integer is asked for only where the token is written as one.
+        reader.floats[index] = to_float(text_to_double(text));
+    }
+}
+
+// Cuts the line into tokens; true when there is at least one. A comment character counts in the first column only.
+// An empty quoted token ends the line: what stands behind it is lost, as intended.
+bool split_line(LineReader& reader) {
+    reader.token_count = 0;
+    if (reader.line[0] == '\0' || is_comment(reader)) {
+        return false;
+    }
+    std::memcpy(reader.cut_line, reader.line, std::strlen(reader.line) + 1);
+    char* at = reader.cut_line;
+    while (reader.token_count < READER_TOKEN_LIMIT) {
+        while (is_blank(*at)) {
+            ++at;
+        }
+        const bool quoted = *at == '"';
+        char* const begin = quoted ? at + 1 : at;
+        char* end = begin;
+        if (quoted) {
+            while (*end != '\0' && *end != '"') {
+                ++end;
+            }
+        } else {
+            while (*end != '\0' && !is_blank(*end)) {
+                ++end;
+            }
+        }
+        if (end == begin) {
+            break;
+        }
+        const bool last = *end == '\0';
+        *end = '\0';
+        if (end - begin >= READER_TOKEN_SIZE) {
+            begin[READER_TOKEN_SIZE - 1] = '\0';
+        }
+        store_token(reader, begin);
+        if (last) {
+            break;
+        }
+        at = end + 1;  // behind a closing quote the next token may start at once
+    }
+    return reader.token_count > 0;
+}
+
+void count_line(LineReader& reader) {
+    if (reader.line_number < std::numeric_limits<int32_t>::max()) {
+        ++reader.line_number;
+    }
+}
+
+void drop_byte_order_mark(char* line) {
+    if (std::strncmp(line, BYTE_ORDER_MARK, BYTE_ORDER_MARK_SIZE) == 0) {
+        std::memmove(line, line + BYTE_ORDER_MARK_SIZE, std::strlen(line + BYTE_ORDER_MARK_SIZE) + 1);
+    }
+}
+
+// Every physical line counts, also an empty one.
+bool next_file_line(LineReader& reader) {
+    while (file_gets(reader.line, READER_LINE_SIZE, reader.file) != nullptr) {
+        if (reader.line_number == 0) {
+            drop_byte_order_mark(reader.line);
+        }
+        count_line(reader);
+        if (split_line(reader)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Lines without a byte do not count here, which differs from a file and is intended.
+bool next_data_line(LineReader& reader) {
+    while (*reader.data != '\0') {
+        constexpr size_t LONGEST = READER_LINE_SIZE - 1;
+        size_t length = 0;
+        while (length < LONGEST && reader.data[length] != '\0' && reader.data[length] != '\r' &&
+               reader.data[length] != '\n') {
+            ++length;
+        }
+        std::memcpy(reader.line, reader.data, length);
+        reader.line[length] = '\0';
+        reader.data += length;
+        reader.data += *reader.data == '\r' ? 1 : 0;
+        reader.data += *reader.data == '\n' ? 1 : 0;
+        if (length > 0) {
+            count_line(reader);
+            if (split_line(reader)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+bool arguments_usable(const char* source, const char* comment_chars, int32_t comment_count, LineCallback callback) {
+    return source != nullptr && callback != nullptr && (comment_chars != nullptr || comment_count < 1);
+}
+
+void start(LineReader& reader, const char* file_name, const char* comment_chars, int32_t comment_count) {
+    reader.file = -1;
+    reader.file_name = file_name;
+    reader.line[0] = '\0';
+    reader.line_number = 0;
+    reader.token_count = 0;
+    reader.abort = false;
+    reader.comment_chars = comment_chars;
+    reader.comment_count = comment_count;
+    reader.data = nullptr;
+}
+
+void hand_over(LineReader& reader, LineCallback callback, void* context) {
+    callback(context);
+    if (current_reader != &reader) {
+        make_current(&reader);  // a nested read ran
+    }
+}
+
+// The token behind the index of the read in progress, or -1.
+int32_t valid_index(int32_t index) {
+    return current_reader != nullptr && index >= 0 && index < current_reader->token_count ? index : -1;
+}
+
+bool has_class(int32_t index, WordClass wanted) {
+    return valid_index(index) >= 0 && current_reader->classes[index] == wanted;
+}
+
+}  // namespace
+
+int reader_run_file(const char* path, const char* comment_chars, int32_t comment_count, LineCallback callback,
+                    void* context) {
+    if (!arguments_usable(path, comment_chars, comment_count, callback)) {
+        return 0;
+    }
+    const int file = file_open(path, "r");
+    if (file < 0) {
+        make_current(nullptr);
+        return 0;
+    }
+    LineReader reader;
+    start(reader, path, comment_chars, comment_count);
+    reader.file = file;
+    make_current(&reader);
+    while (!reader.abort && next_file_line(reader)) {
+        hand_over(reader, callback, context);
+    }
+    // A stream that broke off is not a file read to its end.
+    const bool broken = file_error(file) != 0;
+    file_close(file);
+    make_current(nullptr);
+    return reader.abort || broken ? 0 : 1;
+}
+
+int reader_run_data(const char* text, const char* comment_chars, int32_t comment_count, LineCallback callback,
+                    void* context) {
+    if (!arguments_usable(text, comment_chars, comment_count, callback)) {
+        return 0;
+    }
+    LineReader reader;
+    start(reader, DATA_NAME, comment_chars, comment_count);
+    reader.data = text;
+    if (std::strncmp(text, BYTE_ORDER_MARK, BYTE_ORDER_MARK_SIZE) == 0) {
+        reader.data += BYTE_ORDER_MARK_SIZE;
+    }
+    make_current(&reader);
+    while (!reader.abort && next_data_line(reader)) {
+        hand_over(reader, callback, context);
+    }
+    make_current(nullptr);
+    return reader.abort ? 0 : 1;
+}
+
+void reader_abort() {
+    if (current_reader != nullptr) {
+        current_reader->abort = true;
+    }
+}
+
+int32_t reader_token_count() { return current_reader != nullptr ? current_reader->token_count : 0; }
+
+int reader_token_equals(const char* text, int32_t index) {
+    return text != nullptr && valid_index(index) >= 0 && std::strcmp(current_reader->tokens[index], text) == 0;
+}
+
+int reader_is_int(int32_t index) { return has_class(index, WORD_INT); }
+
+int reader_is_float(int32_t index) { return has_class(index, WORD_FLOAT); }
+
+int reader_is_text(int32_t index) { return has_class(index, WORD_TEXT); }
+
+int32_t reader_int(int32_t index) { return has_class(index, WORD_INT) ? current_reader->ints[index] : 0; }
+
+float reader_float(int32_t index) {
+    return has_class(index, WORD_INT) || has_class(index, WORD_FLOAT) ? current_reader->floats[index] : 0.0f;
+}
+
+const char* reader_text(int32_t index) {
+    return valid_index(index) >= 0 ? current_reader->tokens[index] : nullptr;
+}
+
+const char* reader_line() { return current_reader != nullptr ? current_reader->line : nullptr; }
+
+int32_t reader_line_number() { return current_reader != nullptr ? current_reader->line_number : 0; }
+
+const char* reader_file_name() { return current_reader != nullptr ? current_reader->file_name : nullptr; }
+
+}  // namespace pelt

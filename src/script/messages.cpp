@@ -1,0 +1,73 @@
+// The boxes. What surprises: one form lets Tcl substitute in the text and the other hands it over as one list element.
+// Escaping brackets in the second would not do, because a backslash already in a file's text would undo the escape.
+#include "script/messages.h"
+
+#include <cstdio>
+#include <string>
+
+#include <tcl.h>
+
+#include "foundation/text.h"
+#include "script/tcl_glue.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr char INFO_SCRIPT[] = "tk_messageBox -type ok -title Information -icon info -message";
+constexpr char ERROR_SCRIPT[] = "tk_messageBox -type ok -title Error -icon error -message";
+constexpr size_t QUOTING = 3;  // a blank and two double quotes around the text
+
+// The text as the box gets it: in Tcl's form, without double quotes, cut to what the script's buffer leaves.
+std::string box_text(const char* text, size_t script_length) {
+    std::string result = system_to_tcl(text);
+    str_replace_char(result.data(), '"', '\'');
+    const size_t room = MESSAGE_SCRIPT_SIZE - 1 - QUOTING - script_length;
+    if (result.size() > room) result.resize(room);
+    return result;
+}
+
+std::string script_with_substitution(const char* script, const char* text) {
+    const std::string start = script;
+    return start + " \"" + box_text(text, start.size()) + "\"";
+}
+
+std::string format_text(const char* format, const char* first, const char* second) {
+    char buffer[MESSAGE_SIZE];
+    std::snprintf(buffer, sizeof buffer, format, first != nullptr ? first : "", second != nullptr ? second : "");
+    return buffer;
+}
+
+}  // namespace
+
+void msg_info(const char* text) {
+    if (text == nullptr) return;
+    tcl_eval(script_with_substitution(INFO_SCRIPT, text).c_str());
+}
+
+void msg_error(const char* text) {
+    const std::string script = script_with_substitution(ERROR_SCRIPT, text != nullptr ? text : "unknown");
+    tcl_result_reset();
+    tcl_eval(script.c_str());
+}
+
+void msg_info_data(const char* text) {
+    if (text == nullptr || tcl_interp() == nullptr) return;
+    Tcl_DString script;
+    Tcl_DStringInit(&script);
+    Tcl_DStringAppend(&script, INFO_SCRIPT, -1);
+    const std::string shown = tcl_resolve_backslashes(box_text(text, sizeof INFO_SCRIPT - 1));
+    Tcl_DStringAppendElement(&script, shown.c_str());
+    tcl_eval(Tcl_DStringValue(&script));
+    Tcl_DStringFree(&script);
+}
+
+void msg_info_format(const char* format, const char* first, const char* second) {
+    msg_info(format_text(format, first, second).c_str());
+}
+
+void msg_info_data_format(const char* format, const char* first) {
+    msg_info_data(format_text(format, first, nullptr).c_str());
+}
+
+}  // namespace pelt

@@ -1,0 +1,160 @@
+// The connection to Tcl. What surprises: the interpreter can end at any moment in which scripts run, also inside a
+// call of this library, so that it is looked up afresh by every operation and held while a script runs in it.
+#include "script/tcl_glue.h"
+
+#include <cstring>
+
+#include "foundation/text.h"
+
+#include <tcl.h>
+// Behind everything of ours, for the macros of Xlib.
+#include <tk.h>
+
+namespace pelt {
+
+namespace {
+
+constexpr char STUBS_VERSION[] = "8.4";
+TclGlue glue;
+
+void interpreter_deleted(void*, Tcl_Interp* interp) {
+    if (glue.interp == interp) glue.interp = nullptr;
+}
+
+bool is_ascii(const char* text, size_t length) {
+    for (size_t i = 0; i < length; ++i) {
+        if (static_cast<unsigned char>(text[i]) >= 0x80) return false;
+    }
+    return true;
+}
+
+int text_length(size_t length) { return static_cast<int>(length); }
+
+}  // namespace
+
+int tcl_glue_init(Tcl_Interp* interp) {
+    glue = TclGlue{};
+    if (Tcl_InitStubs(interp, STUBS_VERSION, 0) == nullptr) return 1;
+    if (Tk_InitStubs(interp, STUBS_VERSION, 0) == nullptr) return 1;
+    glue.interp = interp;
+    Tcl_CallWhenDeleted(interp, interpreter_deleted, nullptr);
+    return 0;
+}
+
+TclGlue* tcl_glue() { return &glue; }
+
+Tcl_Interp* tcl_interp() {
+    if (glue.interp == nullptr || Tcl_InterpDeleted(glue.interp)) return nullptr;
+    return glue.interp;
+}
+
+int tcl_add_command(const char* name, TclCommandProc procedure, void* client_data) {
+    Tcl_Interp* interp = tcl_interp();
+    if (name == nullptr || procedure == nullptr || interp == nullptr) return 0;
+    Tcl_CreateCommand(interp, name, procedure, client_data, nullptr);
+    return 1;
+}
+
+int tcl_add_obj_command(const char* name, TclObjectProc procedure, void* client_data) {
+    Tcl_Interp* interp = tcl_interp();
+    if (name == nullptr || procedure == nullptr || interp == nullptr) return 0;
+    Tcl_CreateObjCommand(interp, name, procedure, client_data, nullptr);
+    return 1;
+}
+
+int tcl_eval(const char* script) {
+    Tcl_Interp* interp = tcl_interp();
+    if (script == nullptr || interp == nullptr) return 0;
+    Tcl_Preserve(interp);
+    const int code = Tcl_GlobalEval(interp, script);
+    Tcl_Release(interp);
+    return code != TCL_ERROR;
+}
+
+int tcl_eval_aside(const char* script) {
+    Tcl_Interp* interp = tcl_interp();
+    if (script == nullptr || interp == nullptr) return 0;
+    Tcl_Preserve(interp);
+    Tcl_SavedResult saved;
+    Tcl_SaveResult(interp, &saved);
+    const int code = Tcl_GlobalEval(interp, script);
+    Tcl_RestoreResult(interp, &saved);
+    Tcl_Release(interp);
+    return code != TCL_ERROR;
+}
+
+void tcl_result_text(const char* text) {
+    Tcl_Interp* interp = tcl_interp();
+    if (text == nullptr || text[0] == '\0' || interp == nullptr) return;
+    const std::string result = system_to_tcl(text);
+    char* copy = Tcl_Alloc(static_cast<unsigned>(result.size() + 1));
+    std::memcpy(copy, result.c_str(), result.size() + 1);
+    Tcl_SetResult(interp, copy, TCL_DYNAMIC);
+}
+
+void tcl_result_reset() {
+    Tcl_Interp* interp = tcl_interp();
+    if (interp != nullptr) Tcl_ResetResult(interp);
+}
+
+WindowHandle tk_native_window(const char* path) {
+    Tcl_Interp* interp = tcl_interp();
+    if (path == nullptr || interp == nullptr) return 0;
+    Tk_Window main_window = Tk_MainWindow(interp);
+    if (main_window == nullptr) return 0;
+    const std::string name = system_to_tcl(path);
+    Tk_Window window = Tk_NameToWindow(interp, name.c_str(), main_window);
+    return window != nullptr ? gl_window_of_tk(window) : 0;
+}
+
+void tcl_to_system(const char* word, size_t length, std::string* out) {
+    if (is_ascii(word, length)) {
+        out->append(word, length);
+        return;
+    }
+    Tcl_DString external;
+    Tcl_DString back;
+    Tcl_UtfToExternalDString(nullptr, word, text_length(length), &external);
+    Tcl_ExternalToUtfDString(nullptr, Tcl_DStringValue(&external), Tcl_DStringLength(&external), &back);
+    const bool whole = static_cast<size_t>(Tcl_DStringLength(&back)) == length &&
+                       std::memcmp(Tcl_DStringValue(&back), word, length) == 0 &&
+                       std::strlen(Tcl_DStringValue(&external)) == static_cast<size_t>(Tcl_DStringLength(&external));
+    if (whole) {
+        out->append(Tcl_DStringValue(&external));
+    } else {
+        out->append(word, length);
+    }
+    Tcl_DStringFree(&back);
+    Tcl_DStringFree(&external);
+}
+
+std::string system_to_tcl(const char* text) {
+    const size_t length = std::strlen(text);
+    if (is_ascii(text, length)) return std::string(text, length);
+    Tcl_DString utf;
+    Tcl_ExternalToUtfDString(nullptr, text, text_length(length), &utf);
+    std::string result(Tcl_DStringValue(&utf), static_cast<size_t>(Tcl_DStringLength(&utf)));
+    Tcl_DStringFree(&utf);
+    return result;
+}
+
+std::string tcl_resolve_backslashes(const std::string& text) {
+    std::string result;
+    const char* at = text.c_str();
+    while (*at != '\0') {
+        const char* backslash = std::strchr(at, '\\');
+        if (backslash == nullptr) {
+            result.append(at);
+            break;
+        }
+        result.append(at, backslash);
+        char resolved[16];
+        int read = 0;
+        const int written = Tcl_UtfBackslash(backslash, &read, resolved);
+        result.append(resolved, static_cast<size_t>(written));
+        at = backslash + read;
+    }
+    return result;
+}
+
+}  // namespace pelt

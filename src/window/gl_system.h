@@ -1,0 +1,40 @@
+// The record behind the window layer, shared by the files of this folder; others use gl_window.h.
+#pragma once
+
+#include <cstdint>
+
+#include "foundation/keyed_list.h"
+#include "window/gl_window.h"
+#include "window/native.h"
+
+namespace pelt {
+
+struct GlContext {
+    NativeDevice device_context;  // kept as long as the context lives
+    NativeContext render_context;
+    NativePaint paint;  // between begin and end of a paint
+};
+
+struct GlWindow {
+    WindowHandle handle;
+    WindowProc init_proc;
+    WindowProc paint_proc;
+    WindowProc resize_proc;
+    WindowProc event_proc;
+    GlContext* context;  // owned; null before it is made and after it is destroyed
+};
+
+struct GlSystem {
+    std::uintptr_t instance;
+    KeyedList windows;  // GlWindow by name; entries stay when the window dies
+    KeyedList cursors;  // NativeCursor by id
+    int32_t current_cursor;
+    GlWindow* current_window;  // whose context is current; into windows, whose elements never move
+};
+
+extern GlSystem gl_system;
+
+// First entry with that handle, or null; null for 0.
+GlWindow* gl_window_find(WindowHandle window);
+
+}  // namespace pelt

@@ -1,0 +1,80 @@
+// A fresh directory for one test, removed with everything in it when the test ends.
+//
+//     TempDir dir;
+//     std::string path = dir.write("ship.mod", "points\n1 0 0 0\n");  // also dir.write("sub/wing.mod", ...)
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace pelt::test {
+
+class TempDir {
+public:
+    TempDir() {
+        static std::atomic<unsigned> serial{0};
+        std::random_device entropy;
+        for (int attempt = 0; attempt < 100; ++attempt) {
+            const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
+            const std::string name = "pelt_test_" + std::to_string(entropy()) + "_" + std::to_string(ticks) + "_" +
+                                     std::to_string(++serial);
+            const std::filesystem::path candidate = std::filesystem::temp_directory_path() / name;
+            if (std::filesystem::create_directory(candidate)) {
+                root_ = candidate;
+                return;
+            }
+        }
+        throw std::runtime_error("no temporary directory could be made");
+    }
+    ~TempDir() {
+        std::error_code ignored;
+        std::filesystem::remove_all(root_, ignored);
+    }
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    // The directory, without a trailing separator.
+    std::string path() const { return root_.string(); }
+
+    // Full path of a name in the directory; nothing is made.
+    std::string file(std::string_view name) const { return (root_ / name).string(); }
+
+    // Makes a directory, and those above it; returns its full path.
+    std::string make_dir(std::string_view name) const {
+        std::filesystem::create_directories(root_ / name);
+        return file(name);
+    }
+
+    // Writes the bytes as they are, making directories on the way; returns the full path.
+    std::string write(std::string_view name, std::string_view content) const {
+        const std::filesystem::path target = root_ / name;
+        std::filesystem::create_directories(target.parent_path());
+        std::ofstream stream(target, std::ios::binary | std::ios::trunc);
+        stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+        stream.close();
+        if (!stream) {
+            throw std::runtime_error("cannot write " + target.string());
+        }
+        return file(name);
+    }
+
+    // The bytes of a file; empty when there is none.
+    std::string read(std::string_view name) const {
+        std::ifstream stream(root_ / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    }
+
+    bool exists(std::string_view name) const { return std::filesystem::exists(root_ / name); }
+
+private:
+    std::filesystem::path root_;
+};
+
+}  // namespace pelt::test
