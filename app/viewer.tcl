@@ -10,6 +10,7 @@ proc usage {} {
   --view NAME       down, up, north, south, east, west, or ANGLE,PITCH in degrees
   --zoom FACTOR     larger shows more (1.0)
   --background RGB  three numbers from 0 to 1, separated by commas
+  --animate FILE    open a scene list and play it in a loop (space stops and starts)
   --help            this text
 
 The first file opens, the others are added. Without a file the sample scene opens.}
@@ -23,7 +24,7 @@ proc die {text {status 2}} {
 }
 
 # What every view starts from: the sample scene and most models stand upright along z.
-array set ::option {output {} size 960x640 view 24,-72 zoom 1.0 background 0.16,0.18,0.21}
+array set ::option {output {} size 960x640 view 24,-72 zoom 1.0 background 0.16,0.18,0.21 animate {}}
 
 proc read_command_line {words} {
     set files {}
@@ -165,6 +166,45 @@ proc aim {view} {
     } else {
         sorvel set view $view
     }
+}
+
+# Opens a scene list. Its paths are taken from the folder that it lies in.
+proc load_animation {path} {
+    if {![file exists $path]} {
+        tell_failure "There is no file $path"
+        return 0
+    }
+    set plain [plain_path $path]
+    cd [file dirname $plain]
+    lassign [quietly sorvel animate open [file tail $plain]] count texts
+    if {$count ne "1"} {
+        tell_failure "[file tail $path] could not be loaded.\n\n[lindex $texts 0]"
+        return 0
+    }
+    aim $::option(view)
+    sorvel set view zoom $::option(zoom)
+    sorvel animate step $::steps_per_second
+    wm title . "[file tail $path] - pelt"
+    draw_soon
+    return 1
+}
+
+# Plays without a timer of the library's own: each step asks for the next one, at the rate chosen, by the clock.
+set ::steps_per_second 30
+set ::playing 0
+proc play {} {
+    if {!$::playing} return
+    set now [clock milliseconds]
+    sorvel animate next
+    sorvel draw
+    after [expr {max(1, 1000 / $::steps_per_second - ([clock milliseconds] - $now))}] play
+}
+
+proc play_or_pause {} {
+    if {$::option(animate) eq {}} return
+    set ::playing [expr {!$::playing}]
+    after cancel play
+    play
 }
 
 # ---- pictures ------------------------------------------------------------------------------------------------------
@@ -389,7 +429,7 @@ proc render_to_file {files} {
     .view configure -width [expr {($option(width) + 3) / 4 * 4 + 2}] -height [expr {($option(height) + 3) / 4 * 4 + 2}]
     wm geometry . +0+0
     open_view
-    set good [show_files $files]
+    set good [expr {$option(animate) ne {} ? [load_animation $option(animate)] : [show_files $files]}]
     update
     if {![save_picture $option(output)]} { die "$option(output) could not be written" 1 }
     puts [file normalize $option(output)]
@@ -397,6 +437,9 @@ proc render_to_file {files} {
     exit [expr {$good ? 0 : 1}]
 }
 
+foreach name {output animate} {
+    if {$option($name) ne {}} { set option($name) [file normalize $option($name)] }
+}
 if {[llength $files] == 0} {
     set sample [file join [file dirname $::app_root] models mill.mod]
     if {[file exists $sample]} { set files [list $sample] }
@@ -408,5 +451,10 @@ if {$option(output) ne {}} {
 } else {
     build_menus
     open_view
-    show_files $files
+    if {$option(animate) eq {}} {
+        show_files $files
+    } elseif {[load_animation $option(animate)]} {
+        bind . <space> play_or_pause
+        play_or_pause
+    }
 }

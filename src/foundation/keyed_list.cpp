@@ -71,9 +71,7 @@ const char* text_key_at(const KeyedList* list, int32_t slot) {
 
 // Length of a text as far as it matters: KEY_TEXT_SIZE for everything that does not fit.
 size_t key_length(const char* text) {
-    const void* end = std::memchr(text, 0, strnlen(text, KEY_TEXT_SIZE) + 1 > KEY_TEXT_SIZE
-                                               ? KEY_TEXT_SIZE
-                                               : strnlen(text, KEY_TEXT_SIZE) + 1);
+    const void* end = std::memchr(text, 0, KEY_TEXT_SIZE);
     return end == nullptr ? KEY_TEXT_SIZE : static_cast<size_t>(static_cast<const char*>(end) - text);
 }
 
@@ -624,25 +622,23 @@ int32_t list_next_slot_beyond(const KeyedList* list, int32_t slot) {
     }
     ListStorage* storage = list->storage;
     slot = slot < 0 ? 0 : slot;
-    if (slot >= storage->used) {
+    if (slot >= storage->used || list->count == 0) {
         return list->capacity;
     }
-    const int32_t words = word_count(storage->used);
-    int32_t word = slot / WORD_SLOTS;
-    const bool from_the_front = word <= storage->empty_words;
-    uint64_t bits = storage->occupied[word] & (~uint64_t{0} << (slot % WORD_SLOTS));
-    if (bits == 0) {
-        word = word < storage->empty_words ? storage->empty_words : word + 1;
-        while (word < words && storage->occupied[word] == 0) {
-            ++word;
-        }
-        if (word >= words) {
+    // A search from the front is remembered, so that emptying a list from its front stays linear.
+    const bool from_front = slot <= storage->empty_words * WORD_SLOTS;
+    int32_t word = from_front ? storage->empty_words : slot / WORD_SLOTS;
+    uint64_t bits = storage->occupied[word];
+    if (!from_front) {
+        bits &= ~uint64_t{0} << (slot % WORD_SLOTS);
+    }
+    for (const int32_t words = word_count(storage->used); bits == 0; bits = storage->occupied[word]) {
+        if (++word >= words) {
             return list->capacity;
         }
-        bits = storage->occupied[word];
     }
-    if (from_the_front) {
-        // Remembered so that emptying a list from its front stays linear.
+    if (from_front) {
+        storage->empty_words = word;
     }
     return word * WORD_SLOTS + std::countr_zero(bits);
 }

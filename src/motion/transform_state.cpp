@@ -14,6 +14,7 @@
 
 #include "formats/animation_reader.h"
 #include "motion/animation_sample.h"
+#include "scene/ids.h"
 
 namespace pelt {
 
@@ -23,15 +24,16 @@ inline constexpr int32_t MODEL_TRANSLATE_SLOT = 0;
 inline constexpr int32_t MODEL_ROTATE_SLOT = 1;
 inline constexpr int32_t FIRST_JOINT_SLOT = 2;
 
-// A new element under the next id, whose slot goes to the owner. Null when the list is not set up or no id is left:
-// an id never comes back, so the owner then does without a record.
+// A new element under the next id that the list does not hold, whose slot goes to the owner. Null when the list is not
+// set up.
 template <typename State>
 State* new_state(KeyedList* list, int32_t* next_id, int32_t* owner_slot) {
-    if (*next_id == std::numeric_limits<int32_t>::max()) return nullptr;
-    State* state = static_cast<State*>(list_add(list, *next_id));
+    int32_t id = take_id(next_id);
+    while (list_find(list, id) != nullptr) id = take_id(next_id);
+    State* state = static_cast<State*>(list_add(list, id));
     if (state == nullptr) return nullptr;
-    *owner_slot = list_index_of(list, *next_id, 0);
-    state->id = (*next_id)++;
+    *owner_slot = list_index_of(list, id, 0);
+    state->id = id;
     return state;
 }
 
@@ -95,16 +97,15 @@ void link_joint_state(Session* session, Joint* joint, Joint* parent) {
 // Makes the records of a joint and of all its ancestors that have none, so that each link is followed once in the life
 // of a record and a circle shows itself as a record made in this very walk.
 void make_joint_states(Session* session, const Model* model, Joint* joint) {
-    const int32_t first_id = next_joint_state_id;
+    std::vector<const Joint*> made;
     while (new_joint_state(session, model, joint) != nullptr) {
+        made.push_back(joint);
         Joint* parent = joint_parent(model, joint);
         link_joint_state(session, joint, parent);
         if (parent == nullptr) return;
         if (parent->state_index != -1) {
-            const JointState* known = existing_state<JointState>(&session->joint_states, parent->state_index);
-            if (known != nullptr && known->id >= first_id) {
-                link_joint_state(session, circle_closer(session, model, parent), nullptr);
-            }
+            const bool circle = std::find(made.begin(), made.end(), parent) != made.end();
+            if (circle) link_joint_state(session, circle_closer(session, model, parent), nullptr);
             return;
         }
         joint = parent;

@@ -9,6 +9,7 @@ struct Session;
 
 // Binds the one session and the one view to the renderer; called once at start.
 void frame_bind(Session* session, ViewState* view);
+const ViewState* frame_view();  // the bound view, null before
 
 void view_init(WindowHandle window, int32_t zero, const void* event);
 void view_resize(WindowHandle window, int32_t zero, const void* event);

@@ -33,4 +33,10 @@ void view_fit(ViewState* view, float radius, bool keep);
 void view_reset(ViewState* view);
 void view_fit_scene(ViewState* view, const Session* session);
 
+// The ratio of two sizes in pixels, each counted as at least 1: a frame that is not mapped yet has less.
+float view_size_ratio(int32_t size, int32_t other);
+
+// The extent in the given ratio; unchanged when the product would not be finite.
+float view_scaled_extent(float extent, float ratio);
+
 }  // namespace pelt

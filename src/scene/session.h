@@ -103,11 +103,18 @@ int32_t session_triangles_drawn(const Session* session);
 float session_anim_time(const Session* session);
 float session_anim_end(const Session* session);
 
-// Removes every run-time record that hangs on the model, children first. A link without a model, and a model that has
-// a root of its own (a borrowed link), are passed over. 0 for null, else 1.
+// Removes every run-time record that hangs on the model, children first. A model that has a root of its own (a
+// borrowed link) is passed over. 0 for null or when a link without a model was met, which stops nothing; else 1.
 int session_forget_model(Session* session, Model* model);
 
-// The same for what hangs on one layer.
+// The same for what hangs on one layer, one child link (its model is not walked) and one joint.
 void session_forget_layer(Session* session, Layer* layer);
+void session_forget_child(Session* session, ChildLink* link);
+void session_forget_joint(Session* session, Joint* joint);
+
+// Deleting and renaming a layer of a model that stands in the scene: what the session holds for the layer that goes
+// is forgotten first. Results as model_delete_layer and model_rename_layer.
+int session_delete_layer(Session* session, Model* model, const char* name);
+int session_rename_layer(Session* session, Model* model, const char* old_name, const char* new_name);
 
 }  // namespace pelt

@@ -22,8 +22,10 @@ constexpr size_t QUOTING = 3;  // a blank and two double quotes around the text
 std::string box_text(const char* text, size_t script_length) {
     std::string result = system_to_tcl(text);
     str_replace_char(result.data(), '"', '\'');
-    const size_t room = MESSAGE_SCRIPT_SIZE - 1 - QUOTING - script_length;
-    if (result.size() > room) result.resize(room);
+    size_t room = MESSAGE_SCRIPT_SIZE - 1 - QUOTING - script_length;
+    if (result.size() <= room) return result;
+    while (room > 0 && (static_cast<unsigned char>(result[room]) & 0xC0) == 0x80) --room;  // no half character
+    result.resize(room);
     return result;
 }
 

@@ -32,31 +32,23 @@ int tcl_source_file(const char* name) {
 
 namespace {
 
-struct StartVariable {
-    const char* array;  // null for a plain variable
-    const char* name;
-    const char* value;
-};
+void copy_variable(Tcl_Interp* from, Tcl_Interp* to, const char* name) {
+    const char* value = from != nullptr ? Tcl_GetVar(from, name, TCL_GLOBAL_ONLY) : nullptr;
+    if (value != nullptr) Tcl_SetVar(to, name, value, TCL_GLOBAL_ONLY);
+}
 
+// The new interpreter finds its script libraries where the one that loaded this library found them.
 void set_start_variables(Tcl_Interp* interp, const char* argv0) {
-    const StartVariable variables[] = {
-        {nullptr, "argv", ""},
-        {nullptr, "argc", "0"},
-        {nullptr, "tcl_interactive", "0"},
-        {nullptr, "argv0", argv0},
-        {nullptr, "tcl_library", "lib/tcl"},
-        {nullptr, "tcl_libPath", "lib/tcl"},
-        {nullptr, "tk_library", "lib/tk"},
-        {"env", "TCL_LIBRARY", "lib/tcl"},
-        {"env", "TK_LIBRARY", "lib/tk"},
-    };
-    for (const StartVariable& variable : variables) {
-        if (variable.array != nullptr) {
-            Tcl_SetVar2(interp, variable.array, variable.name, variable.value, TCL_GLOBAL_ONLY);
-        } else {
-            Tcl_SetVar(interp, variable.name, variable.value, TCL_GLOBAL_ONLY);
-        }
-    }
+    Tcl_SetVar(interp, "argv", "", TCL_GLOBAL_ONLY);
+    Tcl_SetVar(interp, "argc", "0", TCL_GLOBAL_ONLY);
+    Tcl_SetVar(interp, "tcl_interactive", "0", TCL_GLOBAL_ONLY);
+    Tcl_SetVar(interp, "argv0", argv0, TCL_GLOBAL_ONLY);
+    Tcl_Interp* loader = tcl_interp();
+    for (const char* name : {"tcl_library", "tcl_libPath", "tk_library"}) copy_variable(loader, interp, name);
+    const char* tcl_library = Tcl_GetVar(interp, "tcl_library", TCL_GLOBAL_ONLY);
+    const char* tk_library = Tcl_GetVar(interp, "tk_library", TCL_GLOBAL_ONLY);
+    if (tcl_library != nullptr) Tcl_SetVar2(interp, "env", "TCL_LIBRARY", tcl_library, TCL_GLOBAL_ONLY);
+    if (tk_library != nullptr) Tcl_SetVar2(interp, "env", "TK_LIBRARY", tk_library, TCL_GLOBAL_ONLY);
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ void gl_system_init(std::uintptr_t instance);
 // Creates a child of the parent in its client size, makes the context, calls init, shows it; the first frame is
 // drawn when it returns. A name already in use gives that window, also when it is dead. Returns the handle, 0 when the
 // system refuses (nothing is kept then). Null procedures are skipped. Without a context the window is shown and never
-// draws, and init is not called. A popup has no parent and no border.
+// draws, and init is not called. A popup covers the screen and has no border.
 WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc init, WindowProc paint,
                               WindowProc resize, WindowProc event, int popup);
 

@@ -1,5 +1,5 @@
-// The recording OpenGL: every function notes its call and then follows up the state that can be asked back. The surprise: matrices are kept in double precision,
-// so that what tests compare against is not the rounding of this file.
+// The recording OpenGL: every function notes its call and then follows up the state that can be asked back. The
+// surprise: matrices are kept in double precision, so that what tests compare against is not the rounding of this file.
 #include "support/recording_gl.h"
 
 #include <algorithm>

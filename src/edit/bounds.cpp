@@ -1,0 +1,193 @@
+// Boxes, sizes and centres. What surprises: of a model's box only two opposite corners are transformed, so that under
+// a rotation the box is that of these two points and may collapse; and children stand where their links place them
+// at rest, whatever an animation does with them.
+
+#include "edit/bounds.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "edit/selection.h"
+#include "motion/transform_state.h"
+#include "scene/model.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr float RADIUS_OF_SIZE = 2.0f;  // the radius is this many times the largest size
+
+Box sorted_box(const Vec3& a, const Vec3& b) {
+    Box box{a, b};
+    if (b.x < a.x) {
+        std::swap(box.lower.x, box.upper.x);
+    }
+    if (b.y < a.y) {
+        std::swap(box.lower.y, box.upper.y);
+    }
+    if (b.z < a.z) {
+        std::swap(box.lower.z, box.upper.z);
+    }
+    return box;
+}
+
+void widen_axis(float value, float* lower, float* upper) {
+    if (value < *lower) {
+        *lower = value;
+    }
+    if (value > *upper) {
+        *upper = value;
+    }
+}
+
+void widen_box(Box* box, const Box& by) {
+    for (const Vec3& corner : {by.lower, by.upper}) {
+        widen_axis(corner.x, &box->lower.x, &box->upper.x);
+        widen_axis(corner.y, &box->lower.y, &box->upper.y);
+        widen_axis(corner.z, &box->lower.z, &box->upper.z);
+    }
+}
+
+Mat4 link_matrix(const ChildLink& link, const Mat4& parent) {
+    Mat4 matrix;
+    mat_identity(&matrix);
+    mat_translate(&matrix, link.position.x, link.position.y, link.position.z);
+    Mat4 rotation;
+    mat_identity(&rotation);
+    mat_rotate_text(&rotation, link.rotate[0], link.rotate[1], link.rotate[2]);
+    mat_multiply(&rotation, &matrix, &matrix);
+    mat_scale(&matrix, link.scale.x, link.scale.y, link.scale.z);
+    mat_multiply(&matrix, &parent, &matrix);
+    return matrix;
+}
+
+Box bounds_below(const Model* model, const Mat4& matrix, int32_t level) {
+    Vec3 first;
+    Vec3 second;
+    mat_transform_point(&matrix, &model->bounds_min, &first);
+    mat_transform_point(&matrix, &model->bounds_max, &second);
+    Box box = sorted_box(first, second);
+    bool have = list_count(&model->points) > 0;
+    if (level >= MODEL_TREE_DEPTH_LIMIT) {
+        return box;
+    }
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (link.model == nullptr) {
+            continue;
+        }
+        const Box child = bounds_below(link.model, link_matrix(link, matrix), level + 1);
+        if (have) {
+            widen_box(&box, child);
+        } else {
+            box = child;
+            have = true;
+        }
+    }
+    return box;
+}
+
+Vec3 box_size(const Box& box) {
+    return Vec3{box.upper.x - box.lower.x, box.upper.y - box.lower.y, box.upper.z - box.lower.z};
+}
+
+Vec3 box_centre(const Box& box) {
+    const Vec3 size = box_size(box);
+    return Vec3{size.x * 0.5f + box.lower.x, size.y * 0.5f + box.lower.y, size.z * 0.5f + box.lower.z};
+}
+
+// Joins boxes, the first as it is.
+struct JoinedBox {
+    Box box{};
+    bool have = false;
+};
+
+void join_box(JoinedBox* joined, const Box& box) {
+    if (joined->have) {
+        widen_box(&joined->box, box);
+    } else {
+        *joined = JoinedBox{box, true};
+    }
+}
+
+}  // namespace
+
+Box model_bounds(const Model* model, const Mat4* matrix) {
+    if (model == nullptr) {
+        return Box{};
+    }
+    Mat4 identity;
+    mat_identity(&identity);
+    return bounds_below(model, matrix != nullptr ? *matrix : identity, 1);
+}
+
+Vec3 model_size(const Model* model, const Mat4* matrix) {
+    return box_size(model_bounds(model, matrix));
+}
+
+Vec3 model_centre(const Model* model, const Mat4* matrix) {
+    return box_centre(model_bounds(model, matrix));
+}
+
+float model_largest_extent(const Model* model, const Mat4* matrix) {
+    const Box box = model_bounds(model, matrix);
+    float largest = 0.0f;
+    for (const float value : {box.lower.x, box.lower.y, box.lower.z, box.upper.x, box.upper.y, box.upper.z}) {
+        largest = std::max(largest, std::fabs(value));
+    }
+    return largest;
+}
+
+Vec3 scene_centre(Session* session) {
+    if (session == nullptr) {
+        return Vec3{};
+    }
+    JoinedBox joined;
+    for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
+        const ModelState* state = model_state(session, root.model);
+        join_box(&joined, model_bounds(root.model, state != nullptr ? &state->matrix : nullptr));
+    }
+    session->centre = box_centre(joined.box);
+    return session->centre;
+}
+
+Vec3 selection_centre(Session* session) {
+    if (session == nullptr) {
+        return Vec3{};
+    }
+    JoinedBox joined;
+    const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        const Model* model = selection_entry_model(session, entry.int_key(), &*entry);
+        if (model == nullptr) {
+            continue;
+        }
+        // A state is looked up and not made here: asking for a centre changes nothing.
+        const ModelState* state =
+            static_cast<const ModelState*>(list_at(&session->model_states, model->state_index, 0));
+        join_box(&joined, model_bounds(model, state != nullptr ? &state->matrix : nullptr));
+    }
+    return box_centre(joined.box);
+}
+
+float session_get_radius(const Session* session) {
+    return session != nullptr ? session->radius : 0.0f;
+}
+
+void session_grow_radius(Session* session, Model* model) {
+    if (session == nullptr || model == nullptr) {
+        return;
+    }
+    const Vec3 size = model_size(model, nullptr);
+    const ModelState* state = model_state(session, model);
+    const Vec3 translate = state != nullptr ? state->translate : Vec3{};
+    const float x = size.x + translate.x;
+    const float y = size.y + translate.y;
+    const float z = size.z + translate.z;
+    const float radius = std::max({x, y, z}) * RADIUS_OF_SIZE;
+    const bool finite = std::isfinite(x) && std::isfinite(y) && std::isfinite(z) && std::isfinite(radius);
+    if (finite && radius > session->radius) {
+        session->radius = radius;
+    }
+}
+
+}  // namespace pelt

@@ -1,0 +1,482 @@
+// Scene lists and clip files: which models make up an animated scene, and the keys that move each of them.
+//
+// What surprises: every clip file is read twice, so that all arrays have their size before they are filled, and the
+// second pass reads further clip files from inside its line callback. After such a nested read the outer reader cannot
+// be stopped until its next line.
+#include "formats/animation_reader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "formats/line_reader.h"
+#include "formats/model_reader.h"
+#include "foundation/file_access.h"
+#include "foundation/load_error.h"
+#include "foundation/quat.h"
+#include "foundation/text.h"
+#include "scene/model.h"
+
+namespace pelt {
+
+namespace {
+
+inline constexpr const char* COMMENT_CHARS = "#";
+inline constexpr int32_t COMMENT_COUNT = 1;
+
+inline constexpr int32_t TRANSLATE_SLOT = 0;
+inline constexpr int32_t ROTATE_SLOT = 1;
+inline constexpr int32_t FIRST_JOINT_SLOT = 2;
+inline constexpr int32_t NO_SLOT = -1;
+
+inline constexpr int32_t TOKENS_PER_TRACK = 3;
+inline constexpr int32_t SUBCLIP_TOKEN_LIMIT = 3;  // a line of more tokens is a frame
+inline constexpr const char* CHILD_PREFIX = "child";
+inline constexpr size_t CHILD_PREFIX_SIZE = 5;
+inline constexpr int32_t CHILD_OFFSET_LIMIT = 127;
+
+// Without a track line the tracks are counted by the tokens of a line, which can never be more than have room.
+static_assert((READER_TOKEN_LIMIT - 1) / TOKENS_PER_TRACK <= ANIMATION_NAME_LIMIT);
+
+char* error_text = nullptr;
+
+void set_error_text(const std::string& text) { animation_set_error(text.c_str()); }
+
+// What the reads of one clip and all its sub-clips share.
+struct ClipTree {
+    Model* model;
+    std::string directory;
+    std::vector<std::string> open_files;  // those in their second pass, outermost first
+    int32_t subclips = 0;
+    bool failed = false;  // too many sub-clips: every read of the tree is to end
+};
+
+// The two passes over one clip file.
+struct ClipRead {
+    ClipTree* tree;
+    AnimationClip* clip;
+    float start;
+    float end = 0.0f;
+    bool has_track_line = false;
+    int32_t names_count = 0;
+    int32_t slots[ANIMATION_NAME_LIMIT] = {};
+    int32_t slot_count = 0;
+    int32_t frame_count = 0;    // counted in the first pass, filled in the second
+    int32_t subclip_count = 0;  // the same
+    int32_t last_tokens = 0;    // of the last frame line
+};
+
+int32_t model_slot_count(const Model* model) {
+    return model_count_joints(model) + model_count_children(model) + FIRST_JOINT_SLOT;
+}
+
+// Track number of a name, whatever the model has room for; NO_SLOT with the error set.
+int32_t find_slot(const Model* model, const char* name) {
+    if (str_equal(name, "translate")) return TRANSLATE_SLOT;
+    if (str_equal(name, "rotate")) return ROTATE_SLOT;
+    const int32_t joint = model_joint_index(model, name);
+    if (joint >= 0) return joint + FIRST_JOINT_SLOT;
+    const int32_t first_child_slot = model_count_joints(model) + FIRST_JOINT_SLOT;
+    if (std::strncmp(name, CHILD_PREFIX, CHILD_PREFIX_SIZE) == 0) {
+        const int32_t offset = text_to_int(name + CHILD_PREFIX_SIZE);
+        if (offset >= 0 && offset <= CHILD_OFFSET_LIMIT) return first_child_slot + offset;
+        animation_set_error("Child offset out of range");
+        return NO_SLOT;
+    }
+    const int32_t child = model_child_index(model, name);
+    if (child >= 0) return first_child_slot + child;
+    animation_set_error("Invalid animation name");
+    return NO_SLOT;
+}
+
+// A slot equal to the count passes; intended. The frames have room for it and no sample asks for it.
+int32_t resolve_name(const ClipRead* read, const char* name) {
+    const int32_t slot = find_slot(read->tree->model, name);
+    if (slot <= read->slot_count) return slot;
+    animation_set_error("Slot overrun...");
+    return NO_SLOT;
+}
+
+void read_track_line(ClipRead* read) {
+    read->has_track_line = true;
+    read->names_count = reader_token_count() - 1;
+    if (read->names_count > ANIMATION_NAME_LIMIT) {
+        animation_set_error("Too many names (memory buffer over-run)");
+        reader_abort();
+        return;
+    }
+    for (int32_t i = 0; i < read->names_count; ++i) {
+        read->slots[i] = resolve_name(read, reader_text(i + 1));
+        if (read->slots[i] == NO_SLOT) {
+            reader_abort();
+            return;
+        }
+    }
+}
+
+void count_line(void* context) {
+    ClipRead* read = static_cast<ClipRead*>(context);
+    if (reader_token_equals("names", 0)) {
+        read_track_line(read);
+    } else if (reader_token_count() > SUBCLIP_TOKEN_LIMIT) {
+        if (read->frame_count == std::numeric_limits<int32_t>::max()) return reader_abort();
+        ++read->frame_count;
+        read->last_tokens = reader_token_count();
+        const float time = reader_float(0) + read->start;
+        if (time > read->end) read->end = time;
+    } else {
+        ++read->subclip_count;
+        if (++read->tree->subclips > ANIMATION_SUBCLIP_LIMIT) {
+            read->tree->failed = true;
+            animation_set_error("Too many sub-clips");
+            reader_abort();
+        }
+    }
+}
+
+// Without a track line column i fills slot i; columns that the model has no track for are passed over.
+void number_columns(ClipRead* read) {
+    read->names_count = read->last_tokens > 0 ? (read->last_tokens - 1) / TOKENS_PER_TRACK : 0;
+    for (int32_t i = 0; i < read->names_count; ++i) read->slots[i] = i < read->slot_count ? i : NO_SLOT;
+}
+
+void prepare_clip(ClipRead* read, const std::string& path, float hold) {
+    AnimationClip* clip = read->clip;
+    clip->name = str_dup(path.c_str());
+    clip->start_time = read->start;
+    clip->end_time = read->end;
+    clip->hold_time = hold;
+    clip->slot_count = read->slot_count;
+    clip->subclip_count = read->subclip_count;
+    clip->frame_count = read->frame_count;
+    if (clip->subclip_count > 0) {
+        clip->subclips =
+            static_cast<AnimationClip*>(std::calloc(static_cast<size_t>(clip->subclip_count), sizeof(AnimationClip)));
+    }
+    if (clip->frame_count > 0) {
+        clip->frames =
+            static_cast<AnimationFrame*>(std::calloc(static_cast<size_t>(clip->frame_count), sizeof(AnimationFrame)));
+    }
+}
+
+bool is_finite(const AnimationKey& key) {
+    return std::isfinite(key.x) && std::isfinite(key.y) && std::isfinite(key.z) && std::isfinite(key.w);
+}
+
+// A text that is no rotation leaves what was built before it. Angles too large to have a sine give no rotation at all.
+AnimationKey rotation_key(int32_t token) {
+    static constexpr AnimationKey NO_ROTATION{0.0f, 0.0f, 0.0f, 1.0f};
+    Mat4 turn;
+    mat_rotate_text(&turn, reader_text(token), reader_text(token + 1), reader_text(token + 2));
+    if (!std::all_of(turn.m, turn.m + 16, [](float element) { return std::isfinite(element); })) return NO_ROTATION;
+    AnimationKey key;
+    quat_from_matrix(&turn, &key.x, &key.y, &key.z, &key.w);
+    return is_finite(key) ? key : NO_ROTATION;
+}
+
+AnimationKey translation_key(int32_t token) {
+    return {reader_float(token), reader_float(token + 1), reader_float(token + 2), 1.0f};
+}
+
+// The table of a frame and the keys that it points at lie in one block, so that a key that a later column of the same
+// track replaces goes with the rest.
+void fill_frame(const ClipRead* read, AnimationFrame* frame) {
+    const size_t table_size = static_cast<size_t>(read->slot_count) + 1;
+    const size_t key_count = static_cast<size_t>(read->names_count);
+    void* block = std::calloc(1, table_size * sizeof(AnimationKey*) + key_count * sizeof(AnimationKey));
+    frame->time = reader_float(0) + read->start;
+    frame->keys = static_cast<AnimationKey**>(block);
+    AnimationKey* key = reinterpret_cast<AnimationKey*>(frame->keys + table_size);
+    for (int32_t column = 0; column < read->names_count; ++column) {
+        const int32_t slot = read->slots[column];
+        if (slot == NO_SLOT) continue;
+        const int32_t token = TOKENS_PER_TRACK * column + 1;
+        *key = slot == TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
+        frame->keys[slot] = key++;
+    }
+}
+
+void read_frame_line(ClipRead* read) {
+    // More frames than the first pass counted: the file was written to in between.
+    const bool grown = read->frame_count >= read->clip->frame_count;
+    if (grown || reader_token_count() != TOKENS_PER_TRACK * read->names_count + 1) {
+        animation_set_error("bad animation data");
+        reader_abort();
+        return;
+    }
+    fill_frame(read, &read->clip->frames[read->frame_count++]);
+}
+
+float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float start, float hold);
+
+// The shift of the enclosing clip is not added to that of a sub-clip; intended. Its failure does not end this read.
+void read_subclip_line(ClipRead* read) {
+    if (read->subclip_count >= read->clip->subclip_count) {
+        animation_set_error("bad animation data");
+        reader_abort();
+        return;
+    }
+    AnimationClip* subclip = &read->clip->subclips[read->subclip_count++];
+    const float time = reader_float(0);
+    const char* file = reader_text(1);
+    const float hold = reader_token_count() == SUBCLIP_TOKEN_LIMIT ? reader_float(2) : HOLD_NONE;
+    if (file == nullptr) return;
+    const std::string name = file;  // no accessor serves this line any more once a nested read has run
+    const float length = read_clip(read->tree, subclip, name.c_str(), time, hold);
+    if (hold == HOLD_NONE && length > read->end) read->end = length;
+}
+
+void fill_line(void* context) {
+    ClipRead* read = static_cast<ClipRead*>(context);
+    if (read->tree->failed) {
+        reader_abort();
+    } else if (reader_token_equals("names", 0)) {
+        return;
+    } else if (reader_token_count() > SUBCLIP_TOKEN_LIMIT) {
+        read_frame_line(read);
+    } else {
+        read_subclip_line(read);
+    }
+}
+
+// One name for one file, however the path to it is written.
+std::string file_identity(const std::string& path) {
+    const std::string found = file_resolve(path.c_str());
+    std::error_code failure;
+    const std::filesystem::path canonical = std::filesystem::canonical(found, failure);
+    return failure ? found : canonical.string();
+}
+
+bool fill_clip(ClipRead* read, const std::string& path, const std::string& identity) {
+    read->frame_count = 0;
+    read->subclip_count = 0;
+    read->tree->open_files.push_back(identity);
+    const int complete = reader_run_file(path.c_str(), COMMENT_CHARS, COMMENT_COUNT, fill_line, read);
+    read->tree->open_files.pop_back();
+    animation_index_frames(read->clip);
+    return complete != 0 && !read->tree->failed;
+}
+
+float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float start, float hold) {
+    animation_set_error(nullptr);
+    ClipRead read{.tree = tree, .clip = clip, .start = start, .slot_count = model_slot_count(tree->model)};
+    const std::string path = path_join(tree->directory.c_str(), file);
+    const std::string identity = file_identity(path);
+    const std::vector<std::string>& open = tree->open_files;
+    if (std::find(open.begin(), open.end(), identity) != open.end()) return 0.0f;  // a clip inside itself
+    if (reader_run_file(path.c_str(), COMMENT_CHARS, COMMENT_COUNT, count_line, &read) == 0) return 0.0f;
+    if (!read.has_track_line) number_columns(&read);
+    prepare_clip(&read, path, hold);
+    if (!fill_clip(&read, path, identity)) return 0.0f;
+    if (read.end > clip->end_time) clip->end_time = read.end;
+    if (hold != HOLD_NONE) clip->end_time = hold;
+    return clip->end_time;
+}
+
+void release_clip(AnimationClip* clip) {
+    for (int32_t i = 0; i < clip->subclip_count; ++i) release_clip(&clip->subclips[i]);
+    std::free(clip->subclips);
+    str_free(clip->name);
+    for (int32_t i = 0; i < clip->frame_count; ++i) std::free(clip->frames[i].keys);
+    std::free(clip->frames);
+}
+
+// A row of a scene list. With fewer than four words only the model is there.
+struct SceneRow {
+    std::string model_directory;
+    std::string model_file;
+    std::optional<std::string> clip_directory;
+    std::optional<std::string> clip_file;
+    std::optional<std::string> parent;
+    std::optional<std::string> parent_joint;
+};
+
+using SceneRows = std::vector<SceneRow>;
+
+// Which row each row hangs on, -1 for "world".
+using RowParents = std::vector<int32_t>;
+
+std::optional<std::string> row_text(int32_t token) {
+    const char* text = reader_text(token);
+    return text == nullptr ? std::nullopt : std::optional<std::string>(text);
+}
+
+// Rows beyond the limit are passed over without a word; intended.
+void read_row(void* context) {
+    SceneRows* rows = static_cast<SceneRows*>(context);
+    if (reader_token_count() < 2 || rows->size() >= static_cast<size_t>(ANIMATION_ROW_LIMIT)) return;
+    SceneRow row{.model_directory = reader_text(0), .model_file = reader_text(1), .clip_directory = {}, .clip_file = {},
+                 .parent = {}, .parent_joint = {}};
+    if (reader_token_count() >= 4) {
+        row.clip_directory = row_text(2);
+        row.clip_file = row_text(3);
+        row.parent = row_text(4);
+        row.parent_joint = row_text(5);
+    }
+    rows->push_back(std::move(row));
+}
+
+// The backslash stands in the text whatever separates directories here; intended.
+void set_missing_clip(const SceneRow& row) {
+    const std::string directory = *row.clip_directory == "." ? "" : *row.clip_directory + "\\";
+    set_error_text("could not find animation file: " + directory + *row.clip_file);
+}
+
+// Loads the model and the clip of a row and appends them to the set. Leaves nothing behind when it fails.
+bool load_row(const SceneRow& row, AnimationSet* set) {
+    const std::string path = path_join(row.model_directory.c_str(), row.model_file.c_str());
+    Model* model = model_load(path.c_str());
+    if (model == nullptr) {
+        if (load_error_get() != nullptr) animation_set_error(load_error_get());
+        return false;
+    }
+    ModelAnimation* animation = nullptr;
+    if (row.clip_directory && row.clip_file) {
+        animation = animation_create(model);
+        const float length = animation_read_clip(model, &animation->clip, row.clip_directory->c_str(),
+                                                 row.clip_file->c_str(), 0.0f, HOLD_NONE);
+        if (length == 0.0f) {
+            set_missing_clip(row);  // replaces whatever the clip reader said; intended
+            animation_release(animation);
+            model_release(model);
+            return false;
+        }
+        set->duration = std::max(set->duration, length);
+    }
+    set->models[set->count] = model;
+    set->animations[set->count] = animation;
+    ++set->count;
+    return true;
+}
+
+// Hangs the row on the last other row whose model file it names.
+bool link_row(const SceneRows& rows, size_t index, AnimationSet* set, RowParents* parents) {
+    const SceneRow& row = rows[index];
+    ModelAnimation* animation = set->animations[index];
+    if (!row.parent || *row.parent == "world") return true;
+    for (size_t other = 0; other < rows.size(); ++other) {
+        if (other == index || animation == nullptr || rows[other].model_file != *row.parent) continue;
+        animation->parent_animation = set->animations[other];
+        animation->parent_model = set->models[other];
+        (*parents)[index] = static_cast<int32_t>(other);
+        if (!row.parent_joint) continue;
+        animation->parent_joint = model_find_joint(set->models[other], row.parent_joint->c_str());
+        if (animation->parent_joint == nullptr) {
+            set_error_text("could not find parent joint: " + *row.parent_joint);
+            return false;
+        }
+        animation->parent_slot = model_joint_index(set->models[other], row.parent_joint->c_str()) + FIRST_JOINT_SLOT;
+    }
+    if (animation != nullptr && animation->parent_model != nullptr) return true;
+    set_error_text("could not find parent: " + *row.parent);
+    return false;
+}
+
+bool hangs_on_itself(const RowParents& parents, size_t index) {
+    int32_t row = parents[index];
+    for (size_t steps = 0; steps < parents.size() && row >= 0; ++steps) {
+        if (row == static_cast<int32_t>(index)) return true;
+        row = parents[static_cast<size_t>(row)];
+    }
+    return false;
+}
+
+bool link_rows(const SceneRows& rows, AnimationSet* set) {
+    RowParents parents(rows.size(), -1);
+    for (size_t index = 0; index < rows.size(); ++index) {
+        if (!link_row(rows, index, set, &parents)) return false;
+    }
+    for (size_t index = 0; index < rows.size(); ++index) {
+        if (!hangs_on_itself(parents, index)) continue;
+        set_error_text("could not find parent: " + *rows[index].parent);
+        return false;
+    }
+    return true;
+}
+
+bool load_rows(const SceneRows& rows, AnimationSet* set) {
+    for (const SceneRow& row : rows) {
+        if (!load_row(row, set)) return false;
+    }
+    return link_rows(rows, set);
+}
+
+void release_rows(AnimationSet* set) {
+    for (int32_t i = 0; i < set->count; ++i) {
+        animation_release(set->animations[i]);
+        model_release(set->models[i]);
+    }
+}
+
+}  // namespace
+
+AnimationSet* animation_load(const char* path) {
+    animation_set_error(nullptr);
+    if (file_exists(path) == 0) {
+        set_error_text(std::string("file does not exist: ") + (path == nullptr ? "" : path));
+        return nullptr;
+    }
+    SceneRows rows;
+    if (reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, read_row, &rows) == 0) return nullptr;
+    AnimationSet* set = static_cast<AnimationSet*>(std::calloc(1, sizeof(AnimationSet)));
+    if (load_rows(rows, set)) return set;
+    release_rows(set);
+    std::free(set);
+    return nullptr;
+}
+
+ModelAnimation* animation_create(const Model* model) {
+    if (model == nullptr) return nullptr;
+    ModelAnimation* animation = static_cast<ModelAnimation*>(std::calloc(1, sizeof(ModelAnimation)));
+    animation->enabled = 1;
+    animation->joint_count = model_count_joints(model);
+    animation->child_count = model_count_children(model);
+    animation->slot_count = model_slot_count(model);
+    return animation;
+}
+
+int animation_release(ModelAnimation* animation) {
+    if (animation == nullptr) return 1;
+    release_clip(&animation->clip);
+    std::free(animation);
+    return 1;
+}
+
+float animation_read_clip(Model* model, AnimationClip* clip, const char* directory, const char* file, float start,
+                          float hold) {
+    if (model == nullptr || clip == nullptr || directory == nullptr || file == nullptr) return 0.0f;
+    ClipTree tree{.model = model, .directory = directory, .open_files = {}};
+    return read_clip(&tree, clip, file, start, hold);
+}
+
+AnimationClip* animation_clip(ModelAnimation* animation) {
+    return animation == nullptr ? nullptr : &animation->clip;
+}
+
+// A time that is no number stops a walk over the frames, as one behind all others does.
+void animation_index_frames(AnimationClip* clip) {
+    if (clip == nullptr) return;
+    float latest = -std::numeric_limits<float>::infinity();
+    for (int32_t i = 0; i < clip->frame_count; ++i) {
+        const float time = clip->frames[i].time;
+        latest = std::isnan(time) ? std::numeric_limits<float>::infinity() : std::max(latest, time);
+        clip->frames[i].latest = latest;
+    }
+}
+
+const char* animation_error() { return error_text; }
+
+void animation_set_error(const char* text) {
+    char* copy = str_dup(text);  // first, because the text may be the one that is stored
+    str_free(error_text);
+    error_text = copy;
+}
+
+}  // namespace pelt

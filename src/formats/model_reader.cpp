@@ -1,0 +1,200 @@
+// Reader of model files: the lines first, and what can only be done behind the last of them, which is to deal the
+// points out to the joints, to test the normals and to load the child models.
+//
+// What surprises: the points section has no marks for joints. A joint says how many points it owns, and the points
+// are dealt out in the order of their first mention, to the joints, then to the blend groups; the rest is still.
+#include "formats/model_reader.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "formats/line_reader.h"
+#include "formats/model_lines.h"
+#include "foundation/file_access.h"
+#include "foundation/load_error.h"
+#include "foundation/text.h"
+#include "scene/model.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr const char* COMMENT_CHARS = "#";
+constexpr int32_t COMMENT_COUNT = 1;
+constexpr const char* WORLD = "world";
+constexpr const char* MODEL_EXTENSION = ".mod";
+constexpr size_t ERROR_TEXT_SIZE = 256;
+
+void parse_line_of(void* context) { model_parse_line(static_cast<ModelFileContext*>(context)); }
+
+// ---- points and joints ----
+
+using PointWalk = ListElements<Point>::iterator;
+
+// Binds the next points, fewer when they end.
+void deal_points(PointWalk& point, int32_t count, Joint* joint_a, Joint* joint_b) {
+    for (int32_t i = 0; i < count && point != std::default_sentinel; ++i, ++point) {
+        point->joint_a = joint_a;
+        point->joint_b = joint_b;
+    }
+}
+
+void bind_points(Model* model) {
+    PointWalk point = list_elements<Point>(model->points).begin();
+    for (Joint& joint : list_elements<Joint>(model->joints)) {
+        if (!(point != std::default_sentinel)) {
+            return;  // joints without points left keep the parent index they were added with: intended
+        }
+        const bool rooted = std::strcmp(joint.parent_name, WORLD) == 0;
+        joint.parent_index = rooted ? -1 : model_joint_index(model, joint.parent_name);
+        deal_points(point, joint.point_count, &joint, model_find_joint(model, joint.parent_name));
+    }
+    for (const BlendWeight& blend : list_elements<BlendWeight>(model->blends)) {
+        deal_points(point, blend.point_count, blend.joint_a, blend.joint_b);
+    }
+}
+
+// ---- normals ----
+
+// A non-number fails here too.
+bool in_unit_range(float value) { return value >= -1.0f && value <= 1.0f; }
+
+bool is_good_normal(const Vec3& normal) {
+    return in_unit_range(normal.x) && in_unit_range(normal.y) && in_unit_range(normal.z) &&
+           (normal.x != 0.0f || normal.y != 0.0f || normal.z != 0.0f);
+}
+
+bool test_normals(const Model* model) {
+    const ListElements<Point> points = list_elements<Point>(model->points);
+    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+        if (!is_good_normal(point->normal)) {
+            char text[ERROR_TEXT_SIZE];
+            std::snprintf(text, sizeof text, "(%s.mod) bad normal: %d", model->name, point.int_key());
+            load_error_set(text);
+            return false;
+        }
+    }
+    return true;
+}
+
+// ---- the tree of child models ----
+
+// What the models of one tree share while they are read.
+struct TreeRead {
+    std::vector<std::string> open_files;  // the model in hand and those above it, the root first
+    int32_t model_count;
+};
+
+// The reason why a file must not be loaded at this place of a tree, or null. A file that goes round through another
+// spelling of its own name ends at the depth limit.
+const char* refusal(const TreeRead& tree, const std::string& file) {
+    if (std::find(tree.open_files.begin(), tree.open_files.end(), file) != tree.open_files.end()) {
+        return "child model names itself or a model above it: %s";
+    }
+    if (tree.open_files.size() > MODEL_TREE_DEPTH_LIMIT) {
+        return "child models nested too deeply: %s";
+    }
+    if (tree.model_count >= MODEL_TREE_NODE_LIMIT) {
+        return "too many child models: %s";
+    }
+    return nullptr;
+}
+
+Model* read_tree(TreeRead& tree, const char* path, Model* parent);
+
+bool read_children(TreeRead& tree, Model* model) {
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (link.model != nullptr) {
+            continue;
+        }
+        const std::string path = std::string(model->path) + link.name + MODEL_EXTENSION;
+        if (!file_exists(path.c_str())) {
+            load_error_set_format("Cannot find child model: %s", path.c_str());
+            return false;
+        }
+        link.model = read_tree(tree, path.c_str(), model);
+        if (link.model == nullptr) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool fill_model(TreeRead& tree, Model* model, const char* path) {
+    if (!model_read_file(model, path)) {
+        return false;
+    }
+    bind_points(model);
+    return test_normals(model) && read_children(tree, model);
+}
+
+// The model of one file with everything below it, or null with nothing left behind.
+Model* read_tree(TreeRead& tree, const char* path, Model* parent) {
+    if (!file_exists(path)) {
+        load_error_set_format("could not find: %s", path);
+        return nullptr;
+    }
+    const std::string file = file_resolve(path);
+    if (const char* reason = refusal(tree, file)) {
+        load_error_set_format(reason, path);
+        return nullptr;
+    }
+    Model* model = model_create(path, parent);
+    tree.open_files.push_back(file);
+    ++tree.model_count;
+    const bool good = fill_model(tree, model, path);
+    tree.open_files.pop_back();
+    if (!good) {
+        model_release(model);
+        return nullptr;
+    }
+    return model;
+}
+
+// A parent from outside brings its own tree along.
+void enter_tree(TreeRead& tree, const Model* parent) {
+    for (const Model* model = parent; model != nullptr; model = model->parent) {
+        const std::string path = std::string(model->path) + model->name + MODEL_EXTENSION;
+        tree.open_files.insert(tree.open_files.begin(), file_resolve(path.c_str()));
+        tree.model_count = model->parent == nullptr ? model_count_children(model) + 1 : 0;
+    }
+}
+
+}  // namespace
+
+Model* model_load(const char* path) {
+    Model* model = model_read(path, nullptr);
+    if (model != nullptr) {
+        model->opened_path = str_dup(path);
+    }
+    return model;
+}
+
+Model* model_read(const char* path, Model* parent) {
+    load_error_set(nullptr);
+    if (path == nullptr) {
+        return nullptr;
+    }
+    TreeRead tree{{}, 0};
+    enter_tree(tree, parent);
+    return read_tree(tree, path, parent);
+}
+
+int model_read_file(Model* model, const char* path) {
+    ModelFileContext context{};
+    context.model = model;
+    load_error_set(nullptr);
+    return model != nullptr ? reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, parse_line_of, &context) : 0;
+}
+
+int model_read_data(Model* model, const char* text) {
+    ModelFileContext context{};
+    context.model = model;
+    load_error_set(nullptr);
+    return model != nullptr ? reader_run_data(text, COMMENT_CHARS, COMMENT_COUNT, parse_line_of, &context) : 0;
+}
+
+}  // namespace pelt

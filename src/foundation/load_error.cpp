@@ -1,0 +1,69 @@
+// The load-error record: the latest reason why a load failed.
+//
+// What surprises: the place in the text is that of the read in progress when the error is set, not a parameter. The
+// reader says where it stands beforehand, so this file need not know the reader.
+#include "foundation/load_error.h"
+
+#include <cstring>
+#include <string>
+
+#include "foundation/text.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr size_t RECORD_SIZE = 256;
+
+struct LoadError {
+    const char* file_name;        // place of the read in progress, owned by the reader; null when none
+    const int32_t* line_number;
+    bool is_set;
+    char text[RECORD_SIZE];
+};
+
+LoadError load_error;
+
+}  // namespace
+
+void load_error_watch(const char* file_name, const int32_t* line_number) {
+    load_error.file_name = file_name;
+    load_error.line_number = line_number;
+}
+
+void load_error_set(const char* text) {
+    if (text == nullptr) {
+        load_error.is_set = false;
+        return;
+    }
+    std::string record = text;  // the text may lie in the record itself
+    char line[12];
+    const int32_t line_number = load_error.line_number != nullptr ? *load_error.line_number : 0;
+    int_to_text(line_number, line);
+    if (load_error.file_name != nullptr) {
+        record.append(" (file: ").append(load_error.file_name).append(", line: ").append(line).append(")");
+    } else if (line_number != 0) {
+        record.append(" (line: ").append(line).append(")");
+    }
+    str_copy(record.c_str(), load_error.text);
+    load_error.is_set = true;
+}
+
+void load_error_set_format(const char* format, const char* parameter) {
+    if (format == nullptr) {
+        load_error_set(nullptr);
+        return;
+    }
+    std::string text = format;
+    const size_t place = text.find("%s");
+    if (place != std::string::npos) {
+        text.replace(place, 2, parameter != nullptr ? parameter : "");
+    }
+    load_error_set(text.c_str());
+}
+
+const char* load_error_get() {
+    return load_error.is_set ? load_error.text : nullptr;
+}
+
+}  // namespace pelt

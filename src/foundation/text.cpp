@@ -1,0 +1,325 @@
+// Small text utilities: word classes, number conversion that never overflows, heap copies.
+//
+// What surprises: text_to_double does the common short numbers by itself, because the reading of a model is mostly
+// the conversion of such words. The short way is exact: a whole number of up to 53 bits divided by a power of ten
+// that a double holds exactly is rounded once, as the library conversion rounds.
+#include "foundation/text.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace pelt {
+
+namespace {
+
+constexpr uint64_t EXACT_MANTISSA = uint64_t{1} << 53;
+constexpr int MANTISSA_DIGITS = 18;     // that many digits always fit 64 bits
+constexpr int EXACT_POWER = 22;         // the highest power of ten that a double holds exactly
+constexpr int DECIMALS_DEFAULT = 6;     // what "%.*f" takes for a negative count
+constexpr int DECIMALS_LIMIT = 120;
+constexpr size_t NUMBER_SIZE = 512;     // sign, 309 digits, point and decimals
+constexpr int64_t EXPONENT_LIMIT = 1000000;
+constexpr double POWERS_OF_TEN[EXACT_POWER + 1] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool is_space(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// The value of a decimal number too large or too small for a double: only its sign and direction are left.
+double out_of_range_value(const char* text) {
+    const bool negative = *text == '-';
+    text += negative ? 1 : 0;
+    int64_t exponent = 0;
+    bool seen_point = false;
+    bool seen_digit = false;
+    for (; is_digit(*text) || (*text == '.' && !seen_point); ++text) {
+        if (*text == '.') {
+            seen_point = true;
+            continue;
+        }
+        seen_digit = seen_digit || *text != '0';
+        exponent += seen_digit && !seen_point ? 1 : 0;
+        exponent -= !seen_digit && seen_point ? 1 : 0;
+    }
+    if (*text == 'e' || *text == 'E') {
+        const bool minus = text[1] == '-';
+        text += minus || text[1] == '+' ? 2 : 1;
+        int64_t written = 0;
+        for (; is_digit(*text) && written < EXPONENT_LIMIT; ++text) {
+            written = written * 10 + (*text - '0');
+        }
+        exponent += minus ? -written : written;
+    }
+    const double value = exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    return negative ? -value : value;
+}
+
+// Any decimal number by the library; the text stands behind blanks and a plus sign.
+double convert_any(const char* text) {
+    const char* digits = *text == '-' ? text + 1 : text;
+    if (!is_digit(*digits) && !(*digits == '.' && is_digit(digits[1]))) {
+        return 0.0;  // the library would take "inf" and "nan" for numbers
+    }
+    double value = 0.0;
+    const auto result = std::from_chars(text, text + std::strlen(text), value);
+    return result.ec == std::errc::result_out_of_range ? out_of_range_value(text) : value;
+}
+
+}  // namespace
+
+WordClass word_class(const char* text) {
+    if (text == nullptr) {
+        return WORD_NONE;
+    }
+    bool seen_point = false;
+    for (; *text != '\0'; ++text) {
+        if (*text == '.') {
+            if (seen_point) {
+                return WORD_TEXT;
+            }
+            seen_point = true;
+        } else if (!is_digit(*text) && *text != '-') {
+            return WORD_TEXT;
+        }
+    }
+    return seen_point ? WORD_FLOAT : WORD_INT;
+}
+
+int32_t text_to_int(const char* text) {
+    if (text == nullptr) {
+        return 0;
+    }
+    while (is_space(*text)) {
+        ++text;
+    }
+    const bool negative = *text == '-';
+    text += negative || *text == '+' ? 1 : 0;
+    constexpr int64_t limit = int64_t{1} << 31;
+    int64_t value = 0;
+    for (; is_digit(*text); ++text) {
+        value = value * 10 + (*text - '0');
+        if (value > limit) {
+            value = limit;
+        }
+    }
+    value = negative ? -value : value;
+    return static_cast<int32_t>(value == limit ? limit - 1 : value);
+}
+
+double text_to_double(const char* text) {
+    if (text == nullptr) {
+        return 0.0;
+    }
+    while (is_space(*text)) {
+        ++text;
+    }
+    if (*text == '+') {
+        ++text;
+        if (*text == '-') {
+            return 0.0;
+        }
+    }
+    const char* position = *text == '-' ? text + 1 : text;
+    uint64_t mantissa = 0;
+    int digits = 0;
+    int decimals = 0;
+    for (; is_digit(*position) && digits < MANTISSA_DIGITS; ++position, ++digits) {
+        mantissa = mantissa * 10 + static_cast<uint64_t>(*position - '0');
+    }
+    if (*position == '.') {
+        ++position;
+        for (; is_digit(*position) && digits < MANTISSA_DIGITS; ++position, ++digits, ++decimals) {
+            mantissa = mantissa * 10 + static_cast<uint64_t>(*position - '0');
+        }
+    }
+    const bool complete = !is_digit(*position) && *position != 'e' && *position != 'E';
+    if (digits == 0 || !complete || mantissa > EXACT_MANTISSA) {
+        return convert_any(text);
+    }
+    const double value = static_cast<double>(mantissa) / POWERS_OF_TEN[decimals];
+    return *text == '-' ? -value : value;
+}
+
+int32_t float_to_int(double value) {
+    if (std::isnan(value)) {
+        return 0;
+    }
+    if (value >= 2147483647.0) {
+        return std::numeric_limits<int32_t>::max();
+    }
+    if (value <= -2147483648.0) {
+        return std::numeric_limits<int32_t>::min();
+    }
+    return static_cast<int32_t>(value);
+}
+
+float to_float(double value) {
+    constexpr double largest = std::numeric_limits<float>::max();
+    constexpr double rounds_up = 0x1.ffffffp127;  // half a step above the largest float
+    const double magnitude = std::fabs(value);
+    if (magnitude > largest) {
+        const float result = magnitude < rounds_up ? std::numeric_limits<float>::max()
+                                                   : std::numeric_limits<float>::infinity();
+        return value < 0.0 ? -result : result;
+    }
+    return static_cast<float>(value);
+}
+
+size_t float_to_text(double value, int decimals, char* buffer, size_t size) {
+    if (buffer == nullptr || size == 0) {
+        return 0;
+    }
+    char number[NUMBER_SIZE];
+    size_t length = 3;
+    if (std::isnan(value)) {
+        std::memcpy(number, "nan", length);
+    } else {
+        decimals = decimals < 0 ? DECIMALS_DEFAULT : decimals > DECIMALS_LIMIT ? DECIMALS_LIMIT : decimals;
+        const auto result = std::to_chars(number, number + NUMBER_SIZE, value, std::chars_format::fixed, decimals);
+        length = static_cast<size_t>(result.ptr - number);
+    }
+    length = length < size ? length : size - 1;
+    std::memcpy(buffer, number, length);
+    buffer[length] = '\0';
+    return length;
+}
+
+char* str_field(const char* text, char separator, int n) {
+    if (text == nullptr || n < 0) {
+        return nullptr;
+    }
+    const char* start = text;
+    for (int passed = 0; passed < n; ++passed) {
+        while (*start != '\0' && *start != separator) {
+            ++start;
+        }
+        if (*start == '\0') {
+            return nullptr;
+        }
+        ++start;
+    }
+    const char* end = start;
+    while (*end != '\0' && *end != separator) {
+        ++end;
+    }
+    if (end == start) {
+        return nullptr;
+    }
+    const auto length = static_cast<size_t>(end - start);
+    auto* field = static_cast<char*>(std::malloc(length + 1));
+    if (field != nullptr) {
+        std::memcpy(field, start, length);
+        field[length] = '\0';
+    }
+    return field;
+}
+
+char* str_replace_char(char* text, char from, char to) {
+    if (text != nullptr && from != '\0') {
+        for (char* c = text; *c != '\0'; ++c) {
+            if (*c == from) {
+                *c = to;
+            }
+        }
+    }
+    return text;
+}
+
+char* str_dup(const char* text) {
+    if (text == nullptr) {
+        return nullptr;
+    }
+    const size_t size = std::strlen(text) + 1;
+    auto* copy = static_cast<char*>(std::malloc(size));
+    if (copy != nullptr) {
+        std::memcpy(copy, text, size);
+    }
+    return copy;
+}
+
+void str_free(char* text) {
+    std::free(text);
+}
+
+bool str_copy(const char* source, char* destination, size_t size) {
+    if (destination == nullptr || size == 0) {
+        return false;
+    }
+    if (source == nullptr) {
+        destination[0] = '\0';
+        return true;
+    }
+    const void* end = std::memchr(source, 0, size);
+    const size_t length = end == nullptr ? size : static_cast<size_t>(static_cast<const char*>(end) - source);
+    const size_t copied = length < size ? length : size - 1;
+    std::memmove(destination, source, copied);
+    destination[copied] = '\0';
+    return length < size;
+}
+
+char* str_lower(char* text) {
+    if (text != nullptr) {
+        for (char* c = text; *c != '\0'; ++c) {
+            *c = lower(*c);
+        }
+    }
+    return text;
+}
+
+char* str_upper(char* text) {
+    if (text != nullptr) {
+        for (char* c = text; *c != '\0'; ++c) {
+            *c = *c >= 'a' && *c <= 'z' ? static_cast<char>(*c - 'a' + 'A') : *c;
+        }
+    }
+    return text;
+}
+
+bool str_equal(const char* a, const char* b) {
+    return a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
+}
+
+bool str_equal_ignoring_case(const char* a, const char* b) {
+    if (a == nullptr || b == nullptr) {
+        return false;
+    }
+    for (; *a != '\0' && lower(*a) == lower(*b); ++a, ++b) {
+    }
+    return lower(*a) == lower(*b);
+}
+
+int int_to_text(int32_t value, char* buffer) {
+    if (buffer == nullptr) {
+        return 1;
+    }
+    char digits[10];
+    int count = 0;
+    auto rest = value < 0 ? 0U - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
+    do {
+        digits[count++] = static_cast<char>('0' + rest % 10);
+        rest /= 10;
+    } while (rest != 0);
+    if (value < 0) {
+        *buffer++ = '-';
+    }
+    while (count > 0) {
+        *buffer++ = digits[--count];
+    }
+    *buffer = '\0';
+    return 1;
+}
+
+}  // namespace pelt

@@ -1,0 +1,189 @@
+// The registry of decoded images. Every layer of every model that uses a file shares one entry, which goes when the
+// last of them gives its reference back; nothing else empties the registry, so that it outlives every scene.
+//
+// What surprises: an image has room for one colour key. The first one that is asked for is the key of all its users.
+#include "images/image_registry.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "foundation/file_access.h"
+#include "foundation/load_error.h"
+#include "foundation/text.h"
+#include "images/tga.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr size_t PIXEL_SIZE = 3;
+constexpr size_t KEYED_PIXEL_SIZE = 4;
+constexpr unsigned char ALPHA_OPAQUE = 255;
+
+// Console companions of an image: a header of which only a depth and the name of the palette file are looked at.
+constexpr size_t PS2_HEADER_SIZE = 32;
+constexpr size_t PS2_DEPTH_OFFSET = 4;
+constexpr size_t PS2_PALETTE_NAME_OFFSET = 16;
+constexpr int32_t PS2_DIRECT_COLOUR_DEPTH = 16;
+
+KeyedList registry;  // ImageData, KEY_INT
+bool registry_ready = false;
+int32_t next_image_id = 1;
+
+void set_up_registry() {
+    if (!registry_ready) {
+        registry_ready = list_init(&registry, sizeof(ImageData), KEY_INT) != 0;
+    }
+}
+
+unsigned char* share(ImageData* image, int32_t* width, int32_t* height) {
+    ++image->ref_count;
+    *width = image->width;
+    *height = image->height;
+    return image->pixels;
+}
+
+int give_back(ImageData* image) {
+    if (image == nullptr) {
+        return 0;
+    }
+    if (--image->ref_count <= 0) {
+        str_free(image->path);
+        std::free(image->pixels);
+        std::free(image->keyed_pixels);
+        list_remove(&registry, image->id);
+    }
+    return 1;
+}
+
+struct FileCloser {
+    void operator()(FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<FILE, FileCloser>;
+
+File open_binary(const char* path) {
+    const std::string name = file_resolve(path);
+    return File(name.empty() ? nullptr : std::fopen(name.c_str(), "rb"));
+}
+
+int32_t little_endian_int(const unsigned char* bytes) {
+    uint32_t value = 0;
+    for (int i = 3; i >= 0; --i) {
+        value = value << 8 | bytes[i];
+    }
+    return static_cast<int32_t>(value);
+}
+
+bool has_ps2_files(const ImageData& image) {
+    const std::string picture = path_set_extension(image.path, "p2i");
+    const File file = open_binary(picture.c_str());
+    if (!file) {
+        load_error_set_format("cannot find PS2 image file: %s", picture.c_str());
+        return false;
+    }
+    unsigned char header[PS2_HEADER_SIZE];
+    if (std::fread(header, sizeof header, 1, file.get()) != 1) {
+        load_error_set_format("read failed PS2 image file: %s", picture.c_str());
+        return false;
+    }
+    if (little_endian_int(header + PS2_DEPTH_OFFSET) >= PS2_DIRECT_COLOUR_DEPTH) {
+        return true;
+    }
+    const char* name = reinterpret_cast<const char*>(header + PS2_PALETTE_NAME_OFFSET);
+    const std::string bounded(name, PS2_HEADER_SIZE - PS2_PALETTE_NAME_OFFSET);
+    const std::string palette = bounded.c_str();  // ends at the first zero byte
+    if (!open_binary((palette + ".p2c").c_str())) {
+        load_error_set_format("cannot find PS2 colormap file: %s", palette.c_str());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+unsigned char* image_load(const char* path, int32_t* width, int32_t* height) {
+    if (path == nullptr || width == nullptr || height == nullptr) {
+        return nullptr;
+    }
+    *width = 0;
+    *height = 0;
+    set_up_registry();
+    if (ImageData* known = image_find(path)) {
+        return share(known, width, height);
+    }
+    const char* error = nullptr;
+    TgaImage* decoded = tga_read(path, &error);
+    if (decoded == nullptr) {
+        load_error_set(error);
+        return nullptr;
+    }
+    auto* image = static_cast<ImageData*>(list_add(&registry, next_image_id));
+    *image = ImageData{};
+    image->path = str_dup(path);
+    image->width = decoded->width;
+    image->height = decoded->height;
+    image->pixels = decoded->pixels;
+    image->id = next_image_id++;
+    decoded->pixels = nullptr;
+    tga_free(decoded);
+    return share(image, width, height);
+}
+
+int image_release(const char* path) { return give_back(image_find(path)); }
+
+int image_release_id(int32_t id) { return give_back(image_find_id(id)); }
+
+unsigned char* image_keyed(const char* path, int red, int green, int blue) {
+    ImageData* image = image_find(path);
+    if (image == nullptr) {
+        return nullptr;
+    }
+    if (image->keyed_pixels != nullptr) {
+        return image->keyed_pixels;
+    }
+    const unsigned char key[PIXEL_SIZE] = {static_cast<unsigned char>(red), static_cast<unsigned char>(green),
+                                           static_cast<unsigned char>(blue)};
+    const size_t count = static_cast<size_t>(image->width) * static_cast<size_t>(image->height);
+    auto* keyed = static_cast<unsigned char*>(std::malloc(count * KEYED_PIXEL_SIZE + 1));
+    if (keyed == nullptr) {
+        return nullptr;
+    }
+    const unsigned char* from = image->pixels;
+    unsigned char* to = keyed;
+    for (size_t i = 0; i < count; ++i, from += PIXEL_SIZE, to += KEYED_PIXEL_SIZE) {
+        std::memcpy(to, from, PIXEL_SIZE);
+        to[PIXEL_SIZE] = std::memcmp(from, key, PIXEL_SIZE) == 0 ? 0 : ALPHA_OPAQUE;
+    }
+    image->keyed_pixels = keyed;
+    return keyed;
+}
+
+ImageData* image_find(const char* path) {
+    if (path == nullptr) {
+        return nullptr;
+    }
+    for (ImageData& image : list_elements<ImageData>(registry)) {
+        if (std::strcmp(image.path, path) == 0) {
+            return &image;
+        }
+    }
+    return nullptr;
+}
+
+ImageData* image_find_id(int32_t id) { return static_cast<ImageData*>(list_find(&registry, id)); }
+
+const KeyedList* image_registry() { return &registry; }
+
+int image_check_ps2_files() {
+    for (const ImageData& image : list_elements<ImageData>(registry)) {
+        if (!has_ps2_files(image)) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
+}  // namespace pelt

@@ -1,0 +1,131 @@
+// The models that stand directly in the scene. What surprises: every removal takes its entries out of the session
+// before it releases anything, since a report around it runs script code that may close or load in its turn; and a
+// root that goes first empties what points at it from the roots that stay.
+
+#include "motion/root_models.h"
+
+#include <unordered_set>
+
+#include "formats/animation_reader.h"
+#include "foundation/text.h"
+#include "motion/transform_state.h"
+#include "scene/ids.h"
+
+namespace pelt {
+
+namespace {
+
+using ModelSet = std::unordered_set<const Model*>;
+
+// The model and all that it owns below it.
+void collect_owned(const Model* model, ModelSet* owned) {
+    if (model == nullptr) {
+        return;
+    }
+    owned->insert(model);
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (!link.borrowed) {
+            collect_owned(link.model, owned);
+        }
+    }
+}
+
+void empty_links_to(Session* session, Model* model, const ModelSet& going) {
+    if (model == nullptr) {
+        return;
+    }
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (!link.borrowed) {
+            empty_links_to(session, link.model, going);
+        } else if (going.count(link.model) != 0) {
+            session_forget_child(session, &link);
+            link.model = nullptr;
+        }
+    }
+}
+
+// What hung on a joint or a model that goes stands in the scene by itself.
+void empty_animation_parent(ModelAnimation* animation, const ModelSet& going, const ModelAnimation* going_animation) {
+    if (animation == nullptr) {
+        return;
+    }
+    const bool model_goes = going.count(animation->parent_model) != 0;
+    const bool animation_goes = going_animation != nullptr && animation->parent_animation == going_animation;
+    if (model_goes || animation_goes) {
+        animation->parent_model = nullptr;
+        animation->parent_animation = nullptr;
+        animation->parent_joint = nullptr;
+    }
+}
+
+void empty_references(Session* session, const RootModel& going) {
+    ModelSet owned;
+    collect_owned(going.model, &owned);
+    for (RootModel& root : list_elements<RootModel>(session->root_models)) {
+        empty_links_to(session, root.model, owned);
+        empty_animation_parent(root.animation, owned, going.animation);
+    }
+}
+
+}  // namespace
+
+int32_t session_add_root(Session* session, Model* model, ModelAnimation* animation) {
+    if (session == nullptr || model == nullptr) {
+        animation_release(animation);
+        return 0;
+    }
+    RootModel* root = static_cast<RootModel*>(list_add(&session->root_models, take_id(&next_root_id)));
+    root->model = model;
+    root->animation = animation;
+    const ModelState* state = model_state(session, model);
+    return state != nullptr ? state->id : 0;
+}
+
+int session_remove_root(Session* session, int32_t key) {
+    if (session == nullptr) {
+        return 0;
+    }
+    const RootModel* found = static_cast<RootModel*>(list_find(&session->root_models, key));
+    if (found == nullptr) {
+        return 0;
+    }
+    const RootModel root = *found;
+    list_remove(&session->root_models, key);
+    empty_references(session, root);
+    session_forget_model(session, root.model);
+    model_release(root.model);
+    animation_release(root.animation);
+    return 1;
+}
+
+void session_release_roots(Session* session) {
+    if (session == nullptr) {
+        return;
+    }
+    KeyedList going = session->root_models;
+    list_init(&session->root_models, sizeof(RootModel), KEY_INT);
+    // All are forgotten before any is released: roots may lend models to each other.
+    for (const RootModel& root : list_elements<RootModel>(going)) {
+        session_forget_model(session, root.model);
+    }
+    for (const RootModel& root : list_elements<RootModel>(going)) {
+        model_release(root.model);
+        animation_release(root.animation);
+    }
+    list_free(&going);
+}
+
+int session_close_all(Session* session) {
+    session_status(session, "Closing currently open Model file");
+    if (session != nullptr) {
+        session_release_roots(session);
+        session->anim_end = 0.0f;
+        session_clear_bounds(session);
+        str_free(session->animation_path);
+        session->animation_path = nullptr;
+        session_status(session, "Ready");
+    }
+    return 1;
+}
+
+}  // namespace pelt

@@ -1,0 +1,396 @@
+// Curved primitives on their way to OpenGL: gather the corners, let patch.h make a grid of them, send its triangles.
+// Nothing of a patch is kept, each pass of each frame computes it again in fixed local arrays. What surprises: the
+// stored winding is that of a mirrored drawing, so a plain drawing sends each triple as 0, 2, 1; and the edge flag for
+// a vertex is sent right behind the vertex before it.
+#include "render/patch_draw.h"
+
+#include <GL/gl.h>
+
+#include <algorithm>
+
+#include "motion/transform_state.h"
+#include "render/overlays.h"
+#include "render/patch.h"
+#include "render/triangle_draw.h"
+#include "render/vertex.h"
+
+namespace pelt {
+namespace {
+
+constexpr float COLOUR_BYTE_SCALE = 0.00392157f;
+constexpr int EDGE_NORMALS = 4;  // place of the first edge normal
+
+// What a patch is made of, in the order of the primitive.
+struct Corners {
+    int count;
+    Vec3 positions[4];
+    Vec3 normals[PATCH_NORMAL_PLACES];
+    const unsigned char* colours[4];
+    const float* uvs[4];
+};
+
+// A patch, its vertices, and what is sent with each of them.
+struct Surface {
+    bool quad;
+    int type;
+    int level;
+    int vertex_count;
+    int triangle_count;
+    QuadPatch net;  // or a TrianglePatch in its first slots
+    Vec3 positions[PATCH_VERTEX_LIMIT];
+    Vec3 normals[PATCH_VERTEX_LIMIT];
+    int16_t triangles[PATCH_TRIANGLE_LIMIT][3];
+    float attributes[PATCH_VERTEX_LIMIT * PATCH_ATTRIBUTE_LIMIT];
+    float reflected[PATCH_VERTEX_LIMIT][2];
+    int attribute_count;
+    const float* uvs;  // of vertex 0, the next uv_stride floats on; null when none are sent
+    int uv_stride;
+    const float* colours;  // the same, attribute_count floats on
+};
+
+bool gouraud_on(const Session* session, const Model* model) { return model->has_gouraud && session->display_gouraud; }
+
+int patch_level(const Session* session) { return std::min(PATCH_LOD_LIMIT, session->display_lod); }
+
+// False, as all gathering below, when a reference leads nowhere: such a primitive is not drawn.
+bool copy_vector(const Vec3* from, Vec3* to) {
+    if (!from) return false;
+    *to = *from;
+    return true;
+}
+
+// Posed positions, colours and texture coordinates, and the posed normals that normal_slots name.
+bool gather_corners(Session* session, Model* model, Triangle* triangle, const TriangleCache* cache,
+                    const int32_t* normal_slots, Corners* out) {
+    out->count = triangle_corners(triangle);
+    for (int i = 0; i < out->count; ++i) {
+        const int32_t slot = cache->point_slots[i];
+        if (!copy_vector(point_position(session, model, slot, true), &out->positions[i])) return false;
+        if (!copy_vector(point_normal(session, model, normal_slots[i], true), &out->normals[i])) return false;
+        out->colours[i] = point_colour(session, model, slot, true);
+        out->uvs[i] = triangle->uvs[i];
+        if (!out->colours[i]) return false;
+    }
+    return true;
+}
+
+bool gather_edge_normals(Session* session, Model* model, const TriangleCache* cache, Corners* corners) {
+    for (int i = 0; i < 2 * corners->count; ++i) {
+        const Vec3* normal = point_normal(session, model, cache->control_slots[i], true);
+        if (!copy_vector(normal, &corners->normals[EDGE_NORMALS + i])) return false;
+    }
+    return true;
+}
+
+// The points as the model file placed them, with the weights of their joints. The joints have to be told apart later.
+struct RestCorners {
+    Corners corners;
+    float weights[4];
+    Joint* joints[4];
+};
+
+bool gather_rest(Model* model, Triangle* triangle, const TriangleCache* cache, RestCorners* out) {
+    const auto point_at = [model](int32_t slot) { return static_cast<Point*>(list_at(&model->points, slot, 0)); };
+    Corners* corners = &out->corners;
+    corners->count = triangle_corners(triangle);
+    for (int i = 0; i < corners->count; ++i) {
+        const Point* point = point_at(cache->point_slots[i]);
+        const Point* normal = point_at(cache->normal_slots[i]);
+        if (!point || !normal) return false;
+        corners->positions[i] = point->position;
+        corners->normals[i] = normal->normal;
+        corners->colours[i] = point->gouraud;
+        corners->uvs[i] = triangle->uvs[i];
+        out->weights[i] = point->weight;
+        out->joints[i] = point->joint_a;
+    }
+    for (int i = 0; i < 2 * corners->count; ++i) {
+        const Point* control = point_at(cache->control_slots[i]);
+        if (!control) return false;
+        corners->normals[EDGE_NORMALS + i] = control->normal;
+    }
+    return true;
+}
+
+void make_triangle(const Corners& corners, int curve_type, int level, Surface* out) {
+    out->quad = false;
+    out->type = patch_triangle_type(curve_type);
+    out->level = level;
+    TrianglePatch patch;
+    patch_build_triangle(corners.positions, corners.normals, &patch);
+    std::copy(std::begin(patch.slots), std::end(patch.slots), out->net.slots);
+    out->vertex_count = patch_eval_triangle(&patch, out->type, level, out->positions, out->normals);
+    out->triangle_count = patch_index_triangle(out->type, level, out->triangles);
+}
+
+void make_quad(const Corners& corners, int curve_type, int level, Surface* out) {
+    out->quad = true;
+    out->type = curve_type;
+    out->level = level;
+    patch_build_quad(corners.positions, corners.normals, &out->net);
+    out->vertex_count = patch_eval_quad(&out->net, out->type, level, out->positions, out->normals);
+    out->triangle_count = patch_index_quad(out->type, level, out->triangles);
+}
+
+void make_surface(const Corners& corners, const Triangle* triangle, int level, Surface* out) {
+    (triangle->quad ? make_quad : make_triangle)(corners, triangle->curve_type, level, out);
+}
+
+// Texture coordinates and colours of all vertices, for those of the two that are sent.
+void make_attributes(const Corners& corners, bool textured, bool gouraud, Surface* out) {
+    float table[PATCH_ATTRIBUTE_LIMIT * 4];
+    float* value = table;
+    for (int axis = 0; textured && axis < 2; ++axis) {
+        for (int i = 0; i < corners.count; ++i) *value++ = corners.uvs[i][axis];
+    }
+    for (int component = 0; gouraud && component < 3; ++component) {
+        for (int i = 0; i < corners.count; ++i) {
+            *value++ = static_cast<float>(corners.colours[i][component]) * COLOUR_BYTE_SCALE;
+        }
+    }
+    out->attribute_count = static_cast<int>(value - table) / corners.count;
+    out->uvs = textured ? out->attributes : nullptr;
+    out->uv_stride = out->attribute_count;
+    out->colours = gouraud ? out->attributes + (textured ? 2 : 0) : nullptr;
+    if (out->attribute_count == 0) return;
+    (out->quad ? patch_attributes_quad : patch_attributes_triangle)(table, out->attribute_count, out->type, out->level,
+                                                                    out->attributes);
+}
+
+// Coordinates into the reflection map in place of the primitive's own.
+void reflect_surface(Surface* surface) {
+    const Vec3* positions[PATCH_VERTEX_LIMIT];
+    const Vec3* normals[PATCH_VERTEX_LIMIT];
+    for (int i = 0; i < surface->vertex_count; ++i) {
+        positions[i] = &surface->positions[i];
+        normals[i] = &surface->normals[i];
+    }
+    reflection_coords(positions, normals, surface->reflected, surface->vertex_count);
+    surface->uvs = surface->reflected[0];
+    surface->uv_stride = 2;
+}
+
+void send_vertex(const Surface& surface, int vertex) {
+    if (surface.uvs) {
+        const float* uv = surface.uvs + vertex * surface.uv_stride;
+        glTexCoord2f(uv[0], uv[1]);
+    }
+    if (surface.colours) {
+        const float* colour = surface.colours + vertex * surface.attribute_count;
+        glColor3f(colour[0], colour[1], colour[2]);
+    }
+    const Vec3& normal = surface.normals[vertex];
+    const Vec3& position = surface.positions[vertex];
+    glNormal3f(normal.x, normal.y, normal.z);
+    glVertex3f(position.x, position.y, position.z);
+}
+
+// The triangles of a surface, between glBegin and glEnd. Hiding the diagonals takes the edge behind each second vertex
+// out of line drawings.
+void send_triangles(const Surface& surface, bool mirrored, bool hide_diagonals) {
+    const int second = mirrored ? 1 : 2;
+    const int third = mirrored ? 2 : 1;
+    for (int i = 0; i < surface.triangle_count; ++i) {
+        const int16_t* vertices = surface.triangles[i];
+        send_vertex(surface, vertices[0]);
+        if (hide_diagonals) glEdgeFlag(GL_FALSE);
+        send_vertex(surface, vertices[second]);
+        if (hide_diagonals) glEdgeFlag(GL_TRUE);
+        send_vertex(surface, vertices[third]);
+    }
+}
+
+// A surface of a primitive with a curve type, outside a reflection pass.
+void send_curved(const Surface& surface, bool mirrored) {
+    glBegin(GL_TRIANGLES);
+    send_triangles(surface, mirrored, surface.quad);
+    glEnd();
+    glEdgeFlag(GL_TRUE);
+}
+
+void send_reflection(const Surface& surface, bool mirrored) {
+    glBegin(GL_TRIANGLES);
+    send_triangles(surface, mirrored, false);
+    glEnd();
+}
+
+void send_filtered(const Surface& surface, bool mirrored) {
+    glBegin(GL_TRIANGLES);
+    glEdgeFlag(GL_TRUE);
+    send_triangles(surface, mirrored, false);
+    glEnd();
+    glEdgeFlag(GL_TRUE);
+}
+
+void draw_normals(Session* session, Model* model, Triangle* triangle, const Surface& surface) {
+    if (!session->display_normals) return;
+    patch_normals_draw(session, model, triangle, surface.vertex_count, surface.positions, surface.normals);
+}
+
+// Three corners of a quad as a triangle whose edges take the normals of their ends.
+Corners filtered_half(const Corners& all, int half) {
+    static constexpr int CORNERS[2][3] = {{0, 1, 2}, {2, 1, 3}};
+    static constexpr int EDGE_ENDS[6] = {0, 1, 1, 2, 2, 0};
+    Corners out;
+    out.count = 3;
+    for (int i = 0; i < 3; ++i) {
+        const int from = CORNERS[half][i];
+        out.positions[i] = all.positions[from];
+        out.normals[i] = all.normals[from];
+        out.colours[i] = all.colours[from];
+        out.uvs[i] = all.uvs[from];
+    }
+    for (int i = 0; i < 6; ++i) out.normals[EDGE_NORMALS + i] = out.normals[EDGE_ENDS[i]];
+    return out;
+}
+
+struct JointPair {
+    const JointState* first;
+    const JointState* second;
+};
+
+// The two joints that move a patch: that of corner 0, and the last one among the corners that differs from it, or its
+// parent where all are the same. Null for none, which leaves a vertex at rest.
+JointPair choose_joints(Session* session, Model* model, const RestCorners& rest) {
+    Joint* first = rest.joints[0];
+    Joint* second = first;
+    for (int i = 1; i < rest.corners.count; ++i) {
+        if (rest.joints[i] != first) second = rest.joints[i];
+    }
+    if (first && second == first) {
+        second = first->parent_index != -1 ? model_find_joint(model, first->parent_name) : nullptr;
+    }
+    return {first ? joint_state(session, model, first) : nullptr,
+            second ? joint_state(session, model, second) : nullptr};
+}
+
+Vec3 moved(const Vec3& v, const Mat4* matrix) {
+    if (!matrix) return v;
+    Vec3 out;
+    mat_transform_point(matrix, &v, &out);
+    return out;
+}
+
+Vec3 blended(const Vec3& a, const Vec3& b, float weight) {
+    const float rest = 1.0f - weight;
+    return {a.x * weight + b.x * rest, a.y * weight + b.y * rest, a.z * weight + b.z * rest};
+}
+
+// Moves every vertex by its share of the two joints. Normals are not brought back to unit length: as they come.
+void skin_surface(const RestCorners& rest, const JointPair& joints, Surface* surface) {
+    bool same_joint[4] = {};
+    for (int i = 0; i < rest.corners.count; ++i) same_joint[i] = rest.joints[i] == rest.joints[0];
+    float table[4];
+    patch_weight_table(rest.weights, same_joint, rest.corners.count, table);
+    float weights[PATCH_VERTEX_LIMIT];
+    (surface->quad ? patch_weights_quad : patch_weights_triangle)(table, surface->type, surface->level, weights);
+
+    const Mat4* skin_a = joints.first ? &joints.first->skin : nullptr;
+    const Mat4* skin_b = joints.second ? &joints.second->skin : nullptr;
+    const Mat4* turn_a = joints.first ? &joints.first->normal_matrix : nullptr;
+    const Mat4* turn_b = joints.second ? &joints.second->normal_matrix : nullptr;
+    for (int i = 0; i < surface->vertex_count; ++i) {
+        Vec3& position = surface->positions[i];
+        Vec3& normal = surface->normals[i];
+        position = blended(moved(position, skin_a), moved(position, skin_b), weights[i]);
+        normal = blended(moved(normal, turn_a), moved(normal, turn_b), weights[i]);
+    }
+}
+
+}  // namespace
+
+int32_t triangle_draw_pn(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored) {
+    if (!session || !model || !triangle) return 0;
+    const TriangleCache* cache = triangle_cache_get(session, model, triangle);
+    Corners corners;
+    // The points' own normals on purpose: those that the primitive names elsewhere do not count here.
+    if (!cache || !gather_corners(session, model, triangle, cache, cache->point_slots, &corners)) return 0;
+
+    const int halves = triangle->quad ? 2 : 1;
+    int32_t total = 0;
+    for (int half = 0; half < halves; ++half) {
+        const Corners part = filtered_half(corners, half);
+        Surface surface;
+        make_triangle(part, 3, patch_level(session), &surface);
+        // The second half goes through the quad's list on purpose: that is how its net has always looked.
+        if (session->display_curvenet) patch_net_draw(surface.net.slots, half == 1);
+        make_attributes(part, textured, gouraud_on(session, model), &surface);
+        send_filtered(surface, mirrored);
+        total += surface.triangle_count;
+        draw_normals(session, model, triangle, surface);
+    }
+    return total;
+}
+
+int32_t triangle_draw_curved(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored,
+                             bool reflection) {
+    if (!session || !model || !triangle) return 0;
+    if (session->display_curvepath) return triangle_draw_skinned(session, model, triangle, textured, mirrored);
+    const TriangleCache* cache = triangle_cache_get(session, model, triangle);
+    Corners corners;
+    if (!cache || !gather_corners(session, model, triangle, cache, cache->normal_slots, &corners)) return 0;
+    if (!gather_edge_normals(session, model, cache, &corners)) return 0;
+
+    Surface surface;
+    make_surface(corners, triangle, patch_level(session), &surface);
+    if (session->display_curvenet) patch_net_draw(surface.net.slots, surface.quad);
+    make_attributes(corners, textured, gouraud_on(session, model), &surface);
+    if (reflection) {
+        reflect_surface(&surface);
+        send_reflection(surface, mirrored);
+    } else {
+        send_curved(surface, mirrored);
+    }
+    draw_normals(session, model, triangle, surface);
+    return surface.triangle_count;
+}
+
+int32_t triangle_draw_skinned(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored) {
+    if (!session || !model || !triangle) return 0;
+    const TriangleCache* cache = triangle_cache_get(session, model, triangle);
+    RestCorners rest;
+    if (!cache || !gather_rest(model, triangle, cache, &rest)) return 0;
+
+    Surface surface;
+    make_surface(rest.corners, triangle, patch_level(session), &surface);
+    skin_surface(rest, choose_joints(session, model, rest), &surface);
+    make_attributes(rest.corners, textured, gouraud_on(session, model), &surface);
+    send_curved(surface, mirrored);
+    draw_normals(session, model, triangle, surface);
+    return surface.triangle_count;
+}
+
+void patch_net_draw(const Vec3* slots, bool quad) {
+    using Pair = unsigned char[2];
+    static constexpr Pair TRIANGLE_PAIRS[] = {{0, 1}, {1, 3}, {3, 6}, {2, 4}, {4, 7}, {0, 2}, {1, 2}, {1, 4}, {4, 5},
+                                              {2, 5}, {3, 4}, {3, 7}, {6, 7}, {7, 8}, {4, 8}, {8, 9}, {5, 9}};
+    // 1-4 is a diagonal and the pairs 4-8 and 8-12 come twice. This is intended.
+    static constexpr Pair QUAD_PAIRS[] = {{0, 1},   {1, 2},   {2, 3},   {4, 5}, {5, 6},  {6, 7},  {8, 9},
+                                          {9, 10},  {10, 11}, {12, 13}, {13, 14}, {14, 15}, {1, 4}, {4, 8},
+                                          {8, 12},  {0, 4},   {4, 8},   {8, 12}, {1, 5},  {5, 9},  {9, 13},
+                                          {2, 6},   {6, 10},  {10, 14}, {3, 7}, {7, 11}, {11, 15}};
+    if (!slots) return;
+    GLint lighting = 0;
+    GLint texture = 0;
+    GLfloat colour[4] = {};
+    glGetIntegerv(GL_LIGHTING, &lighting);
+    glGetIntegerv(GL_TEXTURE_2D, &texture);
+    glGetFloatv(GL_CURRENT_COLOR, colour);
+    glDisable(GL_LIGHTING);
+    glDisable(GL_TEXTURE_2D);
+    glColor3f(1.0f, 0.0f, 0.0f);
+
+    const Pair* pairs = quad ? QUAD_PAIRS : TRIANGLE_PAIRS;
+    const size_t count = quad ? std::size(QUAD_PAIRS) : std::size(TRIANGLE_PAIRS);
+    glBegin(GL_LINES);
+    for (size_t i = 0; i < count; ++i) {
+        for (unsigned char slot : pairs[i]) glVertex3f(slots[slot].x, slots[slot].y, slots[slot].z);
+    }
+    glEnd();
+
+    if (lighting) glEnable(GL_LIGHTING);
+    if (texture) glEnable(GL_TEXTURE_2D);
+    glColor3f(colour[0], colour[1], colour[2]);
+}
+
+}  // namespace pelt

@@ -1,0 +1,108 @@
+// From a primitive to its vertices. The surprise: a triangle's cache is made on first use and is not refreshed when
+// the model changes; it stands until the session forgets the model or the layer.
+#include "render/vertex.h"
+
+namespace pelt {
+
+namespace {
+
+int32_t slot_of(const Model* model, int32_t id) { return list_index_of(&model->points, id, 0); }
+
+Point* find_point(const Model* model, int32_t reference, bool by_slot) {
+    void* point = by_slot ? list_at(&model->points, reference, 0) : list_find(&model->points, reference);
+    return static_cast<Point*>(point);
+}
+
+const PointState* state_of(const Session* session, const Point* point) {
+    if (point->state_index < 0) return nullptr;
+    return static_cast<const PointState*>(list_at(&session->point_states, point->state_index, 0));
+}
+
+// Plane of three corners of the triangle; left alone when one of them has no point.
+void set_face_normal(const Model* model, const Triangle* triangle, int a, int b, int c, Vec3* out) {
+    const int corners[3] = {a, b, c};
+    Vec3 places[3];
+    for (int i = 0; i < 3; ++i) {
+        const Vec3* place = model_point_position(model, triangle->points[corners[i]]);
+        if (place == nullptr) return;
+        places[i] = *place;  // it lies in a static copy
+    }
+    *out = plane_normal(&places[0], &places[1], &places[2]);
+}
+
+int32_t joint_span(const Model* model, const TriangleCache* cache, int corners) {
+    int32_t span = 1;
+    const Joint* before = nullptr;
+    for (int i = 0; i < corners; ++i) {
+        const Point* point = find_point(model, cache->point_slots[i], true);
+        const Joint* joint = point != nullptr ? point->joint_a : nullptr;
+        if (i > 0 && joint != before) span = 2;
+        before = joint;
+    }
+    return span;
+}
+
+void fill_slots(const Model* model, const Triangle* triangle, TriangleCache* cache) {
+    const int corners = triangle_corners(triangle);
+    const int controls = triangle->curve_type > 0 ? corners * 2 : 0;
+    for (int i = 0; i < 4; ++i) {
+        cache->point_slots[i] = i < corners ? slot_of(model, triangle->points[i]) : -1;
+        cache->normal_slots[i] = i < corners ? slot_of(model, triangle->normals[i]) : -1;
+    }
+    for (int i = 0; i < 8; ++i) {
+        cache->control_slots[i] = i < controls ? slot_of(model, triangle->controls[i]) : -1;
+    }
+    cache->joint_span = joint_span(model, cache, corners);
+}
+
+TriangleCache* make_cache(Session* session, Model* model, Triangle* triangle) {
+    const int32_t id = next_triangle_cache_id;
+    auto* cache = static_cast<TriangleCache*>(list_add(&session->triangle_caches, id));
+    if (cache == nullptr) return nullptr;
+    *cache = TriangleCache{};  // a slot used before still holds its former tenant
+    triangle->state_index = list_index_of(&session->triangle_caches, id, 0);
+    cache->triangle = triangle;
+    set_face_normal(model, triangle, 0, 1, 2, &cache->face_normal);
+    if (triangle->quad != 0) set_face_normal(model, triangle, 2, 1, 3, &cache->face_normal_2);
+    fill_slots(model, triangle, cache);
+    cache->id = id;
+    ++next_triangle_cache_id;
+    return cache;
+}
+
+}  // namespace
+
+TriangleCache* triangle_cache_get(Session* session, Model* model, Triangle* triangle) {
+    if (triangle->state_index >= 0) {
+        auto* cache = static_cast<TriangleCache*>(list_at(&session->triangle_caches, triangle->state_index, 0));
+        if (cache != nullptr) return cache;
+    }
+    return make_cache(session, model, triangle);
+}
+
+const Vec3* point_posed_position(const Session* session, const Point* point) {
+    const PointState* state = state_of(session, point);
+    return state != nullptr ? &state->position : &point->position;
+}
+
+const Vec3* point_posed_normal(const Session* session, const Point* point) {
+    const PointState* state = state_of(session, point);
+    return state != nullptr ? &state->normal : &point->normal;
+}
+
+const Vec3* point_position(Session* session, Model* model, int32_t reference, bool by_slot) {
+    const Point* point = find_point(model, reference, by_slot);
+    return point != nullptr ? point_posed_position(session, point) : nullptr;
+}
+
+const Vec3* point_normal(Session* session, Model* model, int32_t reference, bool by_slot) {
+    const Point* point = find_point(model, reference, by_slot);
+    return point != nullptr ? point_posed_normal(session, point) : nullptr;
+}
+
+const unsigned char* point_colour(Session*, Model* model, int32_t reference, bool by_slot) {
+    const Point* point = find_point(model, reference, by_slot);
+    return point != nullptr ? point->gouraud : nullptr;  // colours are not animated
+}
+
+}  // namespace pelt

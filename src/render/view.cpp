@@ -1,0 +1,86 @@
+// The arithmetic of the one view: extents, zoom, pan and focus. The surprise: a window may be smaller than a pixel
+// before it is mapped, so a size counts as at least 1 wherever it stands in a ratio, and extents stay finite.
+#include "render/view.h"
+
+#include <cmath>
+
+#include "scene/session.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr float FIT_MARGIN = 1.05f;
+constexpr float RESET_RADIUS = 10.0f;
+constexpr float ZOOM_MIN = 0.001f;
+constexpr float ZOOM_MAX = 100.0f;
+
+// Half of the visible world is a quarter of the extent, so that a pixel is the extent's half over the size.
+constexpr float PIXEL_FACTOR = 0.5f;
+
+}  // namespace
+
+float view_size_ratio(int32_t size, int32_t other) {
+    const int32_t above = size > 1 ? size : 1;
+    const int32_t below = other > 1 ? other : 1;
+    return static_cast<float>(above) / static_cast<float>(below);
+}
+
+float view_scaled_extent(float extent, float ratio) {
+    const float scaled = extent * ratio;
+    return std::isfinite(scaled) ? scaled : extent;
+}
+
+void view_set_freerotate(ViewState* view, int32_t on) { view->freerotate = on; }
+
+void view_set_focus(ViewState* view, float x, float y, float z) { view->focus = {x, y, z}; }
+
+void view_set_zoom(ViewState* view, float factor) {
+    if (!(factor >= ZOOM_MIN)) factor = ZOOM_MIN;
+    view->zoom = factor > ZOOM_MAX ? ZOOM_MAX : factor;
+}
+
+void view_pan_pixels(ViewState* view, float x, float y, int relative) {
+    if (x == 0.0f && y == 0.0f) {
+        // Intended: no movement recentres the picture.
+        view->pan_x = 0.0f;
+        view->pan_y = 0.0f;
+        return;
+    }
+    const float width = static_cast<float>(view->width > 1 ? view->width : 1);
+    const float height = static_cast<float>(view->height > 1 ? view->height : 1);
+    const float dx = x / width * view->extent_x * PIXEL_FACTOR * view->zoom;
+    const float dy = y / height * view->extent_y * PIXEL_FACTOR * view->zoom;
+    if (relative != 0) {
+        view->pan_x -= dx;
+        view->pan_y += dy;  // pixels count downward
+    } else {
+        view->pan_x = dx;
+        view->pan_y = dy;
+    }
+}
+
+void view_fit(ViewState* view, float radius, bool keep) {
+    const float r = radius * FIT_MARGIN;
+    const bool wide = view->width > view->height;
+    const float x = wide ? r * view_size_ratio(view->width, view->height) : r;
+    const float y = wide ? r : r * view_size_ratio(view->height, view->width);
+    const float z = r + r;
+    if (!std::isfinite(x) || !std::isfinite(y) || !std::isfinite(z)) return;
+    if (keep) {
+        if (x <= view->extent_x && y <= view->extent_y && z <= view->extent_z) return;
+        view->zoom = (view->extent_z / z) * view->zoom;  // with the depth of before
+    }
+    view->extent_x = x;
+    view->extent_y = y;
+    view->extent_z = z;
+}
+
+void view_reset(ViewState* view) {
+    view_fit(view, RESET_RADIUS, false);
+    view->focus = {0.0f, 0.0f, 0.0f};
+}
+
+void view_fit_scene(ViewState* view, const Session* session) { view_fit(view, session->radius, true); }
+
+}  // namespace pelt

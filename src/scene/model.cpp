@@ -1,0 +1,204 @@
+// Models: making, naming, counting and releasing them. What surprises: a child link can be borrowed, that is, name a
+// model that some root of its own owns. Such a model is counted and walked like any other, but never released here.
+
+#include "scene/model.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "foundation/file_access.h"
+#include "foundation/text.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr size_t FULL_PATH_SIZE = 1024;
+
+void model_init_lists(Model* model) {
+    list_init(&model->points, sizeof(Point), KEY_INT);
+    list_init(&model->layers, sizeof(Layer), KEY_STRING);
+    list_init(&model->joints, sizeof(Joint), KEY_STRING);
+    list_init(&model->blends, sizeof(BlendWeight), KEY_INT);
+    list_init(&model->children, sizeof(ChildLink), KEY_INT);
+}
+
+void scale_place(Vec3* place, float x, float y, float z) {
+    place->x *= x;
+    place->y *= y;
+    place->z *= z;
+}
+
+int32_t layer_count_triangles(const Layer* layer) {
+    int32_t total = 0;
+    for (const Triangle& triangle : list_elements<Triangle>(layer->triangles)) {
+        total += triangle.quad ? 2 : 1;
+    }
+    for (const Polygon& polygon : list_elements<Polygon>(layer->polygons)) {
+        total += polygon.vertex_count - 2;
+    }
+    return total;
+}
+
+int32_t layer_count_lines(const Layer* layer) {
+    int32_t total = 0;
+    for (const Line& line : list_elements<Line>(layer->lines)) {
+        total += line.vertex_count - 1;
+    }
+    return total;
+}
+
+}  // namespace
+
+Model* model_create(const char* path, Model* parent) {
+    if (path == nullptr) {
+        return nullptr;
+    }
+    Model* model = static_cast<Model*>(std::calloc(1, sizeof(Model)));
+    model->parent = parent;
+    // Name and directory share one static buffer, so each is copied before the next is asked for.
+    str_copy(path_base_name(path), model->name);
+    str_copy(path_directory(path), model->path);
+    model_init_lists(model);
+    model->state_index = -1;
+    return model;
+}
+
+int model_release(Model* model) {
+    if (model == nullptr) {
+        return 0;
+    }
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (!link.borrowed) {
+            model_release(link.model);
+        }
+    }
+    // By slot: a layer with a long name cannot be found by it.
+    for (int32_t slot = 0; slot < model->layers.capacity; ++slot) {
+        model_delete_layer_slot(model, slot);
+    }
+    list_free(&model->children);
+    list_free(&model->layers);
+    list_free(&model->joints);
+    list_free(&model->blends);
+    list_free(&model->points);
+    str_free(model->opened_path);
+    std::free(model);
+    return 1;
+}
+
+int model_rename(Model* model, const char* path) {
+    if (model == nullptr || path == nullptr) {
+        return 0;
+    }
+    str_copy(path_base_name(path), model->name);
+    const char* directory = path_directory(path);
+    if (directory != nullptr && directory[0] != '\0') {
+        str_copy(directory, model->path);
+    }
+    str_free(model->opened_path);
+    model->opened_path = nullptr;
+    return 1;
+}
+
+const char* model_name(const Model* model) {
+    return model != nullptr ? model->name : nullptr;
+}
+
+const char* model_full_path(const Model* model) {
+    static char text[FULL_PATH_SIZE];
+    if (model == nullptr) {
+        return nullptr;
+    }
+    std::snprintf(text, sizeof text, "%s%s", model->path, model->name);
+    return text;
+}
+
+void model_set_tag(Model* model, int32_t tag) {
+    if (model != nullptr) {
+        model->tag = tag;
+    }
+}
+
+int32_t model_tag(const Model* model) {
+    return model != nullptr ? model->tag : 0;
+}
+
+int model_scale(Model* model, float x, float y, float z) {
+    if (model == nullptr || x == 0.0f || y == 0.0f || z == 0.0f) {
+        return 0;
+    }
+    for (Point& point : list_elements<Point>(model->points)) {
+        scale_place(&point.position, x, y, z);
+    }
+    for (Joint& joint : list_elements<Joint>(model->joints)) {
+        scale_place(&joint.position, x, y, z);
+    }
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        scale_place(&link.position, x, y, z);
+    }
+    return 1;
+}
+
+int32_t model_count_points(const Model* model) {
+    return model != nullptr ? list_count(&model->points) : 0;
+}
+
+int32_t model_count_joints(const Model* model) {
+    return model != nullptr ? list_count(&model->joints) : 0;
+}
+
+int32_t model_count_layers(const Model* model) {
+    return model != nullptr ? list_count(&model->layers) : 0;
+}
+
+int32_t model_count_children(const Model* model) {
+    if (model == nullptr) {
+        return 0;
+    }
+    int32_t total = 0;
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        total += 1 + model_count_children(link.model);
+    }
+    return total;
+}
+
+int32_t model_count_triangles(const Model* model, const char* layer) {
+    if (model == nullptr) {
+        return 0;
+    }
+    if (layer != nullptr) {
+        const Layer* found = model_find_layer(model, layer);
+        return found != nullptr ? layer_count_triangles(found) : 0;
+    }
+    // Intended: over all layers the records are counted, a quad once and polygons not at all.
+    int32_t total = 0;
+    for (const Layer& each : list_elements<Layer>(model->layers)) {
+        total += list_count(&each.triangles);
+    }
+    return total;
+}
+
+int32_t model_count_lines(const Model* model, const char* layer) {
+    if (model == nullptr) {
+        return 0;
+    }
+    if (layer != nullptr) {
+        const Layer* found = model_find_layer(model, layer);
+        return found != nullptr ? layer_count_lines(found) : 0;
+    }
+    int32_t total = 0;
+    for (const Layer& each : list_elements<Layer>(model->layers)) {
+        total += layer_count_lines(&each);
+    }
+    return total;
+}
+
+void model_file_path(const Model* model, const char* file, char* buffer, size_t size) {
+    if (buffer == nullptr || size == 0) {
+        return;
+    }
+    std::snprintf(buffer, size, "%s%s", model != nullptr ? model->path : "", file != nullptr ? file : "");
+}
+
+}  // namespace pelt

@@ -1,0 +1,25 @@
+// Questions about a model and all that hangs below it, through links of every kind, borrowed ones too.
+#pragma once
+
+#include <cstdint>
+
+#include "scene/model.h"
+
+namespace pelt {
+
+// Levels (a model without children has 1) and models, each link counted as often as it is met. Both stop growing one
+// beyond the limits of a tree, and a tree that goes in a circle is beyond them.
+struct TreeSize {
+    int32_t depth;
+    int32_t nodes;
+};
+
+TreeSize model_tree_size(const Model* model);  // zeros for null
+
+// True when the searched model is the model itself or any descendant of it.
+bool model_tree_holds(const Model* model, const Model* searched);
+
+// True when depth and nodes keep within MODEL_TREE_DEPTH_LIMIT and MODEL_TREE_NODE_LIMIT.
+bool model_tree_fits(const Model* model);
+
+}  // namespace pelt

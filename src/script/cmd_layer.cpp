@@ -1,0 +1,77 @@
+// The verbs "add" and "delete", which work on the current model. What surprises: their failures inside the model, such
+// as a layer name that is taken, show nothing; only a missing model or argument does.
+#include "application/application.h"
+#include "edit/selection.h"
+#include "scene/layer.h"
+#include "scene/session.h"
+#include "script/commands.h"
+#include "script/messages.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr int FULL_COLOUR = 127;
+
+constexpr VertexTexts ADD_VERTEX_TEXTS = {
+    "sorvel: usage: sorvel add vertex <args>",
+    "sorvel: unknown add vertex argument: %s",
+    "sorvel: usage: sorvel add vertex point <n> <x> <y> <z>",
+    "sorvel: usage: sorvel add vertex normal <n> <x> <y> <z>",
+    "sorvel: usage: sorvel add vertex color <n> <r> <g> <b>",
+    "sorvel: usage: sorvel add vertex transparency <n> <f>",
+};
+
+void add_layer(Words words) {
+    Model* model = selection_current_model(&application()->session);
+    if (model == nullptr) {
+        msg_info("sorvel: no model selected");
+        return;
+    }
+    const char* name = nullptr;
+    if (!arg_read(&name, words[1], ARG_TEXT)) {
+        msg_info("sorvel: usage: sorvel add layer <name>");
+        return;
+    }
+    model_add_layer(model, name, FULL_COLOUR, FULL_COLOUR, FULL_COLOUR, 1, 0, 0);
+}
+
+void add_vertex(Words words) { vertex_run(words, ADD_VERTEX_TEXTS); }
+
+void delete_layer(Words words) {
+    const char* name = nullptr;
+    if (!arg_read(&name, words[1], ARG_TEXT)) {
+        msg_info("sorvel: usage: sorvel delete layer <name>");
+        return;
+    }
+    Session* session = &application()->session;
+    Model* model = selection_current_model(session);
+    Layer* layer = model_find_layer(model, name);
+    if (layer == nullptr) return;
+    session_forget_layer(session, layer);
+    model_delete_layer(model, name);
+}
+
+constexpr Command ADD_FORMS[] = {
+    {'l', "layer", add_layer},
+    {'v', "vertex", add_vertex},
+};
+
+constexpr Command DELETE_FORMS[] = {
+    {'l', "layer", delete_layer},
+};
+
+}  // namespace
+
+void cmd_add(Words words) { command_run_sub(words, "add", UNKNOWN_ATTRIBUTE, ADD_FORMS); }
+
+void cmd_delete(Words words) {
+    // The model comes first here: without one the words are not looked at.
+    if (selection_current_model(&application()->session) == nullptr) {
+        msg_info("sorvel: no model selected");
+        return;
+    }
+    command_run_sub(words, "delete", UNKNOWN_ATTRIBUTE, DELETE_FORMS);
+}
+
+}  // namespace pelt

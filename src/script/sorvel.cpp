@@ -1,0 +1,101 @@
+// Entry of the library and of each call of its one command. What surprises: a call first serves everything that waits
+// in the event queue, so that the interface stays alive while a script runs in a loop. Scripts can thus run, and call
+// sorvel, before the call's own words are even looked at.
+#include "script/sorvel.h"
+
+#include <chrono>
+#include <cstring>
+
+#include "application/application.h"
+#include "application/session_lifecycle.h"
+#include "render/frame.h"
+#include "script/arguments.h"
+#include "script/commands.h"
+#include "script/messages.h"
+#include "script/script_events.h"
+
+#include <tcl.h>
+// Behind everything of ours, for the macros of Xlib.
+#include <tk.h>
+#ifdef _WIN32
+#include <tkPlatDecls.h>
+#endif
+
+namespace pelt {
+
+namespace {
+
+// Bounds of one drain, so that a script that keeps queueing events cannot hold a call for ever.
+constexpr int DRAIN_EVENT_LIMIT = 1000;
+constexpr std::chrono::milliseconds DRAIN_TIME_LIMIT{250};
+constexpr int DRAIN_DEPTH_LIMIT = 64;    // calls nested deeper serve no events
+constexpr int DRAIN_EVERYTHING = -1;     // all kinds of events, never waiting
+
+int32_t sorvel_initialised = 0;
+int call_depth = 0;
+
+std::uintptr_t native_instance() {
+#ifdef _WIN32
+    return reinterpret_cast<std::uintptr_t>(Tk_GetHINSTANCE());
+#else
+    return 0;
+#endif
+}
+
+void drain_events() {
+    using Clock = std::chrono::steady_clock;
+    if (call_depth > DRAIN_DEPTH_LIMIT) return;
+    const Clock::time_point start = Clock::now();
+    for (int served = 0; served < DRAIN_EVENT_LIMIT; ++served) {
+        if (tcl_interp() == nullptr || Tcl_DoOneEvent(DRAIN_EVERYTHING) == 0) break;
+        if (Clock::now() - start >= DRAIN_TIME_LIMIT) break;
+    }
+    tcl_result_reset();  // what event handlers left is not this call's result
+}
+
+void run_call(int argc, const char* argv[]) {
+    Application* app = application();
+    app->in_command = 1;
+    drain_events();
+    if (tcl_interp() == nullptr) return;
+    WordTable table;
+    words_split(&table, argc, argv, tcl_to_system);
+    if (table.words[0] == nullptr) return;  // in_command stays 1; nothing reads it
+    cmd_dispatch(table.words.data());
+    app->in_command = 0;
+}
+
+}  // namespace
+
+}  // namespace pelt
+
+using namespace pelt;
+
+int Sorvel_Init(Tcl_Interp* interp) {
+    if (sorvel_initialised != 0) return TCL_OK;
+    sorvel_initialised = 1;
+    if (tcl_glue_init(interp) != 0 || !tcl_add_command("sorvel", sorvel, nullptr)) {
+        sorvel_initialised = 0;  // a later load may find what was missing
+        return TCL_ERROR;
+    }
+    Application* app = application();
+    std::memset(static_cast<void*>(app), 0, sizeof *app);
+    gl_system_init(native_instance());
+    session_init(&app->session);
+    session_set_status_callback(&app->session, status_report);
+    // Its texts come from files.
+    session_set_message_callback(&app->session, msg_info_data);
+    frame_bind(&app->session, &app->view);
+    return TCL_OK;
+}
+
+int sorvel(void*, Tcl_Interp*, int argc, const char* argv[]) {
+    Tcl_Interp* interp = tcl_interp();
+    if (interp == nullptr) return TCL_OK;
+    Tcl_Preserve(interp);
+    ++call_depth;
+    run_call(argc, argv);
+    --call_depth;
+    Tcl_Release(interp);
+    return TCL_OK;
+}
