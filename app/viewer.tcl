@@ -24,7 +24,7 @@ proc die {text {status 2}} {
 }
 
 # What every view starts from: the sample scene and most models stand upright along z.
-array set ::option {output {} size 960x640 view 24,-72 zoom 1.0 background 0.16,0.18,0.21 animate {}}
+array set ::option {output {} size 960x640 view -32,-68 zoom 1.0 background 0.16,0.18,0.21 animate {}}
 
 proc read_command_line {words} {
     set files {}
@@ -160,12 +160,29 @@ proc tell_failure {text} {
     show_message_box -type ok -icon error -title pelt -message $text
 }
 
+# The view as a turntable: the model turns about its own upright axis (z) and is then tilted towards the viewer, so
+# that what stands upright stays so. The library's free rotation holds the matrix.
+array set ::named_view {down {0 0} up {0 -180} south {180 -90} north {0 -90} east {90 -90} west {-90 -90}}
+set ::turn 0.0
+set ::tilt 0.0
+
 proc aim {view} {
-    if {[regexp {^(-?[\d.]+),(-?[\d.]+)$} $view -> angle pitch]} {
-        sorvel set view ortho [format %.4f $angle] [format %.4f $pitch]
+    if {[info exists ::named_view($view)]} {
+        lassign $::named_view($view) ::turn ::tilt
     } else {
-        sorvel set view $view
+        lassign [split $view ,] ::turn ::tilt
     }
+    show_turn
+}
+
+proc show_turn {} {
+    set a [expr {$::turn * acos(-1.0) / 180}]
+    set b [expr {$::tilt * acos(-1.0) / 180}]
+    lassign [list [expr {cos($a)}] [expr {sin($a)}] [expr {cos($b)}] [expr {sin($b)}]] ca sa cb sb
+    set matrix [list $ca [expr {-$sa}] 0 0 [expr {$cb * $sa}] [expr {$cb * $ca}] [expr {-$sb}] 0 \
+        [expr {$sb * $sa}] [expr {$sb * $ca}] $cb 0 0 0 0 1]
+    sorvel set matrix view {*}[lmap number $matrix {format %.6f $number}]
+    draw_soon
 }
 
 # Opens a scene list. Its paths are taken from the folder that it lies in.
@@ -267,7 +284,9 @@ proc on_mouse {button x y dx dy} {
     if {$dx == 0 && $dy == 0} return
     switch $button {
         1 {
-            sorvel set view rotate [format %.2f [expr {$dx * 0.4}]] [format %.2f [expr {$dy * 0.4}]]
+            set ::turn [expr {fmod($::turn + $dx * 0.4, 360.0)}]
+            set ::tilt [expr {min(90.0, max(-180.0, $::tilt + $dy * 0.4))}]
+            show_turn
         }
         2 {
             zoom_by [expr {pow(1.01, $dy)}]
@@ -349,12 +368,12 @@ proc build_menus {} {
     foreach {label key view} {
         North 1 north South 2 south East 3 east West 4 west "From above" 5 down "From below" 6 up
     } {
-        .menu.view add command -label $label -accelerator $key -command [list look $view]
-        bind . <Key-$key> [list look $view]
+        .menu.view add command -label $label -accelerator $key -command [list aim $view]
+        bind . <Key-$key> [list aim $view]
     }
     .menu.view add separator
-    .menu.view add command -label "Start view" -accelerator Home -command {look $::option(view)}
-    bind . <Home> {look $::option(view)}
+    .menu.view add command -label "Start view" -accelerator Home -command {aim $::option(view)}
+    bind . <Home> {aim $::option(view)}
     .menu.view add command -label Fit -accelerator F -command fit
     bind . <f> fit
     menu .menu.display
@@ -373,12 +392,6 @@ proc build_menus {} {
     . configure -menu .menu
 }
 
-proc look {view} {
-    sorvel set freerotate off
-    aim $view
-    sorvel set freerotate on
-    draw_soon
-}
 
 proc build_window {} {
     global option

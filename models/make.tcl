@@ -147,8 +147,8 @@ proc round_wall {radius_0 z_0 radius_1 z_1 from to steps turns courses {offset {
     }
 }
 
-# A flat quad with its texture, corners counter-clockwise from the lower left.
-proc panel {a b c d {us 1} {vs 1}} {
+# A flat quad with its texture, corners counter-clockwise from the lower left; u runs on from u_0 by us.
+proc panel {a b c d {us 1} {vs 1} {u_0 0}} {
     foreach {x y z} $a break
     set e [lmap p $b q $a {expr {$p - $q}}]
     set f [lmap p $d q $a {expr {$p - $q}}]
@@ -156,7 +156,7 @@ proc panel {a b c d {us 1} {vs 1}} {
     lassign $f fx fy fz
     set normal [unit [expr {$ey * $fz - $ez * $fy}] [expr {$ez * $fx - $ex * $fz}] [expr {$ex * $fy - $ey * $fx}]]
     set ids {}
-    foreach corner [list $a $b $c $d] u [list 0 $us $us 0] v [list 0 0 $vs $vs] {
+    foreach corner [list $a $b $c $d] u [list $u_0 [expr {$u_0 + $us}] [expr {$u_0 + $us}] $u_0] v [list 0 0 $vs $vs] {
         set id [point $corner $normal]
         uvee $id $u $v
         lappend ids $id

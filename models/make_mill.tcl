@@ -78,7 +78,7 @@ proc make_mill_house {} {
     statement "image brick.tga x z"
     statement "mirrorimage brickmoss.tga"
 
-    layer "ledge 118 112 104 singlesided mirror x"
+    layer "ledge 84 80 74 singlesided mirror x"
     statement triangles
     round_wall 176 0 176 22 -90 90 12 1 1
     round_wall 176 22 160 30 -90 90 12 1 1
@@ -138,11 +138,11 @@ proc make_mill_house {} {
     # Water: its own blue, and half as much sky.
     layer "pond 44 74 96 doublesided"
     statement triangles
-    set centre [point {380 -330 6} {0 0 1}]
+    set centre [point {330 -270 6} {0 0 1}]
     for {set i 0} {$i < 24} {incr i} {
         foreach {name step} {here 0 next 1} {
             set a [expr {2 * $pi * ($i + $step) / 24}]
-            set $name [point [list [expr {380 + 170 * cos($a)}] [expr {-330 + 100 * sin($a)}] 6] \
+            set $name [point [list [expr {330 + 140 * cos($a)}] [expr {-270 + 90 * sin($a)}] 6] \
                 [unit [expr {0.12 * cos(3 * $a)}] [expr {0.12 * sin(2 * $a)}] 1]]
         }
         triangle $centre $here $next
@@ -153,7 +153,7 @@ proc make_mill_house {} {
     child tree -470 170 4 1.15 "0 0 20"
     child tree -340 390 8 0.9 "0 0 75"
     child tree 420 330 6 1.3 "0 0 140"
-    child fence -420 -330 4 1 "0 0 0"
+    child fence -400 -250 4 1 "0 0 0"
     child sails 0 -170 470 1 "0 24 0"
     model_end mill.mod "A windmill, with everything that a layer can wear"
 }
@@ -165,8 +165,8 @@ proc make_ground {} {
     statement triangles
     set height {{x y} {
         set r [expr {sqrt($x * $x + $y * $y)}]
-        set rise [expr {min(1.0, max(0.0, ($r - 420) / 380.0))}]
-        expr {46 * $rise * (0.6 + sin($x / 150.0) * cos($y / 190.0))}
+        set rise [expr {min(1.0, max(0.0, ($r - 540) / 300.0))}]
+        expr {60 * $rise * (0.6 + sin($x / 150.0) * cos($y / 190.0))}
     }}
     set rings 9
     set around 36
@@ -243,7 +243,7 @@ proc make_fence {} {
     statement triangles
     for {set i 0} {$i < 3} {incr i} {
         set x [expr {$i * 110}]
-        panel [list $x 0 0] [list [expr {$x + 110}] 0 0] [list [expr {$x + 110}] 0 62] [list $x 0 62] 2 1
+        panel [list $x 0 0] [list [expr {$x + 110}] 0 0] [list [expr {$x + 110}] 0 62] [list $x 0 62] 2 1 [expr {2 * $i}]
     }
     uvees_end
     statement "invisible 1.0 0.0 1.0"

@@ -117,7 +117,7 @@ Box model_bounds(const Model* model, const Mat4* matrix) {
     }
     Mat4 identity;
     mat_identity(&identity);
-    return bounds_below(model, matrix != nullptr ? *matrix : identity, 1);
+    return bounds_below(model, matrix != nullptr ? *matrix : identity, 0);
 }
 
 Vec3 model_size(const Model* model, const Mat4* matrix) {

@@ -151,9 +151,9 @@ int32_t find_root_key(const Session* session, int32_t state_id) {
     return 0;
 }
 
-bool all_trees_fit(const Session* session) {
+bool trees_fit(const Session* session, const Model* changed) {
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
-        if (!model_tree_fits(root.model)) {
+        if (model_tree_holds(root.model, changed) && !model_tree_fits(root.model)) {
             return false;
         }
     }
@@ -169,7 +169,7 @@ int lend_child(Session* session, Model* parent, const ModelState* state) {
                                       state->translate.z, state->scale.x, state->scale.y, state->scale.z,
                                       state->rotate[0], state->rotate[1], state->rotate[2]);
     link->borrowed = 1;
-    if (!all_trees_fit(session)) {
+    if (!trees_fit(session, parent)) {
         list_remove(&parent->children, link->id);
         return 0;
     }

@@ -4,6 +4,7 @@
 // for the rest of the callback that started it; the enclosing read takes over again when that callback returns.
 #include "formats/line_reader.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -28,7 +29,7 @@ struct LineReader {
     char line[READER_LINE_SIZE];
     int32_t line_number;
     int32_t token_count;
-    char cut_line[READER_LINE_SIZE];  // the line with its tokens terminated in place
+    char texts[READER_LINE_SIZE + 1];  // the tokens, one behind the other: never longer than the line they come from
     const char* tokens[READER_TOKEN_LIMIT];
     WordClass classes[READER_TOKEN_LIMIT];
     int32_t ints[READER_TOKEN_LIMIT];
@@ -61,16 +62,72 @@ bool is_comment(const LineReader& reader) {
     return false;
 }
 
-void store_token(LineReader& reader, const char* text) {
+// What the characters of a bare word were, gathered while it is copied, so that a short integer needs no second look.
+struct WordShape {
+    uint32_t value;  // of the digits, meaningful while they are few
+    int32_t digits;
+    int32_t minuses;
+    int32_t points;
+    bool other;
+};
+
+constexpr int32_t SHORT_DIGITS = 9;  // that many fit 32 bits whatever they are
+
+// Copies up to the next blank, tab or end; returns where it stopped.
+const char* copy_bare_word(const char* from, char*& to, WordShape& shape) {
+    for (; *from != '\0' && !is_blank(*from); ++from) {
+        const char c = *from;
+        *to++ = c;
+        if (c >= '0' && c <= '9') {
+            shape.value = shape.value * 10 + static_cast<uint32_t>(c - '0');
+            ++shape.digits;
+        } else if (c == '-') {
+            ++shape.minuses;
+        } else if (c == '.') {
+            ++shape.points;
+        } else {
+            shape.other = true;
+        }
+    }
+    return from;
+}
+
+const char* copy_quoted_text(const char* from, char*& to) {
+    for (; *from != '\0' && *from != '"'; ++from) {
+        *to++ = *from;
+    }
+    return from;
+}
+
+void store_int(LineReader& reader, int32_t value) {
     const int32_t index = reader.token_count++;
-    reader.tokens[index] = text;
-    reader.classes[index] = word_class(text);
-    if (reader.classes[index] == WORD_INT) {
-        reader.ints[index] = text_to_int(text);
-        reader.floats[index] = static_cast<float>(reader.ints[index]);
-    } else if (reader.classes[index] == WORD_FLOAT) {
-        // The integer value stays out of reach: an integer is asked for only where the token is written as one.
+    reader.classes[index] = WORD_INT;
+    reader.ints[index] = value;
+    reader.floats[index] = static_cast<float>(value);
+}
+
+// Classifies and converts any token. The integer value of a float stays out of reach of the accessors, and is not kept.
+void store_token(LineReader& reader, const char* text) {
+    const WordClass kind = word_class(text);
+    if (kind == WORD_INT) {
+        store_int(reader, text_to_int(text));
+        return;
+    }
+    const int32_t index = reader.token_count++;
+    reader.classes[index] = kind;
+    if (kind == WORD_FLOAT) {
         reader.floats[index] = to_float(text_to_double(text));
+    }
+}
+
+// The same for a bare word of known shape.
+void store_bare_word(LineReader& reader, const char* text, const WordShape& shape) {
+    const bool sign_leads = shape.minuses == 0 || (shape.minuses == 1 && text[0] == '-');
+    if (!shape.other && shape.points == 0 && sign_leads && shape.digits >= 1 && shape.digits <= SHORT_DIGITS) {
+        const auto value = static_cast<int32_t>(shape.value);
+        store_int(reader, shape.minuses == 0 ? value : -value);
+    } else {
+        store_token(reader, text);
     }
 }
 
@@ -78,40 +135,34 @@ void store_token(LineReader& reader, const char* text) {
 // An empty quoted token ends the line: what stands behind it is lost, as intended.
 bool split_line(LineReader& reader) {
     reader.token_count = 0;
-    if (reader.line[0] == '\0' || is_comment(reader)) {
+    if (is_comment(reader)) {
         return false;
     }
-    std::memcpy(reader.cut_line, reader.line, std::strlen(reader.line) + 1);
-    char* at = reader.cut_line;
+    const char* at = reader.line;
+    char* to = reader.texts;
     while (reader.token_count < READER_TOKEN_LIMIT) {
         while (is_blank(*at)) {
             ++at;
         }
         const bool quoted = *at == '"';
-        char* const begin = quoted ? at + 1 : at;
-        char* end = begin;
-        if (quoted) {
-            while (*end != '\0' && *end != '"') {
-                ++end;
-            }
+        WordShape shape{};
+        char* const text = to;
+        at = quoted ? copy_quoted_text(at + 1, to) : copy_bare_word(at, to, shape);
+        if (to == text) {
+            break;
+        }
+        *to++ = '\0';
+        reader.tokens[reader.token_count] = text;
+        if (quoted || to - text > READER_TOKEN_SIZE) {
+            text[std::min<ptrdiff_t>(to - text, READER_TOKEN_SIZE) - 1] = '\0';
+            store_token(reader, text);
         } else {
-            while (*end != '\0' && !is_blank(*end)) {
-                ++end;
-            }
+            store_bare_word(reader, text, shape);
         }
-        if (end == begin) {
+        if (*at == '\0') {
             break;
         }
-        const bool last = *end == '\0';
-        *end = '\0';
-        if (end - begin >= READER_TOKEN_SIZE) {
-            begin[READER_TOKEN_SIZE - 1] = '\0';
-        }
-        store_token(reader, begin);
-        if (last) {
-            break;
-        }
-        at = end + 1;  // behind a closing quote the next token may start at once
+        ++at;  // the delimiter; behind a closing quote the next token may start at once
     }
     return reader.token_count > 0;
 }

@@ -7,9 +7,8 @@
 #include "formats/model_lines.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstring>
+#include <iterator>
 
 #include "formats/layer_image.h"
 #include "foundation/load_error.h"
@@ -172,10 +171,9 @@ void parse_child(ModelFileContext& file) {
 // ---- data lines ----
 
 // The integers of the tokens from one index on; a token that is missing or no integer counts as 0.
-template <size_t Size>
-void read_ints(std::array<int32_t, Size>& out, int32_t first, int32_t count) {
+void read_ints(int32_t* out, int32_t first, int32_t count) {
     for (int32_t i = 0; i < count; ++i) {
-        out[static_cast<size_t>(i)] = reader_int(first + i);
+        out[i] = reader_int(first + i);
     }
 }
 
@@ -241,20 +239,23 @@ void parse_line(ModelFileContext& file) {
     }
     const int32_t count = reader_token_count() - 1;
     if (has_tokens(count >= 1 && count <= POLYGON_VERTEX_LIMIT, "Bad line definition")) {
-        std::array<int32_t, READER_TOKEN_LIMIT> points;
+        int32_t points[READER_TOKEN_LIMIT];
         read_ints(points, 1, count);
-        require(model_add_line(file.model, file.layer, count, points.data()));
+        require(model_add_line(file.model, file.layer, count, points));
     }
 }
 
 void parse_polygon(ModelFileContext& file) {
     const int32_t count = reader_token_count() - 1;
     if (has_tokens(count >= 3 && count <= POLYGON_VERTEX_LIMIT, BAD_TRIANGLE)) {
-        std::array<int32_t, READER_TOKEN_LIMIT> points;
+        int32_t points[READER_TOKEN_LIMIT];
         read_ints(points, 1, count);
-        require(model_add_polygon(file.model, file.layer, count, points.data(), nullptr));
+        require(model_add_polygon(file.model, file.layer, count, points, nullptr));
     }
 }
+
+constexpr int CORNER_LIMIT = 4;
+constexpr int CONTROL_LIMIT = 2 * CORNER_LIMIT;
 
 // Where a primitive's tokens stand. The points begin at token 1.
 struct PrimitiveForm {
@@ -265,7 +266,7 @@ struct PrimitiveForm {
     int32_t curve_type;   // when the line does not say
     int32_t normals_at;
     int32_t controls_at;  // 0 for none
-    std::array<int32_t, 8> default_controls;  // places among the corners: the ends of each edge
+    int32_t default_controls[CONTROL_LIMIT];  // places among the corners: the ends of each edge
 };
 
 constexpr PrimitiveForm PRIMITIVE_FORMS[] = {
@@ -309,9 +310,9 @@ void parse_primitive(ModelFileContext& file, const PrimitiveForm& form) {
     const int32_t count = reader_token_count();
     const PrimitiveParts parts = form.curve_token != 0 ? curved_parts(form, count) : flat_parts(form, count);
     has_tokens(parts.well_formed, BAD_TRIANGLE);
-    std::array<int32_t, 4> points{};
-    std::array<int32_t, 4> normals{};
-    std::array<int32_t, 8> controls{};
+    int32_t points[CORNER_LIMIT] = {};
+    int32_t normals[CORNER_LIMIT] = {};
+    int32_t controls[CONTROL_LIMIT] = {};
     read_ints(points, 1, form.corners);
     if (parts.normals) {
         read_ints(normals, form.normals_at, form.corners);
@@ -319,12 +320,11 @@ void parse_primitive(ModelFileContext& file, const PrimitiveForm& form) {
     if (parts.controls) {
         read_ints(controls, form.controls_at, 2 * form.corners);
     } else {
-        std::transform(form.default_controls.begin(), form.default_controls.end(), controls.begin(),
-                       [&](int32_t corner) { return points[static_cast<size_t>(corner)]; });
+        std::transform(std::begin(form.default_controls), std::end(form.default_controls), controls,
+                       [&](int32_t corner) { return points[corner]; });
     }
-    require(model_add_triangle(file.model, file.layer, form.quad, points.data(),
-                               parts.normals ? normals.data() : nullptr,
-                               form.curve_token != 0 ? controls.data() : nullptr,
+    require(model_add_triangle(file.model, file.layer, form.quad, points, parts.normals ? normals : nullptr,
+                               form.curve_token != 0 ? controls : nullptr,
                                parts.curve ? reader_int(form.curve_token) : form.curve_type));
 }
 

@@ -6,6 +6,7 @@
 #include "formats/texture_map.h"
 
 #include <cmath>
+#include <vector>
 
 #include "scene/model.h"
 
@@ -23,133 +24,157 @@ bool has_surface(const Layer& layer) {
     return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0;
 }
 
-// A box that starts at the first place it takes in.
+// A box that starts at the first place it takes in. A missing point spoils it for good.
 struct Box {
     Vec3 low;
     Vec3 high;
-    bool empty = true;
+    bool empty;
+    bool spoiled;
 };
 
 void widen_axis(float value, float& low, float& high) {
-    if (value < low) {
-        low = value;
-    }
-    if (value > high) {
-        high = value;
-    }
+    low = value < low ? value : low;
+    high = value > high ? value : high;
 }
 
-// False when the point does not exist.
-bool take_in(Box& box, const Model* model, int32_t point_id) {
-    const Point* point = model_find_point(model, point_id);
+void take_in(Box& box, const Point* point) {
     if (point == nullptr) {
-        return false;
+        box.spoiled = true;
+        return;
     }
     const Vec3& place = point->position;
     if (box.empty) {
-        box = Box{place, place, false};
+        box.low = place;
+        box.high = place;
+        box.empty = false;
     }
     widen_axis(place.x, box.low.x, box.high.x);
     widen_axis(place.y, box.low.y, box.high.y);
     widen_axis(place.z, box.low.z, box.high.z);
-    return true;
 }
 
-bool take_in_layer(Box& box, const Model* model, const Layer& layer) {
+// What one walk over a layer finds: its box, and the points of its corners in the order in which they are mapped, so
+// that each is looked up once. Null for a missing point.
+struct Survey {
+    Box box;
+    std::vector<const Point*> corners;
+};
+
+void take_corner(Survey& survey, const Model* model, int32_t point_id) {
+    const Point* point = model_find_point(model, point_id);
+    survey.corners.push_back(point);
+    take_in(survey.box, point);
+}
+
+Survey survey_layer(const Model* model, const Layer& layer) {
+    Survey survey{Box{{}, {}, true, false}, {}};
+    survey.corners.reserve(static_cast<size_t>(list_count(&layer.triangles)) * 4);
     for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
-            if (!take_in(box, model, triangle.points[corner])) {
-                return false;
-            }
+            take_corner(survey, model, triangle.points[corner]);
         }
     }
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
         for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-            if (!take_in(box, model, vertex.point)) {
-                return false;
-            }
+            take_corner(survey, model, vertex.point);
         }
     }
     for (const Line& line : list_elements<Line>(layer.lines)) {
         for (const int32_t& stored : list_elements<int32_t>(line.vertices)) {
-            if (!take_in(box, model, line_point_id(stored))) {
-                return false;
-            }
+            take_in(survey.box, model_find_point(model, line_point_id(stored)));
         }
     }
-    return !box.empty;
+    return survey;
 }
 
-bool compute_bounds(const Model* model, Layer& layer) {
-    Box box;
-    if (!has_surface(layer) || !take_in_layer(box, model, layer)) {
+bool store_bounds(Layer& layer, const Survey& survey) {
+    if (!has_surface(layer) || survey.box.empty || survey.box.spoiled) {
         return false;
     }
-    layer.bounds_min = box.low;
-    layer.bounds_max = box.high;
+    layer.bounds_min = survey.box.low;
+    layer.bounds_max = survey.box.high;
     return true;
+}
+
+// One coordinate of the planar map: where a place lies between the ends of the box along an axis, from either end.
+// Ends that coincide are not guarded against: the division by zero is intended.
+struct PlanarAxis {
+    float Vec3::*component;  // null for a code that is no axis, which gives 0
+    bool reversed;
+    float low;
+    float extent;
+};
+
+PlanarAxis planar_axis(int code, const Vec3& low, const Vec3& high) {
+    struct Form {
+        float Vec3::*component;
+        bool reversed;
+    };
+    static constexpr Form FORMS[] = {{nullptr, false},   {&Vec3::x, true}, {&Vec3::y, false}, {&Vec3::z, true},
+                                     {&Vec3::x, false}, {&Vec3::y, true}, {&Vec3::z, false}};
+    const Form& form = FORMS[code >= AXIS_X && code <= AXIS_MINUS_Z ? code : 0];
+    if (form.component == nullptr) {
+        return PlanarAxis{nullptr, false, 0.0f, 0.0f};
+    }
+    return PlanarAxis{form.component, form.reversed, low.*form.component, high.*form.component - low.*form.component};
+}
+
+float planar_coordinate(const PlanarAxis& axis, const Vec3& place) {
+    if (axis.component == nullptr) {
+        return 0.0f;
+    }
+    const float share = (place.*axis.component - axis.low) / axis.extent;
+    return axis.reversed ? 1.0f - share : share;
 }
 
 float fold_negative(float value) { return value < 0.0f ? fold_uv(-value) : value; }
 
-// False when the point does not exist.
-bool map_point(const Model* model, const Layer& layer, int32_t point_id, UvPair& out) {
-    const Point* point = model_find_point(model, point_id);
-    if (point == nullptr) {
-        return false;
+// The map of a layer, ready to be asked corner by corner.
+struct LayerMap {
+    const Layer& layer;
+    PlanarAxis u;
+    PlanarAxis v;
+};
+
+UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
+    if (const auto* uvee = static_cast<const Uvee*>(list_find(&map.layer.uvees, point_id))) {
+        return UvPair{uvee->u, uvee->v};  // repeat factors do not apply to these
     }
-    if (const auto* uvee = static_cast<const Uvee*>(list_find(&layer.uvees, point_id))) {
-        out = UvPair{uvee->u, uvee->v};  // repeat factors do not apply to these
-        return true;
+    UvPair uv{planar_coordinate(map.u, place), planar_coordinate(map.v, place)};
+    if (map.layer.image_repeat) {
+        uv.u = fold_negative(uv.u * map.layer.repeat_u);
+        uv.v = fold_negative(uv.v * map.layer.repeat_v);
     }
-    const Vec3& place = point->position;
-    out = planar_uv(place.x, place.y, place.z, &layer.bounds_min, &layer.bounds_max, layer.image_axis_u,
-                    layer.image_axis_v);
-    if (layer.image_repeat) {
-        out.u = fold_negative(out.u * layer.repeat_u);
-        out.v = fold_negative(out.v * layer.repeat_v);
-    }
-    return true;
+    return uv;
 }
 
-bool map_triangles(const Model* model, const Layer& layer) {
+// False, with the corners before it mapped, at the first missing point.
+bool map_corners(const Layer& layer, const Survey& survey) {
+    const LayerMap map{layer, planar_axis(layer.image_axis_u, layer.bounds_min, layer.bounds_max),
+                       planar_axis(layer.image_axis_v, layer.bounds_min, layer.bounds_max)};
+    auto point = survey.corners.begin();
     for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-        for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
-            UvPair uv{};
-            if (!map_point(model, layer, triangle.points[corner], uv)) {
+        for (int corner = 0; corner < triangle_corners(&triangle); ++corner, ++point) {
+            if (*point == nullptr) {
                 return false;
             }
+            const UvPair uv = map_point(map, triangle.points[corner], (*point)->position);
             triangle.uvs[corner][0] = uv.u;
             triangle.uvs[corner][1] = uv.v;
         }
     }
-    return true;
-}
-
-bool map_polygons(const Model* model, const Layer& layer) {
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
         for (PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-            UvPair uv{};
-            if (!map_point(model, layer, vertex.point, uv)) {
+            if (*point == nullptr) {
                 return false;
             }
+            const UvPair uv = map_point(map, vertex.point, (*point)->position);
             vertex.u = uv.u;
             vertex.v = uv.v;
+            ++point;
         }
     }
     return true;
-}
-
-float planar_coordinate(int axis, const Vec3& share) {
-    switch (axis) {
-        case AXIS_X: return 1.0f - share.x;
-        case AXIS_Y: return share.y;
-        case AXIS_Z: return 1.0f - share.z;
-        case AXIS_MINUS_X: return share.x;
-        case AXIS_MINUS_Y: return 1.0f - share.y;
-        case AXIS_MINUS_Z: return share.z;
-        default: return 0.0f;
-    }
 }
 
 }  // namespace
@@ -159,21 +184,21 @@ int layer_map_uvees(Model* model, const char* layer) {
     if (target == nullptr || layer_first_image(target) == nullptr || !has_surface(*target)) {
         return 0;
     }
+    const Survey survey = survey_layer(model, *target);
     // A line with a missing point spoils the box alone: the map then goes by the box as it was.
-    compute_bounds(model, *target);
-    return map_triangles(model, *target) && map_polygons(model, *target) ? 1 : 0;
+    store_bounds(*target, survey);
+    return map_corners(*target, survey) ? 1 : 0;
 }
 
 int layer_compute_bounds(Model* model, const char* layer) {
     Layer* target = find_layer(model, layer);
-    return target != nullptr && compute_bounds(model, *target) ? 1 : 0;
+    return target != nullptr && store_bounds(*target, survey_layer(model, *target)) ? 1 : 0;
 }
 
 UvPair planar_uv(float x, float y, float z, const Vec3* bounds_min, const Vec3* bounds_max, int axis_u, int axis_v) {
-    const Vec3 share{(x - bounds_min->x) / (bounds_max->x - bounds_min->x),
-                     (y - bounds_min->y) / (bounds_max->y - bounds_min->y),
-                     (z - bounds_min->z) / (bounds_max->z - bounds_min->z)};
-    return UvPair{planar_coordinate(axis_u, share), planar_coordinate(axis_v, share)};
+    const Vec3 place{x, y, z};
+    return UvPair{planar_coordinate(planar_axis(axis_u, *bounds_min, *bounds_max), place),
+                  planar_coordinate(planar_axis(axis_v, *bounds_min, *bounds_max), place)};
 }
 
 float fold_uv(float x) {

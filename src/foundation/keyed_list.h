@@ -17,9 +17,9 @@ enum KeyKind : int32_t { KEY_NONE = 0, KEY_INT = 1, KEY_STRING = 2 };
 // Bytes of a text key that are stored. A longer key is cut to these and is never found again.
 inline constexpr size_t KEY_TEXT_SIZE = 32;
 
-// What a list that has had an element holds, private to the functions below; it stands here so that the access by slot
-// can be inlined. Block 0 holds slots 0 to 15, block 1 the next 16, and each further block as many as all before it.
-// A block is its elements followed by their keys.
+// What a list that has had an element holds, private to the functions below; it stands here so that the access by
+// slot can be inlined. Block 0 holds slots 0 to 15, block 1 the next 16, and each further block as many as all before
+// it. A block is its elements followed by their keys.
 struct ListStorage {
     unsigned char** blocks;           // small_blocks, or a heap array once there are more of them
     unsigned char* small_blocks[2];
@@ -32,7 +32,7 @@ struct ListStorage {
     int32_t full_words;               // every slot in this many leading words of the bitmap is occupied
     int32_t empty_words;              // every slot in this many leading words of the bitmap is free
     int32_t first_key;                // see consecutive
-    bool consecutive;                 // KEY_INT: each occupied slot s holds the key first_key + s, so no index is needed
+    bool consecutive;                 // KEY_INT: each occupied slot s holds the key first_key + s; no index is needed
 };
 
 // A plain record: it may be copied byte by byte to hand the list on (the source must then be forgotten).

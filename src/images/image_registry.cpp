@@ -11,6 +11,7 @@
 #include <string>
 
 #include "foundation/file_access.h"
+#include "foundation/file_find.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "images/tga.h"
@@ -64,11 +65,6 @@ struct FileCloser {
 };
 using File = std::unique_ptr<FILE, FileCloser>;
 
-File open_binary(const char* path) {
-    const std::string name = file_resolve(path);
-    return File(name.empty() ? nullptr : std::fopen(name.c_str(), "rb"));
-}
-
 int32_t little_endian_int(const unsigned char* bytes) {
     uint32_t value = 0;
     for (int i = 3; i >= 0; --i) {
@@ -79,7 +75,7 @@ int32_t little_endian_int(const unsigned char* bytes) {
 
 bool has_ps2_files(const ImageData& image) {
     const std::string picture = path_set_extension(image.path, "p2i");
-    const File file = open_binary(picture.c_str());
+    const File file(file_stream_read(picture.c_str()));
     if (!file) {
         load_error_set_format("cannot find PS2 image file: %s", picture.c_str());
         return false;
@@ -95,7 +91,7 @@ bool has_ps2_files(const ImageData& image) {
     const char* name = reinterpret_cast<const char*>(header + PS2_PALETTE_NAME_OFFSET);
     const std::string bounded(name, PS2_HEADER_SIZE - PS2_PALETTE_NAME_OFFSET);
     const std::string palette = bounded.c_str();  // ends at the first zero byte
-    if (!open_binary((palette + ".p2c").c_str())) {
+    if (!File(file_stream_read((palette + ".p2c").c_str()))) {
         load_error_set_format("cannot find PS2 colormap file: %s", palette.c_str());
         return false;
     }

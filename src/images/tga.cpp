@@ -12,7 +12,7 @@
 #include <memory>
 #include <string>
 
-#include "foundation/file_access.h"
+#include "foundation/file_find.h"
 
 namespace pelt {
 
@@ -125,8 +125,7 @@ TgaImage* tga_read(const char* path, const char** error) {
         return nullptr;
     };
 
-    const std::string name = path != nullptr ? file_resolve(path) : std::string();
-    const File file(name.empty() ? nullptr : std::fopen(name.c_str(), "rb"));
+    const File file(file_stream_read(path));
     if (!file) {
         return fail(CANNOT_OPEN);
     }

@@ -7,6 +7,7 @@
 #include <GL/gl.h>
 
 #include <algorithm>
+#include <iterator>
 
 #include "motion/transform_state.h"
 #include "render/overlays.h"

@@ -2,6 +2,8 @@
 // the model changes; it stands until the session forgets the model or the layer.
 #include "render/vertex.h"
 
+#include "scene/ids.h"
+
 namespace pelt {
 
 namespace {
@@ -56,7 +58,8 @@ void fill_slots(const Model* model, const Triangle* triangle, TriangleCache* cac
 }
 
 TriangleCache* make_cache(Session* session, Model* model, Triangle* triangle) {
-    const int32_t id = next_triangle_cache_id;
+    int32_t id = take_id(&next_triangle_cache_id);
+    while (list_find(&session->triangle_caches, id) != nullptr) id = take_id(&next_triangle_cache_id);
     auto* cache = static_cast<TriangleCache*>(list_add(&session->triangle_caches, id));
     if (cache == nullptr) return nullptr;
     *cache = TriangleCache{};  // a slot used before still holds its former tenant
@@ -66,7 +69,6 @@ TriangleCache* make_cache(Session* session, Model* model, Triangle* triangle) {
     if (triangle->quad != 0) set_face_normal(model, triangle, 2, 1, 3, &cache->face_normal_2);
     fill_slots(model, triangle, cache);
     cache->id = id;
-    ++next_triangle_cache_id;
     return cache;
 }
 

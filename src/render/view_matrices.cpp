@@ -77,7 +77,7 @@ void view_get_matrix(const ViewState* view, Mat4* out) {
     mat_transpose(&columns, out);
 }
 
-void view_set_matrix(const ViewState* view, const Mat4* matrix) {
+void view_set_matrix(ViewState* view, const Mat4* matrix) {
     if (!has_context(view)) return;
     glMatrixMode(GL_MODELVIEW);
     glLoadMatrixf(mat_to_gl(matrix)->m);

@@ -25,7 +25,7 @@ TreeSize measure(const Model* model, TreeSizes* known, int32_t level) {
     if (!is_new) {
         return entry->second;
     }
-    TreeSize size{1, 1};
+    TreeSize size{0, 1};
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         const TreeSize below = link.model != nullptr ? measure(link.model, known, level + 1) : TreeSize{0, 1};
         size.depth = std::min(std::max(size.depth, below.depth + 1), TOO_LARGE.depth);
@@ -57,10 +57,10 @@ TreeSize model_tree_size(const Model* model) {
         return TreeSize{0, 0};
     }
     if (list_count(&model->children) == 0) {
-        return TreeSize{1, 1};
+        return TreeSize{0, 1};
     }
     TreeSizes known;
-    return measure(model, &known, 1);
+    return measure(model, &known, 0);
 }
 
 bool model_tree_holds(const Model* model, const Model* searched) {

@@ -7,8 +7,8 @@
 
 namespace pelt {
 
-// Levels (a model without children has 1) and models, each link counted as often as it is met. Both stop growing one
-// beyond the limits of a tree, and a tree that goes in a circle is beyond them.
+// Levels of children (a model without children has 0) and models (itself included), each link counted as often as it
+// is met. Both stop growing one beyond the limits of a tree, and a tree that goes in a circle is beyond them.
 struct TreeSize {
     int32_t depth;
     int32_t nodes;

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int32_t WINDOW_BORDERS = 2;  // pixels in each direction that a picture leaves out
 
-void file_add_model(Words words) {
+void run_add(Words words) {
     const char* file_name = nullptr;
     if (!arg_read(&file_name, words[1], ARG_TEXT)) {
         msg_info("sorvel: usage: sorvel file add <filename>");
@@ -27,7 +27,7 @@ void file_add_model(Words words) {
     if (id == 0) msg_info("sorvel: file add failed");
 }
 
-void file_open(Words words) {
+void run_open(Words words) {
     const char* file_name = nullptr;
     if (!arg_read(&file_name, words[1], ARG_TEXT)) {
         msg_info("sorvel: usage: sorvel file open <filename>");
@@ -38,9 +38,9 @@ void file_open(Words words) {
     if (id == 0) msg_info("sorvel: file open failed");
 }
 
-void file_reload_all(Words) { file_reload(application()); }
+void run_reload(Words) { file_reload(application()); }
 
-void file_rename(Words words) {
+void run_rename(Words words) {
     int32_t id = 0;
     const char* name = nullptr;
     if (!arg_read(&id, words[1], ARG_INT) || !arg_read(&name, words[2], ARG_TEXT)) {
@@ -50,7 +50,7 @@ void file_rename(Words words) {
     session_rename_model(&application()->session, id, name);
 }
 
-void file_save(Words words) {
+void run_save(Words words) {
     const char* what = nullptr;
     if (!arg_read(&what, words[1], ARG_TEXT)) {
         msg_info("sorvel: usage: sorvel file save <args>");
@@ -69,7 +69,7 @@ void file_save(Words words) {
     session_save_model(&application()->session);  // the id is not used
 }
 
-void file_savescreen(Words words) {
+void run_savescreen(Words words) {
     const char* file_name = nullptr;
     if (!arg_read(&file_name, words[1], ARG_TEXT)) {
         msg_info("sorvel: usage: sorvel file savescreen <filename>");
@@ -81,9 +81,9 @@ void file_savescreen(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'a', "add", file_add_model}, {'o', "open", file_open}, {'r', "reload", file_reload_all},
-    {'r', "rename", file_rename}, {'s', "save", file_save}, {'s', "saveas", file_save},
-    {'s', "savescreen", file_savescreen},
+    {'a', "add", run_add},       {'o', "open", run_open}, {'r', "reload", run_reload},
+    {'r', "rename", run_rename}, {'s', "save", run_save}, {'s', "saveas", run_save},
+    {'s', "savescreen", run_savescreen},
 };
 
 }  // namespace

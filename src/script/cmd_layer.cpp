@@ -45,11 +45,7 @@ void delete_layer(Words words) {
         return;
     }
     Session* session = &application()->session;
-    Model* model = selection_current_model(session);
-    Layer* layer = model_find_layer(model, name);
-    if (layer == nullptr) return;
-    session_forget_layer(session, layer);
-    model_delete_layer(model, name);
+    session_delete_layer(session, selection_current_model(session), name);
 }
 
 constexpr Command ADD_FORMS[] = {

@@ -20,12 +20,7 @@ using LayerSetter = int (*)(Model* model, const char* layer, Words words);
 int set_name(Model* model, const char* layer, Words words) {
     const char* name = nullptr;
     if (!arg_read(&name, words[0], ARG_TEXT)) return 0;
-    // The layer that bore the new name goes, and what is remembered of it must go first.
-    Layer* displaced = str_equal(name, layer) ? nullptr : model_find_layer(model, name);
-    if (displaced != nullptr && model_find_layer(model, layer) != nullptr) {
-        session_forget_layer(&application()->session, displaced);
-    }
-    model_rename_layer(model, layer, name);
+    session_rename_layer(&application()->session, model, layer, name);
     return 1;
 }
 

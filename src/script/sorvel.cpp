@@ -34,11 +34,12 @@ constexpr int DRAIN_EVERYTHING = -1;     // all kinds of events, never waiting
 int32_t sorvel_initialised = 0;
 int call_depth = 0;
 
+// What the window system knows this program by: the module, or the interpreter whose main window names the display.
 std::uintptr_t native_instance() {
 #ifdef _WIN32
     return reinterpret_cast<std::uintptr_t>(Tk_GetHINSTANCE());
 #else
-    return 0;
+    return reinterpret_cast<std::uintptr_t>(tcl_interp());
 #endif
 }
 

@@ -55,13 +55,13 @@ void set_start_variables(Tcl_Interp* interp, const char* argv0) {
 
 Tcl_Interp* tcl_start_interp(const char* argv0) {
     if (argv0 == nullptr || tclStubsPtr == nullptr || tkStubsPtr == nullptr) return nullptr;
-    Tcl_FindExecutable(argv0);
+    tclStubsPtr->tcl_FindExecutable(argv0);
     Tcl_Interp* interp = Tcl_CreateInterp();
     set_start_variables(interp, argv0);
     if (Tcl_Init(interp) == TCL_OK) {
         Tcl_GlobalEval(interp, "source [file join $tcl_library tclIndex]");
         if (tkStubsPtr->tk_Init(interp) == TCL_OK) {
-            Tcl_StaticPackage(interp, "Tk", tkStubsPtr->tk_Init, nullptr);
+            tclStubsPtr->tcl_StaticPackage(interp, "Tk", tkStubsPtr->tk_Init, nullptr);
             if (tcl_glue_init(interp) == 0) return interp;
         }
     }

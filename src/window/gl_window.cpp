@@ -119,8 +119,7 @@ void gl_make_current(WindowHandle window) {
     if (entry == nullptr || entry->context == nullptr) return;
     const GlContext& context = *entry->context;
     if (context.device_context == 0 || context.render_context == 0) return;
-    native_context_make_current(context.device_context, context.render_context);
-    gl_system.current_window = entry;
+    if (native_context_make_current(context.device_context, context.render_context)) gl_system.current_window = entry;
 }
 
 bool gl_context_current(WindowHandle window) { return drawing_window(window) != nullptr; }

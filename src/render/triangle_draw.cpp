@@ -1,0 +1,215 @@
+// Flat primitives as OpenGL calls: triangles, quads and polygons, and the coordinates of the reflection pass. The
+// surprise: the stored order of the corners is the one for a mirrored drawing, which a negative scale turns round, so
+// that the plain drawing is the one that reverses it.
+#include "render/triangle_draw.h"
+
+#include <GL/gl.h>
+
+#include <cmath>
+#include <utility>
+
+#include "render/vertex.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr float GOURAUD_SCALE = 0.00392157f;  // 255 is full intensity here, unlike layer colours
+
+// How far the normal and the place on the screen move a reflection coordinate from its middle.
+constexpr float REFLECTION_MIDDLE = 1.5f;
+constexpr float REFLECTION_NORMAL = 0.375f;
+constexpr float REFLECTION_PLACE = 0.125f;
+
+// The corners of a primitive, each part in an array of its own, as reflection_coords takes them.
+template <int Limit>
+struct Corners {
+    const Vec3* positions[Limit];
+    const Vec3* normals[Limit];
+    const unsigned char* colours[Limit];
+    const float* uvs[Limit];
+};
+
+// What is sent with each vertex besides normal and position.
+struct VertexForm {
+    bool textured;
+    bool gouraud;
+};
+
+// Corners 1 and 2 change places.
+void reverse_winding(Corners<4>* corners) {
+    std::swap(corners->positions[1], corners->positions[2]);
+    std::swap(corners->normals[1], corners->normals[2]);
+    std::swap(corners->colours[1], corners->colours[2]);
+    std::swap(corners->uvs[1], corners->uvs[2]);
+}
+
+template <int Limit>
+inline void send_vertex(const Corners<Limit>& corners, int i, VertexForm form) {
+    if (form.textured) glTexCoord2f(corners.uvs[i][0], corners.uvs[i][1]);
+    if (form.gouraud) {
+        const unsigned char* c = corners.colours[i];
+        glColor4f(static_cast<float>(c[0]) * GOURAUD_SCALE, static_cast<float>(c[1]) * GOURAUD_SCALE,
+                  static_cast<float>(c[2]) * GOURAUD_SCALE, 1.0f - static_cast<float>(c[3]) * GOURAUD_SCALE);
+    }
+    const Vec3* n = corners.normals[i];
+    const Vec3* p = corners.positions[i];
+    glNormal3f(n->x, n->y, n->z);
+    glVertex3f(p->x, p->y, p->z);
+}
+
+// From slots, without a search. False when one of them names no point.
+bool collect_corners(const Session* session, const Model* model, const Triangle* triangle, const TriangleCache* cache,
+                     int count, Corners<4>* out) {
+    for (int i = 0; i < count; ++i) {
+        const int32_t point_slot = cache->point_slots[i];
+        const int32_t normal_slot = cache->normal_slots[i];
+        const auto* point = static_cast<const Point*>(list_at(&model->points, point_slot, 0));
+        const auto* normal = normal_slot == point_slot
+                                 ? point
+                                 : static_cast<const Point*>(list_at(&model->points, normal_slot, 0));
+        if (point == nullptr || normal == nullptr) return false;
+        out->positions[i] = point->state_index < 0 ? &point->position : point_posed_position(session, point);
+        out->normals[i] = normal->state_index < 0 ? &normal->normal : point_posed_normal(session, normal);
+        out->colours[i] = point->gouraud;
+        out->uvs[i] = triangle->uvs[i];
+    }
+    return true;
+}
+
+void send_reflected(GLenum primitive, const Vec3* const* positions, const Vec3* const* normals, float (*uvs)[2],
+                    int count) {
+    reflection_coords(positions, normals, uvs, count);
+    glBegin(primitive);
+    for (int i = 0; i < count; ++i) {
+        glTexCoord2f(uvs[i][0], uvs[i][1]);
+        glNormal3f(normals[i]->x, normals[i]->y, normals[i]->z);
+        glVertex3f(positions[i]->x, positions[i]->y, positions[i]->z);
+    }
+    glEnd();
+}
+
+template <int Limit>
+void send_strip(const Corners<Limit>& corners, int first, int count, VertexForm form) {
+    glBegin(GL_TRIANGLE_STRIP);
+    for (int i = first; i < count; ++i) send_vertex(corners, i, form);
+    glEnd();
+}
+
+// Half of a quad. The edge that begins at its second corner is the diagonal, which line mode does not show.
+void send_half_quad(const Corners<4>& corners, const int (&order)[3], VertexForm form) {
+    for (int i = 0; i < 3; ++i) {
+        glEdgeFlag(GL_TRUE);
+        if (i == 1) glEdgeFlag(GL_FALSE);
+        send_vertex(corners, order[i], form);
+    }
+}
+
+void send_quad(const Session* session, const Corners<4>& corners, VertexForm form) {
+    if (session->display_quadlines != 0) {
+        send_strip(corners, 0, 4, form);
+        return;
+    }
+    glBegin(GL_TRIANGLES);
+    send_half_quad(corners, {0, 1, 2}, form);
+    send_half_quad(corners, {3, 2, 1}, form);
+    glEnd();
+}
+
+// Vertices found, at most POLYGON_VERTEX_LIMIT; 0 when one of them names no point.
+int collect_vertices(Session* session, Model* model, const Polygon* polygon, Corners<POLYGON_VERTEX_LIMIT>* out) {
+    int count = 0;
+    for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon->vertices)) {
+        if (count == POLYGON_VERTEX_LIMIT) break;
+        const Point* point = static_cast<const Point*>(list_find(&model->points, vertex.point));
+        const Vec3* normal = point_normal(session, model, vertex.normal, false);
+        if (point == nullptr || normal == nullptr) return 0;
+        out->positions[count] = point_posed_position(session, point);
+        out->normals[count] = normal;
+        out->colours[count] = point->gouraud;
+        out->uvs[count] = &vertex.u;
+        ++count;
+    }
+    return count;
+}
+
+VertexForm vertex_form(const Session* session, const Model* model, bool textured) {
+    return {textured, model->has_gouraud != 0 && session->display_gouraud != 0};
+}
+
+}  // namespace
+
+void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, float (*uvs)[2], int count) {
+    Mat4 columns, view, turn, projection, screen;
+    glGetFloatv(GL_MODELVIEW_MATRIX, columns.m);
+    mat_transpose(&columns, &view);
+    turn = view;
+    turn.m[3] = turn.m[7] = turn.m[11] = 0.0f;
+    turn.m[12] = turn.m[13] = turn.m[14] = 0.0f;
+    turn.m[15] = 1.0f;
+    glGetFloatv(GL_PROJECTION_MATRIX, columns.m);
+    mat_transpose(&columns, &projection);
+    mat_multiply(&view, &projection, &screen);
+    for (int i = 0; i < count; ++i) {
+        Vec3 normal, place;
+        mat_transform_point(&turn, normals[i], &normal);
+        mat_transform_point(&screen, positions[i], &place);
+        if (place.x != 0.0f || place.y != 0.0f) {
+            const float scale = 1.0f / std::sqrt(place.x * place.x + place.y * place.y);
+            place.x *= scale;
+            place.y *= scale;
+        }
+        uvs[i][0] = REFLECTION_MIDDLE + (normal.x * REFLECTION_NORMAL + place.x * REFLECTION_PLACE);
+        uvs[i][1] = REFLECTION_MIDDLE - (normal.y * REFLECTION_NORMAL + place.y * REFLECTION_PLACE);
+    }
+}
+
+int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored,
+                      bool reflection) {
+    const TriangleCache* cache = triangle_cache_get(session, model, triangle);
+    // A triangle of curve type 4 is a plain one: the type has a meaning for quads alone.
+    const bool quad = triangle->quad != 0;
+    const int count = quad ? 4 : 3;
+    Corners<4> corners;
+    if (cache == nullptr || !collect_corners(session, model, triangle, cache, count, &corners)) return 0;
+    if (!mirrored) reverse_winding(&corners);
+    if (reflection) {
+        float uvs[4][2];
+        send_reflected(quad ? GL_TRIANGLE_STRIP : GL_TRIANGLES, corners.positions, corners.normals, uvs, count);
+        return quad ? 2 : 1;
+    }
+    const VertexForm form = vertex_form(session, model, textured);
+    if (quad) {
+        send_quad(session, corners, form);
+        return 2;
+    }
+    glBegin(GL_TRIANGLES);
+    for (int i = 0; i < 3; ++i) send_vertex(corners, i, form);
+    glEnd();
+    return 1;
+}
+
+int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool textured, bool mirrored,
+                     bool reflection) {
+    Corners<POLYGON_VERTEX_LIMIT> corners;
+    const int count = collect_vertices(session, model, polygon, &corners);
+    if (count < 3) return 0;
+    if (reflection) {
+        float uvs[POLYGON_VERTEX_LIMIT][2];
+        send_reflected(GL_TRIANGLE_STRIP, corners.positions, corners.normals, uvs, count);
+        return count - 2;
+    }
+    const VertexForm form = vertex_form(session, model, textured);
+    if (mirrored) {
+        send_strip(corners, 0, count, form);
+        return count - 2;
+    }
+    // The first triangle turned round, then the strip from its second vertex on: every triangle changes its winding.
+    glBegin(GL_TRIANGLES);
+    for (int i = 2; i >= 0; --i) send_vertex(corners, i, form);
+    glEnd();
+    send_strip(corners, 1, count, form);
+    return count - 2;
+}
+
+}  // namespace pelt

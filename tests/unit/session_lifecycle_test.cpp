@@ -1,0 +1,609 @@
+// The life of the scene: set up, reset, load, reload, rename, find, on real files.
+
+#include "application/session_lifecycle.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "edit/selection.h"
+#include "foundation/text.h"
+#include "motion/root_models.h"
+#include "motion/transform_state.h"
+#include "support/temp_dir.h"
+
+namespace pelt {
+namespace {
+
+constexpr const char* SMALL_MODEL = "points\n1 0 0 0\n2 100 0 0\n3 0 50 0\nlayer skin 127 127 127 singlesided\n"
+                                    "triangles\n0 1 2 3\n";
+constexpr const char* CLIP = "names translate\n0.0 0 0 0\n3.0 0 10 0\n";
+
+std::vector<std::string> reports;
+Session* reported = nullptr;
+std::string nested_path;
+int nested_limit = 0;
+
+void record_status(const char* text) {
+    reports.push_back(std::string("status:") + text);
+}
+
+void record_message(const char* text) {
+    reports.push_back(std::string("message:") + text);
+}
+
+template <void (*Action)()>
+void nested(const char*) {
+    if (nested_limit > 0) {
+        --nested_limit;
+        Action();
+    }
+}
+
+void do_reload() { session_reload(reported); }
+void do_reset() { session_reset(reported, 0); }
+void do_load() { session_load_model(reported, nested_path.c_str()); }
+void do_close_and_load() {
+    session_close_all(reported);
+    session_load_model(reported, nested_path.c_str());
+}
+void do_load_animation() { session_load_animation(reported, nested_path.c_str(), 0); }
+
+class LifecycleTest : public ::testing::Test {
+protected:
+    LifecycleTest() {
+        reports.clear();
+        nested_limit = 0;
+        reported = &session;
+        session_init(&session);
+        forget_failed_reloads();
+    }
+    ~LifecycleTest() override {
+        session.status_callback = nullptr;
+        session.message_callback = nullptr;
+        session_reset(&session, 1);
+        forget_failed_reloads();
+    }
+
+    // What failed before is tried again by a reload of an empty scene: let it succeed, then nothing is left.
+    void forget_failed_reloads() {
+        session_reset(&session, 0);
+        const std::string file = dir.write("forget.mod", SMALL_MODEL);
+        const std::string list = dir.write("forget.txt", row("forget.mod", "forget.clip", "world"));
+        dir.write("forget.clip", CLIP);
+        session_load_animation(&session, list.c_str(), 1);
+        session_reload(&session);
+        session_close_all(&session);
+        session_load_model(&session, file.c_str());
+        session_reload(&session);
+        session_reset(&session, 0);
+        session.anim_time = 0.0f;
+    }
+
+    void listen() {
+        session_set_status_callback(&session, record_status);
+        session_set_message_callback(&session, record_message);
+    }
+
+    std::string row(const std::string& model, const std::string& clip, const std::string& parent) const {
+        return dir.path() + " " + model + " " + dir.path() + " " + clip + " " + parent + "\n";
+    }
+
+    std::string write_animation(const std::string& name = "scene.txt") {
+        dir.write("body.mod", SMALL_MODEL);
+        dir.write("walk.clip", CLIP);
+        return dir.write(name, row("body.mod", "walk.clip", "world"));
+    }
+
+    int32_t load(const std::string& path) { return session_load_model(&session, path.c_str()); }
+    int32_t roots() const { return list_count(&session.root_models); }
+    const Model* root(int32_t rank) const {
+        return static_cast<RootModel*>(list_at(&session.root_models, rank, 1))->model;
+    }
+
+    int count_reports(const std::string& ending) const {
+        return static_cast<int>(std::count_if(reports.begin(), reports.end(), [&](const std::string& text) {
+            return text.size() >= ending.size() && text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
+        }));
+    }
+
+    test::TempDir dir;
+    Session session{};
+};
+
+// ---- set up and reset ----
+
+TEST_F(LifecycleTest, InitSetsTheRecordUp) {
+    Session fresh;
+    std::fill_n(reinterpret_cast<unsigned char*>(&fresh), sizeof fresh, static_cast<unsigned char>(0xAB));
+    session_init(&fresh);
+    EXPECT_EQ(10.0f, fresh.radius);
+    EXPECT_EQ(1.0f, fresh.anim_step);
+    EXPECT_EQ(0.0f, fresh.anim_time);
+    EXPECT_EQ(1, fresh.display_triangles);
+    EXPECT_EQ(1, fresh.display_lines);
+    EXPECT_EQ(1, fresh.digit_bitmaps_ready);
+    EXPECT_EQ(0, fresh.file_list.element_size);
+    EXPECT_EQ(KEY_INT, fresh.model_states.kind);
+    EXPECT_EQ(static_cast<int32_t>(sizeof(ChildState)), fresh.child_states.element_size);
+    EXPECT_EQ(static_cast<int32_t>(sizeof(RootModel)), fresh.root_models.element_size);
+    EXPECT_EQ(nullptr, fresh.status_callback);
+    session_init(nullptr);
+}
+
+TEST_F(LifecycleTest, ResetKeepsTheDisplayFlagsUnlessAsked) {
+    session.display_wireframe = 1;
+    session_reset(&session, 0);
+    EXPECT_EQ(1, session.display_wireframe);
+    session_reset(&session, 1);
+    EXPECT_EQ(0, session.display_wireframe);
+}
+
+TEST_F(LifecycleTest, ResetDropsTheSceneAndKeepsTheSettings) {
+    listen();
+    load(dir.write("a.mod", SMALL_MODEL));
+    selection_all(&session);
+    session.selection.centre.x = 3.0f;
+    session.anim_time = 2.0f;
+    session.anim_rate = 25;
+    session.anim_step = 0.04f;
+    session.anim_end = 9.0f;
+    session.points_color_index = 4;
+    session.animation_path = str_dup("scene.txt");
+    session_reset(&session, 0);
+    EXPECT_EQ(0, roots());
+    EXPECT_EQ(0, list_count(&session.model_states));
+    EXPECT_EQ(0, list_count(&session.selection.models));
+    EXPECT_EQ(0.0f, session.selection.centre.x);
+    EXPECT_EQ(1.0f, session.anim_step);
+    EXPECT_EQ(0.0f, session.anim_end);
+    EXPECT_EQ(nullptr, session.animation_path);
+    EXPECT_EQ(10.0f, session.radius);
+    EXPECT_EQ(2.0f, session.anim_time);
+    EXPECT_EQ(25, session.anim_rate);
+    EXPECT_EQ(4, session.points_color_index);
+    EXPECT_EQ(record_status, session.status_callback);
+    EXPECT_EQ(1, session.digit_bitmaps_ready);
+    session_reset(&session, 0);
+    session_reset(nullptr, 1);
+}
+
+TEST_F(LifecycleTest, ResetDropsWhatAStatusProcedureLoadsMeanwhile) {
+    nested_path = dir.write("a.mod", SMALL_MODEL);
+    load(nested_path);
+    nested_limit = 10;
+    session_set_status_callback(&session, nested<do_load>);
+    session_reset(&session, 0);
+    EXPECT_EQ(0, roots());
+    EXPECT_EQ(0, list_count(&session.model_states));
+}
+
+// ---- loading ----
+
+TEST_F(LifecycleTest, LoadGivesTheIdAndReports) {
+    listen();
+    const int32_t id = load(dir.write("Ship.mod", SMALL_MODEL));
+    EXPECT_GE(id, 1);
+    EXPECT_EQ((std::vector<std::string>{"status:Time: 0.00 of 0.00, Triangles: 0, Loading...",
+                                        "status:Time: 0.00 of 0.00, Triangles: 0, Ready"}),
+              reports);
+    EXPECT_EQ(200.0f, session.radius);  // twice the largest size
+    EXPECT_STREQ("ship", root(0)->name);
+}
+
+TEST_F(LifecycleTest, LoadingTheSameFileTwiceGivesTwoIdsAndTwoRoots) {
+    const std::string file = dir.write("a.mod", SMALL_MODEL);
+    const int32_t first = load(file);
+    const int32_t second = load(file);
+    EXPECT_GE(first, 1);
+    EXPECT_GT(second, first);
+    EXPECT_EQ(2, roots());
+}
+
+TEST_F(LifecycleTest, ClosingAndLoadingAgainGivesHigherIds) {
+    const std::string file = dir.write("a.mod", SMALL_MODEL);
+    const int32_t first = load(file);
+    session_close_all(&session);
+    EXPECT_GT(load(file), first);
+}
+
+TEST_F(LifecycleTest, AFailedLoadKeepsTheSceneAndDoesNotSayReady) {
+    load(dir.write("a.mod", SMALL_MODEL));
+    listen();
+    const std::string missing = dir.file("none.mod");
+    EXPECT_EQ(0, load(missing));
+    EXPECT_EQ(1, roots());
+    EXPECT_EQ(0, count_reports("Ready"));
+    const std::vector<std::string> expected = {
+        "status:Time: 0.00 of 0.00, Triangles: 0, Loading...", "message:could not find: " + missing,
+        "status:could not find: " + missing, "message:Load failed", "status:Load failed"};
+    EXPECT_EQ(expected, reports);
+}
+
+TEST_F(LifecycleTest, AFailureWithoutATextSaysLoadFailedAlone) {
+    const std::string file = dir.write("bad.mod", "points\n0 1 2 3\n");
+    load(dir.file("none.mod"));
+    listen();
+    EXPECT_EQ(0, load(file));
+    EXPECT_EQ(1, count_reports("message:Load failed"));
+    EXPECT_EQ(3u, reports.size()) << "Loading, and the message to both callbacks; no stale text";
+}
+
+TEST_F(LifecycleTest, NullsFail) {
+    EXPECT_EQ(0, session_load_model(&session, nullptr));
+    EXPECT_EQ(0, session_load_model(nullptr, "a.mod"));
+    EXPECT_EQ(0, session_add_model(&session, nullptr));
+    EXPECT_EQ(0, session_add_model(nullptr, nullptr));
+    EXPECT_EQ(0, session_load_animation(&session, nullptr, 0));
+    EXPECT_EQ(0, session_load_animation(nullptr, "a.txt", 0));
+    EXPECT_EQ(0, session_reload(nullptr));
+    EXPECT_EQ(0, session_rename_model(nullptr, 1, "a.mod"));
+    EXPECT_EQ(0, session_find_model(&session, nullptr));
+    EXPECT_EQ(0, session_find_model(nullptr, "a"));
+    EXPECT_EQ(nullptr, session_find_images(nullptr, 1));
+    EXPECT_EQ(0, session_replace_model(&session, nullptr));
+    EXPECT_EQ(0, session_replace_model(nullptr, "name"));
+    session_save_model(nullptr);
+}
+
+TEST_F(LifecycleTest, AddModelEntersAMadeModel) {
+    listen();
+    Model* model = model_create("made.mod", nullptr);
+    const int32_t id = session_add_model(&session, model);
+    EXPECT_GE(id, 1);
+    EXPECT_EQ(1, count_reports("Ready"));
+    EXPECT_EQ(id, session_find_model(&session, "made"));
+}
+
+TEST_F(LifecycleTest, ReplaceModelLeavesOneEmptyModelOfThatName) {
+    load(dir.write("a.mod", SMALL_MODEL));
+    load(dir.write("b.mod", SMALL_MODEL));
+    // The name may lie in a model that goes.
+    EXPECT_GE(session_replace_model(&session, "Fresh.mod"), 1);
+    EXPECT_EQ(1, roots());
+    EXPECT_STREQ("fresh", root(0)->name);
+    EXPECT_EQ(0, model_count_points(root(0)));
+}
+
+TEST_F(LifecycleTest, AStatusProcedureMayResetInTheMiddleOfALoad) {
+    const std::string file = dir.write("a.mod", SMALL_MODEL);
+    nested_limit = 1;
+    session_set_status_callback(&session, nested<do_reset>);
+    EXPECT_GE(load(file), 1);
+    EXPECT_EQ(1, roots());
+}
+
+TEST_F(LifecycleTest, AStatusProcedureMayOpenAnotherFileInTheMiddleOfALoad) {
+    const std::string file = dir.write("a.mod", SMALL_MODEL);
+    nested_path = dir.write("b.mod", SMALL_MODEL);
+    nested_limit = 4;
+    session_set_status_callback(&session, nested<do_close_and_load>);
+    EXPECT_GE(load(file), 1);
+    nested_limit = 0;
+    EXPECT_GE(roots(), 1);
+}
+
+TEST_F(LifecycleTest, AMessageProcedureMayLoadInTheMiddleOfAFailure) {
+    nested_path = dir.write("b.mod", SMALL_MODEL);
+    nested_limit = 1;
+    session_set_message_callback(&session, nested<do_close_and_load>);
+    session_set_status_callback(&session, record_status);
+    EXPECT_EQ(0, load(dir.file("none.mod")));
+    EXPECT_EQ("status:Load failed", reports.back());
+    EXPECT_EQ(1, roots());
+}
+
+// ---- animations ----
+
+TEST_F(LifecycleTest, AnAnimationReplacesTheScene) {
+    load(dir.write("old.mod", SMALL_MODEL));
+    const std::string list = write_animation();
+    listen();
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    EXPECT_EQ(1, roots());
+    EXPECT_STREQ("body", root(0)->name);
+    EXPECT_EQ(3.0f, session.anim_end);
+    EXPECT_EQ(list, session.animation_path);
+    EXPECT_EQ(200.0f, session.radius);
+    EXPECT_EQ(1, count_reports("Triangles: 0, Loading..."));
+    EXPECT_EQ("status:Time: 0.00 of 3.00, Triangles: 0, Ready", reports.back());
+}
+
+TEST_F(LifecycleTest, AnAnimationOpensAtTheTimeOfTheLastOneWithinItsLength) {
+    const std::string list = write_animation();
+    session.anim_time = 5.0f;
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    EXPECT_EQ(3.0f, session.anim_time);
+    dir.write("walk.clip", "names translate\n0.0 0 0 0\n8.0 0 10 0\n");
+    session.anim_time = 5.0f;
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    EXPECT_EQ(5.0f, session.anim_time);
+    EXPECT_EQ(8.0f, session.anim_end);
+}
+
+TEST_F(LifecycleTest, AnAnimationIsEvaluatedWhenItIsLoaded) {
+    const std::string list = write_animation();
+    session.anim_time = 3.0f;
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    const ModelState* state = static_cast<ModelState*>(list_at(&session.model_states, 0, 1));
+    ASSERT_NE(nullptr, state);
+    EXPECT_FLOAT_EQ(10.0f, state->matrix.m[7]);
+}
+
+TEST_F(LifecycleTest, KeepRadiusSkipsTheGrowth) {
+    const std::string list = write_animation();
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 1));
+    EXPECT_EQ(10.0f, session.radius);
+}
+
+TEST_F(LifecycleTest, AFailedAnimationLeavesAnEmptyScene) {
+    load(dir.write("old.mod", SMALL_MODEL));
+    listen();
+    const std::string missing = dir.file("none.txt");
+    EXPECT_EQ(0, session_load_animation(&session, missing.c_str(), 0));
+    EXPECT_EQ(0, roots());
+    EXPECT_EQ(nullptr, session.animation_path);
+    EXPECT_EQ("message:file does not exist: " + missing, reports[reports.size() - 2]);
+    EXPECT_EQ("status:file does not exist: " + missing, reports.back());
+}
+
+TEST_F(LifecycleTest, AnAnimationIsLoadedFromItsOwnRememberedPath) {
+    const std::string list = write_animation();
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    EXPECT_EQ(1, session_load_animation(&session, session.animation_path, 0));
+    EXPECT_EQ(list, session.animation_path);
+}
+
+TEST_F(LifecycleTest, AStatusProcedureMayLoadAnotherAnimationInTheMiddleOfOne) {
+    const std::string list = write_animation();
+    nested_path = write_animation("other.txt");
+    nested_limit = 3;
+    session_set_status_callback(&session, nested<do_load_animation>);
+    EXPECT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    nested_limit = 0;
+    EXPECT_NE(nullptr, session.animation_path);
+}
+
+// ---- reload ----
+
+TEST_F(LifecycleTest, ReloadOfAnEmptySceneReportsTheClosingAlone) {
+    listen();
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ((std::vector<std::string>{
+                  "status:Time: 0.00 of 0.00, Triangles: 0, Closing currently open Model file",
+                  "status:Time: 0.00 of 0.00, Triangles: 0, Ready"}),
+              reports);
+}
+
+TEST_F(LifecycleTest, ReloadReadsEveryRootAgainUnderANewId) {
+    const int32_t first = load(dir.write("a.mod", SMALL_MODEL));
+    load(dir.write("b.mod", SMALL_MODEL));
+    dir.write("a.mod", "points\n1 0 0 0\n");
+    EXPECT_EQ(1, session_reload(&session));
+    ASSERT_EQ(2, roots());
+    EXPECT_STREQ("a", root(0)->name);
+    EXPECT_STREQ("b", root(1)->name);
+    EXPECT_EQ(1, model_count_points(root(0)));
+    EXPECT_EQ(nullptr, list_find(&session.model_states, first));
+}
+
+TEST_F(LifecycleTest, ReloadOpensTheFileThatWasOpenedWhereNamesDifferByCase) {
+    load(dir.write("Ship.MOD", SMALL_MODEL));
+    dir.write("ship.mod", "points\n1 0 0 0\n");
+    EXPECT_EQ(1, session_reload(&session));
+    ASSERT_EQ(1, roots());
+    EXPECT_EQ(3, model_count_points(root(0)));
+}
+
+TEST_F(LifecycleTest, ReloadTakesSeparatorsOfBothFormsForTheSame) {
+    dir.write("sub/Ship.mod", SMALL_MODEL);
+    const std::string path = dir.path() + "\\sub\\Ship.mod";
+    ASSERT_GE(load(path), 1);
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(path, root(0)->opened_path);
+}
+
+TEST_F(LifecycleTest, ReloadAfterARenameOpensTheNewName) {
+    const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
+    dir.write("b.mod", "points\n1 0 0 0\n");
+    ASSERT_EQ(1, session_rename_model(&session, id, "B.mod"));
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_STREQ("b", root(0)->name);
+    EXPECT_EQ(1, model_count_points(root(0)));
+}
+
+TEST_F(LifecycleTest, ReloadOfAFileWithAnotherExtensionTriesTheModelExtension) {
+    load(dir.write("odd.txt", SMALL_MODEL));
+    dir.write("odd.mod", "points\n1 0 0 0\n");
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(1, model_count_points(root(0)));
+}
+
+TEST_F(LifecycleTest, OneFailureOfAReloadClosesAllAndTheNextReloadTriesTheSameFiles) {
+    const std::string a = dir.write("a.mod", SMALL_MODEL);
+    load(a);
+    load(dir.write("b.mod", SMALL_MODEL));
+    std::filesystem::remove(a);
+    listen();
+    EXPECT_EQ(0, session_reload(&session));
+    EXPECT_EQ(0, roots());
+    EXPECT_EQ(1, count_reports("message:Load failed"));
+    EXPECT_EQ(2, count_reports("Loading...")) << "the second file is tried all the same";
+    EXPECT_EQ(0, session_reload(&session)) << "still missing, still remembered";
+    dir.write("a.mod", SMALL_MODEL);
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(2, roots());
+    session_close_all(&session);
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(0, roots()) << "after a success nothing is left over";
+}
+
+TEST_F(LifecycleTest, ANewSceneReplacesTheFilesThatAFailedReloadLeft) {
+    const std::string a = dir.write("a.mod", SMALL_MODEL);
+    load(a);
+    std::filesystem::remove(a);
+    EXPECT_EQ(0, session_reload(&session));
+    load(dir.write("b.mod", SMALL_MODEL));
+    EXPECT_EQ(1, session_reload(&session));
+    ASSERT_EQ(1, roots());
+    EXPECT_STREQ("b", root(0)->name);
+}
+
+TEST_F(LifecycleTest, ReloadOfAnAnimationKeepsTheRadiusAtTen) {
+    const std::string list = write_animation();
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    session.anim_time = 1.5f;
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(10.0f, session.radius);
+    EXPECT_EQ(list, session.animation_path);
+    EXPECT_EQ(1.5f, session.anim_time);
+    EXPECT_EQ(1, roots());
+}
+
+TEST_F(LifecycleTest, AFailedReloadOfAnAnimationIsTriedAgainAndWinsOverLaterModels) {
+    const std::string list = write_animation();
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    std::filesystem::remove(list);
+    EXPECT_EQ(0, session_reload(&session));
+    EXPECT_EQ(0, roots());
+    load(dir.write("b.mod", SMALL_MODEL));
+    EXPECT_EQ(0, session_reload(&session)) << "the left-over animation goes first";
+    write_animation();
+    load(dir.write("b.mod", SMALL_MODEL));
+    EXPECT_EQ(1, session_reload(&session));
+    ASSERT_EQ(1, roots());
+    EXPECT_STREQ("body", root(0)->name);
+    // The list of models that was made on the way is still there.
+    session_close_all(&session);
+    EXPECT_EQ(1, session_reload(&session));
+    ASSERT_EQ(1, roots());
+    EXPECT_STREQ("b", root(0)->name);
+}
+
+TEST_F(LifecycleTest, AStatusProcedureMayReloadInTheMiddleOfAReload) {
+    load(dir.write("a.mod", SMALL_MODEL));
+    load(dir.write("b.mod", SMALL_MODEL));
+    nested_limit = 5;
+    session_set_status_callback(&session, nested<do_reload>);
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(0, nested_limit);
+    session.status_callback = nullptr;
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_GE(roots(), 2);
+}
+
+TEST_F(LifecycleTest, AStatusProcedureMayResetInTheMiddleOfAReload) {
+    load(dir.write("a.mod", SMALL_MODEL));
+    load(dir.write("b.mod", SMALL_MODEL));
+    nested_limit = 6;
+    session_set_status_callback(&session, nested<do_reset>);
+    EXPECT_EQ(1, session_reload(&session));
+    nested_limit = 0;
+}
+
+TEST_F(LifecycleTest, AMessageProcedureMayReloadInTheMiddleOfAFailedReload) {
+    const std::string a = dir.write("a.mod", SMALL_MODEL);
+    load(a);
+    load(dir.write("b.mod", SMALL_MODEL));
+    std::filesystem::remove(a);
+    nested_limit = 4;
+    session_set_message_callback(&session, nested<do_reload>);
+    EXPECT_EQ(0, session_reload(&session));
+    EXPECT_EQ(0, roots());
+    session.message_callback = nullptr;
+    dir.write("a.mod", SMALL_MODEL);
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(2, roots()) << "the outer call put its files back";
+}
+
+TEST_F(LifecycleTest, ReloadReleasesALentModelOnceAndLoadsItAsItsOwnRoot) {
+    const int32_t parent = load(dir.write("a.mod", SMALL_MODEL));
+    const int32_t lent = load(dir.write("b.mod", SMALL_MODEL));
+    selection_add_model(&session, parent);
+    ASSERT_EQ(1, selection_add_child_model(&session, lent));
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(2, roots());
+    EXPECT_EQ(0, model_count_children(root(0)));
+}
+
+// ---- names ----
+
+TEST_F(LifecycleTest, RenameOfAnUnknownIdChangesNothing) {
+    const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
+    listen();
+    EXPECT_EQ(0, session_rename_model(&session, id + 100, "b.mod"));
+    EXPECT_EQ(0, session_rename_model(&session, id, nullptr));
+    EXPECT_EQ(0, session_rename_model(&session, 0, "b.mod"));
+    EXPECT_STREQ("a", root(0)->name);
+    EXPECT_TRUE(reports.empty());
+}
+
+TEST_F(LifecycleTest, RenameKeepsTheDirectoryWhenThePathHasNone) {
+    const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
+    const std::string directory = root(0)->path;
+    EXPECT_EQ(1, session_rename_model(&session, id, "b.mod"));
+    EXPECT_STREQ("b", root(0)->name);
+    EXPECT_EQ(directory, root(0)->path);
+    EXPECT_EQ(1, session_rename_model(&session, id, "x/c.mod"));
+    EXPECT_STREQ("x/", root(0)->path);
+}
+
+TEST_F(LifecycleTest, FindModelIsExactAndTakesTheFirstInListOrder) {
+    const std::string file = dir.write("Ship.mod", SMALL_MODEL);
+    const int32_t first = load(file);
+    load(file);
+    EXPECT_EQ(first, session_find_model(&session, "ship"));
+    EXPECT_EQ(0, session_find_model(&session, "Ship"));
+    EXPECT_EQ(0, session_find_model(&session, "shi"));
+    EXPECT_EQ(0, session_find_model(&session, ""));
+}
+
+TEST_F(LifecycleTest, FindModelSeesAChildOnlyAfterItsLinkHasAState) {
+    dir.write("hand.mod", SMALL_MODEL);
+    const int32_t id = load(dir.write("arm.mod", "points\n1 0 0 0\nchild hand 0 0 0 1 1 1 0 0 0\n"));
+    ASSERT_GE(id, 1);
+    EXPECT_EQ(0, session_find_model(&session, "hand"));
+    ChildLink* link = static_cast<ChildLink*>(list_at(&root(0)->children, 0, 0));
+    const int32_t child_id = child_state(&session, link)->id;
+    EXPECT_EQ(child_id, session_find_model(&session, "hand"));
+}
+
+TEST_F(LifecycleTest, FindModelPassesOverStatesAndLinksWithoutAModel) {
+    load(dir.write("arm.mod", SMALL_MODEL));
+    ChildLink* link = model_add_child(const_cast<Model*>(root(0)), nullptr, "ghost", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+    child_state(&session, link);
+    ModelState* empty = static_cast<ModelState*>(list_add(&session.model_states, 1000000));
+    *empty = ModelState{};
+    EXPECT_EQ(0, session_find_model(&session, "ghost"));
+    EXPECT_EQ(0, session_find_model(&session, "nobody"));
+}
+
+TEST_F(LifecycleTest, FindImagesOfAnUnknownIdOrAModelWithoutImagesIsNull) {
+    const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
+    EXPECT_EQ(nullptr, session_find_images(&session, id));
+    EXPECT_EQ(nullptr, session_find_images(&session, id + 5));
+    EXPECT_EQ(nullptr, session_find_images(&session, -1));
+}
+
+TEST_F(LifecycleTest, FindImagesGivesTheNames) {
+    std::string tga(18, '\0');
+    tga[2] = 2;
+    tga[12] = 2;
+    tga[14] = 2;
+    tga[16] = 24;
+    dir.write("skin.tga", tga + std::string(12, 'x'));
+    const int32_t id = load(dir.write("a.mod", std::string(SMALL_MODEL) + "image skin.tga x y\n"));
+    ASSERT_GE(id, 1);
+    EXPECT_STREQ(" skin.tga", session_find_images(&session, id));
+}
+
+TEST_F(LifecycleTest, SaveModelSaysThatItIsNotThere) {
+    listen();
+    session_save_model(&session);
+    EXPECT_EQ((std::vector<std::string>{"message:Save not implemented", "status:Save not implemented"}), reports);
+}
+
+}  // namespace
+}  // namespace pelt
