@@ -64,7 +64,7 @@ Model* make_figure(int points, Skin skin) {
     return model;
 }
 
-// The last track of a file must be the same in each frame line; the values only differ.
+// A translation, and two turns for each joint, in every frame.
 std::string clip_text(int joints) {
     std::string text = "names translate";
     for (int i = 0; i < joints; ++i) text.append(" ").append(joint_name(i));
@@ -87,7 +87,8 @@ struct Scene {
         for (int i = 0; i < FIGURES; ++i) {
             Model* model = make_figure(points, skin);
             ModelAnimation* animation = animation_create(model);
-            session.anim_end = animation_read_clip(model, &animation->clip, dir.path().c_str(), "clip", 0.0f, HOLD_NONE);
+            session.anim_end =
+                animation_read_clip(model, &animation->clip, dir.path().c_str(), "clip", 0.0f, HOLD_NONE);
             session_add_root(&session, model, animation);
         }
         if (session.anim_end <= 0.0f) {
@@ -234,7 +235,8 @@ bool measure_load(const test::TempDir& dir) {
     for (int round = 0; round < ROUNDS; ++round) {
         ModelAnimation* animation = animation_create(model);
         const auto start = std::chrono::steady_clock::now();
-        const float length = animation_read_clip(model, &animation->clip, dir.path().c_str(), "loaded", 0.0f, HOLD_NONE);
+        const float length =
+            animation_read_clip(model, &animation->clip, dir.path().c_str(), "loaded", 0.0f, HOLD_NONE);
         load = std::min(load, seconds_since(start));
         if (length <= 0.0f || animation->clip.frame_count != FRAMES) std::exit(2);
         animation_release(animation);

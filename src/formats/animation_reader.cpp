@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <limits>
 #include <optional>
@@ -175,7 +176,6 @@ AnimationKey rotation_key(int32_t token) {
     static constexpr AnimationKey NO_ROTATION{0.0f, 0.0f, 0.0f, 1.0f};
     Mat4 turn;
     mat_rotate_text(&turn, reader_text(token), reader_text(token + 1), reader_text(token + 2));
-    if (!std::all_of(turn.m, turn.m + 16, [](float element) { return std::isfinite(element); })) return NO_ROTATION;
     AnimationKey key;
     quat_from_matrix(&turn, &key.x, &key.y, &key.z, &key.w);
     return is_finite(key) ? key : NO_ROTATION;
@@ -246,12 +246,15 @@ void fill_line(void* context) {
     }
 }
 
-// One name for one file, however the path to it is written.
+// One name for one file, however the path to it is written. Where the system has no such name, or one that these bytes
+// cannot hold, the path under which the file was found has to do: the table of open files bounds the depth anyway.
 std::string file_identity(const std::string& path) {
     const std::string found = file_resolve(path.c_str());
-    std::error_code failure;
-    const std::filesystem::path canonical = std::filesystem::canonical(found, failure);
-    return failure ? found : canonical.string();
+    try {
+        return std::filesystem::canonical(found).string();
+    } catch (const std::exception&) {
+        return found;
+    }
 }
 
 bool fill_clip(ClipRead* read, const std::string& path, const std::string& identity) {

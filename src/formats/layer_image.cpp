@@ -107,7 +107,10 @@ int model_add_image(Model* model, const char* layer, int slot, const char* name,
 }
 
 int model_set_image_repeat(Model* model, const char* layer, int flag, float u, float v) {
-    Layer* target = model != nullptr && layer != nullptr ? static_cast<Layer*>(list_find(&model->layers, layer)) : nullptr;
+    if (model == nullptr || layer == nullptr) {
+        return 0;
+    }
+    auto* target = static_cast<Layer*>(list_find(&model->layers, layer));
     if (target == nullptr) {
         return 0;
     }

@@ -132,12 +132,14 @@ float fold_negative(float value) { return value < 0.0f ? fold_uv(-value) : value
 // The map of a layer, ready to be asked corner by corner.
 struct LayerMap {
     const Layer& layer;
+    bool has_uvees;
     PlanarAxis u;
     PlanarAxis v;
 };
 
 UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
-    if (const auto* uvee = static_cast<const Uvee*>(list_find(&map.layer.uvees, point_id))) {
+    const void* found = map.has_uvees ? list_find(&map.layer.uvees, point_id) : nullptr;
+    if (const auto* uvee = static_cast<const Uvee*>(found)) {
         return UvPair{uvee->u, uvee->v};  // repeat factors do not apply to these
     }
     UvPair uv{planar_coordinate(map.u, place), planar_coordinate(map.v, place)};
@@ -150,7 +152,8 @@ UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
 
 // False, with the corners before it mapped, at the first missing point.
 bool map_corners(const Layer& layer, const Survey& survey) {
-    const LayerMap map{layer, planar_axis(layer.image_axis_u, layer.bounds_min, layer.bounds_max),
+    const LayerMap map{layer, list_count(&layer.uvees) > 0,
+                       planar_axis(layer.image_axis_u, layer.bounds_min, layer.bounds_max),
                        planar_axis(layer.image_axis_v, layer.bounds_min, layer.bounds_max)};
     auto point = survey.corners.begin();
     for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {

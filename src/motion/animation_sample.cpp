@@ -33,15 +33,14 @@ bool clip_moves(const AnimationClip* clip, int32_t slot) {
     return frame_key(&clip->frames[0], slot) != nullptr;
 }
 
-// Number of frames from the front that all lie before the time and before the end of the clip: where a walk from the
-// first frame would stop, also when the times of the file are out of order.
+// Number of frames from the front that all lie before the time, which is never behind the end of the clip: where a walk
+// from the first frame would stop, also when the times of the file are out of order.
 int32_t frames_before(float time, const AnimationClip* clip) {
     int32_t low = 0;
     int32_t high = clip->frame_count;
     while (low < high) {
         const int32_t middle = low + (high - low) / 2;
-        const float latest = clip->frames[middle].latest;
-        if (latest < time && latest < clip->end_time) {
+        if (clip->frames[middle].latest < time) {
             low = middle + 1;
         } else {
             high = middle;

@@ -359,7 +359,9 @@ void joint_evaluate(Session* session, float time, Model* model, ModelAnimation* 
     if (state == nullptr || same_time(state->time, time)) return;
     std::vector<Joint*> stale;  // ancestors to be evaluated, nearest first
     const JointState* parent = nullptr;
-    for (Joint* above = state->parent; above != nullptr;) {
+    // The bound is for circles that come about when the record of one joint alone is forgotten and made again.
+    const size_t longest = static_cast<size_t>(list_count(&model->joints));
+    for (Joint* above = state->parent; above != nullptr && stale.size() < longest;) {
         const JointState* known = joint_state(session, model, above);
         if (known == nullptr) break;
         if (same_time(known->time, time)) {

@@ -134,6 +134,7 @@ void view_init(WindowHandle window, int32_t, const void*) {
     view->extent_x = initial_extent(view->width);
     view->extent_y = initial_extent(view->height);
     view->extent_z = INIT_EXTENT_Z;
+    view->unsized_radius = 0.0f;
     view->focus = {0.0f, 0.0f, 0.0f};
     session_set_points_color(bound_session, 0);
     if (!gl_context_current(window)) return;
@@ -157,14 +158,13 @@ void view_resize(WindowHandle window, int32_t, const void*) {
     Size size = window_size(gl_window_parent(window));
     if (size.width < 0 || size.height < 0 || (size.width == 0 && size.height == 0)) return;
     if (size.width != view->width || size.height != view->height) {
-        const float extent_x = view_scaled_extent(view->extent_x, view_size_ratio(size.width, view->width));
-        const float extent_y = view_scaled_extent(view->extent_y, view_size_ratio(size.height, view->height));
+        const ViewExtents extents = view_resized_extents(view, size.width, size.height);
         move_window(window, size);
         if (view->fixed_size == 0) {
             view->width = size.width;
             view->height = size.height;
-            view->extent_x = extent_x;
-            view->extent_y = extent_y;
+            view->extent_x = extents.x;
+            view->extent_y = extents.y;
             return;
         }
     }
@@ -187,8 +187,9 @@ void view_set_size(int32_t width, int32_t height) {
     if (width < FIXED_SIZE_MIN || width > FIXED_SIZE_MAX || height < FIXED_SIZE_MIN || height > FIXED_SIZE_MAX) return;
     if (width == view->width && height == view->height) return;  // intended: the size is not fixed then
     view->fixed_size = 1;
-    view->extent_x = view_scaled_extent(view->extent_x, view_size_ratio(width, view->width));
-    view->extent_y = view_scaled_extent(view->extent_y, view_size_ratio(height, view->height));
+    const ViewExtents extents = view_resized_extents(view, width, height);
+    view->extent_x = extents.x;
+    view->extent_y = extents.y;
     view->width = width;
     view->height = height;
     show_viewport(view);

@@ -128,7 +128,7 @@ int32_t mirrored_drawing(const LayerPass& pass, const LayerImage* image) {
     glPushMatrix();
     mirror_scale(pass.layer);
     layer_colour(pass.layer, pass.alpha);
-    if (pass.textured && image != nullptr) {
+    if (pass.textured) {
         const int slot = image->pixels[IMAGE_SLOT_MIRROR] != nullptr ? IMAGE_SLOT_MIRROR : IMAGE_SLOT_BASE;
         upload_slot(pass, image, slot);
     }

@@ -6,7 +6,6 @@
 #include <GL/gl.h>
 
 #include <cmath>
-#include <utility>
 
 #include "render/vertex.h"
 
@@ -36,14 +35,6 @@ struct VertexForm {
     bool gouraud;
 };
 
-// Corners 1 and 2 change places.
-void reverse_winding(Corners<4>* corners) {
-    std::swap(corners->positions[1], corners->positions[2]);
-    std::swap(corners->normals[1], corners->normals[2]);
-    std::swap(corners->colours[1], corners->colours[2]);
-    std::swap(corners->uvs[1], corners->uvs[2]);
-}
-
 template <int Limit>
 inline void send_vertex(const Corners<Limit>& corners, int i, VertexForm form) {
     if (form.textured) glTexCoord2f(corners.uvs[i][0], corners.uvs[i][1]);
@@ -58,21 +49,29 @@ inline void send_vertex(const Corners<Limit>& corners, int i, VertexForm form) {
     glVertex3f(p->x, p->y, p->z);
 }
 
+// The order in which corners are sent: a plain drawing changes the places of 1 and 2.
+constexpr int STORED_ORDER[4] = {0, 1, 2, 3};
+constexpr int REVERSED_ORDER[4] = {0, 2, 1, 3};
+
 // From slots, without a search. False when one of them names no point.
-bool collect_corners(const Session* session, const Model* model, const Triangle* triangle, const TriangleCache* cache,
-                     int count, Corners<4>* out) {
+bool collect_corners(Session* session, Model* model, const Triangle* triangle, const TriangleCache* cache,
+                     const int (&order)[4], int count, Corners<4>* out) {
     for (int i = 0; i < count; ++i) {
-        const int32_t point_slot = cache->point_slots[i];
-        const int32_t normal_slot = cache->normal_slots[i];
+        const int corner = order[i];
+        const int32_t point_slot = cache->point_slots[corner];
+        const int32_t normal_slot = cache->normal_slots[corner];
         const auto* point = static_cast<const Point*>(list_at(&model->points, point_slot, 0));
-        const auto* normal = normal_slot == point_slot
-                                 ? point
-                                 : static_cast<const Point*>(list_at(&model->points, normal_slot, 0));
-        if (point == nullptr || normal == nullptr) return false;
-        out->positions[i] = point->state_index < 0 ? &point->position : point_posed_position(session, point);
-        out->normals[i] = normal->state_index < 0 ? &normal->normal : point_posed_normal(session, normal);
+        if (point == nullptr) return false;
+        const PointState* state = point_posed(session, point);
+        out->positions[i] = state != nullptr ? &state->position : &point->position;
+        if (normal_slot == point_slot) {
+            out->normals[i] = state != nullptr ? &state->normal : &point->normal;
+        } else {
+            out->normals[i] = point_normal(session, model, normal_slot, true);
+            if (out->normals[i] == nullptr) return false;
+        }
         out->colours[i] = point->gouraud;
-        out->uvs[i] = triangle->uvs[i];
+        out->uvs[i] = triangle->uvs[corner];
     }
     return true;
 }
@@ -171,8 +170,8 @@ int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool t
     const bool quad = triangle->quad != 0;
     const int count = quad ? 4 : 3;
     Corners<4> corners;
-    if (cache == nullptr || !collect_corners(session, model, triangle, cache, count, &corners)) return 0;
-    if (!mirrored) reverse_winding(&corners);
+    const auto& order = mirrored ? STORED_ORDER : REVERSED_ORDER;
+    if (cache == nullptr || !collect_corners(session, model, triangle, cache, order, count, &corners)) return 0;
     if (reflection) {
         float uvs[4][2];
         send_reflected(quad ? GL_TRIANGLE_STRIP : GL_TRIANGLES, corners.positions, corners.normals, uvs, count);

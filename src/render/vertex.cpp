@@ -15,11 +15,6 @@ Point* find_point(const Model* model, int32_t reference, bool by_slot) {
     return static_cast<Point*>(point);
 }
 
-const PointState* state_of(const Session* session, const Point* point) {
-    if (point->state_index < 0) return nullptr;
-    return static_cast<const PointState*>(list_at(&session->point_states, point->state_index, 0));
-}
-
 // Plane of three corners of the triangle; left alone when one of them has no point.
 void set_face_normal(const Model* model, const Triangle* triangle, int a, int b, int c, Vec3* out) {
     const int corners[3] = {a, b, c};
@@ -57,7 +52,9 @@ void fill_slots(const Model* model, const Triangle* triangle, TriangleCache* cac
     cache->joint_span = joint_span(model, cache, corners);
 }
 
-TriangleCache* make_cache(Session* session, Model* model, Triangle* triangle) {
+}  // namespace
+
+TriangleCache* triangle_cache_make(Session* session, Model* model, Triangle* triangle) {
     int32_t id = take_id(&next_triangle_cache_id);
     while (list_find(&session->triangle_caches, id) != nullptr) id = take_id(&next_triangle_cache_id);
     auto* cache = static_cast<TriangleCache*>(list_add(&session->triangle_caches, id));
@@ -70,26 +67,6 @@ TriangleCache* make_cache(Session* session, Model* model, Triangle* triangle) {
     fill_slots(model, triangle, cache);
     cache->id = id;
     return cache;
-}
-
-}  // namespace
-
-TriangleCache* triangle_cache_get(Session* session, Model* model, Triangle* triangle) {
-    if (triangle->state_index >= 0) {
-        auto* cache = static_cast<TriangleCache*>(list_at(&session->triangle_caches, triangle->state_index, 0));
-        if (cache != nullptr) return cache;
-    }
-    return make_cache(session, model, triangle);
-}
-
-const Vec3* point_posed_position(const Session* session, const Point* point) {
-    const PointState* state = state_of(session, point);
-    return state != nullptr ? &state->position : &point->position;
-}
-
-const Vec3* point_posed_normal(const Session* session, const Point* point) {
-    const PointState* state = state_of(session, point);
-    return state != nullptr ? &state->normal : &point->normal;
 }
 
 const Vec3* point_position(Session* session, Model* model, int32_t reference, bool by_slot) {

@@ -7,7 +7,16 @@
 
 namespace pelt {
 
-TriangleCache* triangle_cache_get(Session* session, Model* model, Triangle* triangle);
+TriangleCache* triangle_cache_make(Session* session, Model* model, Triangle* triangle);
+
+// The triangle's cache, made on first use. Null when the session is not set up.
+inline TriangleCache* triangle_cache_get(Session* session, Model* model, Triangle* triangle) {
+    if (triangle->state_index >= 0) {
+        void* cache = list_at(&session->triangle_caches, triangle->state_index, 0);
+        if (cache != nullptr) return static_cast<TriangleCache*>(cache);
+    }
+    return triangle_cache_make(session, model, triangle);
+}
 
 // A reference is a slot of the model's points (by_slot) or a point id. The posed value where the point has a state.
 // Null when there is no such point.
@@ -15,8 +24,20 @@ const Vec3* point_position(Session* session, Model* model, int32_t reference, bo
 const Vec3* point_normal(Session* session, Model* model, int32_t reference, bool by_slot);
 const unsigned char* point_colour(Session* session, Model* model, int32_t reference, bool by_slot);
 
+// The run-time record of a point in hand, null for one at rest.
+inline const PointState* point_posed(const Session* session, const Point* point) {
+    if (point->state_index < 0) return nullptr;
+    return static_cast<const PointState*>(list_at(&session->point_states, point->state_index, 0));
+}
+
 // The posed position and normal of a point in hand.
-const Vec3* point_posed_position(const Session* session, const Point* point);
-const Vec3* point_posed_normal(const Session* session, const Point* point);
+inline const Vec3* point_posed_position(const Session* session, const Point* point) {
+    const PointState* state = point_posed(session, point);
+    return state != nullptr ? &state->position : &point->position;
+}
+inline const Vec3* point_posed_normal(const Session* session, const Point* point) {
+    const PointState* state = point_posed(session, point);
+    return state != nullptr ? &state->normal : &point->normal;
+}
 
 }  // namespace pelt

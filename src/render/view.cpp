@@ -18,6 +18,14 @@ constexpr float ZOOM_MAX = 100.0f;
 // Half of the visible world is a quarter of the extent, so that a pixel is the extent's half over the size.
 constexpr float PIXEL_FACTOR = 0.5f;
 
+bool is_unsized(const ViewState* view) { return view->width <= 1 && view->height <= 1; }
+
+// The longer side shows more than the radius, the shorter one just that.
+ViewExtents fitted_extents(float radius, int32_t width, int32_t height) {
+    if (width > height) return {radius * view_size_ratio(width, height), radius};
+    return {radius, radius * view_size_ratio(height, width)};
+}
+
 }  // namespace
 
 float view_size_ratio(int32_t size, int32_t other) {
@@ -62,18 +70,23 @@ void view_pan_pixels(ViewState* view, float x, float y, int relative) {
 
 void view_fit(ViewState* view, float radius, bool keep) {
     const float r = radius * FIT_MARGIN;
-    const bool wide = view->width > view->height;
-    const float x = wide ? r * view_size_ratio(view->width, view->height) : r;
-    const float y = wide ? r : r * view_size_ratio(view->height, view->width);
+    const ViewExtents extents = fitted_extents(r, view->width, view->height);
     const float z = r + r;
-    if (!std::isfinite(x) || !std::isfinite(y) || !std::isfinite(z)) return;
+    if (!std::isfinite(extents.x) || !std::isfinite(extents.y) || !std::isfinite(z)) return;
     if (keep) {
-        if (x <= view->extent_x && y <= view->extent_y && z <= view->extent_z) return;
+        if (extents.x <= view->extent_x && extents.y <= view->extent_y && z <= view->extent_z) return;
         view->zoom = (view->extent_z / z) * view->zoom;  // with the depth of before
     }
-    view->extent_x = x;
-    view->extent_y = y;
+    view->extent_x = extents.x;
+    view->extent_y = extents.y;
     view->extent_z = z;
+    view->unsized_radius = is_unsized(view) ? r : 0.0f;
+}
+
+ViewExtents view_resized_extents(const ViewState* view, int32_t width, int32_t height) {
+    if (is_unsized(view) && view->unsized_radius > 0.0f) return fitted_extents(view->unsized_radius, width, height);
+    return {view_scaled_extent(view->extent_x, view_size_ratio(width, view->width)),
+            view_scaled_extent(view->extent_y, view_size_ratio(height, view->height))};
 }
 
 void view_reset(ViewState* view) {

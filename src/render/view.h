@@ -21,6 +21,7 @@ struct ViewState {
     Vec3 focus;
     int32_t fixed_size;
     float background[3];
+    float unsized_radius;  // of a fit made while the view had no size to speak of, margin included; 0 for none
 };
 
 void view_set_freerotate(ViewState* view, int32_t on);
@@ -30,6 +31,14 @@ void view_pan_pixels(ViewState* view, float x, float y, int relative);
 
 // Extents that show a sphere of this radius. With keep they only grow, and the zoom makes up for it.
 void view_fit(ViewState* view, float radius, bool keep);
+
+// The extents that the view has after a resize to this size: the world size of a pixel stays, except after a fit that
+// was made while the view had no size (a frame not mapped yet), which is made good.
+struct ViewExtents {
+    float x, y;
+};
+ViewExtents view_resized_extents(const ViewState* view, int32_t width, int32_t height);
+
 void view_reset(ViewState* view);
 void view_fit_scene(ViewState* view, const Session* session);
 

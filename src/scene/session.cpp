@@ -138,6 +138,16 @@ void session_build_digits(Session* session) {
     session->digit_bitmaps_ready = 1;
 }
 
+void session_set_curvenet(Session* session, int32_t on) {
+    if (session != nullptr) {
+        session->display_curvenet = on;
+    }
+}
+
+int32_t session_curvenet(const Session* session) {
+    return session != nullptr ? session->display_curvenet : 0;
+}
+
 int32_t session_triangles_drawn(const Session* session) {
     return session != nullptr ? session->triangles_drawn : 0;
 }

@@ -99,6 +99,10 @@ void session_restore_display(Session* session);  // all display flags to their d
 void session_clear_bounds(Session* session);     // radius 10, centre 0
 void session_build_digits(Session* session);
 
+// The control net of curved surfaces; no script command sets it.
+void session_set_curvenet(Session* session, int32_t on);
+int32_t session_curvenet(const Session* session);
+
 int32_t session_triangles_drawn(const Session* session);
 float session_anim_time(const Session* session);
 float session_anim_end(const Session* session);

@@ -20,6 +20,8 @@ namespace {
 // Where the pointer was at the last event, and how far it has come since.
 int32_t last_x, last_y, delta_x, delta_y;
 
+int status_depth = 0;
+
 // The difference as 32-bit arithmetic has it, without an overflow.
 int32_t difference(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
@@ -69,6 +71,7 @@ int script_key_event(char character) {
 int script_status(const char* text) {
     const char* procedure = application()->status_proc;
     if (procedure == nullptr || text == nullptr || tcl_interp() == nullptr) return 0;
+    if (status_depth >= STATUS_DEPTH_LIMIT) return 0;
     char cut[STATUS_SCRIPT_SIZE];
     std::snprintf(cut, sizeof cut, "%s %s", procedure, text);
     const size_t procedure_length = std::min(std::strlen(procedure), std::strlen(cut));
@@ -82,7 +85,9 @@ int script_status(const char* text) {
         if (end > at) Tcl_DStringAppendElement(&script, tcl_resolve_backslashes(words.substr(at, end - at)).c_str());
         at = end + 1;
     }
+    ++status_depth;
     const int result = tcl_eval_aside(Tcl_DStringValue(&script));
+    --status_depth;
     Tcl_DStringFree(&script);
     return result;
 }

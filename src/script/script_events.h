@@ -12,6 +12,10 @@ namespace pelt {
 inline constexpr size_t EVENT_SCRIPT_SIZE = 512;    // the script of a mouse or key event, terminator included
 inline constexpr size_t STATUS_SCRIPT_SIZE = 1024;  // procedure and text of a status report
 
+// Status procedures that may run inside one another. A report of a deeper level is dropped: a procedure that calls
+// the command at each report would otherwise run at twice as many with every level, and never end.
+inline constexpr int STATUS_DEPTH_LIMIT = 3;
+
 // Event procedure of the window: turns mouse records into calls of the script's procedure; key records end here.
 void view_input(WindowHandle window, int32_t zero, const void* event);
 

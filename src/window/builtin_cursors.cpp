@@ -1,5 +1,5 @@
-// The bytes of the built-in cursors. Made by scripts/make-cursors, together with the files under cursors/; change
-// the pictures there and run it again.
+// The bytes of the built-in cursors. Made by scripts/make-cursors, together with the files under cursors/;
+// change the pictures there and run it again.
 #include "window/builtin_cursors.h"
 
 namespace pelt {

@@ -63,7 +63,8 @@ bool read_layout(Bytes bitmap, Layout* layout) {
     const uint32_t colours_used = read_32(bitmap.data + 32);
     constexpr auto LIMIT = static_cast<uint32_t>(CURSOR_SIZE_MAX);
     if (header < BITMAP_HEADER_SIZE || header > bitmap.size || compression != 0) return false;
-    if (width < 1 || width > LIMIT || both_heights < 2 || both_heights > 2 * LIMIT || both_heights % 2 != 0) return false;
+    if (width < 1 || width > LIMIT) return false;
+    if (both_heights < 2 || both_heights > 2 * LIMIT || both_heights % 2 != 0) return false;
     if (bits != 1 && bits != 4 && bits != 8 && bits != 24 && bits != 32) return false;
 
     layout->width = static_cast<int32_t>(width);

@@ -15,8 +15,8 @@ struct CursorImage {
     uint32_t* pixels;       // 0xAARRGGBB, not premultiplied, rows from the top; owned (cursor_image_free)
 };
 
-// Reads the bytes of a .cur file: of several pictures the one nearest to 32 pixels, with 1, 4, 8, 24 or 32 bits. A pixel
-// that would invert the screen becomes black. False, with an empty record, for anything that is cut short or senseless.
+// Reads the bytes of a .cur file: of several pictures the one nearest to 32 pixels, with 1, 4, 8, 24 or 32 bits. A
+// pixel that would invert the screen becomes black. False, with an empty record, for anything cut short or senseless.
 bool cursor_file_parse(const uint8_t* bytes, size_t size, CursorImage* image);
 
 // Releases the pixels and empties the record.

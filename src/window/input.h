@@ -7,7 +7,12 @@
 
 namespace pelt {
 
-enum InputCode : int32_t { INPUT_MOUSE_MOVE = 10000, INPUT_MOUSE_BUTTON = 10001, INPUT_KEY_UP = 11002, INPUT_KEY_DOWN = 11003 };
+enum InputCode : int32_t {
+    INPUT_MOUSE_MOVE = 10000,
+    INPUT_MOUSE_BUTTON = 10001,
+    INPUT_KEY_UP = 11002,
+    INPUT_KEY_DOWN = 11003,
+};
 
 struct MouseEvent {
     int32_t code;

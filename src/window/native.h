@@ -2,10 +2,11 @@
 // does what, the table of windows and the order of creation stand in gl_window.cpp, input.cpp, cursor.cpp, palette.cpp.
 //
 // Duties of every layer, beside these functions:
-// - It turns its events into window_procedure(window, message, wparam, lparam) with the numbers of messages.h, from
+// - It turns its events into window_procedure(window, message, wparam, lparam), with the numbers of messages.h, from
 //   inside the event loop of Tcl. Positions are pixels of the drawing area, sizes and positions are message_pair.
-// - A change of a window's own size, by native_window_move or from outside, sends MESSAGE_SIZE, before the move returns,
-//   and leaves a paint pending. A change of the parent's size sends MESSAGE_SIZE to the child and moves nothing.
+// - A change of a window's own size, by native_window_move or from outside, sends MESSAGE_SIZE, before the move
+//   returns, and leaves a paint pending. A change of the parent's size sends MESSAGE_SIZE to the child and moves
+//   nothing.
 // - A pending paint is handed over as MESSAGE_PAINT when the event loop runs, once for any number of exposures, and
 //   stays pending until native_begin_paint.
 // - native_window_destroy, and a window that its parent takes along, send MESSAGE_DESTROY while the window still lives.
@@ -108,6 +109,6 @@ void native_cursor_show(bool shown);
 bool native_pointer_set(int32_t x, int32_t y);  // screen coordinates
 bool native_pointer_get(int32_t* x, int32_t* y);
 
-void native_status_text(WindowHandle status_bar, const char* text);  // part 0 of a status bar control, if it is one
+void native_status_text(WindowHandle status_bar, const char* text);  // first field of a status bar control
 
 }  // namespace pelt

@@ -1,6 +1,6 @@
-// Events of X11 as messages. What surprises: Tk does not know our window and lets its events pass; they are picked up by
-// a generic handler, which Tk runs for every event of the display. Any message may end in a script that destroys the
-// window, so its record is preserved and not trusted afterwards.
+// Events of X11 as messages. What surprises: Tk does not know our window and lets its events pass; they are picked up
+// by a generic handler, which Tk runs for every event of the display. Any message may end in a script that destroys
+// the window, so its record is preserved and not trusted afterwards.
 #include <cstdint>
 
 #include "window/messages.h"

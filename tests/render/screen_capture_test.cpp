@@ -7,6 +7,7 @@
 #include <string>
 
 #include "application/session_lifecycle.h"
+#include "images/tga.h"
 #include "render/frame.h"
 #include "support/native_null.h"
 #include "support/recording_gl.h"
@@ -112,6 +113,24 @@ TEST_F(ScreenCapture, PixelsAreBlueGreenRedFromTheBottomRowUp) {
         for (int x = 0; x < 40; ++x) ASSERT_EQ(pixel(file, x, y), colour_at(x, y)) << x << ' ' << y;
     }
     EXPECT_EQ(byte(file, HEADER), 200);  // blue of the first pixel comes first
+}
+
+// The reader of images leaves the last byte of such an id in front of the pixels.
+TEST_F(ScreenCapture, ReadAsATextureThePictureIsShiftedByOneByte) {
+    open(42, 22);
+    capture(40, 20);
+    const char* error = nullptr;
+    TgaImage* image = tga_read(dir.file("screen.tga").c_str(), &error);
+    ASSERT_NE(image, nullptr) << error;
+    EXPECT_EQ(image->width, 40);
+    EXPECT_EQ(image->height, 20);
+    const unsigned char* last_row = image->pixels + 19 * 40 * 3;  // the first of the file
+    EXPECT_EQ(last_row[0], colour_at(0, 0)[1]);                   // red is what was green
+    EXPECT_EQ(last_row[1], colour_at(0, 0)[2]);                   // green is what was blue
+    EXPECT_EQ(last_row[2], 0);                                    // blue is the last byte of the id
+    EXPECT_EQ(last_row[3], colour_at(1, 0)[1]);
+    EXPECT_EQ(last_row[5], colour_at(0, 0)[0]);
+    tga_free(image);
 }
 
 TEST_F(ScreenCapture, BytesOfLineEndsPassAsTheyAre) {

@@ -6,12 +6,17 @@
 package require Tk
 package require tcltest 2.3
 namespace import ::tcltest::test
-::tcltest::configure -verbose {body error}
+::tcltest::configure -verbose [expr {[info exists ::env(PELT_TEST_VERBOSE)] ? {start pass body error} : {body error}}]
 
+::tcltest::testConstraint plain_library [expr {![info exists ::env(PELT_PRELOAD)]}]
 ::tcltest::testConstraint utf8_system [expr {[encoding system] eq "utf-8"}]
 
 set library $::env(PELT_LIBRARY)
-set work [exec mktemp -d]
+
+# A folder for the files of the tests; a child process shares that of its parent, which removes it.
+set owns_work [expr {![info exists ::env(PELT_TEST_WORK)]}]
+if {$owns_work} {set ::env(PELT_TEST_WORK) [exec mktemp -d]}
+set work $::env(PELT_TEST_WORK)
 
 # ---- message boxes ----------------------------------------------------------------------------------------------
 
@@ -241,10 +246,6 @@ proc child_wish {script args} {
 
 # ---- the end ----------------------------------------------------------------------------------------------------
 
-proc discard_work {} {
-    file delete -force $::work
-}
-
 proc finish {} {
     foreach name {Passed Skipped Failed} {set $name $::tcltest::numTests($name)}
     if {[llength $::background_errors] > 0} {
@@ -252,6 +253,6 @@ proc finish {} {
         incr Failed
     }
     puts "finished: $Passed passed, $Skipped skipped, $Failed failed"
-    discard_work
+    if {$::owns_work} {file delete -force $::work}
     exit [expr {$Failed > 0 || $Passed == 0}]
 }

@@ -58,7 +58,9 @@ size_t replay_state(uint32_t function, const uint32_t* w) {
     float values[4];
     switch (function) {
         case CLEAR: glClear(w[0]); return 1;
-        case CLEAR_COLOR: glClearColor(word_float(w[0]), word_float(w[1]), word_float(w[2]), word_float(w[3])); return 4;
+        case CLEAR_COLOR:
+            glClearColor(word_float(w[0]), word_float(w[1]), word_float(w[2]), word_float(w[3]));
+            return 4;
         case FLUSH: glFlush(); return 0;
         case ENABLE: glEnable(w[0]); return 1;
         case DISABLE: glDisable(w[0]); return 1;

@@ -481,11 +481,13 @@ TEST_F(Clip, SubclipWithABadNameIsPassedOver) {
 }
 
 TEST_F(Clip, SubclipThatNamesItselfIsPassedOver) {
-    for (const char* name : {"main", "./main", "../here/main", "link"}) {
-        dir.make_dir("here");
-        std::filesystem::remove(dir.file("here/link"));
-        std::filesystem::create_symlink("main", dir.file("here/link"));
-        dir.write("here/main", "names translate\n0.0 1 1 1\n2.0 2 2 2\n5.0 " + std::string(name) + "\n");
+    dir.make_dir("here");
+    std::vector<std::string> names = {"main", "./main", "../here/main"};
+    std::error_code no_links;
+    std::filesystem::create_symlink("main", dir.file("here/link"), no_links);
+    if (!no_links) names.push_back("link");
+    for (const std::string& name : names) {
+        dir.write("here/main", "names translate\n0.0 1 1 1\n2.0 2 2 2\n5.0 " + name + "\n");
         animation_release(animation);
         animation = animation_create(model);
         clip = animation_clip(animation);
@@ -780,7 +782,8 @@ TEST_F(SceneList, BackslashSeparatesInARowToo) {
 
 TEST_F(SceneList, QuotedTokensMayHoldBlanks) {
     dir.write("my models/body.mod", "# nothing\n");
-    ASSERT_NE(load("\"" + dir.file("my models") + "\" body.mod " + clips + " walk world\n"), nullptr) << error();
+    const std::string directory = dir.file("my models");
+    ASSERT_NE(load("\"" + directory + "\" body.mod " + clips + " walk world\n"), nullptr) << error();
     EXPECT_EQ(set->count, 1);
 }
 

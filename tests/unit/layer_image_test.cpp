@@ -37,7 +37,9 @@ protected:
     void add_layer(const std::string& name) {
         read("layer " + name + " 1 2 3 x\ntriangles\n0 1 2 3\n");
     }
-    int add(const char* layer, int slot, const char* name) { return model_add_image(model, layer, slot, name, AXIS_X, AXIS_Y); }
+    int add(const char* layer, int slot, const char* name) {
+        return model_add_image(model, layer, slot, name, AXIS_X, AXIS_Y);
+    }
     LayerImage& record(const char* layer) { return *layer_first_image(model_find_layer(model, layer)); }
     int32_t references(const std::string& name) {
         const ImageData* image = image_find(dir.file(name).c_str());
@@ -254,8 +256,8 @@ TEST_F(LayerImages, NamesThatDoNotFitAreLeftOut) {
         add_layer(layer);
         add(layer.c_str(), IMAGE_SLOT_BASE, name.c_str());
     }
-    // Ten of 102 bytes reach 1020; a further blank needs 3 bytes behind it, of which 1023 is the last.
-    EXPECT_EQ(std::string(model_image_names(model)).size(), 1020u);
+    // Ten layers of 102 bytes reach 1020. No further name fits; one more blank does, as 1020 + 3 is below 1024.
+    EXPECT_EQ(std::string(model_image_names(model)).size(), 1021u);
 }
 
 }  // namespace

@@ -26,9 +26,13 @@ using Action = std::function<void()>;
 
 void run_action(void* context) { (*static_cast<Action*>(context))(); }
 
-int run_file(const std::string& path, Action action) { return reader_run_file(path.c_str(), "#", 1, run_action, &action); }
+int run_file(const std::string& path, Action action) {
+    return reader_run_file(path.c_str(), "#", 1, run_action, &action);
+}
 
-int run_data(const std::string& text, Action action) { return reader_run_data(text.c_str(), "#", 1, run_action, &action); }
+int run_data(const std::string& text, Action action) {
+    return reader_run_data(text.c_str(), "#", 1, run_action, &action);
+}
 
 Row current_row() {
     Row row{reader_line_number(), {}};
@@ -149,9 +153,10 @@ TEST(TokenValues, FollowTheClassOfTheWord) {
         {"inf", WORD_TEXT, 0, 0.0f},
     };
     for (const NumberCase& expected : cases) {
-        for (const std::string& line : {std::string(expected.token), "\"" + std::string(expected.token) + "\""}) {
+        for (const char* quote : {"", "\""}) {
+            const std::string line = std::string("7 8.5 ").append(quote).append(expected.token).append(quote);
             SCOPED_TRACE(line);
-            run_data("7 8.5 " + line, [&] {
+            run_data(line, [&] {
                 ASSERT_EQ(reader_token_count(), 3);
                 EXPECT_EQ(reader_is_int(2), expected.kind == WORD_INT ? 1 : 0);
                 EXPECT_EQ(reader_is_float(2), expected.kind == WORD_FLOAT ? 1 : 0);
@@ -181,7 +186,7 @@ TEST(TokenValues, AgreeWithTheRulesForWords) {
 }
 
 TEST(TokenValues, AnEnormousFloatIsInfinite) {
-    run_data("1" + std::string(200, '0') + ".0", [] {
+    run_data(std::string("1").append(200, '0').append(".0"), [] {
         EXPECT_TRUE(reader_is_float(0));
         EXPECT_EQ(reader_float(0), std::numeric_limits<float>::infinity());
     });
@@ -305,7 +310,7 @@ TEST_F(LineReading, ALongLineArrivesInPiecesThatCountAsLines) {
 }
 
 TEST_F(LineReading, ACommentCharacterAtTheStartOfAPieceMarksOne) {
-    const std::string line = "a" + std::string(1022, ' ') + "#b\nc";
+    const std::string line = std::string("a").append(1022, ' ').append("#b\nc");
     for (const auto& rows : {rows_of_file(line), rows_of_data(line)}) {
         ASSERT_EQ(rows.size(), 2u);
         EXPECT_EQ(rows[1].tokens, (Tokens{"c"}));

@@ -111,6 +111,13 @@ TEST_F(SessionTest, StatusHasTimeAndTrianglesBeforeTheText) {
     EXPECT_EQ("status:Time: 1.26 of 3.00, Triangles: 42, Ready", reports[0]);
 }
 
+TEST_F(SessionTest, CurvenetHasAPlainSetterAndGetter) {
+    session_set_curvenet(&session, 5);
+    EXPECT_EQ(session_curvenet(&session), 5);
+    EXPECT_EQ(session.display_curvenet, 5);
+    EXPECT_EQ(session_curvenet(nullptr), 0);
+}
+
 TEST_F(SessionTest, StatusOfANonNumberHasNoSign) {
     listen();
     session.anim_time = -std::numeric_limits<float>::quiet_NaN();
@@ -295,6 +302,11 @@ TEST_F(SessionTest, ForgetReachesLayersWithNamesTooLongForAKey) {
     Model* model = add_model("long.mod", std::string(40, 'l').c_str());
     model_add_joint(model, std::string(60, 'j').c_str(), 0, 0, 0, "world", 0);
     joint_state(&session, model, static_cast<Joint*>(list_at(&model->joints, 1, 0)));
+    // No operation finds the layer by its name, so the triangle goes straight into its list.
+    Layer* layer = static_cast<Layer*>(list_at(&model->layers, 0, 0));
+    Triangle* triangle = static_cast<Triangle*>(list_add(&layer->triangles, 1));
+    triangle->state_index = -1;
+    triangle_cache_get(&session, model, triangle);
     ASSERT_EQ(RECORDS_OF_A_MODEL + 1, records());
     EXPECT_EQ(1, session_forget_model(&session, model));
     EXPECT_EQ(0, records());

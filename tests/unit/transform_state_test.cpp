@@ -455,6 +455,18 @@ TEST_F(TransformState, CircleIsCutAtTheSameLinkWhateverJointIsAskedFirst) {
     }
 }
 
+TEST_F(TransformState, CircleEndsWhenTheRecordAtItsCutIsMadeAgain) {
+    Model* m = model();
+    joint(m, "a", 1, 0, 0, "b");
+    joint(m, "b", 3, 0, 0, "c");
+    Joint* c = joint(m, "c", 7, 0, 0, "a");
+    ModelAnimation* a = animate(m);
+    joints_evaluate(&session, 1.0f, m, a);
+    session_forget_joint(&session, c);
+    joints_evaluate(&session, 2.0f, m, a);
+    for (Joint& each : list_elements<Joint>(m->joints)) EXPECT_EQ(joint_state(&session, m, &each)->time, 2.0f);
+}
+
 TEST_F(TransformState, CircleOfTenThousandJointsEnds) {
     constexpr int LENGTH = 10000;
     Model* m = model();

@@ -1,0 +1,29 @@
+// Writer of the .mod text format. It lays a model out as the reader wants it, and is not its exact inverse: what does
+// not survive is told by write_losses.h.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+namespace pelt {
+
+struct Model;
+
+// Writes the model, without its children, to a file of its own name in the current directory. Reports nothing: a null
+// model or a file that cannot be opened writes nothing.
+void model_write(const Model* model);
+
+// The same text to an open stream, which stays open; the file name only stands in the comment at its head. 1 when all
+// of it was taken, else 0.
+int model_write_stream(const Model* model, const char* file_name, std::FILE* stream);
+
+// The name that model_write gives its file: with ".mod" unless the name ends in an extension of three characters.
+std::string model_file_name(const Model* model);
+
+// The word of an axis code; "x" for any that is none.
+const char* axis_word(int code);
+
+// Whether the writer leaves a layer out: it counts neither a triangle nor a line in it.
+bool model_writer_skips_layer(const Model* model, const char* layer);
+
+}  // namespace pelt

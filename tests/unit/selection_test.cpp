@@ -1,0 +1,702 @@
+// The selection, the clipboard, and what is done with what is selected.
+
+#include "edit/selection.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "application/session_lifecycle.h"
+#include "edit/bounds.h"
+#include "edit/pancake.h"
+#include "formats/animation_reader.h"
+#include "motion/root_models.h"
+#include "motion/transform_state.h"
+#include "scene/model_tree.h"
+
+namespace pelt {
+namespace {
+
+using Vec4 = std::vector<double>;
+using Matrix = std::vector<Vec4>;
+
+// An arithmetic of its own, in doubles, to check the rotations against.
+Matrix times(const Matrix& left, const Matrix& right) {
+    Matrix out(4, Vec4(4, 0.0));
+    for (size_t r = 0; r < 4; ++r) {
+        for (size_t c = 0; c < 4; ++c) {
+            for (size_t k = 0; k < 4; ++k) {
+                out[r][c] += left[r][k] * right[k][c];
+            }
+        }
+    }
+    return out;
+}
+
+Matrix moved(double x, double y, double z) {
+    return {{1, 0, 0, x}, {0, 1, 0, y}, {0, 0, 1, z}, {0, 0, 0, 1}};
+}
+
+Matrix turned_z(double degrees) {
+    const double a = degrees * std::acos(-1.0) / 180.0;
+    return {{std::cos(a), -std::sin(a), 0, 0}, {std::sin(a), std::cos(a), 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
+}
+
+Matrix transposed(const Matrix& m) {
+    Matrix out = m;
+    for (size_t r = 0; r < 4; ++r) {
+        for (size_t c = 0; c < 4; ++c) {
+            out[r][c] = m[c][r];
+        }
+    }
+    return out;
+}
+
+void expect_matrix(const Matrix& expected, const Mat4& m) {
+    for (size_t r = 0; r < 4; ++r) {
+        for (size_t c = 0; c < 4; ++c) {
+            EXPECT_NEAR(expected[r][c], m.m[4 * r + c], 2e-4) << "row " << r << ", column " << c;
+        }
+    }
+}
+
+class SelectionTest : public ::testing::Test {
+protected:
+    SelectionTest() { session_init(&session); }
+    ~SelectionTest() override { session_reset(&session, 1); }
+
+    int32_t add(const char* name = "made.mod") {
+        Model* model = model_create(name, nullptr);
+        model_set_point(model, 1, 0, 0, 0, 1.0f);
+        model_set_point(model, 2, 2, 3, 4, 1.0f);
+        return session_add_root(&session, model, nullptr);
+    }
+
+    Model* model_of(int32_t id) { return state(id)->model; }
+    ModelState* state(int32_t id) { return static_cast<ModelState*>(list_find(&session.model_states, id)); }
+    int32_t selected() const { return list_count(&session.selection.models); }
+    int32_t roots() const { return list_count(&session.root_models); }
+
+    // An owned child with a state of its link; gives the id of that state.
+    int32_t add_child(Model* parent, const char* name = "child.mod") {
+        Model* child = model_create(name, parent);
+        model_set_point(child, 1, 1, 1, 1, 1.0f);
+        ChildLink* link = model_add_child(parent, child, "child", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+        return child_state(&session, link)->id;
+    }
+
+    void select(int32_t id) { ASSERT_EQ(1, selection_add_model(&session, id)); }
+
+    Session session{};
+};
+
+// ---- what is selected ----
+
+TEST_F(SelectionTest, InitSetsUpAllListsOfBothSets) {
+    Session fresh{};
+    selection_init(&fresh);
+    for (const SelectionSet* set : {&fresh.selection, &fresh.clipboard}) {
+        EXPECT_EQ(static_cast<int32_t>(sizeof(SelectedModel)), set->models.element_size);
+        EXPECT_EQ(static_cast<int32_t>(sizeof(SelectedChild)), set->children.element_size);
+        for (int i = 0; i < 6; ++i) {
+            EXPECT_EQ(i < 5 ? 12 : 8, set->unused[i].element_size);
+            EXPECT_EQ(KEY_INT, set->unused[i].kind);
+        }
+    }
+    selection_init(nullptr);
+}
+
+TEST_F(SelectionTest, AddingAnUnknownIdFails) {
+    add();
+    EXPECT_EQ(0, selection_add_model(&session, 0));
+    EXPECT_EQ(0, selection_add_model(&session, -1));
+    EXPECT_EQ(0, selection_add_model(&session, next_model_state_id + 1000));
+    EXPECT_EQ(0, selection_add_child(&session, next_child_state_id + 1000));
+    EXPECT_EQ(0, selected());
+}
+
+TEST_F(SelectionTest, SelectingTheSameIdTwiceLeavesOneEntry) {
+    const int32_t id = add();
+    select(id);
+    select(id);
+    EXPECT_EQ(1, selected());
+}
+
+TEST_F(SelectionTest, TheCurrentModelIsThatOfTheFirstSlot) {
+    const int32_t first = add("first.mod");
+    const int32_t second = add("second.mod");
+    select(first);
+    select(second);
+    EXPECT_EQ(model_of(first), selection_current_model(&session));
+    EXPECT_EQ(1, selection_clear(&session));
+    select(second);
+    select(first);
+    EXPECT_EQ(model_of(second), selection_current_model(&session));
+}
+
+TEST_F(SelectionTest, NothingSelectedIsNoCurrentModel) {
+    add();
+    EXPECT_EQ(nullptr, selection_current_model(&session));
+    EXPECT_EQ(nullptr, selection_current_model(nullptr));
+}
+
+TEST_F(SelectionTest, AChildIsSelectedByTheIdOfItsLink) {
+    const int32_t parent = add();
+    const int32_t unlike = 5000;  // far from the ids of model states
+    next_child_state_id = next_child_state_id < unlike ? unlike : next_child_state_id;
+    const int32_t child = add_child(model_of(parent));
+    select(child);
+    EXPECT_STREQ("child", selection_current_model(&session)->name);
+}
+
+TEST_F(SelectionTest, AllReplacesTheSelectionByTheModelsThatHaveAState) {
+    const int32_t first = add();
+    const int32_t second = add();
+    add_child(model_of(first));
+    select(second);
+    session.selection.centre = Vec3{1, 2, 3};
+    EXPECT_EQ(1, selection_all(&session));
+    EXPECT_EQ(2, selected());
+    EXPECT_EQ(model_of(first), selection_current_model(&session));
+    EXPECT_EQ(0.0f, session.selection.centre.x);
+}
+
+TEST_F(SelectionTest, ClearEmptiesListsCentreAndAxis) {
+    const int32_t parent = add();
+    select(parent);
+    selection_add_child(&session, add_child(model_of(parent)));
+    selection_set_centre(&session, 1, 2, 3);
+    selection_set_axis(&session, 1, 2, 9);
+    EXPECT_EQ(1, selection_clear(&session));
+    EXPECT_EQ(0, selected());
+    EXPECT_EQ(0, list_count(&session.selection.children));
+    EXPECT_EQ(0.0f, session.selection.centre.z);
+    EXPECT_EQ(0.0f, session.selection.axis.z);
+}
+
+TEST_F(SelectionTest, ASelectedChildKeepsItsLink) {
+    const int32_t parent = add();
+    const int32_t id = add_child(model_of(parent));
+    EXPECT_EQ(1, selection_add_child(&session, id));
+    SelectedChild* entry = static_cast<SelectedChild*>(list_find(&session.selection.children, id));
+    ASSERT_NE(nullptr, entry);
+    EXPECT_EQ(list_at(&model_of(parent)->children, 0, 0), entry->link);
+    EXPECT_EQ(entry->link, selection_entry_child(&session, id, entry));
+    session_close_all(&session);
+    EXPECT_EQ(nullptr, selection_entry_child(&session, id, entry));
+}
+
+TEST_F(SelectionTest, AfterAResetThereIsNoCurrentModel) {
+    select(add());
+    session_reset(&session, 0);
+    EXPECT_EQ(nullptr, selection_current_model(&session));
+    EXPECT_EQ(0, selected());
+}
+
+// ---- clipboard ----
+
+TEST_F(SelectionTest, CopyIsShallowAndLeavesCentreAndAxisOut) {
+    const int32_t id = add();
+    select(id);
+    selection_set_centre(&session, 1, 2, 3);
+    session.clipboard_cut = 1;
+    EXPECT_EQ(1, selection_copy(&session));
+    EXPECT_EQ(0, session.clipboard_cut);
+    EXPECT_EQ(0.0f, session.clipboard.centre.x);
+    const SelectedModel* entry = static_cast<SelectedModel*>(list_find(&session.clipboard.models, id));
+    ASSERT_NE(nullptr, entry);
+    EXPECT_EQ(model_of(id), entry->model);
+    EXPECT_EQ(1, selection_copy(&session));
+    EXPECT_EQ(1, list_count(&session.clipboard.models));
+    EXPECT_EQ(1, clipboard_clear(&session));
+    EXPECT_EQ(0, list_count(&session.clipboard.models));
+    EXPECT_EQ(1, selected());
+}
+
+TEST_F(SelectionTest, CopyOfAnEmptySelectionEmptiesTheClipboardThatStaysUsable) {
+    const int32_t id = add();
+    select(id);
+    selection_copy(&session);
+    selection_clear(&session);
+    EXPECT_EQ(1, selection_copy(&session));
+    EXPECT_EQ(0, list_count(&session.clipboard.models));
+    select(id);
+    EXPECT_EQ(1, selection_copy(&session));
+    EXPECT_EQ(1, list_count(&session.clipboard.models));
+}
+
+TEST_F(SelectionTest, CutLeavesTheModelInTheSceneAndSelected) {
+    select(add());
+    EXPECT_EQ(1, selection_cut(&session));
+    EXPECT_EQ(1, session.clipboard_cut);
+    EXPECT_EQ(1, selected());
+    EXPECT_EQ(1, roots());
+    EXPECT_EQ(1, list_count(&session.clipboard.models));
+}
+
+TEST_F(SelectionTest, PasteChangesNothing) {
+    select(add());
+    selection_copy(&session);
+    EXPECT_EQ(1, selection_paste());
+    EXPECT_EQ(1, roots());
+    EXPECT_EQ(1, selected());
+    EXPECT_EQ(1, list_count(&session.clipboard.models));
+}
+
+// ---- transforms ----
+
+TEST_F(SelectionTest, TranslationIsAbsoluteOrAdded) {
+    const int32_t id = add();
+    select(id);
+    EXPECT_EQ(1, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(1, selection_translate(&session, 1, 2, 3, 0));
+    expect_matrix(moved(1, 2, 3), state(id)->matrix);
+    EXPECT_EQ(1, selection_translate(&session, 1, 1, 1, 1));
+    expect_matrix(moved(2, 3, 4), state(id)->matrix);
+    EXPECT_EQ(2.0f, state(id)->gl_matrix.m[12]);
+}
+
+TEST_F(SelectionTest, TranslationGrowsTheRadiusAndScaleDoesNot) {
+    select(add());
+    session.radius = 10.0f;
+    selection_scale(&session, 100, 100, 100, 0);
+    EXPECT_EQ(10.0f, session.radius);
+    selection_translate(&session, 0, 0, 46, 0);
+    EXPECT_EQ(100.0f, session.radius);  // twice 4 + 46
+}
+
+TEST_F(SelectionTest, ScaleIsAbsoluteOrMultiplied) {
+    const int32_t id = add();
+    select(id);
+    EXPECT_EQ(1, selection_scale(&session, 2, 3, 4, 0));
+    EXPECT_EQ(1, selection_scale(&session, 2, 3, 4, 0));
+    EXPECT_EQ(3.0f, state(id)->matrix.m[5]);
+    EXPECT_EQ(1, selection_scale(&session, 2, 2, 2, 1));
+    EXPECT_EQ(4.0f, state(id)->matrix.m[0]);
+    EXPECT_EQ(8.0f, state(id)->matrix.m[10]);
+}
+
+TEST_F(SelectionTest, AllSelectedModelsAreMoved) {
+    const int32_t first = add();
+    const int32_t second = add();
+    selection_all(&session);
+    EXPECT_EQ(1, selection_translate(&session, 5, 0, 0, 0));
+    EXPECT_EQ(5.0f, state(first)->translate.x);
+    EXPECT_EQ(5.0f, state(second)->translate.x);
+}
+
+TEST_F(SelectionTest, TransformsOfAnEmptySelectionSucceed) {
+    EXPECT_EQ(1, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(1, selection_scale(&session, 1, 2, 3, 0));
+    EXPECT_EQ(1, selection_rotate(&session, "1", "2", "3", 0));
+    EXPECT_EQ(1, selection_add_data(&session, "points"));
+    EXPECT_EQ(1, selection_pancake(&session));
+}
+
+TEST_F(SelectionTest, RotationWithoutACentreIsAboutTheOrigin) {
+    const int32_t id = add();
+    select(id);
+    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "30", 0));
+    expect_matrix(turned_z(30), state(id)->matrix);
+    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "30", 0));
+    expect_matrix(turned_z(30), state(id)->matrix);
+    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "30", 1));
+    expect_matrix(turned_z(60), state(id)->matrix);
+}
+
+TEST_F(SelectionTest, RotationAboutACentreKeepsTheCentreInPlace) {
+    const int32_t id = add();
+    select(id);
+    EXPECT_EQ(1, selection_set_centre(&session, 10, 20, 30));
+    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "90", 0));
+    expect_matrix(times(moved(10, 20, 30), times(turned_z(90), moved(-10, -20, -30))), state(id)->rotation);
+    Vec3 centre{10, 20, 30};
+    Vec3 place;
+    mat_transform_point(&state(id)->rotation, &centre, &place);
+    EXPECT_NEAR(10.0f, place.x, 1e-4);
+    EXPECT_NEAR(20.0f, place.y, 1e-4);
+}
+
+TEST_F(SelectionTest, AnAxisWithoutACentreHasNoEffect) {
+    const int32_t id = add();
+    select(id);
+    EXPECT_EQ(1, selection_set_axis(&session, 1, 0, 0));
+    EXPECT_EQ(1.0f, session.selection.axis.x);
+    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "90", 0));
+    expect_matrix(turned_z(90), state(id)->rotation);
+}
+
+TEST_F(SelectionTest, TheAxisIsTakenFromTheCentreThatIsSetBefore) {
+    selection_set_axis(&session, 0, 0, 5);
+    EXPECT_EQ(1.0f, session.selection.axis.z);
+    selection_set_centre(&session, 0, 3, 0);
+    EXPECT_EQ(1.0f, session.selection.axis.z) << "setting the centre leaves the axis";
+    selection_set_axis(&session, 0, 3, -2);
+    EXPECT_EQ(-1.0f, session.selection.axis.z);
+    EXPECT_EQ(0.0f, session.selection.axis.y);
+}
+
+// Rows across, across, along the axis, worked out by hand: U = axis x z, V = axis x U, both of unit length.
+void expect_rotation_about(Session* session, ModelState* state, const Matrix& frame) {
+    ASSERT_EQ(1, selection_rotate(session, "0", "0", "90", 0));
+    const Matrix turn = times(transposed(frame), times(turned_z(90), frame));
+    expect_matrix(times(moved(1, 2, 3), times(turn, moved(-1, -2, -3))), state->rotation);
+}
+
+TEST_F(SelectionTest, RotationAboutAnAxisTurnsInItsFrame) {
+    const int32_t id = add();
+    select(id);
+    selection_set_centre(&session, 1, 2, 3);
+    selection_set_axis(&session, 2, 2, 3);  // the axis (1, 0, 0): U = (0, -1, 0), V = (0, 0, -1)
+    expect_rotation_about(&session, state(id), {{0, 0, -1, 0}, {0, -1, 0, 0}, {1, 0, 0, 0}, {0, 0, 0, 1}});
+}
+
+TEST_F(SelectionTest, RotationAboutASlantedAxisTurnsInItsFrame) {
+    const int32_t id = add();
+    select(id);
+    selection_set_centre(&session, 1, 2, 3);
+    selection_set_axis(&session, 1, 5, 7);  // the axis (0, 0.6, 0.8): U = (1, 0, 0), V = (0, 0.8, -0.6)
+    expect_rotation_about(&session, state(id), {{0, 0.8, -0.6, 0}, {1, 0, 0, 0}, {0, 0.6, 0.8, 0}, {0, 0, 0, 1}});
+}
+
+TEST_F(SelectionTest, RotationAboutAnAxisParallelToZTakesTheLimitOfItsFrame) {
+    const int32_t id = add();
+    select(id);
+    selection_set_centre(&session, 1, 2, 3);
+    selection_set_axis(&session, 1, 2, 8);
+    expect_rotation_about(&session, state(id), {{1, 0, 0, 0}, {0, -1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}});
+    selection_set_axis(&session, 1, 2, -8);
+    expect_rotation_about(&session, state(id), {{-1, 0, 0, 0}, {0, -1, 0, 0}, {0, 0, -1, 0}, {0, 0, 0, 1}});
+}
+
+TEST_F(SelectionTest, RotationTextsOutOfOrderAndBadTextsAreTakenAsFarAsTheyGo) {
+    const int32_t id = add();
+    select(id);
+    EXPECT_EQ(1, selection_rotate(&session, "z30", "abc", "z60", 0));
+    expect_matrix(turned_z(30), state(id)->rotation);
+    EXPECT_EQ(0, selection_rotate(&session, nullptr, "0", "0", 0));
+}
+
+// ---- deletion ----
+
+TEST_F(SelectionTest, DeleteOfAnEmptySelectionSucceeds) {
+    add();
+    EXPECT_EQ(1, selection_delete(&session));
+    EXPECT_EQ(1, roots());
+}
+
+TEST_F(SelectionTest, DeleteTakesTheSelectedRootsAndClearsTheSelection) {
+    const int32_t first = add("first.mod");
+    add("second.mod");
+    const int32_t third = add("third.mod");
+    select(first);
+    select(third);
+    EXPECT_EQ(1, selection_delete(&session));
+    EXPECT_EQ(1, roots());
+    EXPECT_EQ(0, selected());
+    EXPECT_EQ(0, session_find_model(&session, "first"));
+    EXPECT_NE(0, session_find_model(&session, "second"));
+}
+
+TEST_F(SelectionTest, AChildCannotBeDeletedAndStopsTheWalk) {
+    const int32_t parent = add("parent.mod");
+    next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
+    const int32_t child = add_child(model_of(parent));
+    const int32_t other = add("other.mod");
+    select(child);
+    select(other);
+    EXPECT_EQ(0, selection_delete(&session));
+    EXPECT_EQ(2, roots());
+    EXPECT_EQ(2, selected()) << "the selection stays";
+}
+
+TEST_F(SelectionTest, AChildWithAModelStateOfItsOwnIsNoRootEither) {
+    const int32_t parent = add("parent.mod");
+    next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
+    select(add_child(model_of(parent)));
+    ASSERT_EQ(1, selection_translate(&session, 1, 0, 0, 0));
+    const int32_t id = model_state(&session, selection_current_model(&session))->id;
+    selection_clear(&session);
+    select(id);
+    EXPECT_EQ(0, selection_delete(&session));
+    EXPECT_EQ(1, roots());
+}
+
+TEST_F(SelectionTest, DeletedModelsLeaveNothingThatPointsAtThem) {
+    const int32_t parent = add("parent.mod");
+    const int32_t rider = add("rider.mod");
+    RootModel* root = static_cast<RootModel*>(list_at(&session.root_models, 1, 1));
+    root->animation = animation_create(root->model);
+    root->animation->parent_model = model_of(parent);
+    select(parent);
+    EXPECT_EQ(1, selection_delete(&session));
+    EXPECT_EQ(nullptr, root->animation->parent_model);
+    scene_evaluate(&session);
+    EXPECT_NE(nullptr, state(rider));
+}
+
+// ---- stale entries ----
+
+TEST_F(SelectionTest, EveryOperationAnswersZeroForAClosedModelAndFollowsNothing) {
+    select(add());
+    selection_copy(&session);
+    session_close_all(&session);
+    const int32_t alive = add();
+    EXPECT_EQ(nullptr, selection_current_model(&session));
+    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(0, selection_scale(&session, 1, 2, 3, 0));
+    EXPECT_EQ(0, selection_rotate(&session, "1", "2", "3", 0));
+    EXPECT_EQ(0, selection_delete(&session));
+    EXPECT_EQ(0, selection_add_data(&session, "points\n5 1 1 1\n"));
+    EXPECT_EQ(0, selection_add_child_model(&session, alive));
+    EXPECT_EQ(0, selection_pancake(&session));
+    const Vec3 centre = selection_centre(&session);
+    EXPECT_EQ(0.0f, centre.x);
+    EXPECT_EQ(1, selected());
+    EXPECT_EQ(1, selection_copy(&session));
+    EXPECT_EQ(1, selection_cut(&session));
+    EXPECT_EQ(1, roots());
+    EXPECT_EQ(0.0f, state(alive)->translate.x);
+}
+
+TEST_F(SelectionTest, AWalkStopsAtAStaleEntryWithTheEarlierModelsMoved) {
+    const int32_t first = add("first.mod");
+    const int32_t second = add("second.mod");
+    const int32_t third = add("third.mod");
+    selection_all(&session);
+    const int32_t key = list_int_key(&session.root_models, 1);
+    session_remove_root(&session, key);
+    EXPECT_EQ(nullptr, state(second));
+    EXPECT_EQ(0, selection_translate(&session, 7, 0, 0, 0));
+    EXPECT_EQ(7.0f, state(first)->translate.x);
+    EXPECT_EQ(0.0f, state(third)->translate.x);
+}
+
+TEST_F(SelectionTest, AStaleChildEntryIsNotFollowed) {
+    const int32_t parent = add();
+    next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
+    const int32_t child = add_child(model_of(parent));
+    select(child);
+    session_close_all(&session);
+    EXPECT_EQ(nullptr, selection_current_model(&session));
+    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(0, selection_add_model(&session, child));
+    EXPECT_EQ(0, selection_add_child(&session, child));
+}
+
+TEST_F(SelectionTest, ASelectedLinkWithoutAModelAnswersZero) {
+    const int32_t parent = add();
+    next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
+    ChildLink* link = model_add_child(model_of(parent), nullptr, "none", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+    select(child_state(&session, link)->id);
+    EXPECT_EQ(nullptr, selection_current_model(&session));
+    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(0, selection_pancake(&session));
+}
+
+// ---- adding data ----
+
+TEST_F(SelectionTest, DataIsAddedToEverySelectedModel) {
+    const int32_t first = add();
+    const int32_t second = add();
+    selection_all(&session);
+    EXPECT_EQ(1, selection_add_data(&session, "points\n5\t1\t2\t3\nlayer\tskin\t1\t2\t3\tx\n"));
+    EXPECT_EQ(3, model_count_points(model_of(first)));
+    EXPECT_NE(nullptr, model_find_layer(model_of(second), "skin"));
+}
+
+TEST_F(SelectionTest, BadDataFailsAtTheFirstModel) {
+    const int32_t first = add();
+    const int32_t second = add();
+    selection_all(&session);
+    EXPECT_EQ(0, selection_add_data(&session, "points\n5\t1\t2\t3\nlayer\tskin\n"));
+    EXPECT_EQ(3, model_count_points(model_of(first)));
+    EXPECT_EQ(2, model_count_points(model_of(second)));
+    EXPECT_EQ(0, selection_add_data(&session, nullptr));
+    EXPECT_EQ(0, selection_add_data(nullptr, "points"));
+}
+
+TEST_F(SelectionTest, AChildLineLeavesALinkWithoutAModelThatEveryWalkPassesOver) {
+    const int32_t id = add();
+    select(id);
+    ASSERT_EQ(1, selection_add_data(&session, "child\tghost\t1\t2\t3\t1\t1\t1\t0\t0\t0\n"));
+    ASSERT_EQ(1, model_count_children(model_of(id)));
+    child_state(&session, model_find_child(model_of(id), "ghost"));
+    EXPECT_EQ(0, session_find_model(&session, "ghost"));
+    EXPECT_EQ(2.0f, model_size(model_of(id), nullptr).x);
+    EXPECT_EQ(nullptr, model_find_point(model_of(id), 99));
+    EXPECT_EQ(1, selection_delete(&session));
+    EXPECT_EQ(0, list_count(&session.child_states));
+}
+
+TEST_F(SelectionTest, AJointCalledWorldWrittenAnewLeavesNoRecordBehind) {
+    const int32_t id = add();
+    select(id);
+    const char* text = "joint\tworld\t1\t2\t3\thip\t0\n";
+    for (int i = 0; i < 5; ++i) {
+        ASSERT_EQ(1, selection_add_data(&session, text));
+        Joint* joint = static_cast<Joint*>(list_find(&model_of(id)->joints, "world"));
+        joint_state(&session, model_of(id), joint);
+    }
+    EXPECT_EQ(1, list_count(&session.joint_states));
+}
+
+// ---- adding children ----
+
+TEST_F(SelectionTest, AnAddedChildIsBorrowedAtItsPlaceAndStaysARoot) {
+    const int32_t parent = add("parent.mod");
+    const int32_t child = add("child.mod");
+    state(child)->translate = Vec3{1, 2, 3};
+    state(child)->scale = Vec3{4, 5, 6};
+    select(parent);
+    ASSERT_EQ(1, selection_add_child_model(&session, child));
+    EXPECT_EQ(0, selected());
+    EXPECT_EQ(2, roots());
+    const ChildLink* link = model_find_child(model_of(parent), "child");
+    ASSERT_NE(nullptr, link);
+    EXPECT_EQ(model_of(child), link->model);
+    EXPECT_EQ(1, link->borrowed);
+    EXPECT_EQ(2.0f, link->position.y);
+    EXPECT_EQ(6.0f, link->scale.z);
+    EXPECT_STREQ("0", link->rotate[0]);
+    EXPECT_EQ(nullptr, model_of(child)->parent);
+}
+
+TEST_F(SelectionTest, AnUnknownIdOrASelectedOneIsNoChild) {
+    const int32_t parent = add();
+    select(parent);
+    EXPECT_EQ(0, selection_add_child_model(&session, parent));
+    EXPECT_EQ(0, selection_add_child_model(&session, next_model_state_id + 1000));
+    EXPECT_EQ(0, selection_add_child_model(nullptr, parent));
+    EXPECT_EQ(1, selected());
+    EXPECT_EQ(0, model_count_children(model_of(parent)));
+}
+
+TEST_F(SelectionTest, AddingAChildToAnEmptySelectionSucceeds) {
+    EXPECT_EQ(1, selection_add_child_model(&session, add()));
+}
+
+TEST_F(SelectionTest, AModelNeverBecomesItsOwnDescendant) {
+    const int32_t a = add("a.mod");
+    const int32_t b = add("b.mod");
+    const int32_t c = add("c.mod");
+    select(a);
+    ASSERT_EQ(1, selection_add_child_model(&session, b));
+    select(b);
+    ASSERT_EQ(1, selection_add_child_model(&session, c));
+    select(c);
+    EXPECT_EQ(0, selection_add_child_model(&session, a));
+    EXPECT_EQ(0, selection_add_child_model(&session, b));
+    EXPECT_EQ(1, selected());
+    EXPECT_EQ(0, model_count_children(model_of(c)));
+}
+
+TEST_F(SelectionTest, AChildMayNotTakeItsOwnAncestorInThroughAnOwnedLink) {
+    const int32_t parent = add("parent.mod");
+    next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
+    select(add_child(model_of(parent)));
+    EXPECT_EQ(0, selection_add_child_model(&session, parent));
+    EXPECT_EQ(1, model_count_children(model_of(parent)));
+}
+
+TEST_F(SelectionTest, TheTreeKeepsItsDepth) {
+    int32_t top = add();
+    for (int level = 0; level < MODEL_TREE_DEPTH_LIMIT; ++level) {
+        const int32_t above = add();
+        select(above);
+        ASSERT_EQ(1, selection_add_child_model(&session, top)) << level;
+        top = above;
+    }
+    select(add());
+    EXPECT_EQ(0, selection_add_child_model(&session, top));
+    EXPECT_EQ(MODEL_TREE_DEPTH_LIMIT, model_tree_size(model_of(top)).depth);
+    // Also from below: the lowest may not get a child that would stand one too deep.
+    selection_clear(&session);
+    const Model* lowest = static_cast<RootModel*>(list_at(&session.root_models, 0, 0))->model;
+    select(static_cast<ModelState*>(list_at(&session.model_states, lowest->state_index, 0))->id);
+    EXPECT_EQ(0, selection_add_child_model(&session, add()));
+    EXPECT_EQ(0, model_count_children(lowest));
+}
+
+TEST_F(SelectionTest, TheTreeKeepsItsNumberOfModelsWithEachRepetitionCounted) {
+    int32_t top = add();
+    for (int level = 1; level < 12; ++level) {
+        const int32_t above = add();
+        for (int twice = 0; twice < 2; ++twice) {
+            select(above);
+            ASSERT_EQ(1, selection_add_child_model(&session, top));
+        }
+        top = above;
+    }
+    ASSERT_EQ(4095, model_tree_size(model_of(top)).nodes);
+    const int32_t one_more = add();
+    select(top);
+    ASSERT_EQ(1, selection_add_child_model(&session, one_more)) << "4096 are allowed";
+    select(top);
+    EXPECT_EQ(0, selection_add_child_model(&session, one_more));
+    EXPECT_EQ(4096, model_tree_size(model_of(top)).nodes);
+    EXPECT_GT(model_size(model_of(top), nullptr).x, 0.0f);
+}
+
+TEST_F(SelectionTest, ATreeElsewhereThatIsTooLargeDoesNotStandInTheWay) {
+    const int32_t large = add("large.mod");
+    for (int i = 0; i < MODEL_TREE_NODE_LIMIT; ++i) {
+        model_add_child(model_of(large), nullptr, "ghost", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+    }
+    const int32_t parent = add("parent.mod");
+    select(parent);
+    EXPECT_EQ(1, selection_add_child_model(&session, add("child.mod")));
+}
+
+TEST_F(SelectionTest, AnAddedChildIsReleasedOnceWhoeverGoesFirst) {
+    for (const bool parent_first : {true, false}) {
+        const int32_t parent = add("parent.mod");
+        const int32_t child = add("child.mod");
+        select(parent);
+        ASSERT_EQ(1, selection_add_child_model(&session, child));
+        select(parent_first ? parent : child);
+        EXPECT_EQ(1, selection_delete(&session));
+        EXPECT_EQ(1, roots());
+        ModelState* left = state(parent_first ? child : parent);
+        ASSERT_NE(nullptr, left) << "the id of the one that stays is still valid";
+        if (!parent_first) {
+            EXPECT_EQ(nullptr, model_find_child(left->model, "child")->model);
+        }
+        select(left->id);
+        EXPECT_EQ(1, selection_delete(&session));
+        EXPECT_EQ(0, roots());
+    }
+}
+
+TEST_F(SelectionTest, AnAddedChildSurvivesAClosingAndAResetWithoutASecondRelease) {
+    const int32_t parent = add("parent.mod");
+    const int32_t child = add("child.mod");
+    select(parent);
+    ASSERT_EQ(1, selection_add_child_model(&session, child));
+    child_state(&session, model_find_child(model_of(parent), "child"));
+    session_reset(&session, 0);
+    EXPECT_EQ(0, roots());
+    EXPECT_EQ(0, list_count(&session.child_states));
+}
+
+TEST_F(SelectionTest, NullSessionsAnswerZero) {
+    EXPECT_EQ(0, selection_clear(nullptr));
+    EXPECT_EQ(0, clipboard_clear(nullptr));
+    EXPECT_EQ(0, selection_all(nullptr));
+    EXPECT_EQ(0, selection_add_model(nullptr, 1));
+    EXPECT_EQ(0, selection_add_child(nullptr, 1));
+    EXPECT_EQ(0, selection_copy(nullptr));
+    EXPECT_EQ(0, selection_cut(nullptr));
+    EXPECT_EQ(0, selection_translate(nullptr, 1, 2, 3, 0));
+    EXPECT_EQ(0, selection_scale(nullptr, 1, 2, 3, 0));
+    EXPECT_EQ(0, selection_rotate(nullptr, "1", "2", "3", 0));
+    EXPECT_EQ(0, selection_set_centre(nullptr, 1, 2, 3));
+    EXPECT_EQ(0, selection_set_axis(nullptr, 1, 2, 3));
+    EXPECT_EQ(0, selection_delete(nullptr));
+}
+
+}  // namespace
+}  // namespace pelt
