@@ -173,9 +173,13 @@ ImageData* image_find_id(int32_t id) { return static_cast<ImageData*>(list_find(
 
 const KeyedList* image_registry() { return &registry; }
 
+int image_check_ps2_file(const ImageData* image) {
+    return image != nullptr && has_ps2_files(*image) ? 1 : 0;
+}
+
 int image_check_ps2_files() {
     for (const ImageData& image : list_elements<ImageData>(registry)) {
-        if (!has_ps2_files(image)) {
+        if (!image_check_ps2_file(&image)) {
             return 0;
         }
     }

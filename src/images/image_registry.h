@@ -37,7 +37,10 @@ ImageData* image_find_id(int32_t id);
 const KeyedList* image_registry();
 
 // 1 when every registered image has its console companions (.p2i, and .p2c for a palette); else 0 with the load
-// error set.
+// error set for the first one that has not.
 int image_check_ps2_files();
+
+// The same for one image.
+int image_check_ps2_file(const ImageData* image);
 
 }  // namespace pelt

@@ -1,5 +1,5 @@
-// "set layer": the settings of the selected layer of the current model. What surprises: a renamed layer is not followed:
-// the selection keeps the old name, so that later forms find no layer until the script selects it again.
+// "set layer": the settings of the selected layer of the current model. What surprises: a renamed layer is not
+// followed. The selection keeps the old name, so that later forms find no layer until the script selects it again.
 #include "application/application.h"
 #include "edit/selection.h"
 #include "foundation/text.h"

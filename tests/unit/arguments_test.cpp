@@ -1,5 +1,5 @@
-// Words, typed arguments and result texts, without Tcl. The room lies in the shared library, which shows nothing but its
-// entry points, so that its source is taken in here.
+// Words, typed arguments and result texts, without Tcl. The room lies in the shared library, which shows nothing but
+// its entry points, so that its source is taken in here.
 #include "script/arguments.cpp"
 
 #include <gtest/gtest.h>
@@ -103,8 +103,9 @@ TEST(ArgRead, Floats) {
 }
 
 TEST(ArgRead, Flags) {
-    const Number flags[] = {{"on", 1, 1},   {"true", 1, 1}, {"off", 1, 0}, {"false", 1, 0}, {"1", 1, 1},    {"0", 1, 0},
-                            {"2", 1, 2},    {"-3", 1, -3},  {"1.0", 0, 99}, {"ON", 0, 99},  {"yes", 0, 99}, {"True", 0, 99}};
+    const Number flags[] = {{"on", 1, 1},    {"true", 1, 1}, {"off", 1, 0},  {"false", 1, 0},
+                            {"1", 1, 1},     {"0", 1, 0},    {"2", 1, 2},    {"-3", 1, -3},
+                            {"1.0", 0, 99},  {"ON", 0, 99},  {"yes", 0, 99}, {"True", 0, 99}};
     for (const Number& flag : flags) {
         int32_t value = 99;
         EXPECT_EQ(arg_read(&value, flag.word, ARG_FLAG), flag.accepted) << flag.word;

@@ -1,0 +1,326 @@
+// Turns mirrored layers into real ones. What surprises: points are matched by their exact place, before a new point is
+// cut to integers, so a corner at a fraction gets a new point each time it is met; and a corner on the mirror plane is
+// its own mirror image, whose normal is turned over again by each primitive that meets there. Both are intended. What
+// reads as a search through all points is answered by an index, kept up to date as points and normals are made.
+
+#include "edit/bake_mirror.h"
+
+#include <cstdio>
+#include <vector>
+
+#include "edit/exact_index.h"
+#include "edit/flatten_limits.h"
+#include "edit/scratch_copy.h"
+#include "formats/layer_image.h"
+#include "foundation/text.h"
+#include "scene/model.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr int STRIP_MIN = 3;
+constexpr int NEW_IDS_PER_CORNER = 2;  // at most: one for the place, one for the normal
+constexpr float COLOUR_KEY_SCALE = 255.0f;
+constexpr int CORNER_ORDER[4] = {0, 2, 1, 3};  // turns a triangle or a quad over
+
+using LayerName = char[160];
+
+struct MirrorBake {
+    Model* model;
+    ExactIndex places;   // slots of its points
+    ExactIndex normals;
+    int64_t next_id;
+    int axis;            // of the layer in hand
+    bool out_of_ids;     // an id would have passed the limit: the rest is not done
+};
+
+struct MirroredCorner {
+    int32_t point;
+    int32_t normal;
+};
+
+void mirror_layer_name(const Layer& layer, LayerName& out) {
+    std::snprintf(out, sizeof out, "%s_mirror", layer.name);
+}
+
+Vec3 mirrored(Vec3 v, int axis) {
+    switch (axis) {
+        case AXIS_X: v.x = -v.x; break;
+        case AXIS_Y: v.y = -v.y; break;
+        case AXIS_Z: v.z = -v.z; break;
+        default: break;  // any other code doubles in place: intended
+    }
+    return v;
+}
+
+Point* own_point(const Model* model, int32_t id) {
+    return static_cast<Point*>(list_find(&model->points, id));
+}
+
+int32_t slot_of(const MirrorBake& bake, int32_t id) {
+    return list_index_of(&bake.model->points, id, 0);
+}
+
+// The id of the first point that the index knows for the vector; -1 when there is none.
+int32_t id_of(const MirrorBake& bake, const ExactIndex& index, const Vec3& vector) {
+    const int32_t slot = exact_index_find(index, vector);
+    return slot >= 0 ? list_int_key(&bake.model->points, slot) : -1;
+}
+
+MirrorBake begin_bake(Model* model) {
+    MirrorBake bake{model, {}, {}, int64_t{model_highest_point(model)} + 1, 0, false};
+    const auto count = static_cast<size_t>(list_count(&model->points));
+    bake.places.reserve(count);
+    bake.normals.reserve(count);
+    const ListElements<Point> points = list_elements<Point>(model->points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
+        exact_index_add(&bake.places, point->position, point.slot());
+        exact_index_add(&bake.normals, point->normal, point.slot());
+    }
+    return bake;
+}
+
+// 0, which no point has, when there is none left.
+int32_t take_id(MirrorBake* bake) {
+    if (!point_id_fits(bake->next_id)) {
+        bake->out_of_ids = true;
+        return 0;
+    }
+    return static_cast<int32_t>(bake->next_id++);
+}
+
+void index_new_point(MirrorBake* bake, int32_t id) {
+    const Point* point = own_point(bake->model, id);
+    exact_index_add(&bake->places, point->position, slot_of(*bake, id));
+    exact_index_add(&bake->normals, point->normal, slot_of(*bake, id));
+}
+
+int32_t add_point(MirrorBake* bake, const Vec3& place) {
+    const int32_t id = take_id(bake);
+    if (model_set_point(bake->model, id, float_to_int(place.x), float_to_int(place.y), float_to_int(place.z), 1.0f)) {
+        index_new_point(bake, id);
+    }
+    return id;
+}
+
+// A point for a normal alone: it lies at the origin.
+int32_t add_normal(MirrorBake* bake, const Vec3& normal) {
+    const int32_t id = take_id(bake);
+    if (model_set_normal(bake->model, id, normal.x, normal.y, normal.z)) {
+        index_new_point(bake, id);
+    }
+    return id;
+}
+
+void store_normal(MirrorBake* bake, int32_t id, const Vec3& normal) {
+    const int32_t slot = slot_of(*bake, id);
+    const Point* point = own_point(bake->model, id);
+    exact_index_remove(&bake->normals, point->normal, slot);
+    model_set_normal(bake->model, id, normal.x, normal.y, normal.z);
+    exact_index_add(&bake->normals, point->normal, slot);
+}
+
+MirroredCorner mirror_corner(MirrorBake* bake, int32_t point_id, int32_t normal_id) {
+    const Point* point = own_point(bake->model, point_id);
+    const Vec3 place = mirrored(point->position, bake->axis);
+    int32_t out = id_of(*bake, bake->places, place);
+    if (out < 0) {
+        out = add_point(bake, place);
+    }
+    if (bake->out_of_ids) {
+        return {0, 0};
+    }
+    if (normal_id == point_id) {
+        store_normal(bake, out, mirrored(point->normal, bake->axis));
+        return {out, out};
+    }
+    const Vec3 normal = mirrored(own_point(bake->model, normal_id)->normal, bake->axis);
+    const int32_t known = id_of(*bake, bake->normals, normal);
+    return {out, known >= 0 ? known : add_normal(bake, normal)};
+}
+
+void mirror_triangle(MirrorBake* bake, const Triangle& triangle, const char* target) {
+    const int corners = triangle_corners(&triangle);
+    for (int i = 0; i < corners; ++i) {
+        if (!own_point(bake->model, triangle.points[i]) || !own_point(bake->model, triangle.normals[i])) {
+            return;
+        }
+    }
+    int32_t points[4];
+    int32_t normals[4];
+    for (int i = 0; i < corners; ++i) {
+        const int from = CORNER_ORDER[i];
+        const MirroredCorner corner = mirror_corner(bake, triangle.points[from], triangle.normals[from]);
+        points[i] = corner.point;
+        normals[i] = corner.normal;
+    }
+    if (corners == 3) {
+        // Read for the last of the default controls alone: it closes their ring.
+        points[3] = points[0];
+    }
+    model_add_triangle(bake->model, target, triangle.quad, points, normals, nullptr, triangle.curve_type);
+}
+
+std::vector<PolygonVertex> resolved_strip(const Model* model, const Polygon& polygon) {
+    std::vector<PolygonVertex> strip;
+    for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
+        if (static_cast<int>(strip.size()) >= polygon.vertex_count) {
+            break;
+        }
+        if (!own_point(model, vertex.point) || !own_point(model, vertex.normal)) {
+            return {};
+        }
+        strip.push_back(vertex);
+    }
+    return strip;
+}
+
+// A strip turns over when its first vertex is taken away: that one goes into a triangle of its own.
+void mirror_polygon(MirrorBake* bake, const Polygon& polygon, const char* target) {
+    const std::vector<PolygonVertex> strip = resolved_strip(bake->model, polygon);
+    if (strip.size() < STRIP_MIN) {
+        return;
+    }
+    std::vector<int32_t> points;
+    std::vector<int32_t> normals;
+    for (const PolygonVertex& vertex : strip) {
+        const MirroredCorner corner = mirror_corner(bake, vertex.point, vertex.normal);
+        points.push_back(corner.point);
+        normals.push_back(corner.normal);
+    }
+    const int32_t first_points[3] = {points[0], points[2], points[1]};
+    const int32_t first_normals[3] = {normals[0], normals[2], normals[1]};
+    model_add_triangle(bake->model, target, 0, first_points, first_normals, nullptr, 0);
+    model_add_polygon(bake->model, target, static_cast<int>(points.size()) - 1, points.data() + 1, normals.data() + 1);
+}
+
+// The same axis from the other end, where it is that of the mirror.
+int turned_image_axis(int code, int mirror_axis) {
+    if (mirror_axis < AXIS_X || mirror_axis > AXIS_Z) {
+        return code;
+    }
+    const int opposite = mirror_axis + (AXIS_MINUS_X - AXIS_X);
+    return code == mirror_axis ? opposite : code == opposite ? mirror_axis : code;
+}
+
+void move_image(Model* model, Layer* layer, const char* target) {
+    LayerImage* image = layer_first_image(layer);
+    if (image != nullptr) {
+        const bool has_own = image->names[IMAGE_SLOT_MIRROR][0] != '\0';
+        model_add_image(model, target, IMAGE_SLOT_BASE, image->names[has_own ? IMAGE_SLOT_MIRROR : IMAGE_SLOT_BASE],
+                        turned_image_axis(layer->image_axis_u, layer->mirror_axis),
+                        turned_image_axis(layer->image_axis_v, layer->mirror_axis));
+    }
+    model_set_transparency(model, target, layer->transparency);
+    if (layer->invisible) {
+        // Intended: behind the image, which therefore has no colour key.
+        const auto channel = [layer](int i) { return static_cast<float>(layer->invisible_colour[i]) / COLOUR_KEY_SCALE; };
+        model_set_invisible(model, target, channel(0), channel(1), channel(2));
+    }
+    if (image != nullptr) {
+        layer_image_release_slot(image, IMAGE_SLOT_MIRROR);
+        image->names[IMAGE_SLOT_MIRROR][0] = '\0';
+    }
+}
+
+void mirror_primitives(MirrorBake* bake, const Layer& layer, const char* target) {
+    bake->axis = layer.mirror_axis;
+    for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
+        mirror_triangle(bake, triangle, target);
+        if (bake->out_of_ids) {
+            return;
+        }
+    }
+    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
+        mirror_polygon(bake, polygon, target);
+        if (bake->out_of_ids) {
+            return;
+        }
+    }
+}
+
+// False when point ids ran out, with the model in any state.
+bool bake_layers(Model* model) {
+    MirrorBake bake = begin_bake(model);
+    for (Layer& layer : list_elements<Layer>(model->layers)) {
+        if (!layer.mirror) {
+            continue;
+        }
+        LayerName target;
+        mirror_layer_name(layer, target);
+        // A layer of that name may exist; it is then added to.
+        model_add_layer(model, target, layer.colour[0], layer.colour[1], layer.colour[2], layer.singlesided, 0, AXIS_X);
+        mirror_primitives(&bake, layer, target);
+        if (bake.out_of_ids) {
+            return false;
+        }
+        move_image(model, &layer, target);
+        layer.mirror = 0;
+    }
+    return true;
+}
+
+bool names_fit(const Model* model) {
+    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+        LayerName target;
+        mirror_layer_name(layer, target);
+        if (layer.mirror && !layer_name_fits(target)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+int32_t count_mirrors(const Model* model) {
+    int32_t count = 0;
+    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+        count += layer.mirror ? 1 : 0;
+    }
+    return count;
+}
+
+// Corners that are mirrored, or more: a mirrored layer that is added to by another one mirrors what it got, and so on
+// through at most all of them, and each time a polygon becomes a triangle more.
+int64_t most_corners(const Model* model, int32_t mirrors) {
+    int64_t corners = 0;
+    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+        if (!layer.mirror) {
+            continue;
+        }
+        corners += int64_t{list_count(&layer.triangles)} * 4;
+        for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
+            corners += polygon.vertex_count + int64_t{mirrors} * 4;
+        }
+    }
+    return corners * mirrors;
+}
+
+// Where it is not plain that the ids suffice, a copy is baked to see.
+bool ids_fit(const Model* model, int32_t mirrors) {
+    if (model_highest_point(model) + NEW_IDS_PER_CORNER * most_corners(model, mirrors) <= POINT_ID_LIMIT) {
+        return true;
+    }
+    Model* trial = model_scratch_copy(model);
+    const bool fits = bake_layers(trial);
+    model_release(trial);
+    return fits;
+}
+
+}  // namespace
+
+int model_bake_mirror(Model* model) {
+    if (model == nullptr) {
+        return 0;
+    }
+    const int32_t mirrors = count_mirrors(model);
+    if (mirrors == 0) {
+        return 1;
+    }
+    if (!names_fit(model) || !ids_fit(model, mirrors)) {
+        return 0;
+    }
+    return bake_layers(model) ? 1 : 0;
+}
+
+}  // namespace pelt

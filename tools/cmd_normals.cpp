@@ -1,0 +1,47 @@
+// pelt-model normals: makes the normals of a model anew from its faces.
+#include <memory>
+
+#include "commands.h"
+#include "edit/normals.h"
+#include "model_files.h"
+
+namespace pelt::tool {
+
+namespace {
+
+struct NormalsOptions {
+    std::string input;
+    std::string output;
+    bool curved = false;
+};
+
+int run_normals(const NormalsOptions& options) {
+    const ModelOwner model = load_model(options.input);
+    if (model == nullptr) {
+        return STATUS_BAD_MODEL;
+    }
+    model_rebuild_normals(model.get());
+    if (options.curved) {
+        model_make_curved(model.get());
+    }
+    return save_model(model.get(), options.input, options.output);
+}
+
+}  // namespace
+
+void add_normals(CLI::App& program, int* status) {
+    auto options = std::make_shared<NormalsOptions>();
+    CLI::App* command = program.add_subcommand("normals", "Make the normals of a model anew");
+    command->add_option("IN", options->input, "model file (.mod)")->required();
+    command->add_option("-o,--output", options->output, "file to write; - for standard output")
+        ->required()
+        ->type_name("OUT");
+    command->add_flag("--curved", options->curved, "make flat triangles and quads curved, along the new normals");
+    command->footer(
+        "Every point gets the average of the directions of the faces around it, each distinct direction counted once,\n"
+        "six at most. Normals that the file gave are overwritten. Child models stay as they are.\n\n"
+        "Example: pelt-model normals rock.mod -o round-rock.mod --curved\n");
+    command->callback([options, status] { *status = run_normals(*options); });
+}
+
+}  // namespace pelt::tool

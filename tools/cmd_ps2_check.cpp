@@ -1,0 +1,62 @@
+// pelt-model ps2-check: whether all images of models have their console companions.
+#include <cstdio>
+#include <memory>
+
+#include "commands.h"
+#include "console.h"
+#include "foundation/load_error.h"
+#include "images/image_registry.h"
+#include "model_files.h"
+
+namespace pelt::tool {
+
+namespace {
+
+// While one model is loaded, the registry holds its images and those of its children, and no others.
+int check_images(const std::string& file) {
+    const ModelOwner model = load_model(file);
+    if (model == nullptr) {
+        return STATUS_BAD_MODEL;
+    }
+    int images = 0;
+    int bad = 0;
+    for (const ImageData& image : list_elements<ImageData>(*image_registry())) {
+        load_error_set(nullptr);
+        ++images;
+        if (!image_check_ps2_file(&image)) {
+            ++bad;
+            print_report(file + ": " + load_error_get());
+        }
+    }
+    if (bad == 0) {
+        clear_progress();
+        std::printf("%s: good (%d images)\n", file.c_str(), images);
+    }
+    return bad == 0 ? STATUS_GOOD : STATUS_BAD_MODEL;
+}
+
+int run_ps2_check(const std::vector<std::string>& files) {
+    int status = STATUS_GOOD;
+    for (size_t i = 0; i < files.size(); ++i) {
+        show_progress(i + 1, files.size(), files[i]);
+        status = std::max(status, check_images(files[i]));
+    }
+    clear_progress();
+    return status;
+}
+
+}  // namespace
+
+void add_ps2_check(CLI::App& program, int* status) {
+    auto files = std::make_shared<std::vector<std::string>>();
+    CLI::App* command = program.add_subcommand("ps2-check", "Check that all images have their PS2 files");
+    command->add_option("FILE", *files, "model files (.mod)")->required();
+    command->footer(
+        "Beside each image NAME.tga of a model and its children there must be a NAME.p2i. Where its depth is below 16\n"
+        "it names a palette, whose .p2c file must lie in the current directory. Every image that lacks one is\n"
+        "reported.\n\n"
+        "Example: pelt-model ps2-check models/mill.mod\n");
+    command->callback([files, status] { *status = run_ps2_check(*files); });
+}
+
+}  // namespace pelt::tool

@@ -1,0 +1,23 @@
+// The commands of pelt-model, one a file.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace pelt::tool {
+
+enum ExitStatus : int {
+    STATUS_GOOD = 0,
+    STATUS_BAD_MODEL = 1,  // also a file that cannot be read or written
+    STATUS_WRONG_USE = 2,
+};
+
+// Each adds its command to the program. When the command line names it, it runs and stores its status.
+void add_info(CLI::App& program, int* status);
+void add_check(CLI::App& program, int* status);
+void add_write(CLI::App& program, int* status);
+void add_export(CLI::App& program, int* status);
+void add_flatten(CLI::App& program, int* status);
+void add_normals(CLI::App& program, int* status);
+void add_ps2_check(CLI::App& program, int* status);
+
+}  // namespace pelt::tool

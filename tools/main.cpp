@@ -1,0 +1,53 @@
+// pelt-model: the operations of the library that no script command reaches, as a command-line program.
+#include <csignal>
+
+#include "commands.h"
+
+#ifndef PELT_VERSION
+#define PELT_VERSION "unknown"
+#endif
+
+namespace {
+
+using namespace pelt::tool;
+
+constexpr const char* DESCRIPTION = "Look at, check, rewrite, export and flatten models (.mod).";
+
+constexpr const char* FOOTER =
+    "Each command has its own help: pelt-model COMMAND --help.\n\n"
+    "Several files are worked on one after the other, and a bad one does not stop the rest. Output goes to a new file\n"
+    "that takes its name only when it is complete. Errors go to standard error, with the file and the line.\n\n"
+    "Exit status: 0 all is good, 1 a model is bad or a file cannot be written, 2 the command line is wrong.\n\n"
+    "Examples:\n"
+    "  pelt-model info models/mill.mod\n"
+    "  pelt-model check --strict models/*.mod\n"
+    "  pelt-model flatten mill.mod -o flat.mod && pelt-model export flat.mod -o mill.obj\n";
+
+std::string failure_message(const CLI::App* program, const CLI::Error& error) {
+    const CLI::App* command = program->get_subcommands().empty() ? program : program->get_subcommands().front();
+    const std::string help = command == program ? "pelt-model --help" : "pelt-model " + command->get_name() + " --help";
+    return "pelt-model: " + std::string(error.what()) + "\nTry '" + help + "' for more information.\n";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+#ifdef SIGXFSZ
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no further is an error like any other
+#endif
+    CLI::App program(DESCRIPTION, "pelt-model");
+    int status = STATUS_GOOD;
+    program.require_subcommand(1);
+    program.set_version_flag("--version", "pelt-model " PELT_VERSION, "Print the version and exit");
+    program.footer(FOOTER);
+    program.failure_message(failure_message);
+    for (const auto add : {add_info, add_check, add_write, add_export, add_flatten, add_normals, add_ps2_check}) {
+        add(program, &status);
+    }
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error) == 0 ? STATUS_GOOD : STATUS_WRONG_USE;
+    }
+    return status;
+}

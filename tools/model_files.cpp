@@ -1,0 +1,84 @@
+// Models on their way in and out of the program.
+#include "model_files.h"
+
+#include <filesystem>
+#include <set>
+
+#include "commands.h"
+#include "console.h"
+#include "formats/model_reader.h"
+#include "formats/model_writer.h"
+#include "formats/write_losses.h"
+#include "foundation/file_access.h"
+#include "foundation/load_error.h"
+#include "model_check.h"
+#include "output_file.h"
+
+namespace pelt::tool {
+
+namespace {
+
+// The first problem that a check finds is the one that ended the load, with its place uncut.
+void print_load_failure(const std::string& path) {
+    const std::string text = load_error_get() != nullptr ? load_error_get() : "Load failed";
+    const std::vector<Problem> problems = check_model_file(path, false);
+    print_report(problems.empty() ? path + ": " + text : problem_text(problems.front()));
+}
+
+void warn_of_losses(const Model* model, const std::string& input) {
+    for (const WriteLoss& loss : model_write_losses(model)) {
+        print_warning(input, loss.text + (loss.unreadable ? " (the new file will not read back)" : ""));
+    }
+}
+
+void take_image_names(const Model* model, std::set<std::string>& names) {
+    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+        if (const LayerImage* image = layer_first_image(&layer)) {
+            for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) {
+                names.insert(image->names[slot]);
+            }
+        }
+    }
+    names.erase("");
+}
+
+// Images and children are looked for in the directory of the file that names them.
+void warn_of_missing_files(const Model* model, const std::string& input, const std::string& output) {
+    const std::string directory = std::filesystem::path(output).parent_path().string();
+    std::set<std::string> names;
+    take_image_names(model, names);
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        names.insert(std::string(link.name) + ".mod");
+    }
+    for (const std::string& name : names) {
+        if (!file_exists(path_join(directory.c_str(), name.c_str()).c_str())) {
+            print_warning(input, name + " is not in the directory of " + output + ", where it will be looked for");
+        }
+    }
+}
+
+}  // namespace
+
+ModelOwner load_model(const std::string& path) {
+    ModelOwner model(model_load(path.c_str()));
+    if (model == nullptr) {
+        print_load_failure(path);
+    }
+    return model;
+}
+
+int save_model(const Model* model, const std::string& input, const std::string& output) {
+    warn_of_losses(model, input);
+    if (output != "-") {
+        warn_of_missing_files(model, input, output);
+    }
+    const std::string name = file_part(output);
+    const bool written = write_replacing(output, [&](std::FILE* stream) {
+        return model_write_stream(model, name.c_str(), stream) != 0;
+    });
+    return written ? STATUS_GOOD : STATUS_BAD_MODEL;
+}
+
+std::string file_part(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+
+}  // namespace pelt::tool
