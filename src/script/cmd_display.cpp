@@ -16,6 +16,12 @@ namespace {
 constexpr int32_t LOD_LIMIT = 6;
 constexpr char USAGE[] = "sorvel: usage: sorvel display <option> <on>";
 
+struct DisplayOption {
+    const char* word;
+    int32_t Session::*flag;
+};
+
+// One row for each option that a script can name. "lod" and "smooth" are more than plain flags: see run_option.
 // No row for the control net and the curve path: no word reaches them, and both stay 0.
 constexpr DisplayOption OPTIONS[] = {
     {"backfaces", &Session::display_backfaces},
@@ -71,8 +77,6 @@ void run_option(const DisplayOption& option, const char* value) {
 }
 
 }  // namespace
-
-std::span<const DisplayOption> display_options() { return OPTIONS; }
 
 void cmd_display(Words words) {
     const char* last = "";

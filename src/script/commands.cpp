@@ -19,8 +19,6 @@ constexpr Command VERBS[] = {
 
 }  // namespace
 
-std::span<const Command> command_verbs() { return VERBS; }
-
 const Command* command_find(std::span<const Command> table, const char* word) {
     for (const Command& row : table) {
         if (row.letter == word[0] && str_equal(row.word, word)) return &row;

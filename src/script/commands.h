@@ -1,10 +1,8 @@
 // The verbs of the script command, their handlers, and the search for a word that all of them share.
 #pragma once
 
-#include <cstdint>
 #include <span>
 
-#include "scene/session.h"
 #include "script/arguments.h"
 
 namespace pelt {
@@ -31,7 +29,6 @@ void command_unknown(UnknownKind kind, const char* verb, const char* last_word);
 
 // What sorvel does behind its own name: finds the verb, skipping words that are none, and runs it.
 void cmd_dispatch(Words words);
-std::span<const Command> command_verbs();
 
 void cmd_add(Words words);
 void cmd_animate(Words words);
@@ -47,13 +44,6 @@ void cmd_reload(Words words);
 void cmd_reset(Words words);
 void cmd_select(Words words);
 void cmd_set(Words words);
-
-// The options of "display": those that are plain flags of the Session. "lod" and "smooth" are more than that.
-struct DisplayOption {
-    const char* word;
-    int32_t Session::*flag;
-};
-std::span<const DisplayOption> display_options();
 
 // The forms of "add vertex" and "set vertex", which differ in their texts alone.
 struct VertexTexts {

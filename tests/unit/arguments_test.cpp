@@ -1,6 +1,7 @@
 // Words, typed arguments and result texts, without Tcl. The room lies in the shared library, which shows nothing but
 // its entry points, so that its source is taken in here.
-#include "script/arguments.cpp"
+
+#include "script/arguments.h"
 
 #include <gtest/gtest.h>
 
