@@ -1,5 +1,6 @@
 // pelt-model: the operations of the library that no script command reaches, as a command-line program.
 #include <csignal>
+#include <cstdio>
 
 #include "commands.h"
 
@@ -37,7 +38,7 @@ int main(int argc, char** argv) {
 #endif
     CLI::App program(DESCRIPTION, "pelt-model");
     int status = STATUS_GOOD;
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1);  // none is told below, so that an unknown word is told by its name
     program.set_version_flag("--version", "pelt-model " PELT_VERSION, "Print the version and exit");
     program.footer(FOOTER);
     program.failure_message(failure_message);
@@ -48,6 +49,10 @@ int main(int argc, char** argv) {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return program.exit(error) == 0 ? STATUS_GOOD : STATUS_WRONG_USE;
+    }
+    if (program.get_subcommands().empty()) {
+        std::fputs("pelt-model: a command is required\nTry 'pelt-model --help' for more information.\n", stderr);
+        return STATUS_WRONG_USE;
     }
     return status;
 }

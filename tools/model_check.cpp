@@ -74,7 +74,8 @@ constexpr SilentRefusal SILENT_REFUSALS[] = {
     {nullptr, LINE_MODE_TRIANGLES, "a curve type must be 0 to 4, and for a quad 0, 2 or 4"},
 };
 
-std::string silent_refusal(const FileCheck& check) {
+// Null where nothing is known.
+const char* silent_refusal(const FileCheck& check) {
     const bool is_data = reader_is_int(0);
     for (const SilentRefusal& refusal : SILENT_REFUSALS) {
         const bool fits = refusal.word != nullptr ? !is_data && reader_token_equals(refusal.word, 0)
@@ -83,7 +84,7 @@ std::string silent_refusal(const FileCheck& check) {
             return refusal.text;
         }
     }
-    return std::string("refused: ") + reader_line();
+    return nullptr;
 }
 
 void carry_out_line(void* context) {
@@ -144,11 +145,12 @@ void check_line(void* context) {
     if (check.context.mode == LINE_MODE_NORMALS && reader_is_int(0)) {
         check.normal_lines[reader_int(0)] = line;
     }
-    const std::string fallback = silent_refusal(check);
-    const std::string text = reader_line();
+    const char* text = reader_line();
+    const char* silent = silent_refusal(check);
     load_error_set(nullptr);
-    if (!reader_run_data(text.c_str(), COMMENT_CHARS, 1, carry_out_line, &check)) {
-        note(check, line, load_error_get() != nullptr ? load_error_get() : fallback);
+    if (!reader_run_data(text, COMMENT_CHARS, 1, carry_out_line, &check)) {
+        const char* reason = load_error_get() != nullptr ? load_error_get() : silent;
+        note(check, line, reason != nullptr ? reason : std::string("refused: ") + text);
     }
     while (check.child_lines.size() < static_cast<size_t>(list_count(&check.context.model->children))) {
         check.child_lines.push_back(line);
@@ -255,7 +257,7 @@ std::string problem_text(const Problem& problem) {
 
 std::vector<Problem> check_model_file(const std::string& path, bool strict) {
     if (!file_exists(path.c_str())) {
-        return {Problem{path, 0, "could not find: " + path}};
+        return {Problem{path, 0, "could not find the file"}};
     }
     TreeCheck tree{strict, {}, {}, {}};
     check_tree(tree, path);

@@ -5,9 +5,10 @@
 
 #include "edit/bake_mirror.h"
 
-#include <cstdio>
+#include <string>
 #include <vector>
 
+#include "edit/carry_settings.h"
 #include "edit/exact_index.h"
 #include "edit/flatten_limits.h"
 #include "edit/scratch_copy.h"
@@ -21,15 +22,13 @@ namespace {
 
 constexpr int STRIP_MIN = 3;
 constexpr int NEW_IDS_PER_CORNER = 2;  // at most: one for the place, one for the normal
-constexpr float COLOUR_KEY_SCALE = 255.0f;
 constexpr int CORNER_ORDER[4] = {0, 2, 1, 3};  // turns a triangle or a quad over
-
-using LayerName = char[160];
 
 struct MirrorBake {
     Model* model;
     ExactIndex places;   // slots of its points
-    ExactIndex normals;
+    ExactIndex normals;  // likewise, once it was asked for
+    bool normals_known;
     int64_t next_id;
     int axis;            // of the layer in hand
     bool out_of_ids;     // an id would have passed the limit: the rest is not done
@@ -40,8 +39,8 @@ struct MirroredCorner {
     int32_t normal;
 };
 
-void mirror_layer_name(const Layer& layer, LayerName& out) {
-    std::snprintf(out, sizeof out, "%s_mirror", layer.name);
+std::string mirror_layer_name(const Layer& layer) {
+    return std::string(layer.name) + "_mirror";
 }
 
 Vec3 mirrored(Vec3 v, int axis) {
@@ -69,16 +68,26 @@ int32_t id_of(const MirrorBake& bake, const ExactIndex& index, const Vec3& vecto
 }
 
 MirrorBake begin_bake(Model* model) {
-    MirrorBake bake{model, {}, {}, int64_t{model_highest_point(model)} + 1, 0, false};
-    const auto count = static_cast<size_t>(list_count(&model->points));
-    bake.places.reserve(count);
-    bake.normals.reserve(count);
+    MirrorBake bake{model, {}, {}, false, int64_t{model_highest_point(model)} + 1, 0, false};
+    exact_index_reserve(&bake.places, static_cast<uint32_t>(list_count(&model->points)));
     const ListElements<Point> points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         exact_index_add(&bake.places, point->position, point.slot());
-        exact_index_add(&bake.normals, point->normal, point.slot());
     }
     return bake;
+}
+
+// Most models name no normal of another point and need no index of normals.
+int32_t find_normal(MirrorBake* bake, const Vec3& normal) {
+    if (!bake->normals_known) {
+        exact_index_reserve(&bake->normals, static_cast<uint32_t>(list_count(&bake->model->points)));
+        const ListElements<Point> points = list_elements<Point>(bake->model->points);
+        for (auto point = points.begin(); point != points.end(); ++point) {
+            exact_index_add(&bake->normals, point->normal, point.slot());
+        }
+        bake->normals_known = true;
+    }
+    return id_of(*bake, bake->normals, normal);
 }
 
 // 0, which no point has, when there is none left.
@@ -93,7 +102,9 @@ int32_t take_id(MirrorBake* bake) {
 void index_new_point(MirrorBake* bake, int32_t id) {
     const Point* point = own_point(bake->model, id);
     exact_index_add(&bake->places, point->position, slot_of(*bake, id));
-    exact_index_add(&bake->normals, point->normal, slot_of(*bake, id));
+    if (bake->normals_known) {
+        exact_index_add(&bake->normals, point->normal, slot_of(*bake, id));
+    }
 }
 
 int32_t add_point(MirrorBake* bake, const Vec3& place) {
@@ -114,11 +125,14 @@ int32_t add_normal(MirrorBake* bake, const Vec3& normal) {
 }
 
 void store_normal(MirrorBake* bake, int32_t id, const Vec3& normal) {
-    const int32_t slot = slot_of(*bake, id);
     const Point* point = own_point(bake->model, id);
-    exact_index_remove(&bake->normals, point->normal, slot);
+    const Vec3 old = point->normal;
     model_set_normal(bake->model, id, normal.x, normal.y, normal.z);
-    exact_index_add(&bake->normals, point->normal, slot);
+    const bool changed = old.x != point->normal.x || old.y != point->normal.y || old.z != point->normal.z;
+    if (bake->normals_known && changed) {
+        exact_index_remove(&bake->normals, old, slot_of(*bake, id));
+        exact_index_add(&bake->normals, point->normal, slot_of(*bake, id));
+    }
 }
 
 MirroredCorner mirror_corner(MirrorBake* bake, int32_t point_id, int32_t normal_id) {
@@ -136,7 +150,7 @@ MirroredCorner mirror_corner(MirrorBake* bake, int32_t point_id, int32_t normal_
         return {out, out};
     }
     const Vec3 normal = mirrored(own_point(bake->model, normal_id)->normal, bake->axis);
-    const int32_t known = id_of(*bake, bake->normals, normal);
+    const int32_t known = find_normal(bake, normal);
     return {out, known >= 0 ? known : add_normal(bake, normal)};
 }
 
@@ -154,6 +168,9 @@ void mirror_triangle(MirrorBake* bake, const Triangle& triangle, const char* tar
         const MirroredCorner corner = mirror_corner(bake, triangle.points[from], triangle.normals[from]);
         points[i] = corner.point;
         normals[i] = corner.normal;
+    }
+    if (bake->out_of_ids) {
+        return;
     }
     if (corners == 3) {
         // Read for the last of the default controls alone: it closes their ring.
@@ -189,6 +206,9 @@ void mirror_polygon(MirrorBake* bake, const Polygon& polygon, const char* target
         points.push_back(corner.point);
         normals.push_back(corner.normal);
     }
+    if (bake->out_of_ids) {
+        return;
+    }
     const int32_t first_points[3] = {points[0], points[2], points[1]};
     const int32_t first_normals[3] = {normals[0], normals[2], normals[1]};
     model_add_triangle(bake->model, target, 0, first_points, first_normals, nullptr, 0);
@@ -212,12 +232,8 @@ void move_image(Model* model, Layer* layer, const char* target) {
                         turned_image_axis(layer->image_axis_u, layer->mirror_axis),
                         turned_image_axis(layer->image_axis_v, layer->mirror_axis));
     }
-    model_set_transparency(model, target, layer->transparency);
-    if (layer->invisible) {
-        // Intended: behind the image, which therefore has no colour key.
-        const auto channel = [layer](int i) { return static_cast<float>(layer->invisible_colour[i]) / COLOUR_KEY_SCALE; };
-        model_set_invisible(model, target, channel(0), channel(1), channel(2));
-    }
+    // Intended: behind the image, which therefore has no colour key.
+    carry_settings(model, target, *layer);
     if (image != nullptr) {
         layer_image_release_slot(image, IMAGE_SLOT_MIRROR);
         image->names[IMAGE_SLOT_MIRROR][0] = '\0';
@@ -247,15 +263,15 @@ bool bake_layers(Model* model) {
         if (!layer.mirror) {
             continue;
         }
-        LayerName target;
-        mirror_layer_name(layer, target);
+        const std::string target = mirror_layer_name(layer);
         // A layer of that name may exist; it is then added to.
-        model_add_layer(model, target, layer.colour[0], layer.colour[1], layer.colour[2], layer.singlesided, 0, AXIS_X);
-        mirror_primitives(&bake, layer, target);
+        model_add_layer(model, target.c_str(), layer.colour[0], layer.colour[1], layer.colour[2], layer.singlesided, 0,
+                        AXIS_X);
+        mirror_primitives(&bake, layer, target.c_str());
         if (bake.out_of_ids) {
             return false;
         }
-        move_image(model, &layer, target);
+        move_image(model, &layer, target.c_str());
         layer.mirror = 0;
     }
     return true;
@@ -263,9 +279,7 @@ bool bake_layers(Model* model) {
 
 bool names_fit(const Model* model) {
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        LayerName target;
-        mirror_layer_name(layer, target);
-        if (layer.mirror && !layer_name_fits(target)) {
+        if (layer.mirror && !layer_name_fits(mirror_layer_name(layer).c_str())) {
             return false;
         }
     }

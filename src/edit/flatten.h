@@ -7,10 +7,10 @@
 // model_split_normals, model_renumber_points, then a writer.
 //
 // Coordinates of new points are cut towards zero to integers; what is out of range saturates and a non-number is 0.
-// New point ids end at POINT_ID_LIMIT (flatten_limits.h): an operation that would pass it returns 0 and changes nothing.
-// 1 on success; 0 for a null model, in silence; 0 with a load error for a refusal. Primitives whose adding fails are
-// dropped, with the reason of the last one left in the load-error record. That record may hold such a text after a
-// success too.
+// New point ids end at POINT_ID_LIMIT (flatten_limits.h): an operation that would pass it returns 0 and changes
+// nothing. 1 on success; 0 for a null model, in silence; 0 with a load error for a refusal. Primitives that cannot be
+// added are dropped, with the reason of the last one left in the load-error record, which may thus hold such a text
+// after a success too.
 #pragma once
 
 #include <cstdint>

@@ -4,8 +4,6 @@
 
 #include "edit/tessellate.h"
 
-#include <algorithm>
-
 #include "edit/flatten_limits.h"
 #include "formats/texture_map.h"
 #include "foundation/text.h"
@@ -289,14 +287,13 @@ int model_tessellate(Model* model, int lod) {
     if (new_points > 0 && !point_id_fits(model_highest_point(model) + new_points)) {
         return 0;
     }
-    const int level = std::clamp(lod, 0, PATCH_LOD_LIMIT);
     int32_t next_id = new_points > 0 ? model_highest_point(model) + 1 : POINT_ID_LIMIT;
     for (Layer& layer : list_elements<Layer>(model->layers)) {
         if (!layer_can_be_found(model, &layer)) {
             continue;
         }
         for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-            next_id += triangle_bake(model, &layer, &triangle, level, next_id);
+            next_id += triangle_bake(model, &layer, &triangle, lod, next_id);
         }
         remove_curved(&layer);
         layer_map_uvees(model, layer.name);
@@ -310,10 +307,10 @@ int triangle_bake(Model* model, Layer* layer, Triangle* triangle, int /*lod*/, i
         !layer_can_be_found(model, layer) || !gather(model, *triangle, &corners)) {
         return 0;
     }
-    const Bake bake = begin_bake(model, layer, triangle, next_id);
-    if (!point_id_fits(int64_t{next_id} + bake.form->new_count - 1)) {
+    if (!point_id_fits(int64_t{next_id} + form_of(*triangle).new_count - 1)) {
         return 0;
     }
+    const Bake bake = begin_bake(model, layer, triangle, next_id);
     Surface surface;
     surface.has_uvs = list_count(&layer->uvees) > 0;
     surface.has_colours = model->has_gouraud != 0;

@@ -96,7 +96,8 @@ const char* refusal(const TreeRead& tree, const std::string& file) {
     if (std::find(tree.open_files.begin(), tree.open_files.end(), file) != tree.open_files.end()) {
         return "child model names itself or a model above it: %s";
     }
-    if (tree.open_files.size() >= MODEL_TREE_DEPTH_LIMIT) {
+    // With no file open this one is the root, which is no level of children.
+    if (tree.open_files.size() > MODEL_TREE_DEPTH_LIMIT) {
         return "child models nested too deeply: %s";
     }
     if (tree.model_count >= MODEL_TREE_NODE_LIMIT) {

@@ -38,6 +38,10 @@ std::string counted(int32_t count, const std::string& noun) {
 
 std::string of_layer(const Layer& layer) { return "layer " + std::string(layer.name) + ": "; }
 
+bool has_surface(const Layer& layer) {
+    return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0;
+}
+
 // How often something was met, and where first.
 struct Tally {
     int32_t count = 0;
@@ -99,11 +103,10 @@ void check_names(Losses& losses, const Model& model) {
         }
         check_name(losses, "layer", layer.name);
         if (const LayerImage* image = layer_first_image(&layer)) {
-            if (list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0) {
-                check_name(losses, "image", image->names[IMAGE_SLOT_BASE]);
-            }
-            if (image->names[IMAGE_SLOT_MIRROR][0] != '\0') {
-                check_name(losses, "mirror image", image->names[IMAGE_SLOT_MIRROR]);
+            for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) {
+                if (image->names[slot][0] != '\0') {
+                    check_name(losses, "image", image->names[slot]);
+                }
             }
         }
     }
@@ -321,6 +324,18 @@ void check_corner_normals(Losses& losses, const Model&, const Layer& layer) {
     }
 }
 
+// Repeat factors act on corners without texture coordinates of their own.
+bool repeat_matters(const Layer& layer) {
+    for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
+        for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
+            if (list_find(&layer.uvees, triangle.points[corner]) == nullptr) {
+                return true;
+            }
+        }
+    }
+    return list_count(&layer.polygons) > 0;
+}
+
 void check_images(Losses& losses, const Model&, const Layer& layer) {
     const LayerImage* image = layer_first_image(&layer);
     if (image == nullptr) {
@@ -329,21 +344,24 @@ void check_images(Losses& losses, const Model&, const Layer& layer) {
     if (image->names[IMAGE_SLOT_REFLECTION][0] != '\0') {
         lose(losses, of_layer(layer) + "the reflection map " + image->names[IMAGE_SLOT_REFLECTION] + " is not written");
     }
-    if (layer.image_repeat) {
+    if (layer.image_repeat && repeat_matters(layer)) {
         lose(losses, of_layer(layer) + "the repeat factors of the image are not written");
     }
-    const bool has_surface = list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0;
-    if (!has_surface && image->names[IMAGE_SLOT_MIRROR][0] != '\0') {
+    const bool surface = has_surface(layer);
+    if (surface && image->names[IMAGE_SLOT_BASE][0] == '\0') {
+        break_file(losses, of_layer(layer) + "its image line comes out without a file name");
+    }
+    if (!surface && image->names[IMAGE_SLOT_MIRROR][0] != '\0') {
         lose(losses, of_layer(layer) + "the mirror image of a layer without a surface is not written");
     }
 }
 
 void check_uvees(Losses& losses, const Model& model, const Layer& layer) {
-    const bool has_surface = list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0;
+    const bool surface = has_surface(layer);
     int32_t lost = 0;
     const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
-        lost += !has_surface || list_find(&model.points, uvee.int_key()) == nullptr;
+        lost += !surface || list_find(&model.points, uvee.int_key()) == nullptr;
     }
     if (lost > 0) {
         lose(losses, of_layer(layer) + "not written: " + counted(lost, "uvee"));

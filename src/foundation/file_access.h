@@ -49,8 +49,12 @@ inline constexpr PathRules PATH_RULES_POSIX{true, false};
 inline constexpr PathRules PATH_RULES_WIN32{false, true};
 #ifdef _WIN32
 inline constexpr PathRules PATH_RULES = PATH_RULES_WIN32;
+inline constexpr char PATH_SEPARATOR = '\\';
+inline constexpr bool SYSTEM_TEXT_IS_UTF8 = true;  // texts of this library are UTF-8, whatever the code page is
 #else
 inline constexpr PathRules PATH_RULES = PATH_RULES_POSIX;
+inline constexpr char PATH_SEPARATOR = '/';
+inline constexpr bool SYSTEM_TEXT_IS_UTF8 = false;  // they are in the encoding of the locale
 #endif
 
 // Lower-case name without directory and without an extension of three characters; null for null, an empty text, one

@@ -1,4 +1,4 @@
-// How a file name leads to a file.
+// How a file name leads to a file, on systems whose file names differ by case.
 //
 // What surprises: a name is tried three ways. As it stands; with backslashes as separators; and ignoring case,
 // component by component, because models and the names inside them come from systems that ignore it. Of several
@@ -11,12 +11,8 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#ifdef _WIN32
-#include <io.h>
-#else
 #include <dirent.h>
 #include <unistd.h>
-#endif
 
 #include "foundation/file_access.h"
 #include "foundation/text.h"
@@ -24,23 +20,6 @@
 namespace pelt {
 
 namespace {
-
-#ifdef _WIN32
-
-bool has_format(const char* path, int format) {
-    struct _stat status;
-    return _stat(path, &status) == 0 && (status.st_mode & _S_IFMT) == format;
-}
-
-bool is_regular(const char* path) {
-    return has_format(path, _S_IFREG);
-}
-
-std::string find_ignoring_case(const char*) {
-    return {};  // the system itself ignores case
-}
-
-#else
 
 constexpr size_t COMPONENT_LIMIT = 64;  // deeper paths are found by their exact name only
 constexpr int LISTING_LIMIT = 256;      // directories that one search may list
@@ -170,8 +149,6 @@ std::string name_to_write(const char* path) {
     return name;
 }
 
-#endif
-
 }  // namespace
 
 std::string file_resolve(const char* path) {
@@ -180,18 +157,6 @@ std::string file_resolve(const char* path) {
     }
     return is_regular(path) ? std::string(path) : find_ignoring_case(path);
 }
-
-#ifdef _WIN32
-
-std::FILE* file_stream_read(const char* path) {
-    return is_regular(path) ? std::fopen(path, "rb") : nullptr;
-}
-
-std::FILE* file_stream_write(const char* path) {
-    return std::fopen(path, "wb");
-}
-
-#else
 
 std::FILE* file_stream_read(const char* path) {
     const std::string name = file_resolve(path);
@@ -203,21 +168,6 @@ std::FILE* file_stream_write(const char* path) {
     constexpr mode_t permissions = 0666;
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC;
     return stream_of(open(name_to_write(path).c_str(), flags, permissions), "wb");
-}
-
-#endif
-
-std::string path_join(const char* directory, const char* file) {
-#ifdef _WIN32
-    constexpr char separator = '\\';
-#else
-    constexpr char separator = '/';
-#endif
-    std::string path = directory != nullptr ? directory : "";
-    if (!path.empty() && path.back() != '/' && path.back() != '\\') {
-        path += separator;
-    }
-    return path + (file != nullptr ? file : "");
 }
 
 }  // namespace pelt

@@ -52,6 +52,14 @@ char* lower_if(bool lower, char* path) {
 
 }  // namespace
 
+std::string path_join(const char* directory, const char* file) {
+    std::string path = directory != nullptr ? directory : "";
+    if (!path.empty() && path.back() != '/' && path.back() != '\\') {
+        path += PATH_SEPARATOR;
+    }
+    return path + (file != nullptr ? file : "");
+}
+
 const char* path_base_name(const char* path, PathRules rules) {
     if (!copy_whole(path, path_buffer) || std::strlen(path_buffer) <= EXTENSION_SIZE) {
         return nullptr;  // no name in four characters, with or without a dot: intended

@@ -113,16 +113,16 @@ void session_release_roots(Session* session) {
         animation_release(root.animation);
     }
     list_free(&going);
+    session->anim_end = 0.0f;
+    str_free(session->animation_path);
+    session->animation_path = nullptr;
 }
 
 int session_close_all(Session* session) {
     session_status(session, "Closing currently open Model file");
     if (session != nullptr) {
         session_release_roots(session);
-        session->anim_end = 0.0f;
         session_clear_bounds(session);
-        str_free(session->animation_path);
-        session->animation_path = nullptr;
         session_status(session, "Ready");
     }
     return 1;

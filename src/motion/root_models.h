@@ -14,7 +14,7 @@ int32_t session_add_root(Session* session, Model* model, ModelAnimation* animati
 // parents, borrowed links) is emptied first. 1, or 0 for an unknown key.
 int session_remove_root(Session* session, int32_t key);
 
-// Forgets and releases all roots without a report; the rest of the session stays.
+// Forgets and releases all roots, and with them the animation, without a report; the rest of the session stays.
 void session_release_roots(Session* session);
 
 // Reports, empties the scene, reports. Always 1.

@@ -1,6 +1,6 @@
 // The frame, from the wish to draw to the swap, and what the window calls back: once when its context exists, and at
 // every size and paint. The surprise: a resize that is not yet known only stores the new size and moves the window;
-// the paint that follows does the drawing.
+// the paint that follows does the drawing, or a frame that the script asks for before that paint comes.
 #include "render/frame.h"
 
 #include <GL/gl.h>
@@ -25,6 +25,7 @@ constexpr int32_t FIXED_SIZE_MAX = 3000;
 constexpr int32_t WINDOW_BORDERS = 2;       // pixels in each direction
 constexpr int32_t CAPTURE_MASK = 0xFFFC;    // sizes of pictures are multiples of four
 constexpr float SMOOTH_INSET = 0.5f;        // texels
+constexpr int RESIZE_ATTEMPTS = 2;          // the first may only take over yet another size
 
 Session* bound_session = nullptr;
 ViewState* bound_view = nullptr;
@@ -62,12 +63,6 @@ void move_window(WindowHandle window, Size size) {
     moving_window = true;
     gl_window_move(window, 0, 0, size.width, size.height);
     moving_window = false;
-}
-
-void show_viewport(const ViewState* view) {
-    if (gl_context_current(view->window)) glViewport(0, 0, view->width, view->height);
-    view_load_projection(view);
-    frame_draw();
 }
 
 // The background as a filled viewport on a window of the inverse colour.
@@ -110,6 +105,37 @@ void draw_picture(Session* session, const ViewState* view) {
     glPopMatrix();
 }
 
+void draw_frame() {
+    const WindowHandle window = bound_view->window;
+    gl_begin_paint(window);  // it may make the context current
+    if (gl_context_current(window)) {
+        draw_picture(bound_session, bound_view);
+        frame_swap();
+    }
+    gl_end_paint(window);
+}
+
+void show_viewport(ViewState* view) {
+    view->resize_due = 0;
+    if (gl_context_current(view->window)) glViewport(0, 0, view->width, view->height);
+    view_load_projection(view);
+    if (view->window != 0) draw_frame();
+}
+
+// The size message that the move causes brings the view back to the size of the parent. A parent of the size that the
+// view has, or of the size moved to, causes no such change, so the window and the picture are seen to here.
+void follow_parent(ViewState* view) {
+    view->fixed_size = 0;
+    gl_window_move(view->window, 0, 0, DEFAULT_WINDOW_SIZE, DEFAULT_WINDOW_SIZE);
+    const Size parent = window_size(gl_window_parent(view->window));
+    if (parent.width <= 0 || parent.height <= 0) return;
+    const Size own = window_size(view->window);
+    if (own.width + WINDOW_BORDERS != parent.width || own.height + WINDOW_BORDERS != parent.height) {
+        move_window(view->window, parent);
+    }
+    view->resize_due = 1;
+}
+
 }  // namespace
 
 void frame_bind(Session* session, ViewState* view) {
@@ -135,6 +161,7 @@ void view_init(WindowHandle window, int32_t, const void*) {
     view->extent_y = initial_extent(view->height);
     view->extent_z = INIT_EXTENT_Z;
     view->unsized_radius = 0.0f;
+    view->resize_due = 0;
     view->focus = {0.0f, 0.0f, 0.0f};
     session_set_points_color(bound_session, 0);
     if (!gl_context_current(window)) return;
@@ -165,6 +192,7 @@ void view_resize(WindowHandle window, int32_t, const void*) {
             view->height = size.height;
             view->extent_x = extents.x;
             view->extent_y = extents.y;
+            view->resize_due = 1;
             return;
         }
     }
@@ -180,8 +208,7 @@ void view_set_size(int32_t width, int32_t height) {
     if (!is_bound()) return;
     ViewState* view = bound_view;
     if (width == 0 && height == 0) {
-        view->fixed_size = 0;
-        gl_window_move(view->window, 0, 0, DEFAULT_WINDOW_SIZE, DEFAULT_WINDOW_SIZE);
+        follow_parent(view);
         return;
     }
     if (width < FIXED_SIZE_MIN || width > FIXED_SIZE_MAX || height < FIXED_SIZE_MIN || height > FIXED_SIZE_MAX) return;
@@ -198,13 +225,12 @@ void view_set_size(int32_t width, int32_t height) {
 
 void frame_draw() {
     if (!is_bound() || bound_view->window == 0) return;
-    const WindowHandle window = bound_view->window;
-    gl_begin_paint(window);  // it may make the context current
-    if (gl_context_current(window)) {
-        draw_picture(bound_session, bound_view);
-        frame_swap();
+    // A frame takes the place of the paint that a new size still waits for, so it does all that the paint would do.
+    for (int attempt = 0; attempt < RESIZE_ATTEMPTS && bound_view->resize_due != 0; ++attempt) {
+        view_resize(bound_view->window, 0, nullptr);
+        if (bound_view->resize_due == 0) return;
     }
-    gl_end_paint(window);
+    draw_frame();
 }
 
 void frame_draw_unswapped() {

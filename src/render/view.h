@@ -22,6 +22,7 @@ struct ViewState {
     int32_t fixed_size;
     float background[3];
     float unsized_radius;  // of a fit made while the view had no size to speak of, margin included; 0 for none
+    int32_t resize_due;    // a new size of the window was stored, and neither viewport nor picture has it yet
 };
 
 void view_set_freerotate(ViewState* view, int32_t on);

@@ -13,7 +13,7 @@
 
 namespace pelt {
 
-// Bounds of a tree of child models, each link counted.
+// Bounds of a tree of child models: levels below its root, and models, each link counted.
 inline constexpr int MODEL_TREE_DEPTH_LIMIT = 32;
 inline constexpr int MODEL_TREE_NODE_LIMIT = 4096;
 

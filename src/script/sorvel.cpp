@@ -18,6 +18,8 @@
 // Behind everything of ours, for the macros of Xlib.
 #include <tk.h>
 #ifdef _WIN32
+#include <windows.h>
+
 #include <tkPlatDecls.h>
 #endif
 

@@ -16,6 +16,7 @@ namespace {
 
 constexpr char STUBS_VERSION[] = "8.4";
 TclGlue glue;
+bool words_kept = false;  // a word that the system's encoding cannot hold has come in
 
 void interpreter_deleted(void*, Tcl_Interp* interp) {
     if (glue.interp == interp) glue.interp = nullptr;
@@ -29,6 +30,34 @@ bool is_ascii(const char* text, size_t length) {
 }
 
 int text_length(size_t length) { return static_cast<int>(length); }
+
+// Whether every character beyond ASCII is a whole sequence of two or three bytes, as Tcl writes them.
+bool is_tcl_form(const char* text) {
+    while (*text != '\0') {
+        const auto lead = static_cast<unsigned char>(*text++);
+        if (lead < 0x80) continue;
+        if (lead < 0xC2 || lead > 0xEF) return false;
+        for (int more = lead < 0xE0 ? 1 : 2; more > 0; --more, ++text) {
+            if ((static_cast<unsigned char>(*text) & 0xC0) != 0x80) return false;
+        }
+    }
+    return true;
+}
+
+// Appends a text of Tcl's in the system's encoding, and tells whether that can hold it; appends nothing if not.
+bool append_external(const char* word, size_t length, std::string* out) {
+    Tcl_DString external;
+    Tcl_DString back;
+    Tcl_UtfToExternalDString(nullptr, word, text_length(length), &external);
+    Tcl_ExternalToUtfDString(nullptr, Tcl_DStringValue(&external), Tcl_DStringLength(&external), &back);
+    const bool whole = static_cast<size_t>(Tcl_DStringLength(&back)) == length &&
+                       std::memcmp(Tcl_DStringValue(&back), word, length) == 0 &&
+                       std::strlen(Tcl_DStringValue(&external)) == static_cast<size_t>(Tcl_DStringLength(&external));
+    if (whole) out->append(Tcl_DStringValue(&external));
+    Tcl_DStringFree(&back);
+    Tcl_DStringFree(&external);
+    return whole;
+}
 
 }  // namespace
 
@@ -110,27 +139,18 @@ WindowHandle tk_native_window(const char* path) {
 void tcl_to_system(const char* word, size_t length, std::string* out) {
     if (is_ascii(word, length)) {
         out->append(word, length);
-        return;
-    }
-    Tcl_DString external;
-    Tcl_DString back;
-    Tcl_UtfToExternalDString(nullptr, word, text_length(length), &external);
-    Tcl_ExternalToUtfDString(nullptr, Tcl_DStringValue(&external), Tcl_DStringLength(&external), &back);
-    const bool whole = static_cast<size_t>(Tcl_DStringLength(&back)) == length &&
-                       std::memcmp(Tcl_DStringValue(&back), word, length) == 0 &&
-                       std::strlen(Tcl_DStringValue(&external)) == static_cast<size_t>(Tcl_DStringLength(&external));
-    if (whole) {
-        out->append(Tcl_DStringValue(&external));
-    } else {
+    } else if (!append_external(word, length, out)) {
         out->append(word, length);
+        words_kept = true;
     }
-    Tcl_DStringFree(&back);
-    Tcl_DStringFree(&external);
 }
 
 std::string system_to_tcl(const char* text) {
     const size_t length = std::strlen(text);
     if (is_ascii(text, length)) return std::string(text, length);
+    // What the encoding cannot hold, and is in Tcl's form, is taken for what came in from Tcl and was kept that way.
+    std::string unused;
+    if (words_kept && is_tcl_form(text) && !append_external(text, length, &unused)) return std::string(text, length);
     Tcl_DString utf;
     Tcl_ExternalToUtfDString(nullptr, text, text_length(length), &utf);
     std::string result(Tcl_DStringValue(&utf), static_cast<size_t>(Tcl_DStringLength(&utf)));

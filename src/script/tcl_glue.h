@@ -49,6 +49,7 @@ void tcl_result_reset();
 WindowHandle tk_native_window(const char* path);
 
 // Between Tcl's UTF-8 and the system's encoding. A word that the system's encoding cannot hold keeps its UTF-8 bytes.
+// Once there was such a word, a text on the way back that is UTF-8 and that the encoding cannot hold is taken for one.
 void tcl_to_system(const char* word, size_t length, std::string* out);
 std::string system_to_tcl(const char* text);
 

@@ -13,6 +13,7 @@
 #include "support/drawing_scene.h"
 #include "support/native_null.h"
 #include "support/recording_gl.h"
+#include "window/native.h"
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -403,6 +404,23 @@ TEST_F(Frame, ANewSizeScalesTheExtentsAndWaitsForThePaint) {
     EXPECT_EQ(statuses, std::vector<std::string>{"596x148"});
 }
 
+// A window system may hand over the paint of a new size only after the script's next frame, which then replaces it.
+TEST_F(Frame, AFrameBeforeThePaintOfANewSizeTakesThatPaintsPlace) {
+    open(400, 300);
+    null_resize(parent, 600, 150);
+    frame_draw();
+    Lines expected = {"glViewport 0 0 600 150"};
+    append(expected, projection_lines());
+    append(expected, frame_lines());
+    EXPECT_EQ(lines(), expected);
+    EXPECT_EQ(statuses, std::vector<std::string>{"596x148"});
+    EXPECT_FALSE(native_paint_pending(window));
+    recording_gl::clear();
+    frame_draw();
+    EXPECT_EQ(lines(), frame_lines());
+    EXPECT_EQ(statuses, std::vector<std::string>{"596x148"});
+}
+
 TEST_F(Frame, TheStatusOfA302By203WindowReads300x200) {
     open(400, 300);
     null_resize(parent, 302, 203);
@@ -581,6 +599,29 @@ TEST_F(Frame, SetSizeZeroFollowsTheParentAgain) {
     null_run();
     EXPECT_EQ(lines().front(), "glViewport 0 0 400 310");
     EXPECT_EQ(recording_gl::count_calls("glVertex2f"), 0);
+}
+
+TEST_F(Frame, SetSizeZeroLeavesNoWindowBehindWhereTheParentIsOfTheFixedSize) {
+    open(400, 310);
+    view_set_size(500, 200);
+    null_resize(parent, 500, 200);
+    null_run();
+    view_set_size(0, 0);
+    null_run();
+    EXPECT_EQ(null_window(window)->width, 500);
+    EXPECT_EQ(null_window(window)->height, 200);
+}
+
+TEST_F(Frame, SetSizeZeroInAParentOfTheSizeMovedToShowsItsPictureWithTheNextDraw) {
+    open(300, 300);
+    view_set_size(200, 100);
+    view_set_size(0, 0);
+    forget();
+    frame_draw();
+    EXPECT_EQ(view.width, 300);
+    EXPECT_EQ(view.height, 300);
+    EXPECT_NE(std::find(lines().begin(), lines().end(), "glViewport 0 0 300 300"), lines().end());
+    EXPECT_EQ(statuses.back(), "296x296");
 }
 
 TEST_F(Frame, SetSizeBeforeAWindowExistsStaysFinite) {

@@ -1,5 +1,5 @@
 // Words, typed arguments and result texts, without Tcl. The room lies in the shared library, which shows nothing but
-// its entry points, so that its source is taken in here.
+// its entry points, so that its source is compiled into this test.
 
 #include "script/arguments.h"
 

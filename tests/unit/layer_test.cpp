@@ -64,7 +64,9 @@ TEST_F(LayerTest, AddStoresWhatIsGivenAndClearsTheRest) {
     EXPECT_EQ(0, layer->image_repeat);
 }
 
-TEST_F(LayerTest, AddClearsTheTextThatItsOwnLookUpLeft) {
+TEST_F(LayerTest, AddClearsTheTextThatALookUpLeft) {
+    EXPECT_EQ(nullptr, model_find_layer(model, "skin"));
+    EXPECT_STREQ("layer does not exist", load_error_get());
     add("skin");
     EXPECT_EQ(nullptr, load_error_get());
 }

@@ -105,6 +105,12 @@ TEST_F(ModelLines, APointLineMayNameItsJoints) {
     EXPECT_EQ(point(model, 3).joint_a, nullptr);
 }
 
+TEST_F(ModelLines, APointLineOfSixTokensNamesNoJoint) {
+    const ModelPtr model = load_good("joint hip 0 0 0 world 0\npoints\n1 0 0 0 0.5 hip\n");
+    EXPECT_EQ(point(model, 1).joint_a, nullptr);
+    EXPECT_EQ(point(model, 1).weight, 0.5f);
+}
+
 // ---- normals ----
 
 void expect_near(const Vec3& v, double x, double y, double z) {

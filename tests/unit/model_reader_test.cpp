@@ -5,6 +5,7 @@
 #include <string>
 
 #include "foundation/file_access.h"
+#include "scene/model_tree.h"
 #include "support/model_file_fixture.h"
 
 namespace pelt {
@@ -242,6 +243,11 @@ TEST_F(ModelChildren, TheSameChildMayStandBesideItself) {
     EXPECT_NE(link(model, 0).model, link(model, 1).model);
 }
 
+TEST_F(ModelChildren, TheNormalsAreTestedBeforeAnyChildIsLookedFor) {
+    EXPECT_EQ(load(child("none") + "normals\n5 0 0 0\n"), nullptr);
+    EXPECT_EQ(error(), "(ship.mod) bad normal: 5");
+}
+
 TEST_F(ModelChildren, AMissingChildFailsTheWholeLoad) {
     dir.write("wing.mod", TRIANGLE + "image a.tga x y\n");
     EXPECT_EQ(load(child("wing") + child("none")), nullptr);
@@ -296,13 +302,15 @@ TEST_F(ModelChildren, ACircleThroughAnotherSpellingEndsAtTheDepthLimit) {
 
 TEST_F(ModelChildren, ATreeOfTheGreatestDepthLoadsAndADeeperOneFails) {
     const auto name = [](int level) { return std::string("m").append(std::to_string(level)); };
-    for (int level = 2; level <= MODEL_TREE_DEPTH_LIMIT; ++level) {
+    for (int level = 1; level <= MODEL_TREE_DEPTH_LIMIT; ++level) {
         dir.write(name(level) + ".mod", level < MODEL_TREE_DEPTH_LIMIT ? child(name(level + 1)) : TRIANGLE);
     }
-    EXPECT_EQ(model_count_children(load_good(child("m2")).get()), MODEL_TREE_DEPTH_LIMIT - 1);
+    const ModelPtr deepest = load_good(child("m1"));
+    EXPECT_EQ(model_count_children(deepest.get()), MODEL_TREE_DEPTH_LIMIT);
+    EXPECT_TRUE(model_tree_fits(deepest.get())) << "the bounds of a tree that is put together in the scene";
     dir.write(name(MODEL_TREE_DEPTH_LIMIT) + ".mod", TRIANGLE + "image a.tga x y\n" + child("end"));
     dir.write("end.mod", "");
-    EXPECT_EQ(load(child("m2")), nullptr);
+    EXPECT_EQ(load(child("m1")), nullptr);
     EXPECT_EQ(error(), "child models nested too deeply: " + dir.file("end.mod"));
 }
 

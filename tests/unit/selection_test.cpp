@@ -307,6 +307,15 @@ TEST_F(SelectionTest, RotationWithoutACentreIsAboutTheOrigin) {
     expect_matrix(turned_z(60), state(id)->matrix);
 }
 
+TEST_F(SelectionTest, ARelativeRotationTurnsWhatStoodBefore) {
+    const int32_t id = add();
+    select(id);
+    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "90", 0));
+    EXPECT_EQ(1, selection_rotate(&session, "90", "0", "0", 1));
+    // x goes to y by the first turn and on to z by the second; y goes to -x, and z to -y.
+    expect_matrix({{0, -1, 0, 0}, {0, 0, -1, 0}, {1, 0, 0, 0}, {0, 0, 0, 1}}, state(id)->matrix);
+}
+
 TEST_F(SelectionTest, RotationAboutACentreKeepsTheCentreInPlace) {
     const int32_t id = add();
     select(id);
@@ -485,6 +494,23 @@ TEST_F(SelectionTest, AStaleChildEntryIsNotFollowed) {
     EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
     EXPECT_EQ(0, selection_add_model(&session, child));
     EXPECT_EQ(0, selection_add_child(&session, child));
+}
+
+// An id of a link and an id of a model can be the same number.
+TEST_F(SelectionTest, AnEntryWhoseIdNamesAnotherModelByNowIsStale) {
+    next_model_state_id = next_model_state_id < 12000 ? 12000 : next_model_state_id;
+    const int32_t parent = add();
+    next_child_state_id = next_model_state_id;
+    const int32_t child = add_child(model_of(parent));
+    next_child_state_id += 9000;  // the tests behind this one want different numbers again
+    select(child);
+    session_close_all(&session);
+    ASSERT_EQ(child, add());
+    EXPECT_EQ(nullptr, selection_current_model(&session));
+    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(0, selection_pancake(&session));
+    EXPECT_EQ(0, selection_delete(&session));
+    EXPECT_EQ(1, roots());
 }
 
 TEST_F(SelectionTest, ASelectedLinkWithoutAModelAnswersZero) {

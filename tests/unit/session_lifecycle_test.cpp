@@ -42,6 +42,14 @@ void nested(const char*) {
     }
 }
 
+// Runs the action at the next report that a closing or a load has ended.
+template <void (*Action)()>
+void nested_when_ready(const char* text) {
+    if (std::string(text).ends_with("Ready")) {
+        nested<Action>(text);
+    }
+}
+
 void do_reload() { session_reload(reported); }
 void do_reset() { session_reset(reported, 0); }
 void do_load() { session_load_model(reported, nested_path.c_str()); }
@@ -172,11 +180,23 @@ TEST_F(LifecycleTest, ResetDropsTheSceneAndKeepsTheSettings) {
 TEST_F(LifecycleTest, ResetDropsWhatAStatusProcedureLoadsMeanwhile) {
     nested_path = dir.write("a.mod", SMALL_MODEL);
     load(nested_path);
-    nested_limit = 10;
-    session_set_status_callback(&session, nested<do_load>);
+    nested_limit = 1;
+    session_set_status_callback(&session, nested_when_ready<do_load>);
     session_reset(&session, 0);
+    EXPECT_EQ(0, nested_limit);
     EXPECT_EQ(0, roots());
     EXPECT_EQ(0, list_count(&session.model_states));
+}
+
+TEST_F(LifecycleTest, ResetDropsTheAnimationThatAStatusProcedureLoadsMeanwhile) {
+    nested_path = write_animation("scene.txt");
+    nested_limit = 1;
+    session_set_status_callback(&session, nested_when_ready<do_load_animation>);
+    session_reset(&session, 0);
+    EXPECT_EQ(0, nested_limit);
+    EXPECT_EQ(0, roots());
+    EXPECT_EQ(nullptr, session.animation_path) << "a reload would bring it back in place of what is loaded next";
+    EXPECT_EQ(0.0f, session.anim_end);
 }
 
 // ---- loading ----
@@ -459,6 +479,14 @@ TEST_F(LifecycleTest, ReloadOfAnAnimationKeepsTheRadiusAtTen) {
     EXPECT_EQ(list, session.animation_path);
     EXPECT_EQ(1.5f, session.anim_time);
     EXPECT_EQ(1, roots());
+}
+
+TEST_F(LifecycleTest, ReloadOfAnAnimationDoesNotRememberItsModelsByThemselves) {
+    ASSERT_EQ(1, session_load_animation(&session, write_animation().c_str(), 0));
+    EXPECT_EQ(1, session_reload(&session));
+    session_close_all(&session);
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(0, roots());
 }
 
 TEST_F(LifecycleTest, AFailedReloadOfAnAnimationIsTriedAgainAndWinsOverLaterModels) {

@@ -1,0 +1,94 @@
+# The axes mark and the scale: a small canvas in the lower left corner of the view, which turns with it.
+
+namespace eval viewer {
+    variable axes_matrix {}     ;# what is drawn
+    variable axes_scale 0
+    variable AXES_SIZE 104      ;# pixels at scale 1
+    variable AXES {x #e0716c y #86c06c z #6ca6e8}
+}
+
+proc viewer::build_axes {} {
+    variable AXES_SIZE
+    canvas .axes -width [px $AXES_SIZE] -height [expr {[px $AXES_SIZE] + [px 30]}] -highlightthickness 0 -borderwidth 0
+    axes_changed
+}
+
+proc viewer::axes_changed {} {
+    variable shows_axes
+    variable axes_matrix
+    keep axes $shows_axes
+    set axes_matrix {}
+    if {$shows_axes} {
+        place .axes -in .view -relx 0 -rely 1 -x 2 -y -2 -anchor sw
+        raise .axes
+        update_axes
+    } else {
+        place forget .axes
+    }
+}
+
+# Draws the mark anew if the view was turned or zoomed.
+proc viewer::update_axes {} {
+    variable shows_axes
+    variable axes_matrix
+    variable axes_scale
+    variable unit_per_pixel
+    variable zoom
+    variable option
+    if {!$shows_axes || ![winfo exists .axes]} return
+    set matrix [numbers [sorvel get matrix view]]
+    set zoom [current_zoom]
+    set per_pixel [expr {$unit_per_pixel * $zoom}]
+    set state [list $matrix $per_pixel $option(background)]
+    if {[llength $matrix] != 16 || $state eq $axes_matrix} return
+    set axes_matrix $state
+    lassign [split $option(background) ,] red green blue
+    set paper [format #%02x%02x%02x {*}[lmap part [list $red $green $blue] { expr {round($part * 255)} }]]
+    set ink [expr {0.3 * $red + 0.6 * $green + 0.1 * $blue > 0.5 ? "#303030" : "#b8c0ca"}]
+    .axes configure -background $paper
+    .axes delete all
+    draw_axes_mark $matrix $paper
+    draw_scale_bar $per_pixel $ink
+}
+
+# The farthest axis first. A row of the matrix is a direction of the screen, a column an axis of the scene.
+proc viewer::draw_axes_mark {matrix paper} {
+    variable AXES
+    variable AXES_SIZE
+    set middle [expr {[px $AXES_SIZE] / 2.0}]
+    set length [expr {$middle * 0.62}]
+    set lines {}
+    foreach {name colour} $AXES index {0 1 2} {
+        lappend lines [list [lindex $matrix [expr {8 + $index}]] $name $colour \
+            [lindex $matrix $index] [lindex $matrix [expr {4 + $index}]]]
+    }
+    foreach line [lsort -real -index 0 $lines] {
+        lassign $line depth name colour right up
+        set x [expr {$middle + $right * $length}]
+        set y [expr {$middle - $up * $length}]
+        .axes create line $middle $middle $x $y -fill $colour -width [px 2] -capstyle round -tags $name
+        .axes create text [expr {$middle + $right * $length * 1.28}] [expr {$middle - $up * $length * 1.28}] \
+            -text [string toupper $name] -fill $colour -font ViewerBold
+    }
+}
+
+# A bar of a round number of units, and the largest extent of the scene.
+proc viewer::draw_scale_bar {per_pixel ink} {
+    variable AXES_SIZE
+    variable scene_size
+    if {$per_pixel <= 0 || $per_pixel > 1e9} return
+    set most [expr {$per_pixel * [px $AXES_SIZE] * 0.8}]
+    set unit [expr {pow(10, floor(log10($most)))}]
+    foreach factor {5 2 1} {
+        if {$unit * $factor <= $most} break
+    }
+    set width [expr {$unit * $factor / $per_pixel}]
+    set left [px 10]
+    set y [expr {[px $AXES_SIZE] + [px 4]}]
+    .axes create line $left $y [expr {$left + $width}] $y -fill $ink -width [px 1]
+    foreach x [list $left [expr {$left + $width}]] {
+        .axes create line $x [expr {$y - [px 3]}] $x [expr {$y + [px 3]}] -fill $ink
+    }
+    .axes create text $left [expr {$y + [px 6]}] -anchor nw -fill $ink -font TkSmallCaptionFont \
+        -text "[format %g [expr {$unit * $factor}]] of [format %.4g $scene_size]"
+}

@@ -1,0 +1,247 @@
+# The view: how it is turned, shifted and zoomed, and when it is drawn.
+#
+# The scene is turned as on a turntable: about its own upright axis (z) and then tilted towards the viewer, so that what
+# stands upright stays so. Or freely, about the axes of the screen. The library holds the matrix in both: its own free
+# rotation is always on. Movements are summed and sent with the next picture, so that a hundred mouse events make one.
+
+namespace eval viewer {
+    variable turn 0.0
+    variable tilt 0.0
+    variable free 0            ;# 1: turning about the axes of the screen
+    variable zoom 1.0
+    variable draw_state idle   ;# idle, asked, drawing, or again: asked for while drawing
+    variable frames 0          ;# pictures drawn
+    variable frame_hook {}     ;# a command to call after each picture
+    variable moved             ;# what the mouse did since the last picture
+    array set moved {turn_x 0 turn_y 0 pan_x 0 pan_y 0 zoom 1.0}
+    variable DEGREES_PER_PIXEL 0.4
+    variable ZOOM_LIMITS {0.001 100.0}
+}
+
+# Shows the library's view inside the frame .view, which must be on the screen already.
+proc viewer::create_view {} {
+    variable option
+    sorvel callback status viewer::on_status
+    sorvel callback mouse viewer::on_mouse
+    sorvel create window view .view
+    set_background [split $option(background) ,]
+    sorvel set freerotate on
+}
+
+proc viewer::set_background {rgb} {
+    sorvel set background {*}[lmap part $rgb { plain $part }]
+    draw_soon
+}
+
+# ---- drawing -------------------------------------------------------------------------------------------------------
+
+# However many events ask for a picture, one is drawn when they have been served.
+proc viewer::draw_soon {} {
+    variable draw_state
+    switch $draw_state {
+        idle {
+            set draw_state asked
+            after idle viewer::draw_asked
+        }
+        drawing { set draw_state again }
+    }
+}
+
+proc viewer::draw_asked {} {
+    variable draw_state
+    if {$draw_state eq "asked"} draw_now
+}
+
+# Draws at once. Every call of the library serves events first, so a picture can be asked for in the middle of one: that
+# one is drawn afterwards.
+proc viewer::draw_now {} {
+    variable draw_state
+    variable frames
+    variable frame_hook
+    if {![winfo exists .view]} return
+    if {$draw_state in {drawing again}} {
+        set draw_state again
+        return
+    }
+    set draw_state drawing
+    try {
+        apply_movement
+        sorvel draw
+        incr frames
+        if {$frame_hook ne {}} { {*}$frame_hook }
+    } finally {
+        set again [expr {$draw_state eq "again"}]
+        set draw_state idle
+    }
+    if {$again} draw_soon
+}
+
+# Sends what the mouse did since the last picture.
+proc viewer::apply_movement {} {
+    variable moved
+    variable free
+    variable turn
+    variable tilt
+    variable DEGREES_PER_PIXEL
+    array set now [array get moved]
+    array set moved {turn_x 0 turn_y 0 pan_x 0 pan_y 0 zoom 1.0}
+    if {$now(turn_x) != 0 || $now(turn_y) != 0} {
+        set x [expr {$now(turn_x) * $DEGREES_PER_PIXEL}]
+        set y [expr {$now(turn_y) * $DEGREES_PER_PIXEL}]
+        if {$free} {
+            sorvel set view rotate [plain $x] [plain $y]
+        } else {
+            set turn [expr {fmod($turn + $x, 360.0)}]
+            set tilt [expr {min(90.0, max(-180.0, $tilt + $y))}]
+            send_turn
+        }
+    }
+    # "set view pan 0 0" would recentre.
+    if {$now(pan_x) != 0 || $now(pan_y) != 0} { sorvel set view pan [plain $now(pan_x)] [plain $now(pan_y)] }
+    if {$now(zoom) != 1.0} { set_zoom [expr {[current_zoom] * $now(zoom)}] }
+}
+
+# ---- turning -------------------------------------------------------------------------------------------------------
+
+# Looks from a named side, or by a turn and a tilt as in "24,-72".
+proc viewer::aim {view} {
+    variable NAMED_VIEWS
+    variable turn
+    variable tilt
+    if {[dict exists $NAMED_VIEWS $view]} {
+        lassign [dict get $NAMED_VIEWS $view] turn tilt
+    } else {
+        lassign [split $view ,] turn tilt
+    }
+    send_turn
+    draw_soon
+}
+
+proc viewer::turn_by {x y} {
+    variable turn
+    variable tilt
+    set turn [expr {$turn + $x}]
+    set tilt [expr {$tilt + $y}]
+    send_turn
+    draw_soon
+}
+
+proc viewer::send_turn {} {
+    variable turn
+    variable tilt
+    sorvel set matrix view {*}[lmap number [matrix_of $turn $tilt] { plain $number }]
+}
+
+# Row by row, for column vectors: the turn about z first, then the tilt about x.
+proc viewer::matrix_of {turn tilt} {
+    set a [expr {$turn * acos(-1.0) / 180}]
+    set b [expr {$tilt * acos(-1.0) / 180}]
+    lassign [list [expr {cos($a)}] [expr {sin($a)}] [expr {cos($b)}] [expr {sin($b)}]] ca sa cb sb
+    return [list $ca [expr {-$sa}] 0 0 [expr {$cb * $sa}] [expr {$cb * $ca}] [expr {-$sb}] 0 \
+        [expr {$sb * $sa}] [expr {$sb * $ca}] $cb 0 0 0 0 1]
+}
+
+# Goes from one way of turning to the other. The turntable takes over the turn and tilt that come nearest.
+proc viewer::set_free {on} {
+    variable free
+    variable turn
+    variable tilt
+    set free $on
+    if {$on} return
+    set matrix [numbers [sorvel get matrix view]]
+    if {[llength $matrix] != 16} return
+    set turn [expr {atan2(-[lindex $matrix 1], [lindex $matrix 0]) * 180 / acos(-1.0)}]
+    set tilt [expr {atan2(-[lindex $matrix 6], [lindex $matrix 10]) * 180 / acos(-1.0)}]
+    if {$tilt > 90} { set tilt [expr {$tilt - 360}] }
+    send_turn
+    draw_soon
+}
+
+# ---- zoom and shift ------------------------------------------------------------------------------------------------
+
+proc viewer::current_zoom {} {
+    set value [lindex [numbers [sorvel get zoom]] 0]
+    return [expr {$value eq {} ? 1.0 : $value}]
+}
+
+proc viewer::set_zoom {value} {
+    variable zoom
+    variable ZOOM_LIMITS
+    set zoom [expr {max([lindex $ZOOM_LIMITS 0], min([lindex $ZOOM_LIMITS 1], $value))}]
+    sorvel set view zoom [plain $zoom]
+    draw_soon
+}
+
+# Zooms by a factor; larger shows more. Given a place in the view, what lies there stays there.
+proc viewer::zoom_by {factor {x {}} {y {}}} {
+    set before [current_zoom]
+    set_zoom [expr {$before * $factor}]
+    if {$x eq {}} return
+    set real [expr {[current_zoom] / $before}]
+    if {$real <= 0 || abs($real - 1) < 1e-6} return
+    set dx [expr {($x - [winfo width .view] / 2.0) * ($real - 1) / $real}]
+    set dy [expr {($y - [winfo height .view] / 2.0) * ($real - 1) / $real}]
+    if {abs($dx) > 1e-3 || abs($dy) > 1e-3} { sorvel set view pan [plain $dx] [plain $dy] }
+}
+
+# The whole scene, in the middle.
+proc viewer::fit {} {
+    variable option
+    sorvel set view centre
+    sorvel set pan 0 0
+    set_zoom 1.0
+}
+
+proc viewer::centre {} {
+    sorvel set view centre
+    sorvel set pan 0 0
+    draw_soon
+}
+
+# Shifts the picture so that this place of the view comes to the middle.
+proc viewer::centre_at {x y} {
+    set dx [expr {[winfo width .view] / 2.0 - $x}]
+    set dy [expr {[winfo height .view] / 2.0 - $y}]
+    if {abs($dx) >= 0.5 || abs($dy) >= 0.5} { sorvel set view pan [plain $dx] [plain $dy] }
+    draw_soon
+}
+
+# ---- the view around a load ----------------------------------------------------------------------------------------
+
+# What the user sees of the view, to be found again after a reload: world units for each pixel stand for the zoom.
+proc viewer::remember_view {} {
+    variable unit_per_pixel
+    apply_movement
+    measure_view
+    return [dict create matrix [numbers [sorvel get matrix view]] pan [numbers [sorvel get pan]] \
+        scale [expr {$unit_per_pixel * [current_zoom]}]]
+}
+
+proc viewer::restore_view {view} {
+    variable unit_per_pixel
+    measure_view
+    if {[llength [dict get $view matrix]] == 16} { sorvel set matrix view {*}[dict get $view matrix] }
+    if {$unit_per_pixel > 0} { set_zoom [expr {[dict get $view scale] / $unit_per_pixel}] }
+    sorvel set pan {*}[dict get $view pan]
+    draw_soon
+}
+
+# The view of a scene just opened: as the command line wants it.
+proc viewer::start_view {} {
+    variable option
+    aim $option(view)
+    turn_by {*}[split $option(rotate) ,]
+    set_zoom $option(zoom)
+}
+
+# ---- what is shown -------------------------------------------------------------------------------------------------
+
+# The switches of the command line.
+proc viewer::apply_display {} {
+    variable option
+    foreach value $option(display) {
+        regexp {^(\w+)=(\w+)$} $value -> flag setting
+        sorvel display $flag $setting
+    }
+    if {$option(lod) ne {}} { sorvel display lod $option(lod) }
+}

@@ -1,0 +1,228 @@
+# The window: toolbar, notices, panels beside the view, player, status line; how it starts and ends.
+
+namespace eval viewer {
+    variable time_text {}
+    variable triangle_text {}
+    variable status_timer {}
+    variable SIDE_WIDTH 270     ;# pixels of the panels at scale 1
+}
+
+proc viewer::run_window {files} {
+    variable setting
+    variable option
+    variable settings_word
+    read_settings
+    remove_stale_links
+    take_settings
+    build_window
+    build_menus
+    bind_keys
+    create_view
+    create_cursors
+    apply_display
+    apply_shown
+    read_flags
+    after idle viewer::after_frame
+    if {$option(animate) ne {}} {
+        open_scene_list $option(animate)
+        play_or_pause
+    } else {
+        open_files $files
+    }
+    watch_tick
+    if {$settings_word ne {}} { tell_notice $settings_word "The settings were damaged" }
+}
+
+# What was kept, where the command line says nothing else.
+proc viewer::take_settings {} {
+    variable setting
+    variable option
+    variable given
+    foreach {name variable} {side shows_side axes shows_axes watch watches loop loops scale chosen_scale
+        mode mouse_mode free free rate anim_rate} {
+        set ::viewer::$variable $setting($name)
+    }
+    if {!$given(background)} { set option(background) [join $setting(background) ,] }
+    apply_theme [expr {$setting(scale) == 0 ? [automatic_scale] : $setting(scale)}]
+}
+
+# The flags that were kept; those of the command line come first and stay.
+proc viewer::apply_shown {} {
+    variable setting
+    variable option
+    variable given
+    set told [lmap value $option(display) { lindex [split $value =] 0 }]
+    foreach {name on} $setting(display) {
+        if {$name ni $told && $name ne "smooth"} { sorvel display $name $on }
+    }
+    if {!$given(lod) && $setting(lod) ne {}} { sorvel display lod $setting(lod) }
+}
+
+# ---- building ------------------------------------------------------------------------------------------------------
+
+proc viewer::build_window {} {
+    variable option
+    variable given
+    variable setting
+    variable shows_side
+    variable SIDE_WIDTH
+    wm title . pelt
+    wm minsize . [px 640] [px 400]
+    build_toolbar
+    build_notice
+    ttk::panedwindow .panes -orient horizontal
+    # The frame belongs to the library: without a background of its own nothing flickers beneath the picture.
+    frame .view -width $option(width) -height $option(height) -background {}
+    ttk::frame .side -width [expr {$setting(side_width) > 0 ? $setting(side_width) : [px $SIDE_WIDTH]}]
+    build_panels
+    .panes add .view -weight 1
+    # The side keeps the width that it was given, whatever its widgets would like.
+    pack propagate .side 0
+    if {$shows_side} show_side
+    build_player
+    build_status
+    build_axes
+    grid .tools -row 0 -column 0 -sticky ew
+    grid .panes -row 2 -column 0 -sticky nsew
+    grid .bar -row 4 -column 0 -sticky ew
+    grid rowconfigure . 2 -weight 1
+    grid columnconfigure . 0 -weight 1
+    bind_wheel
+    bind .view <Destroy> viewer::leave
+    bind . <Configure> {if {"%W" eq "."} viewer::note_geometry}
+    wm protocol . WM_DELETE_WINDOW viewer::quit
+    place_window
+    update
+}
+
+# Where it was, or as large as suits the screen.
+proc viewer::place_window {} {
+    variable setting
+    variable given
+    variable option
+    set screen_width [winfo screenwidth .]
+    set screen_height [winfo screenheight .]
+    if {$given(size)} return
+    if {[regexp {^(\d+)x(\d+)(?:\+(-?\d+)\+(-?\d+))?$} $setting(geometry) -> width height x y]} {
+        set width [expr {min($width, $screen_width)}]
+        set height [expr {min($height, $screen_height)}]
+        wm geometry . ${width}x$height
+        # A place is taken only if the window can be reached there.
+        if {$x ne {} && $x >= 0 && $y >= 0 && $x < $screen_width - 100 && $y < $screen_height - 100} {
+            wm geometry . +$x+$y
+        }
+        return
+    }
+    wm geometry . [expr {min([px 1280], $screen_width - 40)}]x[expr {min([px 800], $screen_height - 80)}]
+}
+
+proc viewer::note_geometry {} {
+    variable setting
+    if {[info exists setting(geometry)] && [winfo viewable .]} { keep geometry [wm geometry .] }
+}
+
+proc viewer::build_toolbar {} {
+    ttk::frame .tools -padding [list [px 6] [px 3]]
+    foreach {mode text} {turn Turn pan Shift zoom Zoom} {
+        ttk::radiobutton .tools.$mode -text $text -style Toolbutton -value $mode -variable ::viewer::mouse_mode \
+            -command viewer::mode_changed -takefocus 0
+        pack .tools.$mode -side left
+    }
+    tool_gap 1
+    foreach {view text} {north North south South east East west West down Above up Below} {
+        ttk::button .tools.$view -text $text -style Toolbutton -command [list viewer::look $view] -takefocus 0
+        pack .tools.$view -side left
+    }
+    tool_gap 2
+    ttk::button .tools.fit -text Fit -style Toolbutton -command viewer::fit -takefocus 0
+    pack .tools.fit -side left
+    tool_gap 3
+    foreach {name text} {wireframe Wireframe textures Textures lighting Light} {
+        ttk::checkbutton .tools.$name -text $text -style Toolbutton -variable ::viewer::flag($name) \
+            -command [list viewer::show_flag $name] -takefocus 0
+        pack .tools.$name -side left
+    }
+    ttk::checkbutton .tools.side -text Panels -style Toolbutton -variable ::viewer::shows_side \
+        -command viewer::side_changed -takefocus 0
+    pack .tools.side -side right
+}
+
+proc viewer::tool_gap {number} {
+    ttk::separator .tools.gap$number -orient vertical
+    pack .tools.gap$number -side left -fill y -padx [px 6] -pady [px 3]
+}
+
+proc viewer::build_status {} {
+    ttk::frame .bar -padding [list [px 8] [px 3]]
+    ttk::label .status -textvariable ::viewer::message -anchor w
+    ttk::label .bar.time -textvariable ::viewer::time_text -style Dim.TLabel -anchor e
+    ttk::label .bar.triangles -textvariable ::viewer::triangle_text -style Dim.TLabel -anchor e
+    pack .bar.triangles .bar.time -side right -padx [list [px 16] 0]
+    pack .status -in .bar -side left -fill x -expand 1
+    say_status "Drag turns \u00b7 right drag shifts \u00b7 wheel zooms \u00b7 double click centres"
+}
+
+# ---- the panels' place ---------------------------------------------------------------------------------------------
+
+proc viewer::side_changed {} {
+    variable shows_side
+    keep side $shows_side
+    if {$shows_side} show_side else hide_side
+}
+
+proc viewer::show_side {} {
+    if {".side" in [.panes panes]} return
+    .panes insert 0 .side -weight 0
+    raise .side .panes
+    raise .view .panes
+    refresh_panels
+}
+
+proc viewer::hide_side {} {
+    if {".side" in [.panes panes]} {
+        keep side_width [winfo width .side]
+        .side configure -width [winfo width .side]
+        .panes forget .side
+    }
+}
+
+# ---- after each picture --------------------------------------------------------------------------------------------
+
+# Called after each frame: the axes turn with it, and the numbers of the status line follow a moment later.
+proc viewer::after_frame {} {
+    variable frame_hook
+    variable status_timer
+    set frame_hook viewer::after_frame
+    update_axes
+    if {$status_timer eq {}} { set status_timer [after 150 viewer::refresh_status] }
+}
+
+proc viewer::refresh_status {} {
+    variable status_timer
+    variable status
+    variable triangle_text
+    set status_timer {}
+    if {![winfo exists .view]} return
+    ask_status
+    set triangle_text "$status(triangles) triangles"
+    show_time
+}
+
+proc viewer::show_time {} {
+    variable anim_time
+    variable anim_end
+    variable time_text
+    set time_text [expr {$anim_end > 0 ? [format "%.2f of %.2f s" $anim_time $anim_end] : {}}]
+}
+
+# ---- the end -------------------------------------------------------------------------------------------------------
+
+proc viewer::quit {} {
+    if {".side" in [.panes panes]} { keep side_width [winfo width .side] }
+    destroy .
+}
+
+proc viewer::leave {} {
+    write_settings
+    remove_links
+}

@@ -1,0 +1,26 @@
+// Carries settings from a layer to another. What surprises: the colour key goes through numbers from 0 to 1 and comes
+// back as the same bytes, because the setter is the one that a model file uses.
+
+#include "edit/carry_settings.h"
+
+#include "scene/model.h"
+
+namespace pelt {
+
+namespace {
+
+constexpr float COLOUR_KEY_SCALE = 255.0f;
+
+}  // namespace
+
+void carry_settings(Model* model, const char* target, const Layer& source) {
+    model_set_transparency(model, target, source.transparency);
+    if (source.invisible) {
+        const int32_t* key = source.invisible_colour;
+        model_set_invisible(model, target, static_cast<float>(key[0]) / COLOUR_KEY_SCALE,
+                            static_cast<float>(key[1]) / COLOUR_KEY_SCALE,
+                            static_cast<float>(key[2]) / COLOUR_KEY_SCALE);
+    }
+}
+
+}  // namespace pelt

@@ -1,0 +1,79 @@
+// How a file name leads to a file, on Windows.
+//
+// What surprises: file names are UTF-8 in this library and wide to the system, so that a name needs no code page. The
+// system itself ignores case and takes both separators, which leaves nothing to search for.
+#include "foundation/file_find_win32.h"
+
+#include <io.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <windows.h>
+
+#include <cstring>
+
+#include "foundation/file_access.h"
+#include "foundation/file_find.h"
+
+namespace pelt {
+
+namespace {
+
+bool is_regular(const wchar_t* name) {
+    struct _stat64 status;
+    return _wstat64(name, &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
+}
+
+bool widen(UINT code_page, DWORD flags, const char* text, std::wstring* wide) {
+    const int length = static_cast<int>(std::strlen(text));
+    const int needed = MultiByteToWideChar(code_page, flags, text, length, nullptr, 0);
+    if (needed <= 0) {
+        return false;
+    }
+    wide->resize(static_cast<size_t>(needed));
+    return MultiByteToWideChar(code_page, flags, text, length, wide->data(), needed) == needed;
+}
+
+// The stream when it is what may be used, else null. A stream has to be open before it can be told from a device.
+std::FILE* usable(std::FILE* stream, bool devices_too) {
+    if (stream == nullptr) {
+        return nullptr;
+    }
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    const DWORD type = GetFileType(handle);
+    if (type == FILE_TYPE_DISK || (devices_too && type == FILE_TYPE_CHAR)) {
+        return stream;
+    }
+    std::fclose(stream);
+    return nullptr;
+}
+
+}  // namespace
+
+std::wstring file_system_name(const char* path) {
+    constexpr size_t LENGTH_LIMIT = 32767;  // no path of the system is longer
+    std::wstring name;
+    if (path == nullptr || *path == '\0' || std::strlen(path) > LENGTH_LIMIT) {
+        return name;
+    }
+    if (!widen(CP_UTF8, MB_ERR_INVALID_CHARS, path, &name)) {
+        widen(CP_ACP, 0, path, &name);  // text of an old file that is not UTF-8
+    }
+    return name;
+}
+
+std::string file_resolve(const char* path) {
+    const std::wstring name = file_system_name(path);
+    return !name.empty() && is_regular(name.c_str()) ? std::string(path) : std::string();
+}
+
+std::FILE* file_stream_read(const char* path) {
+    const std::wstring name = file_system_name(path);
+    return !name.empty() && is_regular(name.c_str()) ? usable(_wfopen(name.c_str(), L"rbN"), false) : nullptr;
+}
+
+std::FILE* file_stream_write(const char* path) {
+    const std::wstring name = file_system_name(path);
+    return name.empty() ? nullptr : usable(_wfopen(name.c_str(), L"wbN"), true);
+}
+
+}  // namespace pelt

@@ -1,0 +1,20 @@
+# The shared library on X11.
+find_package(TCL REQUIRED)
+find_package(X11 REQUIRED)
+find_package(OpenGL REQUIRED)
+find_path(PELT_TCL_INCLUDE tcl.h HINTS ${TCL_INCLUDE_PATH} PATHS /usr/include/tcl8.6 /usr/include/tcl REQUIRED)
+find_library(PELT_TCL_STUB tclstub8.6 REQUIRED)
+find_library(PELT_TK_STUB tkstub8.6 REQUIRED)
+
+file(GLOB PELT_NATIVE_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/window/native_x11*.cpp)
+
+add_library(pelt SHARED ${PELT_SCRIPT_SOURCES} ${PELT_NATIVE_SOURCES})
+target_link_libraries(pelt PRIVATE pelt_draw pelt_window pelt_core ${PELT_TK_STUB} ${PELT_TCL_STUB} OpenGL::GL
+                      X11::X11 X11::Xcursor)
+target_link_options(pelt PRIVATE -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/pelt.map -Wl,-z,relro,-z,now
+                    -Wl,--exclude-libs,ALL)
+if(NOT PELT_SANITIZE)
+  target_link_options(pelt PRIVATE -Wl,--no-undefined -static-libgcc -static-libstdc++)
+endif()
+set_target_properties(pelt PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}
+                      LINK_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/pelt.map)

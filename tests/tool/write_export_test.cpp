@@ -1,0 +1,248 @@
+// pelt-model run as a program: write, export and normals, and how files are replaced.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+#include <string>
+
+#include "formats/model_reader.h"
+#include "scene/model.h"
+#include "support/model_text.h"
+#include "support/obj_reader.h"
+#include "support/run_program.h"
+#include "support/tga_bytes.h"
+
+namespace pelt {
+namespace {
+
+namespace fs = std::filesystem;
+using test::OwnedModel;
+using test::pelt_model;
+using test::run_program;
+using test::RunResult;
+using test::told;
+
+constexpr const char* MODEL =
+    "joint hip 1 2 3 world 2\npoints\n1 0 0 0\n2 10 0 0 0.5\n3 0 10 0\n4 10 10 5\nnormals\n1 0 0 1\n"
+    "layer a 1 2 3 singlesided mirror x\ntriangles\n0 1 2 3\n1 1 2 3 4\nuvees\n1 0.5 0.25\nimage a.tga x y\n"
+    "lines\n2 1 4\n";
+
+// Eight corners, six quads whose corners run clockwise as seen from outside.
+constexpr const char* CUBE =
+    "points\n1 -10 -10 -10\n2 10 -10 -10\n3 -10 10 -10\n4 10 10 -10\n"
+    "5 -10 -10 10\n6 10 -10 10\n7 -10 10 10\n8 10 10 10\n"
+    "layer cube 127 127 127 singlesided\ntriangles\n"
+    "1 1 2 3 4\n1 5 7 6 8\n1 1 5 2 6\n1 3 4 7 8\n1 1 3 5 7\n1 2 6 4 8\n";
+
+bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
+
+class ToolFiles : public testing::Test {
+protected:
+    ToolFiles() {
+        dir.write("a.tga", test::solid_tga(1, 1, 1, 2, 3));
+        dir.write("m.mod", MODEL);
+    }
+    RunResult tool(const std::vector<std::string>& words, long file_size_limit = -1) {
+        return pelt_model(words, {dir.path(), file_size_limit});
+    }
+    OwnedModel load(const std::string& name) { return OwnedModel(model_load(dir.file(name).c_str())); }
+    std::vector<std::string> names_in_directory() {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(dir.path())) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    test::TempDir dir;
+};
+
+// ---- write ----
+
+TEST_F(ToolFiles, WriteMakesAFileThatReadsBack) {
+    const RunResult run = tool({"write", "m.mod", "-o", "new.mod"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(dir.read("new.mod").substr(0, 22), "#\n# model: new.mod\n#\nj");
+    EXPECT_EQ(told(load("new.mod").get()), told(load("m.mod").get()));
+    EXPECT_EQ(dir.read("m.mod"), MODEL) << "the input is left alone";
+}
+
+TEST_F(ToolFiles, WriteReplacesItsInputOnlyWhenTold) {
+    EXPECT_EQ(tool({"write", "m.mod"}).status, 2);
+    EXPECT_EQ(dir.read("m.mod"), MODEL);
+    const std::string before = told(load("m.mod").get());
+    EXPECT_EQ(tool({"write", "m.mod", "-o", "m.mod"}).status, 0);
+    EXPECT_NE(dir.read("m.mod"), MODEL);
+    EXPECT_EQ(told(load("m.mod").get()), before);
+    EXPECT_EQ(names_in_directory(), (std::vector<std::string>{"a.tga", "m.mod"}));
+}
+
+TEST_F(ToolFiles, StandardOutputIsADash) {
+    const RunResult run = tool({"write", "m.mod", "-o", "-"});
+    EXPECT_EQ(run.status, 0);
+    tool({"write", "m.mod", "-o", "new.mod"});
+    const std::string head = "#\n# model: -\n";
+    EXPECT_EQ(run.out.substr(0, head.size()), head);
+    EXPECT_EQ(run.out.substr(head.size()), dir.read("new.mod").substr(std::string("#\n# model: new.mod\n").size()));
+}
+
+TEST_F(ToolFiles, WriteWarnsOfWhatIsLostAndStillWrites) {
+    dir.write("l.mod", "points\n1 0 0 0 0.5\nlayer \"two words\" 1 2 3 singlesided\ninvisible 1 0 0\n"
+                       "triangles\n0 1 1 1\nimage a.tga x y repeat 2 2\n");
+    const RunResult run = tool({"write", "l.mod", "-o", "new.mod"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(holds(run.err, "l.mod: warning: weight lost, it reads back as 1: 1 world point (first: 1)\n"));
+    EXPECT_TRUE(holds(run.err, "l.mod: warning: layer \"two words\": a name that is empty or holds blanks")) << run.err;
+    EXPECT_TRUE(holds(run.err, "l.mod: warning: layer two words: the colour key 255 0 0 comes out in bytes"));
+    EXPECT_TRUE(holds(run.err, "(the new file will not read back)\n")) << run.err;
+    EXPECT_TRUE(holds(run.err, "repeat factors")) << run.err;
+    EXPECT_TRUE(holds(dir.read("new.mod"), "\nlayer two words 1 2 3 singlesided\n"));
+}
+
+TEST_F(ToolFiles, FilesThatDoNotLieBesideTheNewOneAreNamed) {
+    dir.make_dir("sub");
+    dir.write("wing.mod", "");
+    dir.write("c.mod", std::string(MODEL) + "child wing 0 0 0 1 1 1 0 0 0\n");
+    const RunResult run = tool({"write", "c.mod", "-o", "sub/new.mod"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err,
+              "c.mod: warning: a.tga is not in the directory of sub/new.mod, where it will be looked for\n"
+              "c.mod: warning: wing.mod is not in the directory of sub/new.mod, where it will be looked for\n");
+}
+
+TEST_F(ToolFiles, ABadModelMakesNoFile) {
+    dir.write("bad.mod", "points\n1 2 3 4\nlayer a 1 2 3 singlesided\ntriangles\n0 1 1 7\n");
+    const std::vector<std::string> before = names_in_directory();
+    for (const char* command : {"write", "export", "flatten", "normals"}) {
+        const RunResult run = tool({command, "bad.mod", "-o", "new.mod"});
+        EXPECT_EQ(run.status, 1) << command;
+        EXPECT_EQ(run.err, "bad.mod:5: point does not exist\n") << command;
+        EXPECT_EQ(names_in_directory(), before) << command;
+    }
+}
+
+// ---- how a file is replaced ----
+
+TEST_F(ToolFiles, AFailureInTheMiddleLeavesTheOldFileAndNothingElse) {
+    std::string text = "points\n";
+    for (int id = 1; id <= 5000; ++id) {
+        text += std::to_string(id) + " 1 2 3\n";
+    }
+    dir.write("large.mod", text);
+    for (const char* command : {"write", "export", "flatten", "normals"}) {
+        dir.write("old.mod", "as it was");
+        const std::vector<std::string> before = names_in_directory();
+        const RunResult run = tool({command, "large.mod", "-o", "old.mod"}, 20000);
+        EXPECT_EQ(run.status, 1) << command;
+        EXPECT_TRUE(holds(run.err, "pelt-model: cannot write old.mod: File too large\n")) << run.err;
+        EXPECT_EQ(dir.read("old.mod"), "as it was") << command;
+        EXPECT_EQ(names_in_directory(), before) << command;
+    }
+}
+
+TEST_F(ToolFiles, PlacesThatCannotBeWrittenToAreNamed) {
+    dir.make_dir("sub");
+    EXPECT_EQ(tool({"write", "m.mod", "-o", "sub"}).err, "pelt-model: cannot write sub: it is a directory\n");
+    const RunResult nowhere = tool({"write", "m.mod", "-o", "none/new.mod"});
+    EXPECT_EQ(nowhere.status, 1);
+    EXPECT_TRUE(holds(nowhere.err, "pelt-model: cannot write none/new.mod: No such file or directory\n"));
+    if (fs::exists("/dev/full")) {
+        const RunResult full = tool({"export", "m.mod", "-o", "/dev/full"});
+        EXPECT_EQ(full.status, 1);
+        EXPECT_EQ(full.err, "pelt-model: cannot write /dev/full: No space left on device\n");
+    }
+}
+
+TEST_F(ToolFiles, ASymbolicLinkIsFollowedAndPermissionsStay) {
+    dir.make_dir("sub");
+    dir.write("sub/real.mod", "old");
+    dir.write("sub/a.tga", test::solid_tga(1, 1, 1, 2, 3));
+    fs::permissions(dir.file("sub/real.mod"), fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink("sub/real.mod", dir.file("link.mod"));
+    EXPECT_EQ(tool({"write", "m.mod", "-o", "link.mod"}).status, 0);
+    EXPECT_TRUE(fs::is_symlink(dir.file("link.mod")));
+    EXPECT_TRUE(holds(dir.read("sub/real.mod"), "# model: link.mod"));
+    EXPECT_EQ(fs::status(dir.file("sub/real.mod")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+// ---- export ----
+
+TEST_F(ToolFiles, ExportWritesToTheVeryNameAndReadsBackElsewhere) {
+    const RunResult run = tool({"export", "m.mod", "-o", "out.obj"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_FALSE(dir.exists("out..obj"));
+    const test::ObjFile obj = test::read_obj(dir.read("out.obj"));
+    ASSERT_EQ(obj.vertices.size(), 4u);
+    EXPECT_EQ(obj.vertices[3], (std::array<double, 3>{10, 5, 10}));
+    ASSERT_EQ(obj.groups.size(), 1u);
+    EXPECT_EQ(obj.groups[0].faces, (std::vector<std::vector<int>>{{1, 2, 3}, {1, 2, 3}, {3, 2, 4}}));
+    EXPECT_EQ(obj.groups[0].lines, (std::vector<std::vector<int>>{{1, 4}}));
+}
+
+TEST_F(ToolFiles, ExportWarnsOfChildrenAndOfPolygonsThatNameIds) {
+    dir.write("wing.mod", "");
+    dir.write("p.mod", "points\n10 0 0 0\n20 1 0 0\n30 0 1 0\nlayer a 1 2 3 singlesided\ntriangles\n2 10 20 30\n"
+                       "child wing 0 0 0 1 1 1 0 0 0\n");
+    const RunResult run = tool({"export", "p.mod", "-o", "p.obj"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_TRUE(holds(run.err, "p.mod: warning: child models are not exported")) << run.err;
+    EXPECT_TRUE(holds(run.err, "p.mod: warning: polygons name points by their ids")) << run.err;
+}
+
+TEST_F(ToolFiles, AssimpReadsTheExport) {
+    if (run_program({"assimp", "version"}).status == 127) {
+        GTEST_SKIP() << "assimp is not installed";
+    }
+    dir.write("cube.mod", CUBE);
+    ASSERT_EQ(tool({"export", "cube.mod", "-o", "cube.obj"}).status, 0);
+    const RunResult run = run_program({"assimp", "info", dir.file("cube.obj")});
+    EXPECT_EQ(run.status, 0) << run.out << run.err;
+    const auto number_behind = [&](const std::string& word) {
+        const size_t place = run.out.find("\n" + word + ":");
+        return place == std::string::npos ? -1 : std::stoi(run.out.substr(place + word.size() + 2));
+    };
+    EXPECT_EQ(number_behind("Meshes"), 1);
+    EXPECT_EQ(number_behind("Faces"), 12);
+}
+
+// ---- normals ----
+
+TEST_F(ToolFiles, NormalsOfACubePointAwayFromItsCorners) {
+    dir.write("cube.mod", CUBE);
+    const RunResult run = tool({"normals", "cube.mod", "-o", "new.mod"});
+    EXPECT_EQ(run.status, 0);
+    const OwnedModel model = load("new.mod");
+    ASSERT_NE(model, nullptr);
+    const float third = 1.0f / std::sqrt(3.0f);
+    int sign = 0;
+    for (const Point& point : list_elements<Point>(model->points)) {
+        const int own = point.normal.x * point.position.x > 0 ? 1 : -1;
+        EXPECT_TRUE(sign == 0 || sign == own) << "all to the outside, or all to the inside";
+        sign = own;
+        EXPECT_NEAR(point.normal.x, static_cast<float>(sign) * third * point.position.x / 10, 1e-5);
+        EXPECT_NEAR(point.normal.y, static_cast<float>(sign) * third * point.position.y / 10, 1e-5);
+        EXPECT_NEAR(point.normal.z, static_cast<float>(sign) * third * point.position.z / 10, 1e-5);
+    }
+    for (const Triangle& triangle : list_elements<Triangle>(model_find_layer(model.get(), "cube")->triangles)) {
+        EXPECT_EQ(triangle.curve_type, 0);
+    }
+}
+
+TEST_F(ToolFiles, CurvedMakesEveryFlatPrimitiveCurved) {
+    EXPECT_EQ(tool({"normals", "m.mod", "-o", "new.mod", "--curved"}).status, 0);
+    const OwnedModel model = load("new.mod");
+    ASSERT_NE(model, nullptr);
+    int count = 0;
+    for (const Triangle& triangle : list_elements<Triangle>(model_find_layer(model.get(), "a")->triangles)) {
+        EXPECT_EQ(triangle.curve_type, triangle.quad ? 4 : 3);
+        ++count;
+    }
+    EXPECT_EQ(count, 2);
+}
+
+}  // namespace
+}  // namespace pelt
