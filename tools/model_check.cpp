@@ -220,7 +220,7 @@ void check_child(TreeCheck& tree, FileCheck& check, const NamedChild& child) {
         note(check, child.line, "Cannot find child model: " + child.path);
     } else if (std::find(tree.open_files.begin(), tree.open_files.end(), file) != tree.open_files.end()) {
         note(check, child.line, "child model names itself or a model above it: " + child.path);
-    } else if (tree.open_files.size() >= MODEL_TREE_DEPTH_LIMIT) {
+    } else if (tree.open_files.size() > MODEL_TREE_DEPTH_LIMIT) {
         note(check, child.line, "child models nested too deeply: " + child.path);
     }
 }
@@ -241,7 +241,7 @@ void check_tree(TreeCheck& tree, const std::string& path) {
     tree.problems.insert(tree.problems.end(), check.problems.begin(), check.problems.end());
     for (const NamedChild& child : children) {
         const std::string child_file = file_resolve(child.path.c_str());
-        if (!child_file.empty() && tree.open_files.size() < MODEL_TREE_DEPTH_LIMIT) {
+        if (!child_file.empty() && tree.open_files.size() <= MODEL_TREE_DEPTH_LIMIT) {
             check_tree(tree, child.path);
         }
     }

@@ -213,7 +213,7 @@ TEST_F(Tool, CheckFindsATreeThatIsTooDeep) {
     dir.write("lev40.mod", "");
     const RunResult run = pelt_model({"check", "lev0.mod"}, {dir.path()});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "lev31.mod:1: child models nested too deeply: lev32.mod\n");
+    EXPECT_EQ(run.err, "lev32.mod:1: child models nested too deeply: lev33.mod\n");
 }
 
 TEST_F(Tool, CheckFindsATreeThatIsTooLarge) {
