@@ -1,13 +1,17 @@
 # duck.mod: a toy of few curved quads and triangles, half of it modelled and half of it mirrored; display lod shows.
 # knot.mod: flat triangles and quads with smooth normals, which display pnfilter makes round.
 
-# A point of a surface given by a script of u and v, and the normal there by differences.
+# A point of a surface over two angles in degrees, and the normal there by differences. The script knows the cosine and
+# the sine of the first (ca, sa) and of the second (cb, sb).
 proc surface_at {script u v} {
-    apply [list {u v} $script] $u $v
+    global pi
+    set a [expr {$u * $pi / 180}]
+    set b [expr {$v * $pi / 180}]
+    apply [list {ca sa cb sb} $script] [expr {cos($a)}] [expr {sin($a)}] [expr {cos($b)}] [expr {sin($b)}]
 }
 
 proc surface_normal {script u v} {
-    set step 0.001
+    set step 0.05
     set along_u [lmap p [surface_at $script [expr {$u + $step}] $v] q [surface_at $script [expr {$u - $step}] $v] {
         expr {$p - $q}
     }]
@@ -57,42 +61,27 @@ proc make_duck {} {
     statement triangles
     # u turns from -y over x to y.
     half_egg {
-        set pi 3.141592653589793
-        set a [expr {$u * $pi / 180}]
-        set b [expr {$v * $pi / 180}]
-        set y [expr {180 * cos($b) * sin($a)}]
+        set y [expr {180 * $cb * $sa}]
         set lift [expr {$y > 40 ? ($y - 40) * ($y - 40) * 0.006 : 0}]
-        list [expr {125 * cos($b) * cos($a)}] $y [expr {110 + 100 * sin($b) + $lift * (0.4 + 0.6 * sin($b))}]
+        list [expr {125 * $cb * $ca}] $y [expr {110 + 100 * $sb + $lift * (0.4 + 0.6 * $sb)}]
     } 4 4
     half_egg {
-        set pi 3.141592653589793
-        set a [expr {$u * $pi / 180}]
-        set b [expr {$v * $pi / 180}]
-        list [expr {82 * cos($b) * cos($a)}] [expr {-95 + 84 * cos($b) * sin($a)}] [expr {268 + 82 * sin($b)}]
+        list [expr {82 * $cb * $ca}] [expr {-95 + 84 * $cb * $sa}] [expr {268 + 82 * $sb}]
     } 4 4
     layer "wing 118 92 16 singlesided mirror x"
     statement triangles
     half_egg {
-        set pi 3.141592653589793
-        set a [expr {$u * $pi / 180}]
-        set b [expr {$v * $pi / 180}]
-        list [expr {112 + 26 * cos($b) * cos($a)}] [expr {40 + 88 * cos($b) * sin($a)}] [expr {128 + 46 * sin($b) + 22 * cos($b) * sin($a)}]
+        list [expr {112 + 26 * $cb * $ca}] [expr {40 + 88 * $cb * $sa}] [expr {128 + 46 * $sb + 22 * $cb * $sa}]
     } 4 4
     layer "beak 124 60 8 singlesided mirror x"
     statement triangles
     half_egg {
-        set pi 3.141592653589793
-        set a [expr {$u * $pi / 180}]
-        set b [expr {$v * $pi / 180}]
-        list [expr {46 * cos($b) * cos($a)}] [expr {-178 + 52 * cos($b) * sin($a)}] [expr {252 + 17 * sin($b)}]
+        list [expr {46 * $cb * $ca}] [expr {-178 + 52 * $cb * $sa}] [expr {252 + 17 * $sb}]
     } 4 4
     layer "eye 12 12 16 singlesided mirror x"
     statement triangles
     half_egg {
-        set pi 3.141592653589793
-        set a [expr {$u * $pi / 180}]
-        set b [expr {$v * $pi / 180}]
-        list [expr {52 + 14 * cos($b) * cos($a)}] [expr {-152 + 14 * cos($b) * sin($a)}] [expr {296 + 14 * sin($b)}]
+        list [expr {52 + 14 * $cb * $ca}] [expr {-152 + 14 * $cb * $sa}] [expr {296 + 14 * $sb}]
     } 2 4
     model_end duck.mod "A duck of curved quads and triangles: few primitives, as round as display lod says"
 }
