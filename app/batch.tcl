@@ -99,7 +99,10 @@ proc viewer::batch_together {files} {
     foreach file $files {
         if {[batch_load $verb $file]} { set verb add }
     }
-    if {$verb eq "add"} { batch_pictures $option(output) }
+    if {$verb eq "add"} {
+        start_view
+        batch_pictures $option(output)
+    }
 }
 
 proc viewer::batch_scene_list {file} {

@@ -39,29 +39,24 @@ proc viewer::time_rate {rate} {
     set anim_time [expr {max(0.0, min($anim_time, $anim_end))}]
 }
 
-# Moves the clock to a time, as near as the rate allows: seconds first, then steps.
+# Moves the clock to a time, as near as the rate allows, and never over an end. Going back, or far, it goes by whole
+# seconds first: a rate of 1 puts the clock on one, where steps of the rate wanted would carry their rounding along.
 proc viewer::time_seek {time} {
     variable anim_time
     variable anim_end
     variable anim_step
     variable anim_rate
     set time [expr {max(0.0, min($time, $anim_end))}]
-    if {abs($time - $anim_time) > 2.0} {
+    if {$time < $anim_time - $anim_step / 2 || $time > $anim_time + 2.0 || $anim_time < 0} {
         set rate $anim_rate
         time_rate 1
-        # One second less than there is, so that neither clock wraps.
-        set whole [expr {int(min($time, $anim_end - 0.001))}]
-        for {set steps [expr {round($whole - $anim_time)}]} {$steps != 0} {incr steps [expr {$steps > 0 ? -1 : 1}]} {
-            time_step [expr {$steps > 0 ? 1 : -1}]
-        }
+        while {$anim_time >= 1 && int($anim_time) > int($time)} { time_step -1 }
+        while {int($anim_time) < int($time) && $anim_time + 1 <= $anim_end} { time_step 1 }
         time_rate $rate
     }
-    for {set steps [expr {round(($time - $anim_time) / $anim_step)}]} {$steps != 0} {} {
-        set direction [expr {$steps > 0 ? 1 : -1}]
-        if {$direction > 0 && $anim_time + $anim_step > $anim_end + 1e-6} break
-        if {$direction < 0 && $anim_time - $anim_step < -1e-6} break
-        time_step $direction
-        incr steps [expr {-$direction}]
+    for {set steps [expr {round(($time - $anim_time) / $anim_step)}]} {$steps > 0} {incr steps -1} {
+        if {[float32 [expr {$anim_time + $anim_step}]] > $anim_end} break
+        time_step 1
     }
 }
 

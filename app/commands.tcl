@@ -9,8 +9,8 @@ namespace eval viewer {
     variable loops 1
     variable chosen_scale 0
 
-    # menu, kind, id, label, key, what it does. A check has its variable in front of what it does, a radio its variable and
-    # value; "menu" is a submenu that is filled elsewhere.
+    # menu, kind, id, label, key, what it does. A check has its variable in front of what it does, a radio its variable
+    # and value; "flag" stands for what all flags do, and a "menu" is filled elsewhere.
     variable COMMANDS {
         file    command open         "Open..."                        Ctrl+O        {viewer::choose_model open}
         file    menu    recent       "Open recent"                    {}            viewer::fill_recent
@@ -40,9 +40,15 @@ namespace eval viewer {
         view    command zoom_in      "Zoom in"                        +             {viewer::zoom_by 0.8}
         view    command zoom_out     "Zoom out"                       -             {viewer::zoom_by 1.25}
         view    -       -            -                                -             -
-        view    radio   mode_turn    "Left button turns"              Ctrl+1        {mouse_mode turn viewer::mode_changed}
-        view    radio   mode_pan     "Left button shifts"             Ctrl+2        {mouse_mode pan viewer::mode_changed}
-        view    radio   mode_zoom    "Left button zooms"              Ctrl+3        {mouse_mode zoom viewer::mode_changed}
+        view    radio   mode_turn    "Left button turns"              Ctrl+1        {
+            mouse_mode turn viewer::mode_changed
+        }
+        view    radio   mode_pan     "Left button shifts"             Ctrl+2        {
+            mouse_mode pan viewer::mode_changed
+        }
+        view    radio   mode_zoom    "Left button zooms"              Ctrl+3        {
+            mouse_mode zoom viewer::mode_changed
+        }
         view    -       -            -                                -             -
         view    command size         "Fixed size..."                  {}            viewer::ask_size
         view    command background   "Background colour..."           {}            viewer::choose_background
@@ -50,25 +56,25 @@ namespace eval viewer {
         view    check   axes         "Axes and scale"                 F8            {shows_axes viewer::axes_changed}
         view    menu    scale        "Size of text"                   {}            viewer::fill_scales
 
-        display check   triangles    "Surfaces"                       S             {flag(triangles) {viewer::show_flag triangles}}
-        display check   lines        "Lines"                          E             {flag(lines) {viewer::show_flag lines}}
-        display check   curves       "Curved surfaces"                C             {flag(curves) {viewer::show_flag curves}}
-        display check   points       "Points with numbers"            P             {flag(points) {viewer::show_flag points}}
-        display check   normals      "Normals"                        N             {flag(normals) {viewer::show_flag normals}}
-        display check   skeleton     "Skeleton"                       K             {flag(skeleton) {viewer::show_flag skeleton}}
+        display check   triangles    "Surfaces"                       S             flag
+        display check   lines        "Lines"                          E             flag
+        display check   curves       "Curved surfaces"                C             flag
+        display check   points       "Points with numbers"            P             flag
+        display check   normals      "Normals"                        N             flag
+        display check   skeleton     "Skeleton"                       K             flag
         display -       -            -                                -             -
-        display check   wireframe    "Wireframe"                      W             {flag(wireframe) {viewer::show_flag wireframe}}
-        display check   quadlines    "Diagonals in wireframe"         Q             {flag(quadlines) {viewer::show_flag quadlines}}
-        display check   backfaces    "Backs of single-sided layers"   B             {flag(backfaces) {viewer::show_flag backfaces}}
-        display check   mirror       "Mirrored halves"                M             {flag(mirror) {viewer::show_flag mirror}}
+        display check   wireframe    "Wireframe"                      W             flag
+        display check   quadlines    "Diagonals in wireframe"         Q             flag
+        display check   backfaces    "Backs of single-sided layers"   B             flag
+        display check   mirror       "Mirrored halves"                M             flag
         display -       -            -                                -             -
-        display check   textures     "Textures"                       T             {flag(textures) {viewer::show_flag textures}}
-        display check   transparency "Transparency"                   Y             {flag(transparency) {viewer::show_flag transparency}}
-        display check   reflect      "Reflections"                    R             {flag(reflect) {viewer::show_flag reflect}}
-        display check   gouraud      "Colours of points"              G             {flag(gouraud) {viewer::show_flag gouraud}}
-        display check   lighting     "Light"                          L             {flag(lighting) {viewer::show_flag lighting}}
+        display check   textures     "Textures"                       T             flag
+        display check   transparency "Transparency"                   Y             flag
+        display check   reflect      "Reflections"                    R             flag
+        display check   gouraud      "Colours of points"              G             flag
+        display check   lighting     "Light"                          L             flag
         display -       -            -                                -             -
-        display check   pnfilter     "Every triangle curved"          U             {flag(pnfilter) {viewer::show_flag pnfilter}}
+        display check   pnfilter     "Every triangle curved"          U             flag
         display command smooth       "Draw textures in by half a texel" {}          viewer::draw_textures_in
         display menu    lod          "Level of detail"                {}            viewer::fill_lods
         display command lod_more     "Finer curves"                   \]            {viewer::change_lod 1}
@@ -97,6 +103,13 @@ namespace eval viewer {
         help    command keys         "Keys"                           F1            viewer::show_keys
         help    command about        "About"                          {}            viewer::show_about
     }
+    # The flags all do the same.
+    set COMMANDS [lmap {menu kind id label key action} $COMMANDS {
+        if {$action eq "flag"} { set action [list flag($id) [list viewer::show_flag $id]] }
+        list $menu $kind $id $label $key $action
+    }]
+    set COMMANDS [concat {*}$COMMANDS]
+    unset menu kind id label key action
     variable MENUS {file File view View display Display animate Animate select Select help Help}
 
     # Keys whose names differ from their keysyms; some lie in two places.
@@ -104,7 +117,7 @@ namespace eval viewer {
         Space space , comma}
     # Widgets in which letters are typed, and those that have a use of their own for arrows and the space bar.
     variable TYPING_CLASSES {TEntry Entry TSpinbox Spinbox TCombobox Text}
-    variable STEERED_CLASSES {Treeview TScale TNotebook TButton TCheckbutton TRadiobutton Toolbutton TMenubutton Listbox}
+    variable STEERED_CLASSES {Treeview TScale TNotebook TButton TCheckbutton TRadiobutton TMenubutton Listbox}
     variable STEERING_KEYS {space Left Right Up Down Home End Delete}
 }
 

@@ -1,10 +1,11 @@
 # Small questions: a window with a few fields.
 
-# Asks for some values: pairs of a label and a value to begin with. A list of the answers, or nothing when it was closed.
+# Asks for some values: pairs of a label and a value to begin with. A list of the answers, or nothing when it was
+# closed.
 proc viewer::ask_values {title hint fields} {
     variable asked
     destroy .ask
-    toplevel .ask -padx [px 14] -pady [px 12]
+    toplevel .ask -padx [px 14] -pady [px 12] -highlightthickness 1 -highlightbackground $::viewer::COLOUR(line)
     wm title .ask $title
     wm transient .ask .
     wm resizable .ask 0 0
@@ -64,8 +65,8 @@ proc viewer::ask_angles {} {
 # A picture of a size of its own inside the window, or one that follows the window again.
 proc viewer::ask_size {} {
     lassign $::viewer::SIZE_LIMITS least most
-    set answer [ask_values "Fixed size" "Width and height of the picture, $least to $most. Both 0: as large as the window." \
-        [list Width [winfo width .view] Height [winfo height .view]]]
+    set hint "Width and height of the picture, $least to $most. Both 0: as large as the window."
+    set answer [ask_values "Fixed size" $hint [list Width [winfo width .view] Height [winfo height .view]]]
     if {[llength $answer] != 2} return
     fixed_size {*}$answer
 }

@@ -12,6 +12,7 @@ proc viewer::open_files {files} {
     foreach file $files {
         if {[open_one $verb $file]} { set verb add }
     }
+    if {[llength $files] > 1 && $verb eq "add"} start_view
 }
 
 # A file of the list of recent ones, whatever it is.

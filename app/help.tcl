@@ -5,7 +5,7 @@ proc viewer::show_keys {} {
     variable COMMANDS
     variable MENUS
     destroy .keys
-    toplevel .keys -padx [px 10] -pady [px 10]
+    toplevel .keys -padx [px 10] -pady [px 10] -highlightthickness 1 -highlightbackground $::viewer::COLOUR(line)
     wm title .keys Keys
     wm transient .keys .
     ttk::treeview .keys.table -columns {key} -height 22 -selectmode browse -yscrollcommand {.keys.scroll set}
@@ -14,7 +14,8 @@ proc viewer::show_keys {} {
     .keys.table column #0 -width [px 320]
     .keys.table column key -width [px 130]
     ttk::scrollbar .keys.scroll -orient vertical -command {.keys.table yview}
-    ttk::label .keys.hint -style Dim.TLabel -text "Double click a row, then press its new key. Escape leaves it without one."
+    ttk::label .keys.hint -style Dim.TLabel \
+        -text "Double click a row, then press its new key. Escape leaves it without one."
     ttk::button .keys.original -text "Original keys" -command viewer::original_keys
     grid .keys.table .keys.scroll -sticky nsew
     grid .keys.hint - -sticky w -pady [px 6]

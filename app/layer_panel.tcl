@@ -21,7 +21,8 @@ proc viewer::build_layer_panel {panel} {
     bind $panel.sides <<ComboboxSelected>> viewer::change_sides
     ttk::combobox $panel.mirror -values {none x y z} -state readonly -width 8 -textvariable ::viewer::layer_mirror
     bind $panel.mirror <<ComboboxSelected>> viewer::change_mirror
-    frame $panel.colour -height [px 22] -borderwidth 1 -relief solid -cursor hand2
+    frame $panel.colour -height [px 22] -cursor hand2 -highlightthickness 1 \
+        -highlightbackground $::viewer::COLOUR(line)
     bind $panel.colour <Button-1> viewer::choose_layer_colour
     ttk::scale $panel.transparency -from 0 -to 1 -variable ::viewer::layer_transparency \
         -command viewer::change_transparency

@@ -1,7 +1,8 @@
 # The connection to the library, which is one command, sorvel.
 #
-# What surprises: the library tells every failure in a message box, three of them for a file that does not load. No box is
-# ever shown here. While a command runs "quietly" the texts are gathered for whoever asked, otherwise they become notices.
+# What surprises: the library tells every failure in a message box, three of them for a file that does not load. No
+# box is ever shown here. While a command runs "quietly" the texts are gathered for whoever asked, otherwise they
+# become notices.
 
 namespace eval viewer {
     variable library_path {}
@@ -49,7 +50,10 @@ proc viewer::quietly {args} {
     } finally {
         incr quiet -1
     }
-    return [list $result [lrange $gathered $before end]]
+    set texts [lrange $gathered $before end]
+    # A call that came in the middle of another, from an event, does not leave its texts to that one.
+    set gathered [lrange $gathered 0 [expr {$before - 1}]]
+    return [list $result $texts]
 }
 
 # The result of a command of the library, or an empty text where it would have shown a box.

@@ -1,6 +1,7 @@
-# File names that the library can be told. It cuts its words at blanks, so a name with one is reached by a detour: a folder
-# of links without blanks in their names. The model's neighbours must be reachable there too, because images and child
-# models are looked for beside it. The folders go when the program ends; what a crash left behind goes at the next start.
+# File names that the library can be told. It cuts its words at blanks, so a name with one is reached by a detour: a
+# folder of links without blanks in their names. The model's neighbours must be reachable there too, because images
+# and child models are looked for beside it. The folders go when the program ends; what a crash left behind goes at
+# the next start.
 
 namespace eval viewer {
     variable link_of          ;# plain folder of each folder, or of each file whose own name has a blank

@@ -60,8 +60,9 @@ proc viewer::usage {} {
             set left {}
         }
     }
-    append text "\nIn the window the first file opens and the others are added; without a file the sample scene opens.\n"
-    append text "The flags of --display, which may be given several times: [lrange $FLAGS 0 8],\n[lrange $FLAGS 9 end].\n"
+    append text "\nIn the window the first file opens and the others are added; without a file the sample\n"
+    append text "scene opens.\n"
+    append text "--display may be given several times. Its flags:\n  [lrange $FLAGS 0 8]\n  [lrange $FLAGS 9 end]\n"
     append text "Exit status: 0, 1 when a model failed (the others are done all the same), 2 for wrong use."
     return $text
 }

@@ -32,6 +32,7 @@ proc viewer::build_panels {} {
     build_layer_panel .side.layer
     build_points_panel .side.points
     build_place_panel .side.place
+    set ::viewer::selection_hook viewer::tree_selected
     bind .side.tree <<TreeviewSelect>> viewer::tree_selected
     bind .side.tabs <<NotebookTabChanged>> viewer::refresh_tab
 }

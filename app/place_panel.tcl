@@ -1,5 +1,5 @@
-# The panel of a model's place: where it was moved, scaled and turned to. The library does not tell these values, so they
-# are remembered; all of them are absolute, from where the model's file puts it.
+# The panel of a model's place: where it was moved, scaled and turned to. The library does not tell these values, so
+# they are remembered; all of them are absolute, from where the model's file puts it.
 
 namespace eval viewer {
     variable place_value

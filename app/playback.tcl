@@ -1,7 +1,7 @@
 # Playing the animation: the library has no timer, so each step is asked for, by the clock.
 #
-# A step that comes late is made up for without its picture, a few at most, and each round waits for the window to be idle
-# first: so the rate is kept where it can be, and the interface answers where it cannot.
+# A step that comes late is made up for without its picture, a few at most, and each round waits for the window to be
+# idle first: so the rate is kept where it can be, and the interface answers where it cannot.
 
 namespace eval viewer {
     variable playing 0

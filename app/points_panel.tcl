@@ -1,7 +1,7 @@
 # The panel of points: a table, a page at a time, and the values of one point to be edited.
 #
-# The library lists the ids of a model's points only while the list stays below 8,150 characters. Beyond that the pages run
-# over ranges of ids, and the ids that answer are the points.
+# The library lists the ids of a model's points only while the list stays below 8,150 characters. Beyond that the
+# pages run over ranges of ids, and the ids that answer are the points.
 
 namespace eval viewer {
     variable PAGE 100
@@ -60,13 +60,15 @@ proc viewer::build_point_fields {panel} {
         grid $panel.l$row {*}$fields -sticky ew -pady 1 -padx 1
     }
     ttk::label $panel.lcolour -text "Colour" -background $::viewer::COLOUR(panel)
-    frame $panel.colour -height [px 22] -borderwidth 1 -relief solid -cursor hand2
+    frame $panel.colour -height [px 22] -cursor hand2 -highlightthickness 1 \
+        -highlightbackground $::viewer::COLOUR(line)
     bind $panel.colour <Button-1> viewer::choose_point_colour
-    ttk::label $panel.ltransparency -text "clear" -background $::viewer::COLOUR(panel) -anchor e
+    ttk::label $panel.ltransparency -text "Transparency" -background $::viewer::COLOUR(panel)
     ttk::entry $panel.transparency -width 5 -textvariable ::viewer::point(transparency) -justify right
     bind $panel.transparency <Return> viewer::set_point_transparency
     bind $panel.transparency <FocusOut> viewer::set_point_transparency
-    grid $panel.lcolour $panel.colour $panel.ltransparency $panel.transparency -sticky ew -pady 1 -padx 1
+    grid $panel.lcolour $panel.colour - - -sticky ew -pady 1 -padx 1
+    grid $panel.ltransparency - - $panel.transparency -sticky ew -pady 1 -padx 1
 }
 
 # ---- the table -----------------------------------------------------------------------------------------------------
@@ -151,6 +153,7 @@ proc viewer::go_to_point {id} {
     if {[.side.points.table exists $id]} {
         .side.points.table see $id
         .side.points.table selection set [list $id]
+        point_selected
     } else {
         say_status "There is no point $id"
     }

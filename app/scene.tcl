@@ -1,12 +1,13 @@
-# What is in the scene: the models that were opened or added, in order, or the rows of a scene list. The library gives only
-# ids, which change at every load, so the names and files are remembered here.
+# What is in the scene: the models that were opened or added, in order, or the rows of a scene list. The library gives
+# only ids, which change at every load, so the names and files are remembered here.
 
 namespace eval viewer {
     variable scene {}            ;# a list of dicts: id, path, name (as the library has it), placement
     variable scene_list {}       ;# the scene list that is open, or nothing
     variable failure {}          ;# the latest failure: title, text, file, line, path (the file that was asked for)
     variable unit_per_pixel 1.0  ;# of the world, at zoom 1
-    variable scene_size 0.0      ;# largest extent of the scene
+    variable scene_size 0.0      ;# largest extent of a model in the scene
+    variable selection_hook {}   ;# a command to call when the library's selection was disturbed
     variable REST_PLACE {move {0 0 0} scale {1 1 1} turn {0 0 0}}
 }
 
@@ -47,8 +48,8 @@ proc viewer::load_scene_list {path} {
         return 0
     }
     lassign [quietly sorvel animate open [file tail $plain]] count texts
+    catch { cd $before }
     if {$count ne "1"} {
-        catch { cd $before }
         set_failure $path [lindex $texts 0]
         return 0
     }
@@ -199,6 +200,27 @@ proc viewer::files_of_model {path depth} {
         if {$file ne $path && [file isfile $file]} { lappend files {*}[files_of_model $file [expr {$depth + 1}]] }
     }
     return $files
+}
+
+# How much must be zoomed out for all models to be seen: the library fits its view to the largest one, wherever the
+# others stand.
+proc viewer::fitting_zoom {} {
+    variable scene
+    variable scene_size
+    variable selection_hook
+    if {[llength $scene] < 2 || $scene_size <= 0} { return 1.0 }
+    set middle [numbers [ask get centre]]
+    set farthest 0.0
+    foreach model $scene {
+        quietly select_only [dict get $model id]
+        set place [numbers [ask select centre]]
+        if {[llength $place] != 3 || [llength $middle] != 3} continue
+        set square 0.0
+        foreach a $place b $middle { set square [expr {$square + ($a - $b) * ($a - $b)}] }
+        set farthest [expr {max($farthest, sqrt($square))}]
+    }
+    if {$selection_hook ne {}} { {*}$selection_hook }
+    return [expr {min(100.0, (2 * $farthest + $scene_size) / $scene_size)}]
 }
 
 # ---- measuring -----------------------------------------------------------------------------------------------------

@@ -1,8 +1,9 @@
 # What is kept between runs: recent files, geometry, what is shown, colours, keys. One text file in the place that the
 # system has for such files, a line "pelt viewer settings 1" and then names and values as a Tcl list.
 #
-# It is read as data and never evaluated. It is written under another name and then renamed, so that it is either the old
-# one or the new one whole. One that cannot be understood is set aside and the viewer starts with what it is made with.
+# It is read as data and never evaluated. It is written under another name and then renamed, so that it is either the
+# old one or the new one whole. One that cannot be understood is set aside and the viewer starts with what it is made
+# with.
 
 namespace eval viewer {
     variable SETTINGS_HEADER "pelt viewer settings 1"

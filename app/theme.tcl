@@ -5,7 +5,7 @@ namespace eval viewer {
     variable ui_scale 1.0
     variable COLOUR
     array set COLOUR {
-        window  #26292e   panel   #2c3036   field   #1d2024   line    #3b4048   hover #363b43
+        window  #26292e   panel   #2c3036   field   #1d2024   line    #3b4048   hover #424852   button #373c45
         text    #d9dde3   dim     #949ca8   faint   #6b7380   accent  #4f8fd0   marked #33557a
         bad     #4a2b2d   bad_text #f0b4b0  note    #2d3a4a
     }
@@ -13,7 +13,8 @@ namespace eval viewer {
     variable SCALES {1.0 1.25 1.5 2.0}
 }
 
-# What fits the screen: the dots per inch that the system tells, and more where a very fine screen tells nothing of them.
+# What fits the screen: the dots per inch that the system tells, and more where a very fine screen tells nothing of
+# them.
 proc viewer::automatic_scale {} {
     set told [expr {[tk scaling] / (96.0 / 72.0)}]
     set height [winfo screenheight .]
@@ -51,7 +52,8 @@ proc viewer::style_widgets {} {
         -selectbackground $c(marked) -selectforeground #ffffff -fieldbackground $c(field) -insertcolor $c(text) \
         -arrowcolor $c(dim) -arrowsize [px 12]
     ttk::style map . -foreground [list disabled $c(faint)] -background [list disabled $c(window)]
-    ttk::style configure TButton -background $c(panel) -padding [list [px 10] [px 4]] -width -6 -anchor center
+    ttk::style configure TButton -background $c(button) -bordercolor $c(line) -lightcolor $c(button) \
+        -darkcolor $c(button) -padding [list [px 10] [px 4]] -width -6 -anchor center
     ttk::style map TButton -background [list pressed $c(field) active $c(hover)] \
         -bordercolor [list focus $c(accent)]
     ttk::style configure Toolbutton -background $c(window) -padding [list [px 9] [px 4]] -relief flat \

@@ -186,10 +186,10 @@ proc viewer::zoom_by {factor {x {}} {y {}}} {
 
 # The whole scene, in the middle.
 proc viewer::fit {} {
-    variable option
     sorvel set view centre
     sorvel set pan 0 0
-    set_zoom 1.0
+    measure_view
+    set_zoom [fitting_zoom]
 }
 
 proc viewer::centre {} {
@@ -231,7 +231,8 @@ proc viewer::start_view {} {
     variable option
     aim $option(view)
     turn_by {*}[split $option(rotate) ,]
-    set_zoom $option(zoom)
+    fit
+    set_zoom [expr {[current_zoom] * $option(zoom)}]
 }
 
 # ---- what is shown -------------------------------------------------------------------------------------------------

@@ -29,13 +29,22 @@ proc viewer::absolute_names {files} {
 proc viewer::start {words} {
     variable root_folder
     variable option
+    variable given
     set files [read_command_line $words]
     if {$option(help)} {
         puts [usage]
         exit 0
     }
+    # A scene list among the files is one to open as such.
+    if {[llength $files] == 1 && [string tolower [file extension [lindex $files 0]]] eq ".scene" && !$given(animate)} {
+        lassign $files option(animate)
+        set given(animate) 1
+        set files {}
+    }
     check_options $files
-    # Tk would take words that look like its own options.
+    # In tclsh, which leaves the words of the command line alone (wish takes those that look like its own options), Tk
+    # comes only now; it is not to see them either.
+    set is_wish [expr {[llength [info commands ::winfo]] > 0}]
     set ::argv {}
     if {[catch { package require Tk } message]} { die $message 1 }
     load_library
@@ -48,6 +57,7 @@ proc viewer::start {words} {
     } else {
         source_files $::viewer::WINDOW_FILES
         run_window $files
+        if {!$is_wish} { vwait ::viewer::ended }
     }
 }
 

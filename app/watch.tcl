@@ -1,5 +1,5 @@
-# Reloading when a file of the scene changes on disk. It goes on after a load that failed, and waits until a file has stood
-# still for one look, because programs write files in pieces.
+# Reloading when a file of the scene changes on disk. It goes on after a load that failed, and waits until a file has
+# stood still for one look, because programs write files in pieces.
 
 namespace eval viewer {
     variable watched {}          ;# the mark of each file when it was loaded

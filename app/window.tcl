@@ -1,6 +1,7 @@
 # The window: toolbar, notices, panels beside the view, player, status line; how it starts and ends.
 
 namespace eval viewer {
+    variable ended 0
     variable time_text {}
     variable triangle_text {}
     variable status_timer {}
@@ -104,8 +105,9 @@ proc viewer::place_window {} {
     set screen_height [winfo screenheight .]
     if {$given(size)} return
     if {[regexp {^(\d+)x(\d+)(?:\+(-?\d+)\+(-?\d+))?$} $setting(geometry) -> width height x y]} {
+        # The menu lies outside of what Tk calls the height.
         set width [expr {min($width, $screen_width)}]
-        set height [expr {min($height, $screen_height)}]
+        set height [expr {min($height, $screen_height - [px 40])}]
         wm geometry . ${width}x$height
         # A place is taken only if the window can be reached there.
         if {$x ne {} && $x >= 0 && $y >= 0 && $x < $screen_width - 100 && $y < $screen_height - 100} {
@@ -117,12 +119,16 @@ proc viewer::place_window {} {
 }
 
 proc viewer::note_geometry {} {
-    variable setting
-    if {[info exists setting(geometry)] && [winfo viewable .]} { keep geometry [wm geometry .] }
+    variable given
+    if {!$given(size) && [winfo viewable .]} { keep geometry [wm geometry .] }
 }
 
 proc viewer::build_toolbar {} {
     ttk::frame .tools -padding [list [px 6] [px 3]]
+    # First, so that it is the last to go when the window is narrow.
+    ttk::checkbutton .tools.side -text Panels -style Toolbutton -variable ::viewer::shows_side \
+        -command viewer::side_changed -takefocus 0
+    pack .tools.side -side right
     foreach {mode text} {turn Turn pan Shift zoom Zoom} {
         ttk::radiobutton .tools.$mode -text $text -style Toolbutton -value $mode -variable ::viewer::mouse_mode \
             -command viewer::mode_changed -takefocus 0
@@ -142,9 +148,6 @@ proc viewer::build_toolbar {} {
             -command [list viewer::show_flag $name] -takefocus 0
         pack .tools.$name -side left
     }
-    ttk::checkbutton .tools.side -text Panels -style Toolbutton -variable ::viewer::shows_side \
-        -command viewer::side_changed -takefocus 0
-    pack .tools.side -side right
 }
 
 proc viewer::tool_gap {number} {
@@ -223,6 +226,8 @@ proc viewer::quit {} {
 }
 
 proc viewer::leave {} {
+    variable ended
     write_settings
     remove_links
+    set ended 1
 }

@@ -74,8 +74,9 @@ proc statuses_of {script} {
 
 # ---- files ------------------------------------------------------------------------------------------------------
 
+# As the system writes it: where a backslash separates, a path with slashes has no directory for the library.
 proc work_path {name} {
-    return [file join $::work $name]
+    return [file nativename [file join $::work $name]]
 }
 
 proc write_file {name content} {

@@ -1,0 +1,132 @@
+# What the tests of the viewer share: they source this behind support.tcl. The viewer runs in the wish of the test, or
+# in a process of its own.
+
+set root [file normalize [file join [file dirname [file normalize [info script]]] .. ..]]
+set app [file join $root app viewer.tcl]
+set ::env(XDG_CONFIG_HOME) [work_path config]
+set ::env(XDG_RUNTIME_DIR) [work_path runtime]
+file mkdir $::env(XDG_RUNTIME_DIR)
+
+# Starts the viewer in this process with that command line.
+proc start_app {args} {
+    set ::argv $args
+    uplevel #0 [list source $::app]
+    # The tests give the answers of these.
+    foreach name {tk_getOpenFile tk_getSaveFile tk_chooseColor} {
+        if {[llength [info commands ::$name]] > 0} { catch { auto_load $name } }
+        proc ::$name {args} "set ::asked_of_user \[list $name {*}\$args\]; return \$::answer"
+    }
+    serve 300
+}
+set answer {}
+
+# Until nothing is left to draw.
+proc settle {{milliseconds 80}} {
+    serve $milliseconds
+    serve_until {$::viewer::draw_state eq "idle"}
+}
+
+# Presses a button in the view, moves by a way in so many steps, and releases.
+proc drag {button x y dx dy {steps 5}} {
+    point_at $x $y
+    xdotool mousedown $button
+    serve 40
+    for {set step 1} {$step <= $steps} {incr step} {
+        point_at [expr {$x + $dx * $step / $steps}] [expr {$y + $dy * $step / $steps}]
+    }
+    serve 40
+    xdotool mouseup $button
+    settle
+}
+
+# Presses a key of the main window.
+proc press_key {key} {
+    focus -force .
+    update
+    event generate . $key
+    settle 30
+}
+
+# The picture's middle.
+proc middle {} {
+    settle 30
+    return [pixel_at [take_picture] 0.5 0.5]
+}
+
+# Whether two colours are nearly one.
+proc near {a b {tolerance 12}} {
+    foreach x $a y $b {
+        if {abs($x - $y) > $tolerance} { return 0 }
+    }
+    return 1
+}
+
+# red, green, blue or other: which of the three is by far the largest.
+proc tint {colour} {
+    lassign $colour red green blue
+    if {$red > 2 * $green && $red > 2 * $blue && $red > 40} { return red }
+    if {$green > 2 * $red && $green > 2 * $blue && $green > 40} { return green }
+    if {$blue > 2 * $red && $blue > 2 * $green && $blue > 40} { return blue }
+    return other
+}
+
+# A square in a folder, with the image skin.tga on it.
+proc write_textured_square {name} {
+    return [write_file $name \
+        "[square_points 1 5]layer face 127 127 127 doublesided\n[square_quad 1]image skin.tga x y\n"]
+}
+
+# A model with nothing of its own but a child.
+proc write_parent {name child} {
+    return [write_file $name "points\n1 0 0 0\nlayer none 0 0 0 singlesided\nchild $child 0 0 0 1.0 1.0 1.0 0 0 0\n"]
+}
+
+proc scene_names {} { lmap model $::viewer::scene { dict get $model name } }
+
+# Runs the viewer in a process of its own, on this display: status, standard output, standard error.
+proc run_viewer {args} {
+    return [run_command [list {*}[preloaded_environment] timeout 100 $::env(PELT_TCLSH) $::app {*}$args]]
+}
+
+proc run_command {command} {
+    set errors [work_path stderr.txt]
+    set status 0
+    if {[catch { exec -ignorestderr {*}$command 2>$errors } output options]} {
+        set code [dict get $options -errorcode]
+        set status [expr {[lindex $code 0] eq "CHILDSTATUS" ? [lindex $code 2] : "signal"}]
+        set output [string map [list "\nchild process exited abnormally" {}] $output]
+        if {$output eq "child process exited abnormally"} { set output {} }
+    }
+    set channel [open $errors]
+    set text [string trim [read $channel]]
+    close $channel
+    return [list $status $output $text]
+}
+
+# {red green blue} of a picture file at a fraction of it from the upper left.
+proc file_pixel {path {fx 0.5} {fy 0.5}} {
+    if {[string match *.tga $path]} {
+        set picture [read_picture $path]
+        return [pixel_at $picture $fx [expr {1 - $fy}]]
+    }
+    set photo [image create photo -file $path]
+    set x [expr {int($fx * ([image width $photo] - 1))}]
+    set y [expr {int($fy * ([image height $photo] - 1))}]
+    set colour [$photo get $x $y]
+    image delete $photo
+    return $colour
+}
+
+proc file_size {path} {
+    set photo [image create photo -file $path]
+    set size [list [image width $photo] [image height $photo]]
+    image delete $photo
+    return $size
+}
+
+proc read_text {path} {
+    set channel [open $path]
+    set text [read $channel]
+    close $channel
+    return $text
+}
