@@ -10,12 +10,12 @@
 // Each time is the best of several rounds in which the candidates take turns, so that a busy machine disturbs them
 // alike. A ratio over its goal makes the exit code 1.
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
+#include "bench/report.h"
 #include "edit/bake_mirror.h"
 #include "edit/normals.h"
 #include "formats/model_reader.h"
@@ -80,9 +80,9 @@ std::string model_text(int points, Mirrored mirrored) {
 
 template <typename Work>
 double seconds(Work work) {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = bench::processor_seconds();
     work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return bench::processor_seconds() - start;
 }
 
 struct Times {
@@ -112,13 +112,6 @@ void run_round(const std::string& path, int points, Times* best) {
     pelt::model_release(model);
 }
 
-bool report(const char* what, double measured, double base, double goal) {
-    const double ratio = measured / base;
-    std::printf("  %-44s %8.2f ms / %8.2f ms = %5.2f (goal at most %.1f)%s\n", what, measured * 1e3, base * 1e3, ratio,
-                goal, ratio <= goal ? "" : "  MISSED");
-    return ratio <= goal;
-}
-
 bool measure(const pelt::test::TempDir& dir, const char* name, Mirrored mirrored) {
     const std::string whole_path = dir.write("whole.mod", model_text(POINTS, mirrored));
     const std::string half_path = dir.write("half.mod", model_text(POINTS / 2, mirrored));
@@ -128,11 +121,15 @@ bool measure(const pelt::test::TempDir& dir, const char* name, Mirrored mirrored
         run_round(whole_path, POINTS, &whole);
         run_round(half_path, POINTS / 2, &half);
     }
-    std::printf("%s: %d points when baked\n", name, POINTS);
-    bool good = report("bake mirror / load", whole.bake, whole.load, LOAD_GOAL);
-    good &= report("bake mirror / the same with half the points", whole.bake, half.bake, HALF_GOAL);
-    good &= report("rebuild normals / load", whole.rebuild, whole.load, LOAD_GOAL);
-    good &= report("rebuild normals / the same with half", whole.rebuild, half.rebuild, HALF_GOAL);
+    const std::string bake = std::string("bake a mirror of 30,000 points, ") + name;
+    const std::string rebuild = std::string("rebuild their normals, ") + name;
+    const auto row = [](const std::string& work, const char* against, double time, double base, double goal) {
+        return bench::row(work.c_str(), against, time * 1e3, base * 1e3, "ms", goal);
+    };
+    bool good = row(bake, "load", whole.bake, whole.load, LOAD_GOAL);
+    good &= row(bake, "half the points", whole.bake, half.bake, HALF_GOAL);
+    good &= row(rebuild, "load", whole.rebuild, whole.load, LOAD_GOAL);
+    good &= row(rebuild, "half the points", whole.rebuild, half.rebuild, HALF_GOAL);
     return good;
 }
 
@@ -140,7 +137,7 @@ bool measure(const pelt::test::TempDir& dir, const char* name, Mirrored mirrored
 
 int main() {
     const pelt::test::TempDir dir;
-    const bool there = measure(dir, "mirrored points are there", Mirrored::THERE);
-    const bool missing = measure(dir, "mirrored points are made", Mirrored::MISSING);
+    const bool there = measure(dir, "mirrored points there", Mirrored::THERE);
+    const bool missing = measure(dir, "mirrored points made", Mirrored::MISSING);
     return there && missing ? 0 : 1;
 }

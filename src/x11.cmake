@@ -8,6 +8,7 @@ find_library(PELT_TK_STUB tkstub8.6 REQUIRED)
 
 file(GLOB PELT_NATIVE_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/window/native_x11*.cpp)
 
+set(PELT_LIBRARY_PREFIX lib)
 add_library(pelt SHARED ${PELT_SCRIPT_SOURCES} ${PELT_NATIVE_SOURCES})
 target_link_libraries(pelt PRIVATE pelt_draw pelt_window pelt_core ${PELT_TK_STUB} ${PELT_TCL_STUB} OpenGL::GL
                       X11::X11 X11::Xcursor)

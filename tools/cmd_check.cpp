@@ -1,5 +1,6 @@
 // pelt-model check: everything that is wrong with model files.
 #include <cstdio>
+#include <limits>
 #include <memory>
 
 #include "commands.h"
@@ -52,7 +53,9 @@ void add_check(CLI::App& program, int* status) {
     CLI::App* command = program.add_subcommand("check", "Report everything that is wrong with models");
     command->add_option("FILE", options->files, "model files (.mod)")->required();
     command->add_flag("--strict", options->strict, "report lines that the reader ignores, too");
-    command->add_option("--max", options->most, "stop after N problems of a file (default: all)")->type_name("N");
+    command->add_option("--max", options->most, "stop after N problems of a file (default: all)")
+        ->type_name("N")
+        ->check(CLI::Range(0, std::numeric_limits<int>::max()).description(""));
     command->add_flag("-q,--quiet", options->quiet, "say nothing of good files");
     command->footer(
         "Loads each model, its images and its child models, and goes on where a load would end, so that one run\n"

@@ -220,6 +220,7 @@ void add_flatten(CLI::App& program, int* status) {
     }
     command->add_option("--only", options->only, "run these steps alone, in the order given")
         ->delimiter(',')
+        ->allow_extra_args(false)  // the word behind the steps is the model
         ->check(CLI::IsMember(names))
         ->type_name("STEP[,STEP...]");
     command->footer(

@@ -54,7 +54,7 @@ void add_ps2_check(CLI::App& program, int* status) {
     command->footer(
         "Beside each image NAME.tga of a model and its children there must be a NAME.p2i. Where its depth is below 16\n"
         "it names a palette, whose .p2c file must lie in the current directory. Every image that lacks one is\n"
-        "reported.\n\n"
+        "reported; one that cannot be loaded is not looked at (pelt-model check names it).\n\n"
         "Example: pelt-model ps2-check models/mill.mod\n");
     command->callback([files, status] { *status = run_ps2_check(*files); });
 }

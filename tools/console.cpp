@@ -28,6 +28,18 @@ bool is_terminal() {
 #endif
 }
 
+// What a file says is no command to the terminal.
+std::string shown(const std::string& line) {
+    constexpr unsigned char BLANK = ' ';
+    constexpr unsigned char DELETE = 0x7F;
+    std::string text = line;
+    for (char& c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        c = (byte < BLANK && c != '\t') || byte == DELETE ? '?' : c;
+    }
+    return text;
+}
+
 }  // namespace
 
 void print_error(const std::string& text) { print_report(std::string(PROGRAM) + ": " + text); }
@@ -37,7 +49,7 @@ void print_warning(const std::string& file, const std::string& text) { print_rep
 void print_report(const std::string& line) {
     clear_progress();
     std::fflush(stdout);
-    std::fputs((line + "\n").c_str(), stderr);
+    std::fputs((shown(line) + "\n").c_str(), stderr);
 }
 
 void show_progress(size_t number, size_t count, const std::string& file) {

@@ -12,7 +12,7 @@ void print_error(const std::string& text);
 // "file: warning: text".
 void print_warning(const std::string& file, const std::string& text);
 
-// One line as it is; a progress line makes way for it.
+// One line, with control characters as '?'; a progress line makes way for it.
 void print_report(const std::string& line);
 
 // Says on a terminal which of several files is being worked on; nowhere else, and not for a single one.

@@ -1,8 +1,11 @@
 // pelt-model: the operations of the library that no script command reaches, as a command-line program.
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 
 #include "commands.h"
+#include "console.h"
 
 #ifndef PELT_VERSION
 #define PELT_VERSION "unknown"
@@ -30,6 +33,16 @@ std::string failure_message(const CLI::App* program, const CLI::Error& error) {
     return "pelt-model: " + std::string(error.what()) + "\nTry '" + help + "' for more information.\n";
 }
 
+// What was printed may not have arrived, such as on a full disk. A status that is not good was explained before.
+int finish(int status) {
+    errno = 0;
+    if ((std::fflush(stdout) == 0 && std::ferror(stdout) == 0) || status != STATUS_GOOD) {
+        return status;
+    }
+    print_error(std::string("cannot write standard output: ") + std::strerror(errno != 0 ? errno : EIO));
+    return STATUS_BAD_MODEL;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -48,11 +61,11 @@ int main(int argc, char** argv) {
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return program.exit(error) == 0 ? STATUS_GOOD : STATUS_WRONG_USE;
+        return finish(program.exit(error) == 0 ? STATUS_GOOD : STATUS_WRONG_USE);
     }
     if (program.get_subcommands().empty()) {
         std::fputs("pelt-model: a command is required\nTry 'pelt-model --help' for more information.\n", stderr);
         return STATUS_WRONG_USE;
     }
-    return status;
+    return finish(status);
 }

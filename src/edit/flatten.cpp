@@ -113,15 +113,16 @@ void merge_triangle(const Merge& merge, const Triangle& triangle, const char* ta
     model_add_triangle(merge.parent, target, triangle.quad, points, normals, controls, triangle.curve_type);
 }
 
-// Everything of a layer that is no primitive. Its image finds nothing to map yet: the coordinates come as uvees.
+// Everything of a layer that is no primitive. Its image finds nothing to map yet: the coordinates come as uvees, and so
+// the axes are x and y whatever those of the child are: intended.
 void merge_settings(const Merge& merge, const Layer& layer, const char* target) {
     // A layer of that name may exist; it is then added to.
     model_add_layer(merge.parent, target, layer.colour[0], layer.colour[1], layer.colour[2], layer.singlesided, 0,
                     AXIS_X);
     carry_settings(merge.parent, target, layer);
     if (const LayerImage* image = layer_first_image(&layer)) {
-        model_add_image(merge.parent, target, IMAGE_SLOT_BASE, image->names[IMAGE_SLOT_BASE], layer.image_axis_u,
-                        layer.image_axis_v);
+        model_add_image(merge.parent, target, IMAGE_SLOT_BASE, image->names[IMAGE_SLOT_BASE], AXIS_X,
+                        AXIS_Y);
     }
 }
 

@@ -33,7 +33,8 @@ int model_merge_children(Model* model, int32_t* counter);
 // id + 1, and its place is scaled, turned by the three rotation texts (mat_rotate_text) and then moved; its normal is
 // turned only. A layer "body" becomes "<counter>_body", and a layer of the parent that has that name already is added
 // to. Joints, lines, mirrors and repeat factors are not carried: texture coordinates come along as uvees, which reach
-// the corners with the next layer_map_uvees. Image files are looked for in the parent's directory.
+// the corners with the next layer_map_uvees, and the axes of the image become x and y. Image
+// files are looked for in the parent's directory.
 // The child is prepared in place (mirrors baked, polygons and quads split, uvs stored), and otherwise stays the
 // caller's. Its own child links are left alone. 0 for a null argument, too, and for a model merged into itself.
 int model_merge_child(Model* parent, Model* child, float x, float y, float z, float scale_x, float scale_y,

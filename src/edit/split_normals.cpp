@@ -47,7 +47,7 @@ void add_point(Model* model, int32_t id, const SplitCorner& corner) {
     model_set_normal(model, id, normal.x, normal.y, normal.z);
     if (Joint* joint = corner.normal->joint_a) {
         static_cast<Point*>(list_find(&model->points, id))->joint_a = joint;
-        ++joint->point_count;
+        joint_gain_point(joint);
     }
 }
 

@@ -214,7 +214,7 @@ void bind_joints(const Bake& bake, const Corners& corners) {
         Point* point = static_cast<Point*>(list_find(&bake.model->points, bake.ids[rule.target]));
         point->joint_a = joint;
         if (joint != nullptr) {
-            ++joint->point_count;
+            joint_gain_point(joint);
         }
         if (joint != joints[P0]) {
             point->weight = 1.0f - point->weight;

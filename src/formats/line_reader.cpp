@@ -21,29 +21,28 @@ constexpr const char* DATA_NAME = "(data)";
 constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 constexpr size_t BYTE_ORDER_MARK_SIZE = sizeof BYTE_ORDER_MARK - 1;
 
-// One running read, held by the operation that runs it. The arrays are filled up to token_count and no further, so
-// that starting a read or a line costs nothing for tokens that are not there.
+// One running read, held by the operation that runs it. Starting a read or a line costs nothing for tokens that are not
+// there.
 struct LineReader {
     int file;  // slot of the open file; unused for a read from memory
     const char* file_name;
     char line[READER_LINE_SIZE];
     int32_t line_number;
-    int32_t token_count;
     char texts[READER_LINE_SIZE + 1];  // the tokens, one behind the other: never longer than the line they come from
-    const char* tokens[READER_TOKEN_LIMIT];
-    WordClass classes[READER_TOKEN_LIMIT];
-    int32_t ints[READER_TOKEN_LIMIT];
-    float floats[READER_TOKEN_LIMIT];
+    ReaderTokens tokens;
     bool abort;
     const char* comment_chars;
     int32_t comment_count;
     const char* data;  // read position in memory, null for a file
 };
 
+constexpr ReaderTokens NO_TOKENS{};
+
 LineReader* current_reader = nullptr;
 
 void make_current(LineReader* reader) {
     current_reader = reader;
+    reader_tokens = reader != nullptr ? &reader->tokens : &NO_TOKENS;
     if (reader == nullptr) {
         load_error_watch(nullptr, nullptr);
     } else {
@@ -62,33 +61,57 @@ bool is_comment(const LineReader& reader) {
     return false;
 }
 
-// What the characters of a bare word were, gathered while it is copied, so that a short integer needs no second look.
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+bool ends_word(char c) { return c == '\0' || is_blank(c); }
+
+// What a bare word was, gathered while it is copied, so that a number of few digits needs no second look.
 struct WordShape {
-    uint32_t value;  // of the digits, meaningful while they are few
-    int32_t digits;
-    int32_t minuses;
-    int32_t points;
-    bool other;
+    uint64_t value;  // of the digits, meaningful while they are few
+    ptrdiff_t digits;
+    ptrdiff_t decimals;  // of the digits
+    bool negative;
+    bool point;
+    bool number;  // nothing but a sign, digits and a point, in this order
 };
 
-constexpr int32_t SHORT_DIGITS = 9;  // that many fit 32 bits whatever they are
+constexpr ptrdiff_t SHORT_INT = 9;       // that many digits fit 32 bits whatever they are
+constexpr ptrdiff_t SHORT_DECIMAL = 15;  // and that many 53 bits
+
+const char* copy_digits(const char* from, char*& to, uint64_t& value) {
+    for (; is_digit(*from); ++from) {
+        *to++ = *from;
+        value = value * 10 + static_cast<uint64_t>(*from - '0');
+    }
+    return from;
+}
 
 // Copies up to the next blank, tab or end; returns where it stopped.
-const char* copy_bare_word(const char* from, char*& to, WordShape& shape) {
-    for (; *from != '\0' && !is_blank(*from); ++from) {
-        const char c = *from;
-        *to++ = c;
-        if (c >= '0' && c <= '9') {
-            shape.value = shape.value * 10 + static_cast<uint32_t>(c - '0');
-            ++shape.digits;
-        } else if (c == '-') {
-            ++shape.minuses;
-        } else if (c == '.') {
-            ++shape.points;
-        } else {
-            shape.other = true;
-        }
+inline const char* copy_bare_word(const char* from, char*& end, WordShape& shape) {
+    char* to = end;
+    uint64_t value = 0;
+    shape.negative = *from == '-';
+    if (shape.negative) {
+        *to++ = *from++;
     }
+    const char* const digits = from;
+    from = copy_digits(from, to, value);
+    shape.digits = from - digits;
+    shape.decimals = 0;
+    shape.point = *from == '.';
+    if (shape.point) {
+        *to++ = *from++;
+        const char* const decimals = from;
+        from = copy_digits(from, to, value);
+        shape.decimals = from - decimals;
+        shape.digits += shape.decimals;
+    }
+    shape.number = ends_word(*from);
+    for (; !ends_word(*from); ++from) {
+        *to++ = *from;
+    }
+    shape.value = value;
+    end = to;
     return from;
 }
 
@@ -99,72 +122,80 @@ const char* copy_quoted_text(const char* from, char*& to) {
     return from;
 }
 
-void store_int(LineReader& reader, int32_t value) {
-    const int32_t index = reader.token_count++;
-    reader.classes[index] = WORD_INT;
-    reader.ints[index] = value;
-    reader.floats[index] = static_cast<float>(value);
+void store_int(ReaderTokens& tokens, int32_t value) {
+    const int32_t index = tokens.count++;
+    tokens.classes[index] = WORD_INT;
+    tokens.ints[index] = value;
+    tokens.floats[index] = static_cast<float>(value);
 }
 
-// Classifies and converts any token. The integer value of a float stays out of reach of the accessors, and is not kept.
-void store_token(LineReader& reader, const char* text) {
+// The integer value of a float stays out of reach of the accessors, and is not kept.
+void store_float(ReaderTokens& tokens, double value) {
+    const int32_t index = tokens.count++;
+    tokens.classes[index] = WORD_FLOAT;
+    tokens.floats[index] = to_float(value);
+}
+
+// Classifies and converts any token.
+void store_token(ReaderTokens& tokens, const char* text) {
     const WordClass kind = word_class(text);
     if (kind == WORD_INT) {
-        store_int(reader, text_to_int(text));
-        return;
-    }
-    const int32_t index = reader.token_count++;
-    reader.classes[index] = kind;
-    if (kind == WORD_FLOAT) {
-        reader.floats[index] = to_float(text_to_double(text));
+        store_int(tokens, text_to_int(text));
+    } else if (kind == WORD_FLOAT) {
+        store_float(tokens, text_to_double(text));
+    } else {
+        tokens.classes[tokens.count++] = kind;
     }
 }
 
 // The same for a bare word of known shape.
-void store_bare_word(LineReader& reader, const char* text, const WordShape& shape) {
-    const bool sign_leads = shape.minuses == 0 || (shape.minuses == 1 && text[0] == '-');
-    if (!shape.other && shape.points == 0 && sign_leads && shape.digits >= 1 && shape.digits <= SHORT_DIGITS) {
+inline void store_bare_word(ReaderTokens& tokens, const char* text, const WordShape& shape) {
+    if (shape.number && !shape.point && shape.digits >= 1 && shape.digits <= SHORT_INT) {
         const auto value = static_cast<int32_t>(shape.value);
-        store_int(reader, shape.minuses == 0 ? value : -value);
+        store_int(tokens, shape.negative ? -value : value);
+    } else if (shape.number && shape.point && shape.digits >= 1 && shape.digits <= SHORT_DECIMAL) {
+        const double value = short_decimal(shape.value, static_cast<int>(shape.decimals));
+        store_float(tokens, shape.negative ? -value : value);
     } else {
-        store_token(reader, text);
+        store_token(tokens, text);
     }
 }
 
 // Cuts the line into tokens; true when there is at least one. A comment character counts in the first column only.
 // An empty quoted token ends the line: what stands behind it is lost, as intended.
 bool split_line(LineReader& reader) {
-    reader.token_count = 0;
+    ReaderTokens& tokens = reader.tokens;
+    tokens.count = 0;
     if (is_comment(reader)) {
         return false;
     }
     const char* at = reader.line;
     char* to = reader.texts;
-    while (reader.token_count < READER_TOKEN_LIMIT) {
+    while (tokens.count < READER_TOKEN_LIMIT) {
         while (is_blank(*at)) {
             ++at;
         }
         const bool quoted = *at == '"';
-        WordShape shape{};
+        WordShape shape;
         char* const text = to;
         at = quoted ? copy_quoted_text(at + 1, to) : copy_bare_word(at, to, shape);
         if (to == text) {
             break;
         }
         *to++ = '\0';
-        reader.tokens[reader.token_count] = text;
+        tokens.texts[tokens.count] = text;
         if (quoted || to - text > READER_TOKEN_SIZE) {
             text[std::min<ptrdiff_t>(to - text, READER_TOKEN_SIZE) - 1] = '\0';
-            store_token(reader, text);
+            store_token(tokens, text);
         } else {
-            store_bare_word(reader, text, shape);
+            store_bare_word(tokens, text, shape);
         }
         if (*at == '\0') {
             break;
         }
         ++at;  // the delimiter; behind a closing quote the next token may start at once
     }
-    return reader.token_count > 0;
+    return tokens.count > 0;
 }
 
 void count_line(LineReader& reader) {
@@ -226,7 +257,7 @@ void start(LineReader& reader, const char* file_name, const char* comment_chars,
     reader.file_name = file_name;
     reader.line[0] = '\0';
     reader.line_number = 0;
-    reader.token_count = 0;
+    reader.tokens.count = 0;
     reader.abort = false;
     reader.comment_chars = comment_chars;
     reader.comment_count = comment_count;
@@ -240,16 +271,9 @@ void hand_over(LineReader& reader, LineCallback callback, void* context) {
     }
 }
 
-// The token behind the index of the read in progress, or -1.
-int32_t valid_index(int32_t index) {
-    return current_reader != nullptr && index >= 0 && index < current_reader->token_count ? index : -1;
-}
-
-bool has_class(int32_t index, WordClass wanted) {
-    return valid_index(index) >= 0 && current_reader->classes[index] == wanted;
-}
-
 }  // namespace
+
+const ReaderTokens* reader_tokens = &NO_TOKENS;
 
 int reader_run_file(const char* path, const char* comment_chars, int32_t comment_count, LineCallback callback,
                     void* context) {
@@ -300,26 +324,8 @@ void reader_abort() {
     }
 }
 
-int32_t reader_token_count() { return current_reader != nullptr ? current_reader->token_count : 0; }
-
 int reader_token_equals(const char* text, int32_t index) {
-    return text != nullptr && valid_index(index) >= 0 && std::strcmp(current_reader->tokens[index], text) == 0;
-}
-
-int reader_is_int(int32_t index) { return has_class(index, WORD_INT); }
-
-int reader_is_float(int32_t index) { return has_class(index, WORD_FLOAT); }
-
-int reader_is_text(int32_t index) { return has_class(index, WORD_TEXT); }
-
-int32_t reader_int(int32_t index) { return has_class(index, WORD_INT) ? current_reader->ints[index] : 0; }
-
-float reader_float(int32_t index) {
-    return has_class(index, WORD_INT) || has_class(index, WORD_FLOAT) ? current_reader->floats[index] : 0.0f;
-}
-
-const char* reader_text(int32_t index) {
-    return valid_index(index) >= 0 ? current_reader->tokens[index] : nullptr;
+    return text != nullptr && reader_has_token(index) && std::strcmp(reader_tokens->texts[index], text) == 0;
 }
 
 const char* reader_line() { return current_reader != nullptr ? current_reader->line : nullptr; }

@@ -4,11 +4,24 @@
 
 #include <cstdint>
 
+#include "foundation/text.h"
+
 namespace pelt {
 
 inline constexpr int READER_LINE_SIZE = 1024;
 inline constexpr int READER_TOKEN_LIMIT = 256;
 inline constexpr int READER_TOKEN_SIZE = 256;
+
+// The tokens of the line in hand, private to the functions below. It stands here so that the accessors can be inlined:
+// a line of a model asks ten times or so, and the calls showed in the profile of a load.
+struct ReaderTokens {
+    int32_t count;  // the arrays are filled so far and no further
+    const char* texts[READER_TOKEN_LIMIT];
+    WordClass classes[READER_TOKEN_LIMIT];
+    int32_t ints[READER_TOKEN_LIMIT];
+    float floats[READER_TOKEN_LIMIT];
+};
+extern const ReaderTokens* reader_tokens;  // of the innermost read; without one, a record without tokens
 
 using LineCallback = void (*)(void* context);
 
@@ -19,14 +32,27 @@ int reader_run_data(const char* text, const char* comment_chars, int32_t comment
                     void* context);
 
 void reader_abort();  // ends the read behind the running callback
-int32_t reader_token_count();
 int reader_token_equals(const char* text, int32_t index);
-int reader_is_int(int32_t index);
-int reader_is_float(int32_t index);
-int reader_is_text(int32_t index);
-int32_t reader_int(int32_t index);      // 0 unless the token is an integer
-float reader_float(int32_t index);      // 0.0 unless the token is a number
-const char* reader_text(int32_t index);  // null when there is no such token
+
+inline bool reader_has_token(int32_t index) { return index >= 0 && index < reader_tokens->count; }
+inline bool reader_has_class(int32_t index, WordClass wanted) {
+    return reader_has_token(index) && reader_tokens->classes[index] == wanted;
+}
+inline int32_t reader_token_count() { return reader_tokens->count; }
+inline int reader_is_int(int32_t index) { return reader_has_class(index, WORD_INT); }
+inline int reader_is_float(int32_t index) { return reader_has_class(index, WORD_FLOAT); }
+inline int reader_is_text(int32_t index) { return reader_has_class(index, WORD_TEXT); }
+// 0 unless the token is an integer.
+inline int32_t reader_int(int32_t index) { return reader_is_int(index) ? reader_tokens->ints[index] : 0; }
+// 0.0 unless the token is a number.
+inline float reader_float(int32_t index) {
+    return reader_is_int(index) || reader_is_float(index) ? reader_tokens->floats[index] : 0.0f;
+}
+// Null when there is no such token.
+inline const char* reader_text(int32_t index) {
+    return reader_has_token(index) ? reader_tokens->texts[index] : nullptr;
+}
+
 const char* reader_line();
 int32_t reader_line_number();
 const char* reader_file_name();

@@ -37,7 +37,7 @@ void widen_axis(float value, float& low, float& high) {
     high = value > high ? value : high;
 }
 
-void take_in(Box& box, const Point* point) {
+inline void take_in(Box& box, const Point* point) {
     if (point == nullptr) {
         box.spoiled = true;
         return;
@@ -60,7 +60,7 @@ struct Survey {
     std::vector<const Point*> corners;
 };
 
-void take_corner(Survey& survey, const Model* model, int32_t point_id) {
+inline void take_corner(Survey& survey, const Model* model, int32_t point_id) {
     const Point* point = model_find_point(model, point_id);
     survey.corners.push_back(point);
     take_in(survey.box, point);
@@ -137,7 +137,7 @@ struct LayerMap {
     PlanarAxis v;
 };
 
-UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
+inline UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
     const void* found = map.has_uvees ? list_find(&map.layer.uvees, point_id) : nullptr;
     if (const auto* uvee = static_cast<const Uvee*>(found)) {
         return UvPair{uvee->u, uvee->v};  // repeat factors do not apply to these

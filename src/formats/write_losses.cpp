@@ -75,11 +75,27 @@ bool loses_fraction(const Vec3& place) {
            static_cast<float>(float_to_int(place.y)) != place.y || static_cast<float>(float_to_int(place.z)) != place.z;
 }
 
-bool loses_normal(const Vec3& normal) {
+// What the reader makes of the normal that is written.
+Vec3 normal_read_back(const Vec3& normal) {
     Vec3 back{rounded(normal.x, NORMAL_DECIMALS), rounded(normal.y, NORMAL_DECIMALS),
               rounded(normal.z, NORMAL_DECIMALS)};
     vec_normalise(&back);
+    return back;
+}
+
+bool loses_normal(const Vec3& normal) {
+    const Vec3 back = normal_read_back(normal);
     return back.x != normal.x || back.y != normal.y || back.z != normal.z;
+}
+
+bool is_refused_normal(const Vec3& normal) {
+    const Vec3 back = normal_read_back(normal);
+    for (const float value : {back.x, back.y, back.z}) {
+        if (!(value >= -1.0f && value <= 1.0f)) {
+            return true;
+        }
+    }
+    return back.x == 0.0f && back.y == 0.0f && back.z == 0.0f;
 }
 
 // ---- the model ----
@@ -172,6 +188,20 @@ void check_normals_flag(Losses& losses, const Model& model) {
     }
 }
 
+// Faces whose corners lie on one line have no direction, and whoever makes normals of them gets a non-number.
+void check_normals(Losses& losses, const Model& model) {
+    Tally refused;
+    const ListElements<Point> points = list_elements<Point>(model.points);
+    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+        if (is_refused_normal(point->normal)) {
+            refused.note(point.int_key());
+        }
+    }
+    if (refused.count > 0) {
+        break_file(losses, "a normal of no length or direction: " + refused.places("point"));
+    }
+}
+
 void check_fractions(Losses& losses, const Model& model) {
     Tally lost;
     const ListElements<Point> points = list_elements<Point>(model.points);
@@ -223,7 +253,7 @@ void check_rounding(Losses& losses, const Model& model) {
     int32_t transparencies = 0;
     int32_t scales = 0;
     for (const Point& point : list_elements<Point>(model.points)) {
-        normals += loses_normal(point.normal);
+        normals += !is_refused_normal(point.normal) && loses_normal(point.normal);
         weights += point.joint_a != nullptr && loses_decimals(point.weight, WEIGHT_DECIMALS);
     }
     for (const Layer& layer : list_elements<Layer>(model.layers)) {
@@ -453,8 +483,8 @@ void check_transparency(Losses& losses, const Model&, const Layer& layer) {
 }
 
 constexpr void (*MODEL_CHECKS[])(Losses&, const Model&) = {
-    check_names,        check_blends,    check_second_joints, check_world_weights,
-    check_normals_flag, check_fractions, check_joint_counts,  check_rounding,
+    check_names,        check_blends,  check_second_joints, check_world_weights, check_normals_flag,
+    check_normals,      check_fractions, check_joint_counts, check_rounding,
 };
 
 constexpr void (*LAYER_CHECKS[])(Losses&, const Model&, const Layer&) = {

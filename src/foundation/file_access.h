@@ -27,7 +27,10 @@ char* file_gets(char* buffer, int size, int slot);
 int file_eof(int slot);
 int file_error(int slot);
 int file_exists(const char* path);
-int file_write_all(const char* path, const void* data, size_t size);  // 1; 0 when the file cannot be opened
+
+// Makes or replaces a whole file. 1, also when the disk is full: a file that was there is then what it was. 0 when the
+// file cannot be opened.
+int file_write_all(const char* path, const void* data, size_t size);
 
 // The whole file as a new heap block (std::free), or null; an empty file gives null. size may be null. A zero byte
 // that size does not count stands behind the content.

@@ -133,22 +133,6 @@ std::FILE* stream_of(int descriptor, const char* mode) {
     return stream;
 }
 
-// The name to write to: as given, unless its backslashes only make sense as separators.
-std::string name_to_write(const char* path) {
-    std::string name = path;
-    const size_t backslash = name.rfind('\\');
-    if (backslash == std::string::npos || is_regular(path)) {
-        return name;
-    }
-    const size_t slash = name.rfind('/');
-    const bool in_directory_only = slash != std::string::npos && slash > backslash;
-    if (in_directory_only && format_of(name.substr(0, slash).c_str()) == S_IFDIR) {
-        return name;
-    }
-    std::replace(name.begin(), name.end(), '\\', '/');
-    return name;
-}
-
 }  // namespace
 
 std::string file_resolve(const char* path) {
@@ -164,10 +148,25 @@ std::FILE* file_stream_read(const char* path) {
     return name.empty() ? nullptr : stream_of(open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC), "rb");
 }
 
+std::string file_name_to_write(const char* path) {
+    std::string name = path;
+    const size_t backslash = name.rfind('\\');
+    if (backslash == std::string::npos || is_regular(path)) {
+        return name;
+    }
+    const size_t slash = name.rfind('/');
+    const bool in_directory_only = slash != std::string::npos && slash > backslash;
+    if (in_directory_only && format_of(name.substr(0, slash).c_str()) == S_IFDIR) {
+        return name;
+    }
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return name;
+}
+
 std::FILE* file_stream_write(const char* path) {
     constexpr mode_t permissions = 0666;
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC;
-    return stream_of(open(name_to_write(path).c_str(), flags, permissions), "wb");
+    return stream_of(open(file_name_to_write(path).c_str(), flags, permissions), "wb");
 }
 
 }  // namespace pelt

@@ -174,7 +174,7 @@ int list_remove_slot(KeyedList* list, int32_t slot) {
     return list_at(list, slot, 0) == nullptr ? 0 : free_slot(list, slot);
 }
 
-void* list_find(const KeyedList* list, int32_t key) {
+void* list_find_any(const KeyedList* list, int32_t key) {
     return list_at(list, list_slot_of(list, key), 0);
 }
 

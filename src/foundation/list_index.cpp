@@ -44,11 +44,11 @@ bool is_findable(const KeyedList* list, int32_t slot) {
 }
 
 // The slot of an occupied entry for which match(slot) holds, by way of the index or, without one, in slot order.
-template <typename Match>
-int32_t find_with(const KeyedList* list, uint32_t hash, Match match) {
+template <typename Hash, typename Match>
+int32_t find_with(const KeyedList* list, Hash hash, Match match) {
     const ListStorage* storage = list->storage;
     if (storage->index != nullptr) {
-        for (uint32_t place = hash & storage->index_mask;; place = (place + 1) & storage->index_mask) {
+        for (uint32_t place = hash() & storage->index_mask;; place = (place + 1) & storage->index_mask) {
             const uint32_t entry = storage->index[place];
             if (entry == 0) {
                 return -1;
@@ -108,7 +108,8 @@ int32_t list_slot_of(const KeyedList* list, int32_t key) {
         const bool found = slot >= 0 && slot < storage->used && list_slot_occupied(storage, static_cast<int32_t>(slot));
         return found ? static_cast<int32_t>(slot) : -1;
     }
-    return find_with(list, hash_int(key), [list, key](int32_t slot) { return list_int_key_at(list, slot) == key; });
+    return find_with(list, [key] { return hash_int(key); },
+                     [list, key](int32_t slot) { return list_int_key_at(list, slot) == key; });
 }
 
 int32_t list_slot_of(const KeyedList* list, const char* key) {
@@ -119,7 +120,7 @@ int32_t list_slot_of(const KeyedList* list, const char* key) {
     if (length >= KEY_TEXT_SIZE) {
         return -1;
     }
-    return find_with(list, hash_text(key), [list, key, length](int32_t slot) {
+    return find_with(list, [key] { return hash_text(key); }, [list, key, length](int32_t slot) {
         return std::memcmp(list_text_key_at(list, slot), key, length + 1) == 0;
     });
 }

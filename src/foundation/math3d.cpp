@@ -220,9 +220,14 @@ Vec3* mat_transform_point_w(const Mat4* m, const Vec3* p, float w, Vec3* out) {
     // The point does not enter into the divisor: intended.
     const float divisor = e[12] + e[13] + e[14] + e[15] + w;
     const Vec3 from = *p;
-    out->x = (from.x * e[0] + from.y * e[1] + from.z * e[2] + e[3]) / divisor;
-    out->y = (from.x * e[4] + from.y * e[5] + from.z * e[6] + e[7]) / divisor;
-    out->z = (from.x * e[8] + from.y * e[9] + from.z * e[10] + e[11]) / divisor;
+    out->x = from.x * e[0] + from.y * e[1] + from.z * e[2] + e[3];
+    out->y = from.x * e[4] + from.y * e[5] + from.z * e[6] + e[7];
+    out->z = from.x * e[8] + from.y * e[9] + from.z * e[10] + e[11];
+    if (divisor != 1.0F) {  // hardly ever, and three divisions are a third of this function
+        out->x /= divisor;
+        out->y /= divisor;
+        out->z /= divisor;
+    }
     return out;
 }
 

@@ -17,14 +17,10 @@ namespace {
 
 constexpr uint64_t EXACT_MANTISSA = uint64_t{1} << 53;
 constexpr int MANTISSA_DIGITS = 18;     // that many digits always fit 64 bits
-constexpr int EXACT_POWER = 22;         // the highest power of ten that a double holds exactly
 constexpr int DECIMALS_DEFAULT = 6;     // what "%.*f" takes for a negative count
 constexpr int DECIMALS_LIMIT = 120;
 constexpr size_t NUMBER_SIZE = 512;     // sign, 309 digits, point and decimals
 constexpr int64_t EXPONENT_LIMIT = 1000000;
-constexpr double POWERS_OF_TEN[EXACT_POWER + 1] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
 bool is_digit(char c) {
     return c >= '0' && c <= '9';
@@ -149,7 +145,7 @@ double text_to_double(const char* text) {
     if (digits == 0 || !complete || mantissa > EXACT_MANTISSA) {
         return convert_any(text);
     }
-    const double value = static_cast<double>(mantissa) / POWERS_OF_TEN[decimals];
+    const double value = short_decimal(mantissa, decimals);
     return *text == '-' ? -value : value;
 }
 

@@ -34,7 +34,9 @@ int16_t cut_id(int32_t id) {
 
 bool all_exist(const Model* model, const int32_t* ids, int count, const char* error) {
     for (int i = 0; i < count; ++i) {
-        if (model_find_point(model, ids[i]) == nullptr) {
+        // Nearly all are the model's own; asking it here spares a call for each.
+        const bool own = model != nullptr && list_find(&model->points, ids[i]) != nullptr;
+        if (!own && model_find_point(model, ids[i]) == nullptr) {
             load_error_set(error);
             return false;
         }

@@ -66,6 +66,12 @@ int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_
     return 1;
 }
 
+void joint_gain_point(Joint* joint) {
+    if (joint->point_count < INT32_MAX) {
+        ++joint->point_count;
+    }
+}
+
 Joint* model_find_joint(const Model* model, const char* name) {
     if (model == nullptr || name == nullptr || str_equal(name, WORLD)) {
         return nullptr;

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "foundation/file_access.h"
 #include "foundation/text.h"
 
 #include <tcl.h>
@@ -31,6 +32,12 @@ bool is_ascii(const char* text, size_t length) {
 
 int text_length(size_t length) { return static_cast<int>(length); }
 
+// The encoding of texts inside the library; null is Tcl's own word for that of the system.
+Tcl_Encoding text_encoding() {
+    static Tcl_Encoding encoding = SYSTEM_TEXT_IS_UTF8 ? Tcl_GetEncoding(nullptr, "utf-8") : nullptr;
+    return encoding;
+}
+
 // Whether every character beyond ASCII is a whole sequence of two or three bytes, as Tcl writes them.
 bool is_tcl_form(const char* text) {
     while (*text != '\0') {
@@ -48,8 +55,8 @@ bool is_tcl_form(const char* text) {
 bool append_external(const char* word, size_t length, std::string* out) {
     Tcl_DString external;
     Tcl_DString back;
-    Tcl_UtfToExternalDString(nullptr, word, text_length(length), &external);
-    Tcl_ExternalToUtfDString(nullptr, Tcl_DStringValue(&external), Tcl_DStringLength(&external), &back);
+    Tcl_UtfToExternalDString(text_encoding(), word, text_length(length), &external);
+    Tcl_ExternalToUtfDString(text_encoding(), Tcl_DStringValue(&external), Tcl_DStringLength(&external), &back);
     const bool whole = static_cast<size_t>(Tcl_DStringLength(&back)) == length &&
                        std::memcmp(Tcl_DStringValue(&back), word, length) == 0 &&
                        std::strlen(Tcl_DStringValue(&external)) == static_cast<size_t>(Tcl_DStringLength(&external));
@@ -152,7 +159,7 @@ std::string system_to_tcl(const char* text) {
     std::string unused;
     if (words_kept && is_tcl_form(text) && !append_external(text, length, &unused)) return std::string(text, length);
     Tcl_DString utf;
-    Tcl_ExternalToUtfDString(nullptr, text, text_length(length), &utf);
+    Tcl_ExternalToUtfDString(text_encoding(), text, text_length(length), &utf);
     std::string result(Tcl_DStringValue(&utf), static_cast<size_t>(Tcl_DStringLength(&utf)));
     Tcl_DStringFree(&utf);
     return result;

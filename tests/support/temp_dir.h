@@ -25,7 +25,7 @@ public:
             const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
             const std::string name = "pelt_test_" + std::to_string(entropy()) + "_" + std::to_string(ticks) + "_" +
                                      std::to_string(++serial);
-            const std::filesystem::path candidate = std::filesystem::temp_directory_path() / name;
+            const std::filesystem::path candidate = as_models_keep_it(std::filesystem::temp_directory_path()) / name;
             if (std::filesystem::create_directory(candidate)) {
                 root_ = candidate;
                 return;
@@ -44,7 +44,7 @@ public:
     std::string path() const { return root_.string(); }
 
     // Full path of a name in the directory; nothing is made.
-    std::string file(std::string_view name) const { return (root_ / name).string(); }
+    std::string file(std::string_view name) const { return (root_ / name).make_preferred().string(); }
 
     // Makes a directory, and those above it; returns its full path.
     std::string make_dir(std::string_view name) const {
@@ -74,6 +74,16 @@ public:
     bool exists(std::string_view name) const { return std::filesystem::exists(root_ / name); }
 
 private:
+    // Where a backslash separates, models keep their directories in lower case; the tests compare with what they keep.
+    static std::filesystem::path as_models_keep_it(std::filesystem::path folder) {
+        if (std::filesystem::path::preferred_separator == '/') return folder;
+        std::string text = folder.string();
+        for (char& c : text) {
+            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+        }
+        return text;
+    }
+
     std::filesystem::path root_;
 };
 

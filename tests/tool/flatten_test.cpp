@@ -225,6 +225,15 @@ TEST_F(Flatten, OnlyRunsTheStepsThatAreNamed) {
     }
 }
 
+TEST_F(Flatten, TheWordBehindTheStepsIsTheModel) {
+    test::TempDir files;
+    files.write("m.mod", "points\n1 0 0 0\n2 10 0 0\n3 0 10 0\n"
+                         "layer a 1 2 3 singlesided mirror x\ntriangles\n0 1 2 3\n");
+    const auto run = test::pelt_model({"flatten", "--only", "mirror", "m.mod", "-o", "out.mod"}, {files.path()});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(files.read("out.mod").find("layer a_mirror"), std::string::npos);
+}
+
 TEST_F(Flatten, ModelsWithoutJointsOrLayersPassThroughEveryStep) {
     for (const char* step : {"mirror", "tessellate", "triangulate", "flatten", "split-normals", "uvees", "renumber"}) {
         EXPECT_EQ(list_count(&flattened("points\n5 1 2 3\nnormals\n5 0 0 1\n", {"--only", step})->points), 1) << step;

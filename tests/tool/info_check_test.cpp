@@ -86,7 +86,9 @@ TEST_F(Tool, WrongUseIsStatusTwoAndSaysWhereHelpIs) {
                                                          {"write", "a.mod", "b.mod", "-o", "c.mod"},
                                                          {"export", "-o", "c.obj"},
                                                          {"flatten", "a.mod", "-o", "b.mod", "--only", "paint"},
-                                                         {"check", "--max", "many", "a.mod"}};
+                                                         {"check", "--max", "many", "a.mod"},
+                                                         {"check", "--max", "-1", "a.mod"},
+                                                         {"check", "--max", "99999999999999999999", "a.mod"}};
     for (const auto& words : wrong) {
         const RunResult run = pelt_model(words, {dir.path()});
         EXPECT_EQ(run.status, 2) << run.err;
@@ -242,6 +244,11 @@ TEST_F(Tool, CheckFindsIdsThat16BitsDoNotHold) {
                        "layer a 1 2 3 singlesided\ntriangles\n0 1 1 32767\n0 1 1 40000\nlines\n2 1 32768\n"),
               (Lines{"m.mod:4: a point id above 32767, which no primitive can name: 32768 and 1 more",
                      "m.mod:9: a primitive names an id above 32767, which is cut to 16 bits: 40000 and 1 more"}));
+}
+
+TEST_F(Tool, WhatAFileSaysIsNoCommandToTheTerminal) {
+    EXPECT_EQ(problems("a\x1b[2J\x07\x7f b\tc \xc3\xa9\n", {"--strict"}),
+              Lines{"m.mod:1: ignored: a?[2J?? b\tc \xc3\xa9"});
 }
 
 TEST_F(Tool, StrictReportsLinesThatAreIgnored) {

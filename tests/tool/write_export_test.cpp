@@ -89,6 +89,23 @@ TEST_F(ToolFiles, StandardOutputIsADash) {
     EXPECT_EQ(run.out.substr(head.size()), dir.read("new.mod").substr(std::string("#\n# model: new.mod\n").size()));
 }
 
+TEST_F(ToolFiles, OutputThatDoesNotArriveIsAnError) {
+    if (!fs::exists("/dev/full")) {
+        GTEST_SKIP() << "no device that is always full";
+    }
+    const char* commands[] = {"--help", "info m.mod", "info --json m.mod", "check m.mod", "ps2-check plain.mod",
+                              "write m.mod -o -"};
+    dir.write("plain.mod", "points\n1 0 0 0\n");
+    for (const char* command : commands) {
+        const std::string line = std::string("exec ") + PELT_MODEL_TOOL + " " + command + " > /dev/full";
+        const RunResult run = run_program({"sh", "-c", line}, {dir.path()});
+        EXPECT_EQ(run.status, 1) << command;
+        const size_t first = run.err.find("pelt-model: cannot write standard output: No space left on device\n");
+        EXPECT_NE(first, std::string::npos) << command;
+        EXPECT_EQ(run.err.rfind("pelt-model: cannot write"), first) << command << " says it more than once";
+    }
+}
+
 TEST_F(ToolFiles, WriteWarnsOfWhatIsLostAndStillWrites) {
     dir.write("l.mod", "points\n1 0 0 0 0.5\nlayer \"two words\" 1 2 3 singlesided\ninvisible 1 0 0\n"
                        "triangles\n0 1 1 1\nimage a.tga x y repeat 2 2\n");

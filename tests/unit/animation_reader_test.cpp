@@ -707,6 +707,12 @@ TEST_F(SceneList, OfTwoRowsOfOneModelTheLaterIsTheParent) {
     EXPECT_EQ(set->animations[2]->parent_slot, 3);
 }
 
+TEST_F(SceneList, RowMayHangOnAnotherRowOfItsOwnModel) {
+    ASSERT_NE(load(row("body.mod", "walk", "world") + row("body.mod", "wave", "body.mod hand")), nullptr);
+    EXPECT_EQ(set->animations[1]->parent_model, set->models[0]);
+    EXPECT_EQ(set->animations[1]->parent_animation, set->animations[0]);
+}
+
 TEST_F(SceneList, ParentMayStandBelowItsChild) {
     ASSERT_NE(load(row("arm.mod", "walk", "body.mod shoulder") + row("body.mod", "wave", "world")), nullptr);
     EXPECT_EQ(set->animations[0]->parent_model, set->models[1]);

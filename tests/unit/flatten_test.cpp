@@ -476,24 +476,24 @@ protected:
         Owned child = simple(name);
         set_path(child.get());
         EXPECT_EQ(model_set_invisible(child.get(), "body", 1, 0, 0), 1);
-        EXPECT_EQ(model_add_image(child.get(), "body", IMAGE_SLOT_BASE, "a.tga", AXIS_MINUS_X, AXIS_Y), 1);
+        EXPECT_EQ(model_add_image(child.get(), "body", IMAGE_SLOT_BASE, "a.tga", AXIS_Y, AXIS_MINUS_X), 1);
         return child;
     }
     test::TempDir dir;
 };
 
-TEST_F(FlattenImages, image_and_axes_come_along_and_the_childs_reference_goes) {
+TEST_F(FlattenImages, image_comes_along_with_axes_x_and_y_and_the_childs_reference_goes) {
     link(model.get(), textured("left"));
     ASSERT_EQ(model_flatten(model.get()), 1);
     const Layer* layer = layer_of(model.get(), "1_body");
-    EXPECT_EQ(layer->image_axis_u, AXIS_MINUS_X);
-    EXPECT_EQ(layer->image_axis_v, AXIS_Y);
+    EXPECT_EQ(layer->image_axis_u, AXIS_X);  // the child has y
+    EXPECT_EQ(layer->image_axis_v, AXIS_Y);  // and -x
     EXPECT_STREQ(layer_first_image(layer)->names[0], "a.tga");
     EXPECT_EQ(layer_first_image(layer)->bytes_per_pixel[0], 4);  // here the key comes before the image
     EXPECT_EQ(image_find(dir.file("a.tga").c_str())->ref_count, 1);
     const auto* uvee = static_cast<Uvee*>(list_find(&layer->uvees, 2));
-    EXPECT_EQ(uvee->u, 1.0f);
-    EXPECT_EQ(uvee->v, 0.0f);
+    EXPECT_EQ(uvee->u, 0.0f);
+    EXPECT_EQ(uvee->v, 1.0f);
 }
 
 TEST_F(FlattenImages, a_borrowed_model_keeps_its_image) {

@@ -197,5 +197,14 @@ TEST_F(SkeletonTest, ChildIndexCountsALinkBeforeItsSubTree) {
     EXPECT_EQ(-1, model_child_index(model, "nobody"));
 }
 
+TEST_F(SkeletonTest, AJointCountAtItsLimitStaysThere) {
+    model_add_joint(model, "hip", 0, 0, 0, "world", 2147483646);
+    Joint* hip = model_find_joint(model, "hip");
+    joint_gain_point(hip);
+    EXPECT_EQ(2147483647, hip->point_count);
+    joint_gain_point(hip);
+    EXPECT_EQ(2147483647, hip->point_count);
+}
+
 }  // namespace
 }  // namespace pelt

@@ -128,6 +128,16 @@ TEST_F(WriteLosses, AModelWithoutNormals) {
               "the model has no normals and gains the default one for every point");
 }
 
+TEST_F(WriteLosses, NormalsThatTheReaderRefuses) {
+    const OwnedModel model = read(std::string(FOUR_POINTS) + LAYER);
+    model_set_normal(model.get(), 3, 0, 0, 0);  // as of a face whose corners lie on one line
+    EXPECT_EQ(only_loss(model), "a normal of no length or direction: 1 point (first: 3)");
+    model_find_point(model.get(), 3)->normal = Vec3{0.0f, 0.0004f, 0.0f};
+    EXPECT_EQ(only_loss(model), "a normal of no length or direction: 1 point (first: 3)");
+    model_find_point(model.get(), 3)->normal = Vec3{0.0f, 0.0006f, 0.0f};
+    EXPECT_EQ(only_loss(model), "rounded: 1 normal to 3 decimals");
+}
+
 TEST_F(WriteLosses, Fractions) {
     const OwnedModel model = read(FOUR_POINTS);
     model_find_point(model.get(), 3)->position.x = 0.5f;

@@ -83,8 +83,10 @@ int run_timeout(Words words) {
 std::string temporary_name(const char* kind) {
     char folder[MAX_PATH] = "";
     GetTempPathA(sizeof folder, folder);
+    // In lower case, as models keep their directories.
     for (char& c : folder) {
         if (c == '\\') c = '/';
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     }
     return folder + std::string(kind) + std::to_string(GetCurrentProcessId()) + '-' + std::to_string(GetTickCount64());
 }

@@ -1,0 +1,147 @@
+// Lines of words for the script command, over files of the input, with a frame after each; in a real Tcl that has a
+// few commands only. What surprises: no line of the input may hold a bracket, so that a bracketed word that is run can
+// only have come out of a file, and that is a finding.
+//
+// The file "commands" of the input holds the lines. A line that begins with '!' is an event of the window, one that
+// begins with '?' is kept for the next callback, which runs it from inside.
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <string>
+
+#include "application/application.h"
+#include "fuzz/fake_tk.h"
+#include "fuzz/stage.h"
+#include "render/frame.h"
+#include "script/messages.h"
+#include "script/script_events.h"
+#include "script/sorvel.h"
+#include "support/native_null.h"
+#include "support/recording_gl.h"
+
+#include <tcl.h>
+
+namespace pelt::fuzz {
+
+namespace {
+
+constexpr int LINE_LIMIT = 60;
+constexpr int CALLBACK_LINE_LIMIT = 200;
+
+Tcl_Interp* interp = nullptr;
+std::deque<std::string> callback_lines;
+int callback_lines_run = 0;
+
+void run_words(const std::string& line) {
+    const char* argv[] = {"sorvel", line.c_str()};
+    sorvel(nullptr, interp, 2, argv);
+}
+
+// The status procedure, the mouse procedure and the message box: each reads its words and runs a kept line.
+int callback(ClientData, Tcl_Interp*, int argc, const char* argv[]) {
+    size_t length = 0;
+    for (int i = 0; i < argc; ++i) length += std::strlen(argv[i]);
+    if (length > MESSAGE_SCRIPT_SIZE) finding("a callback got more than its buffer holds");
+    if (!callback_lines.empty() && callback_lines_run < CALLBACK_LINE_LIMIT) {
+        ++callback_lines_run;
+        const std::string line = callback_lines.front();
+        callback_lines.pop_front();
+        run_words(line);
+    }
+    return argc % 5 == 4 ? TCL_ERROR : TCL_OK;
+}
+
+int touched(ClientData, Tcl_Interp*, int, const char*[]) { finding("text out of a file was run"); }
+
+// Nothing that a substitution could reach may touch the machine: the interpreter has no command but these.
+void make_interpreter() {
+    interp = Tcl_CreateInterp();
+    Tcl_MakeSafe(interp);
+    Tcl_Eval(interp, "foreach c [info commands] { if {$c ne {rename} && $c ne {foreach}} { rename $c {} } }");
+    Tcl_Eval(interp, "rename foreach {}; rename rename {}");
+    Tcl_CreateCommand(interp, "touched", touched, nullptr, nullptr);
+    for (const char* name : {"report", "pointer", "tk_messageBox"}) {
+        Tcl_CreateCommand(interp, name, callback, nullptr, nullptr);
+    }
+    tcl_glue_init(interp);
+    tcl_glue()->interp = interp;
+    Tcl_CreateCommand(interp, "sorvel", sorvel, nullptr, nullptr);
+}
+
+void run_event(const char* line) {
+    char what = 0;
+    long numbers[4] = {};
+    std::sscanf(line, "%c %ld %ld %ld %ld", &what, &numbers[0], &numbers[1], &numbers[2], &numbers[3]);
+    const WindowHandle window = application()->view.window;
+    switch (what) {
+        case 'r':
+            null_resize(tk_frame, static_cast<int32_t>(numbers[0] % 4096), static_cast<int32_t>(numbers[1] % 4096));
+            break;
+        case 'e': null_expose(window); break;
+        case 'd': null_destroy_tree(tk_frame); break;
+        case 'm':
+            window_procedure(window, static_cast<uint32_t>(numbers[0]), static_cast<std::uintptr_t>(numbers[1]),
+                             numbers[2]);
+            break;
+        default: break;
+    }
+    null_run();
+}
+
+// Writing stays in the directory of the process, and a line cannot do by itself what is looked for.
+bool is_harmless(const std::string& line) {
+    const bool writes = line.find("savescreen") != std::string::npos;
+    const bool leaves = line.find_first_of("/\\") != std::string::npos || line.find("..") != std::string::npos;
+    return !(writes && leaves) && line.find("touched") == std::string::npos;
+}
+
+void run_line(std::string line) {
+    std::replace(line.begin(), line.end(), '[', '(');
+    line.resize(std::strlen(line.c_str()));
+    if (line.empty() || !is_harmless(line)) return;
+    if (line[0] == '!') {
+        run_event(line.c_str() + 1);
+    } else if (line[0] == '?') {
+        callback_lines.push_back(line.substr(1));
+    } else {
+        run_words(line);
+    }
+    recording_gl::clear();
+    run_words("draw");
+    if (!recording_gl::errors().empty()) finding(recording_gl::joined(recording_gl::errors()).c_str());
+    recording_gl::clear();
+}
+
+void run_lines(const std::string& text) {
+    size_t at = 0;
+    for (int count = 0; at < text.size() && count < LINE_LIMIT; ++count) {
+        const size_t end = std::min(text.find('\n', at), text.size());
+        run_line(text.substr(at, end - at));
+        at = end + 1;
+    }
+}
+
+}  // namespace
+
+}  // namespace pelt::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    using namespace pelt;
+    using namespace pelt::fuzz;
+    if (interp == nullptr) make_interpreter();
+    const std::vector<File> files = split_files(data, size);
+    stage_files(files);
+    callback_lines.clear();
+    callback_lines_run = 0;
+    tk_frame = scene_begin(view_input);
+    session_set_status_callback(&application()->session, status_report);
+    session_set_message_callback(&application()->session, msg_info_data);
+    for (const File& file : files) {
+        if (file.name == "commands") run_lines(file.content);
+    }
+    callback_lines.clear();
+    scene_end();
+    return 0;
+}

@@ -1,0 +1,167 @@
+// A million random operations on a KeyedList, each answer held against a plain list of slots that is searched from the
+// front. What surprises: an element that takes a slot used before shows the bytes of its former tenant; the plain list
+// keeps them too.
+#include "foundation/keyed_list.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace pelt {
+namespace {
+
+constexpr int OPERATIONS = 1000000;
+constexpr int32_t KEY_RANGE = 90;  // keys -4 to 85
+constexpr int32_t LOWEST_KEY = -4;
+
+struct PlainSlot {
+    bool occupied;
+    int32_t key;
+    int32_t value;
+};
+
+struct PlainList {
+    std::vector<PlainSlot> slots;  // those that were ever used
+
+    int32_t slot_of(int32_t key) const {
+        for (size_t i = 0; i < slots.size(); ++i) {
+            if (slots[i].occupied && slots[i].key == key) return static_cast<int32_t>(i);
+        }
+        return -1;
+    }
+    int32_t rank_of_slot(int32_t slot) const {
+        int32_t rank = 0;
+        for (int32_t i = 0; i < slot; ++i) rank += slots[static_cast<size_t>(i)].occupied ? 1 : 0;
+        return rank;
+    }
+    int32_t count() const { return rank_of_slot(static_cast<int32_t>(slots.size())); }
+    int32_t* add(int32_t key) {
+        const int32_t found = slot_of(key);
+        if (found >= 0) return &slots[static_cast<size_t>(found)].value;
+        for (PlainSlot& slot : slots) {
+            if (slot.occupied) continue;
+            slot.occupied = true;
+            slot.key = key;
+            return &slot.value;
+        }
+        slots.push_back({true, key, 0});
+        return &slots.back().value;
+    }
+    int remove_slot(int32_t slot) {
+        if (slot < 0 || slot >= static_cast<int32_t>(slots.size()) || !slots[static_cast<size_t>(slot)].occupied) {
+            return 0;
+        }
+        slots[static_cast<size_t>(slot)].occupied = false;
+        return 1;
+    }
+};
+
+// How a key is given to the list, for either kind.
+struct IntKeys {
+    static constexpr int32_t KIND = KEY_INT;
+    static int32_t key(int32_t number) { return number; }
+    static bool removable(int32_t number) { return number >= 1; }  // intended: other keys are never removed
+    static bool is(const KeyedList& list, int32_t slot, int32_t number) { return list_int_key(&list, slot) == number; }
+};
+struct TextKeys {
+    static constexpr int32_t KIND = KEY_STRING;
+    static const char* key(int32_t number) {
+        static char text[16];
+        std::snprintf(text, sizeof text, "key%d", number);
+        return text;
+    }
+    static bool removable(int32_t) { return true; }
+    static bool is(const KeyedList& list, int32_t slot, int32_t number) {
+        const char* text = list_text_key(&list, slot);
+        return text != nullptr && std::string(text) == key(number);
+    }
+};
+
+template <typename Keys>
+void expect_same_walk(const KeyedList& list, const PlainList& plain) {
+    size_t at = 0;
+    for (auto it = list_elements<int32_t>(list).begin(); it != std::default_sentinel; ++it) {
+        while (at < plain.slots.size() && !plain.slots[at].occupied) ++at;
+        ASSERT_LT(at, plain.slots.size());
+        ASSERT_EQ(it.slot(), static_cast<int32_t>(at));
+        ASSERT_EQ(*it, plain.slots[at].value);
+        ASSERT_TRUE(Keys::is(list, it.slot(), plain.slots[at].key));
+        ++at;
+    }
+    while (at < plain.slots.size() && !plain.slots[at].occupied) ++at;
+    ASSERT_EQ(at, plain.slots.size());
+}
+
+template <typename Keys>
+void run_operations(unsigned seed) {
+    std::mt19937 random(seed);
+    KeyedList list{};
+    ASSERT_EQ(list_init(&list, sizeof(int32_t), Keys::KIND), 1);
+    PlainList plain;
+    for (int step = 0; step < OPERATIONS; ++step) {
+        const int32_t number = LOWEST_KEY + static_cast<int32_t>(random() % static_cast<unsigned>(KEY_RANGE));
+        const int32_t slot = plain.slot_of(number);
+        // Growing and shrinking in turn, so that lists of every size are met.
+        const bool growing = step / 500 % 2 == 0;
+        switch (random() % 8) {
+            case 0:
+            case 1: {
+                if (!growing && random() % 4 != 0) break;
+                auto* value = static_cast<int32_t*>(list_add(&list, Keys::key(number)));
+                int32_t* expected = plain.add(number);
+                ASSERT_NE(value, nullptr);
+                ASSERT_EQ(*value, *expected);
+                *value = *expected = step;
+                break;
+            }
+            case 2:
+            case 3: {
+                if (growing && random() % 4 != 0) break;
+                const int expected = Keys::removable(number) ? plain.remove_slot(slot) : 0;
+                ASSERT_EQ(list_remove(&list, Keys::key(number)), expected);
+                break;
+            }
+            case 4: {
+                const auto* value = static_cast<const int32_t*>(list_find(&list, Keys::key(number)));
+                ASSERT_EQ(value != nullptr, slot >= 0);
+                if (value != nullptr) {
+                    ASSERT_EQ(*value, plain.slots[static_cast<size_t>(slot)].value);
+                }
+                break;
+            }
+            case 5:
+                ASSERT_EQ(list_index_of(&list, Keys::key(number), 0), slot);
+                ASSERT_EQ(list_index_of(&list, Keys::key(number), 1), slot < 0 ? -1 : plain.rank_of_slot(slot));
+                if (slot >= 0) {
+                    ASSERT_EQ(list_at(&list, plain.rank_of_slot(slot), 1), list_at(&list, slot, 0));
+                }
+                break;
+            case 6:
+                if (random() % 8 == 0) {
+                    ASSERT_EQ(list_remove_slot(&list, number), plain.remove_slot(number));
+                }
+                break;
+            default:
+                ASSERT_EQ(list_count(&list), plain.count());
+                if (step % 997 == 0) {
+                    ASSERT_NO_FATAL_FAILURE(expect_same_walk<Keys>(list, plain));
+                }
+                if (random() % 20000 == 0) {
+                    list_clear(&list);
+                    plain.slots.clear();
+                }
+                break;
+        }
+    }
+    expect_same_walk<Keys>(list, plain);
+    list_free(&list);
+}
+
+TEST(KeyedListProperty, AMillionOperationsOnNumbersAnswerAsAPlainListDoes) { run_operations<IntKeys>(1); }
+TEST(KeyedListProperty, AMillionOperationsOnTextsAnswerAsAPlainListDoes) { run_operations<TextKeys>(2); }
+
+}  // namespace
+}  // namespace pelt

@@ -1,0 +1,16 @@
+# What only the form for Windows has: the native layer tested with real windows, and the programs that the script tests
+# start, in a folder that their runner puts on the path.
+add_executable(pelt_test_tool windows/tool.cpp)
+target_link_libraries(pelt_test_tool PRIVATE pelt_options)
+set_target_properties(pelt_test_tool PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/tools OUTPUT_NAME env)
+foreach(name timeout mktemp xdotool)
+  add_custom_command(TARGET pelt_test_tool POST_BUILD
+                     COMMAND ${CMAKE_COMMAND} -E create_hardlink $<TARGET_FILE:pelt_test_tool>
+                             ${CMAKE_BINARY_DIR}/tests/tools/${name}.exe)
+endforeach()
+
+add_pelt_tests(windows pelt_core)
+target_sources(windows_native_win32 PRIVATE ${PELT_NATIVE_SOURCES})
+target_compile_definitions(windows_native_win32 PRIVATE USE_TCL_STUBS USE_TK_STUBS)
+target_include_directories(windows_native_win32 SYSTEM PRIVATE ${PELT_TCL_INCLUDE})
+target_link_libraries(windows_native_win32 PRIVATE pelt_window pelt_core ${PELT_NATIVE_LIBRARIES})
