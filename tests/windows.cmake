@@ -2,7 +2,8 @@
 # start, in a folder that their runner puts on the path.
 add_executable(pelt_test_tool windows/tool.cpp)
 target_link_libraries(pelt_test_tool PRIVATE pelt_options)
-set_target_properties(pelt_test_tool PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/tools OUTPUT_NAME env)
+# Without a console, which would take the keyboard from the window that is tested.
+set_target_properties(pelt_test_tool PROPERTIES WIN32_EXECUTABLE ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/tools OUTPUT_NAME env)
 foreach(name timeout mktemp xdotool)
   add_custom_command(TARGET pelt_test_tool POST_BUILD
                      COMMAND ${CMAKE_COMMAND} -E create_hardlink $<TARGET_FILE:pelt_test_tool>

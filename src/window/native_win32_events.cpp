@@ -1,6 +1,6 @@
 // The procedure of our window class, and what Tk tells of the parent. What surprises: the messages go up nearly as
-// they come; only a size that is none, a paint that nobody begins, the pointer during a drag and the wheel are looked
-// at here. The parent is followed through Tk and not by its messages: a script that runs because of a new size may
+// they come; only a size or a move that is none, a paint that nobody begins, the pointer during a drag and the wheel are
+// looked at here. The parent is followed through Tk and not by its messages: a script that runs because of a new size may
 // destroy the parent, and in the middle of Tk's own resizing that would pull the ground away below it.
 #include <cstdint>
 #include <cstdlib>
@@ -116,6 +116,19 @@ void keep_pointer(HWND handle, uint32_t message, WPARAM held) {
     }
 }
 
+// The system sends a move whenever something happened below the pointer, the end of a drag included. False when neither
+// the pointer nor a button has moved.
+bool has_moved(HWND handle, WPARAM wparam, LPARAM lparam) {
+    Win32Window* window = win32_find(handle);
+    if (window == nullptr) return true;
+    const LPARAM place = static_cast<int32_t>(lparam);
+    const WPARAM held = wparam & MESSAGE_BITS;
+    if (place == window->pointer_place && held == window->pointer_held) return false;
+    window->pointer_place = place;
+    window->pointer_held = held;
+    return true;
+}
+
 }  // namespace
 
 LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -125,7 +138,10 @@ LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam,
         on_paint(handle);
         return 0;
     }
-    if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) keep_pointer(handle, number, wparam);
+    if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) {
+        if (!has_moved(handle, wparam, lparam) && number == WM_MOUSEMOVE) return 0;
+        keep_pointer(handle, number, wparam);
+    }
     const LRESULT result = window_procedure(win32_window(handle), message, wparam, lparam);
     if (number == WM_DESTROY) win32_forget(handle);
     return result;

@@ -21,6 +21,7 @@ constexpr UINT CLASS_STYLE = CS_VREDRAW | CS_HREDRAW | CS_SAVEBITS;
 constexpr INT_PTR CLASS_BACKGROUND = 5;
 constexpr DWORD STYLE_CHILD = WS_CHILD | WS_CLIPSIBLINGS | WS_CLIPCHILDREN | WS_BORDER;
 constexpr DWORD STYLE_POPUP = WS_POPUP | WS_CLIPSIBLINGS | WS_CLIPCHILDREN | WS_MAXIMIZE;
+constexpr LPARAM NO_PLACE = LPARAM{1} << 40;  // no two halves of 16 bits make it
 constexpr UINT STATUS_SET_TEXT = 1025;      // of a status bar control, text in the system's code page
 constexpr WPARAM STATUS_PART_PLAIN = 256;   // the first field, without borders
 
@@ -82,6 +83,7 @@ WindowHandle native_window_create(const char* title, WindowHandle parent, int32_
     if (handle == nullptr) return 0;
     auto record = std::make_unique<Win32Window>();
     record->handle = handle;
+    record->pointer_place = NO_PLACE;
     record->tk_parent = tk_window_of(win32_handle(parent));
     native_client_size(win32_window(handle), &record->width, &record->height);
     native_client_size(parent, &record->parent_width, &record->parent_height);

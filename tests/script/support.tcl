@@ -79,6 +79,11 @@ proc work_path {name} {
     return [file nativename [file join $::work $name]]
 }
 
+# A path as message boxes and status texts show it: as backslash substitution leaves it.
+proc shown {path} {
+    return [subst -nocommands -novariables $path]
+}
+
 proc write_file {name content} {
     set path [work_path $name]
     file mkdir [file dirname $path]

@@ -62,7 +62,7 @@ TEST_F(CursorTest, TheKeyIsNotLookedAt) {
 }
 
 TEST_F(CursorTest, APathInForwardSlashesFindsTheFile) {
-    null_system.cursor_files = {"pictures/hand.cur"};
+    null_system.cursor_files = {path_join("pictures", "hand.cur")};
     EXPECT_GT(cursor_create("pelt", "pictures/hand.cur"), 0);
 }
 

@@ -225,6 +225,17 @@ TEST_F(NativeWin32, ADragKeepsThePointerUntilTheLastButtonIsUp) {
     EXPECT_EQ(GetCapture(), nullptr);
 }
 
+TEST_F(NativeWin32, AMoveThatIsNoneIsNotHandedOn) {
+    send(WM_LBUTTONDOWN, HELD_LEFT, message_pair(7, 8));
+    send(WM_LBUTTONUP, 0, message_pair(7, 8));
+    mouse.clear();
+    EXPECT_EQ(send(WM_MOUSEMOVE, 0, message_pair(7, 8)), 0);
+    EXPECT_TRUE(mouse.empty());
+    send(WM_MOUSEMOVE, HELD_LEFT, message_pair(7, 8));
+    send(WM_MOUSEMOVE, HELD_LEFT, message_pair(6, 8));
+    EXPECT_EQ(mouse.size(), 2u);
+}
+
 TEST_F(NativeWin32, KeyMessagesBecomeRecordsAndGoOn) {
     send(WM_KEYDOWN, 0x41);
     send(WM_CHAR, 'a');
