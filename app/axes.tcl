@@ -8,16 +8,18 @@ namespace eval viewer {
 }
 
 proc viewer::build_axes {} {
-    variable AXES_SIZE
-    canvas .axes -width [px $AXES_SIZE] -height [expr {[px $AXES_SIZE] + [px 30]}] -highlightthickness 0 -borderwidth 0
+    canvas .axes -highlightthickness 0 -borderwidth 0
     axes_changed
 }
 
 proc viewer::axes_changed {} {
     variable shows_axes
     variable axes_matrix
+    variable AXES_SIZE
     keep axes $shows_axes
     set axes_matrix {}
+    # Letters and lengths follow the chosen size of text.
+    .axes configure -width [px $AXES_SIZE] -height [expr {[px $AXES_SIZE] + [px 30]}]
     if {$shows_axes} {
         place .axes -in .view -relx 0 -rely 1 -x 2 -y -2 -anchor sw
         raise .axes
@@ -35,11 +37,12 @@ proc viewer::update_axes {} {
     variable unit_per_pixel
     variable zoom
     variable option
+    variable scene
     if {!$shows_axes || ![winfo exists .axes]} return
     set matrix [numbers [sorvel get matrix view]]
     set zoom [current_zoom]
     set per_pixel [expr {$unit_per_pixel * $zoom}]
-    set state [list $matrix $per_pixel $option(background)]
+    set state [list $matrix $per_pixel $option(background) [llength $scene]]
     if {[llength $matrix] != 16 || $state eq $axes_matrix} return
     set axes_matrix $state
     lassign [split $option(background) ,] red green blue
@@ -48,7 +51,8 @@ proc viewer::update_axes {} {
     .axes configure -background $paper
     .axes delete all
     draw_axes_mark $matrix $paper
-    draw_scale_bar $per_pixel $ink
+    # Nothing has no size.
+    if {[llength $scene] > 0} { draw_scale_bar $per_pixel $ink }
 }
 
 # The farthest axis first. A row of the matrix is a direction of the screen, a column an axis of the scene.

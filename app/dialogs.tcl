@@ -30,6 +30,8 @@ proc viewer::ask_values {title hint fields} {
     bind .ask <Return> { set ::viewer::asked ok }
     bind .ask <Escape> { set ::viewer::asked cancel }
     wm protocol .ask WM_DELETE_WINDOW { set ::viewer::asked cancel }
+    # The program ends with this window open too: nobody else would end the wait.
+    bind .ask <Destroy> { set ::viewer::asked cancel }
     centre_over .ask
     set first [lindex $entries 0]
     focus $first
@@ -37,6 +39,7 @@ proc viewer::ask_values {title hint fields} {
     set asked {}
     vwait ::viewer::asked
     set values {}
+    if {$::viewer::ended} { return {} }
     if {$asked eq "ok" && [winfo exists .ask]} { set values [lmap entry $entries { string trim [$entry get] }] }
     destroy .ask
     return $values
@@ -59,7 +62,7 @@ proc viewer::ask_angles {} {
         say_status "Two numbers are wanted"
         return
     }
-    aim [join $answer ,]
+    aim [decimals [join $answer ,]]
 }
 
 # A picture of a size of its own inside the window, or one that follows the window again.
@@ -73,10 +76,11 @@ proc viewer::ask_size {} {
 
 proc viewer::fixed_size {width height} {
     lassign $::viewer::SIZE_LIMITS least most
-    if {![regexp {^\d{1,4}$} $width] || ![regexp {^\d{1,4}$} $height]} {
+    if {![regexp {^[0-9]{1,4}$} $width] || ![regexp {^[0-9]{1,4}$} $height]} {
         say_status "Two whole numbers are wanted"
         return
     }
+    lassign [scan "$width $height" "%d %d"] width height
     if {$width == 0 && $height == 0} {
         sorvel set view size 0 0
         # The library makes its window small and waits for a change of size.

@@ -15,15 +15,21 @@ proc viewer::open_files {files} {
     if {[llength $files] > 1 && $verb eq "add"} start_view
 }
 
-# A file of the list of recent ones, whatever it is.
+# A file of the list of recent ones, whatever it is. Where the ending does not tell, the first row does: that of a scene
+# list has five words.
 proc viewer::open_any {path} {
-    if {[string tolower [file extension $path]] in {.mod {}}} { open_one open $path } else { open_scene_list $path }
+    set ending [string tolower [file extension $path]]
+    if {$ending eq ".scene" || ($ending ne ".mod" && [llength [lindex [lines_of_fields $path] 0]] >= 5)} {
+        open_scene_list $path
+    } else {
+        open_one open $path
+    }
 }
 
 # Opens ("open") or adds ("add") a model and tells how it went. 1 or 0.
 proc viewer::open_one {verb path} {
     variable wanted
-    set path [file normalize $path]
+    set path [whole_path $path]
     if {$verb eq "open"} {
         set wanted {}
         stop_playing
@@ -44,7 +50,7 @@ proc viewer::open_one {verb path} {
 
 proc viewer::open_scene_list {path} {
     variable wanted
-    set path [file normalize $path]
+    set path [whole_path $path]
     stop_playing
     set wanted [list [dict create path $path kind list]]
     set good [load_scene_list $path]

@@ -11,10 +11,18 @@ namespace eval viewer {
     array set link_of {}
 }
 
+# The whole name of a file, counted from a folder or from where the program was started. A tilde at its beginning is a
+# letter as any other, and a bar, which has a meaning of its own where Tcl opens files, is never the first character.
+proc viewer::whole_path {path {folder {}}} {
+    if {$path eq {}} { return {} }
+    if {[string index $path 0] eq "~"} { set path ./$path }
+    return [file normalize [file join $folder $path]]
+}
+
 # The name of a file as the library may be told it.
 proc viewer::plain_path {path} {
     variable real_of
-    set path [file normalize $path]
+    set path [whole_path $path]
     if {![is_awkward $path]} { return $path }
     if {$::tcl_platform(platform) eq "windows" && [file exists $path]} {
         set short [file attributes $path -shortname]
@@ -42,11 +50,10 @@ proc viewer::plain_folder {folder} {
     variable link_of
     variable real_of
     if {![info exists link_of($folder)]} {
-        set link [file join [links_folder] [array size link_of]]
-        make_link $link $folder
-        set link_of($folder) $link
-        lappend real_of $link/ $folder/
+        set link_of($folder) [file join [links_folder] [array size link_of]]
+        lappend real_of $link_of($folder)/ $folder/
     }
+    make_link $link_of($folder) $folder
     return $link_of($folder)
 }
 
@@ -58,21 +65,22 @@ proc viewer::plain_file {path} {
     if {![info exists link_of($path)]} {
         set link_of($path) [file join [links_folder] [array size link_of]]
         file mkdir $link_of($path)
-        set plain [file join $link_of($path) $plain_tail]
-        make_link $plain $path
-        lappend real_of $plain $path $link_of($path)/ [file dirname $path]/
+        lappend real_of [file join $link_of($path) $plain_tail] $path $link_of($path)/ [file dirname $path]/
     }
+    make_link [file join $link_of($path) $plain_tail] $path
     # Again at each load: a neighbour may be new.
     foreach neighbour [glob -nocomplain -directory [file dirname $path] *] {
         set link [file join $link_of($path) [file tail $neighbour]]
-        if {![file exists $link]} { catch { make_link $link $neighbour } }
+        make_link $link $neighbour
     }
     return [file join $link_of($path) $plain_tail]
 }
 
-# A copy stands in where the system makes no links.
+# A copy stands in where the system makes no links. What is not there gets no link yet: it may come before the next
+# load.
 proc viewer::make_link {link target} {
-    if {[catch { file link -symbolic $link $target }]} { file copy -force $target $link }
+    if {[file exists $link] || ![file exists $target]} return
+    if {[catch { file link -symbolic $link $target }]} { catch { file copy -force $target $link } }
 }
 
 # A text of the library with the real names in the place of the plain ones.

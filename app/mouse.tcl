@@ -101,7 +101,7 @@ proc viewer::set_mouse_mode {mode} {
 proc viewer::show_cursor {} {
     variable pressed
     variable cursor_of
-    if {![winfo exists .view]} return
+    if {![view_lives]} return
     set mode [mode_of_button $pressed]
     if {[info exists cursor_of($mode)]} { sorvel set cursor $cursor_of($mode) }
 }

@@ -5,7 +5,7 @@ namespace eval viewer {
     variable root_folder [file dirname [file dirname [file normalize [info script]]]]
     variable option     ;# value of each option
     variable given      ;# 1 for the options that stood on the command line
-    variable NUMBER {-?(?:\d+\.?\d*|\.\d+)}
+    variable NUMBER {-?(?:[0-9]+\.?[0-9]*|\.[0-9]+)}
     variable PICTURE_ENDINGS {.png .tga}
     variable SIZE_LIMITS {20 3000}
     variable FLAGS {triangles lines curves points normals skeleton wireframe quadlines backfaces mirror textures
@@ -166,16 +166,17 @@ proc viewer::check_sheet {value} {
 }
 
 proc viewer::check_turntable {value} {
-    if {![regexp {^\d{1,5}$} $value] || [scan $value %d] < 1} { die "--turntable needs a number of pictures" }
+    if {![regexp {^[0-9]{1,5}$} $value] || [scan $value %d] < 1} { die "--turntable needs a number of pictures" }
 }
 
 # From, to and rate become option(first), option(last), option(rate).
 proc viewer::check_frames {value} {
     variable option
-    if {![regexp {^(\d{1,6}(?:\.\d{1,6})?):(\d{1,6}(?:\.\d{1,6})?):(\d{1,2})$} $value -> first last rate]} {
+    set time {([0-9]{1,6}(?:\.[0-9]{1,6})?)}
+    if {![regexp "^$time:$time:(\[0-9\]{1,2})\$" $value -> first last rate]} {
         die "--frames needs from, to and pictures for each second, as in 0:2:25"
     }
-    scan $rate %d rate
+    lassign [scan "$first $last $rate" "%f %f %d"] first last rate
     if {$rate < 1 || $rate > 60} { die "--frames needs 1 to 60 pictures for each second" }
     if {$last < $first} { die "--frames ends before it begins" }
     array set option [list first $first last $last rate $rate]
@@ -184,7 +185,7 @@ proc viewer::check_frames {value} {
 proc viewer::check_size {value} {
     variable option
     lassign $::viewer::SIZE_LIMITS least most
-    if {![regexp {^(\d{1,4})x(\d{1,4})$} $value -> width height] || [scan $width %d] < $least
+    if {![regexp {^([0-9]{1,4})x([0-9]{1,4})$} $value -> width height] || [scan $width %d] < $least
         || [scan $height %d] < $least || [scan $width %d] > $most || [scan $height %d] > $most} {
         die "--size needs two numbers from $least to $most, as in 960x640"
     }
@@ -193,27 +194,35 @@ proc viewer::check_size {value} {
 
 proc viewer::check_view {value} {
     variable NAMED_VIEWS
+    variable option
     if {![dict exists $NAMED_VIEWS $value] && ![is_numbers $value 2]} {
         die "--view needs a name ([join [dict keys $NAMED_VIEWS] {, }]) or two angles, as in 24,-72"
     }
+    if {![dict exists $NAMED_VIEWS $value]} { set option(view) [decimals $value] }
 }
 
 proc viewer::check_rotate {value} {
     if {![is_numbers $value 2]} { die "--rotate needs two angles, as in 30,0" }
+    set ::viewer::option(rotate) [decimals $value]
 }
 
 proc viewer::check_zoom {value} {
-    if {![is_numbers $value 1] || $value < 0.001 || $value > 100} { die "--zoom needs a number from 0.001 to 100" }
+    set good [is_numbers $value 1]
+    if {$good} { set value [decimals $value] }
+    if {!$good || $value < 0.001 || $value > 100} { die "--zoom needs a number from 0.001 to 100" }
+    set ::viewer::option(zoom) $value
 }
 
 proc viewer::check_background {value} {
     set good [is_numbers $value 3]
     if {$good} {
+        set value [decimals $value]
         foreach part [split $value ,] {
             if {$part < 0 || $part > 1} { set good 0 }
         }
     }
     if {!$good} { die "--background needs three numbers from 0 to 1, as in 0,0,0.2" }
+    set ::viewer::option(background) $value
 }
 
 proc viewer::check_display {values} {
@@ -239,4 +248,9 @@ proc viewer::is_numbers {text count} {
         if {![regexp "^$NUMBER\$" $part] || [string length $part] > 12} { return 0 }
     }
     return 1
+}
+
+# The numbers of such a text as Tcl reckons with them: to it 010 is eight, and 08 is no number.
+proc viewer::decimals {text} {
+    return [join [lmap part [split $text ,] { scan $part %f }] ,]
 }

@@ -142,7 +142,7 @@ proc viewer::play_round {} {
     variable play_timer
     variable anim_rate
     variable MOST_LATE
-    if {!$playing || ![winfo exists .view]} return
+    if {!$playing || ![view_lives]} return
     set interval [expr {1000.0 / $anim_rate}]
     set now [clock milliseconds]
     set steps [expr {min($MOST_LATE, int(($now - $play_due) / $interval) + 1)}]

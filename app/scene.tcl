@@ -18,7 +18,7 @@ proc viewer::load_model {verb path} {
     variable scene
     variable scene_list
     variable REST_PLACE
-    set path [file normalize $path]
+    set path [whole_path $path]
     if {$verb eq "open"} {
         set scene {}
         set scene_list {}
@@ -38,7 +38,7 @@ proc viewer::load_scene_list {path} {
     variable scene
     variable scene_list
     variable anim_rate
-    set path [file normalize $path]
+    set path [whole_path $path]
     set scene {}
     set scene_list {}
     set plain [plain_path $path]
@@ -70,7 +70,7 @@ proc viewer::find_rows {path} {
         set id [string trim [sorvel find model $name]]
         if {![string is integer -strict $id] || $id < 1} continue
         if {$id in [lmap model $scene { dict get $model id }]} continue
-        set file [file normalize [file join [file dirname $path] [string map {\\ /} $folder] $file]]
+        set file [whole_path $file [whole_path [string map {\\ /} $folder] [file dirname $path]]]
         lappend scene [dict create id $id path $file name $name placement $REST_PLACE]
     }
 }
@@ -106,10 +106,17 @@ proc viewer::set_failure {path text} {
     set line 0
     if {[regexp {^(.*) \(file: (.*), line: (\d+)\)$} $text -> what named line]} {
         set text $what
-        set file $named
+        # The rows of a scene list are named from its folder.
+        set file [whole_path $named [file dirname $path]]
     }
     if {$text eq {}} { set text "it could not be read" }
-    if {![file exists $path]} { set text "there is no such file" }
+    if {![file exists $path]} {
+        set text "there is no such file"
+    } elseif {[file isdirectory $path]} {
+        set text "that is a folder"
+    } elseif {![file readable $path]} {
+        set text "you have no permission to read it"
+    }
     set failure [dict create title "[file tail $path] could not be loaded" text $text file $file line $line path $path]
 }
 
@@ -180,13 +187,13 @@ proc viewer::files_of_scene {} {
         foreach fields [lines_of_fields $scene_list] {
             if {[llength $fields] < 5} continue
             lassign [lmap part $fields { string map {\\ /} $part }] folder file clip_folder clip
-            lappend files [file join [file dirname $scene_list] $clip_folder $clip]
+            lappend files [whole_path $clip [whole_path $clip_folder [file dirname $scene_list]]]
         }
     }
     foreach model $scene {
         lappend files {*}[files_of_model [dict get $model path] 0]
         foreach image [images_of [dict get $model id]] {
-            lappend files [file join [file dirname [dict get $model path]] $image]
+            lappend files [whole_path $image [file dirname [dict get $model path]]]
         }
     }
     return [lsort -unique [lmap file $files { expr {[file isfile $file] ? [file normalize $file] : [continue]} }]]
@@ -196,7 +203,7 @@ proc viewer::files_of_model {path depth} {
     set files [list $path]
     if {$depth > 8} { return $files }
     foreach child [children_of $path] {
-        set file [file join [file dirname $path] $child.mod]
+        set file [whole_path $child.mod [file dirname $path]]
         if {$file ne $path && [file isfile $file]} { lappend files {*}[files_of_model $file [expr {$depth + 1}]] }
     }
     return $files

@@ -150,22 +150,26 @@ proc viewer::write_settings {} {
 
 proc viewer::is_text {value} { return 1 }
 proc viewer::is_switch {value} { return [expr {$value in {0 1}}] }
-proc viewer::is_pixels {value} { return [regexp {^\d{1,4}$} $value] }
+proc viewer::is_pixels {value} { return [regexp {^[0-9]{1,4}$} $value] }
 proc viewer::is_mode {value} { return [expr {$value in {turn pan zoom}}] }
-proc viewer::is_rate {value} { return [expr {[regexp {^[1-9]\d?$} $value] && $value <= 60}] }
+proc viewer::is_rate {value} { return [expr {[regexp {^[1-9][0-9]?$} $value] && $value <= 60}] }
 proc viewer::is_lod {value} { return [regexp {^[0-6]?$} $value] }
 proc viewer::is_scale {value} { return [expr {$value in {0 1.0 1.25 1.5 2.0}}] }
-proc viewer::is_geometry {value} { return [regexp {^(\d{3,4}x\d{3,4}(\+-?\d{1,5}\+-?\d{1,5})?)?$} $value] }
+proc viewer::is_geometry {value} {
+    return [regexp {^([1-9][0-9]{2,3}x[1-9][0-9]{2,3}(\+-?[0-9]{1,5}\+-?[0-9]{1,5})?)?$} $value]
+}
 
 proc viewer::is_list_of_names {value} {
     variable MOST_RECENT
-    return [expr {[string is list $value] && [llength $value] <= $MOST_RECENT}]
+    if {![string is list $value] || [llength $value] > $MOST_RECENT} { return 0 }
+    # Tcl would look for the home of a user.
+    return [expr {[lsearch -glob $value ~*] < 0}]
 }
 
 proc viewer::is_colour {value} {
     if {![string is list $value] || ![is_numbers [join $value ,] 3]} { return 0 }
     foreach part $value {
-        if {$part < 0 || $part > 1} { return 0 }
+        if {[decimals $part] < 0 || [decimals $part] > 1} { return 0 }
     }
     return 1
 }

@@ -137,7 +137,15 @@ proc viewer::style_old_widgets {} {
 
 # Another size while the program runs (0: automatic). Menus and rows take their sizes from the fonts.
 proc viewer::set_ui_scale {choice} {
+    variable ui_scale
+    set before $ui_scale
     keep scale $choice
     apply_theme [expr {$choice == 0 ? [automatic_scale] : $choice}]
+    # The panels need more room for larger letters, but never most of the window.
+    if {".side" in [.panes panes]} {
+        set width [expr {round([winfo width .side] * $ui_scale / $before)}]
+        .panes sashpos 0 [expr {min($width, [winfo width .panes] / 2)}]
+    }
+    axes_changed
     draw_soon
 }

@@ -9,6 +9,7 @@ namespace eval viewer {
     variable tilt 0.0
     variable free 0            ;# 1: turning about the axes of the screen
     variable zoom 1.0
+    variable ended 0           ;# 1 once the window is gone
     variable draw_state idle   ;# idle, asked, drawing, or again: asked for while drawing
     variable frames 0          ;# pictures drawn
     variable frame_hook {}     ;# a command to call after each picture
@@ -31,6 +32,13 @@ proc viewer::create_view {} {
 proc viewer::set_background {rgb} {
     sorvel set background {*}[lmap part $rgb { plain $part }]
     draw_soon
+}
+
+# Whether there is still a view. Every call of the library serves events, so any of them may have closed the window, and
+# then Tk has no commands any more.
+proc viewer::view_lives {} {
+    variable ended
+    return [expr {!$ended && [winfo exists .view]}]
 }
 
 # ---- drawing -------------------------------------------------------------------------------------------------------
@@ -58,7 +66,7 @@ proc viewer::draw_now {} {
     variable draw_state
     variable frames
     variable frame_hook
-    if {![winfo exists .view]} return
+    if {![view_lives]} return
     if {$draw_state in {drawing again}} {
         set draw_state again
         return
@@ -68,12 +76,12 @@ proc viewer::draw_now {} {
         apply_movement
         sorvel draw
         incr frames
-        if {$frame_hook ne {}} { {*}$frame_hook }
+        if {$frame_hook ne {} && [view_lives]} { {*}$frame_hook }
     } finally {
         set again [expr {$draw_state eq "again"}]
         set draw_state idle
     }
-    if {$again} draw_soon
+    if {$again && [view_lives]} draw_soon
 }
 
 # Sends what the mouse did since the last picture.

@@ -21,9 +21,9 @@ proc viewer::absolute_names {files} {
         if {$option($name) eq {}} continue
         # The mark of a directory would go.
         set mark [expr {[names_a_folder $option($name)] ? "/" : {}}]
-        set option($name) [file normalize $option($name)]$mark
+        set option($name) [whole_path $option($name)]$mark
     }
-    return [lmap file $files { file normalize $file }]
+    return [lmap file $files { whole_path $file }]
 }
 
 proc viewer::start {words} {

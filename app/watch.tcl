@@ -12,7 +12,7 @@ namespace eval viewer {
 proc viewer::mark_of_file {path} {
     variable YOUNG
     if {[catch { list [file mtime $path] [file size $path] } mark]} { return gone }
-    if {[clock seconds] - [lindex $mark 0] <= $YOUNG && [lindex $mark 1] < 50000000} {
+    if {[clock seconds] - [lindex $mark 0] <= $YOUNG && [lindex $mark 1] < 50000000 && [file isfile $path]} {
         catch {
             set channel [open $path rb]
             lappend mark [zlib crc32 [read $channel]]
@@ -43,7 +43,7 @@ proc viewer::watch_scene {} {
 proc viewer::watch_tick {} {
     variable watches
     variable WATCH_INTERVAL
-    if {![winfo exists .view]} return
+    if {![view_lives]} return
     if {$watches} look_at_files
     after $WATCH_INTERVAL viewer::watch_tick
 }

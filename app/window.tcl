@@ -1,7 +1,6 @@
 # The window: toolbar, notices, panels beside the view, player, status line; how it starts and ends.
 
 namespace eval viewer {
-    variable ended 0
     variable time_text {}
     variable triangle_text {}
     variable status_timer {}
@@ -68,13 +67,15 @@ proc viewer::build_window {} {
     variable shows_side
     variable SIDE_WIDTH
     wm title . pelt
-    wm minsize . [px 640] [px 400]
+    # With large letters on a small screen the window still fits.
+    wm minsize . [expr {min([px 640], [winfo screenwidth .] - 40)}] [expr {min([px 400], [winfo screenheight .] - 80)}]
     build_toolbar
     build_notice
     ttk::panedwindow .panes -orient horizontal
     # The frame belongs to the library: without a background of its own nothing flickers beneath the picture.
     frame .view -width $option(width) -height $option(height) -background {}
-    ttk::frame .side -width [expr {$setting(side_width) > 0 ? $setting(side_width) : [px $SIDE_WIDTH]}]
+    set side [expr {$setting(side_width) > 0 ? $setting(side_width) : [px $SIDE_WIDTH]}]
+    ttk::frame .side -width [expr {min($side, [winfo screenwidth .] / 2)}]
     build_panels
     .panes add .view -weight 1
     # The side keeps the width that it was given, whatever its widgets would like.
@@ -205,7 +206,7 @@ proc viewer::refresh_status {} {
     variable status
     variable triangle_text
     set status_timer {}
-    if {![winfo exists .view]} return
+    if {![view_lives]} return
     ask_status
     set triangle_text "$status(triangles) triangles"
     show_time
