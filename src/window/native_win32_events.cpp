@@ -1,9 +1,8 @@
-// The procedure of our window class, and what Tk tells of the parent. What surprises: the messages go up nearly as
-// they come; only a size or a move that is none, a paint that nobody begins, the pointer during a drag and the wheel are
-// looked at here. The parent is followed through Tk and not by its messages: a script that runs because of a new size may
-// destroy the parent, and in the middle of Tk's own resizing that would pull the ground away below it.
+// The procedure of our window class, and what Tk tells of the parent. What surprises: the messages go up nearly as they
+// come; only a size or a move that is none, a paint that nobody begins, the pointer during a drag and the wheel are
+// looked at here. The parent is followed through Tk and not by its messages: a script that runs because of a new size
+// may destroy the parent, and in the middle of Tk's own resizing that would pull the ground away below it.
 #include <cstdint>
-#include <cstdlib>
 
 #include "window/messages.h"
 #include "window/native_win32.h"

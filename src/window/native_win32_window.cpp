@@ -48,7 +48,8 @@ void win32_forget(HWND handle) {
     Win32Window* gone = win32_find(handle);
     if (gone == nullptr) return;
     std::unique_ptr<Win32Window> record;
-    const auto at = std::find_if(windows.begin(), windows.end(), [gone](const auto& each) { return each.get() == gone; });
+    const auto is_gone = [gone](const auto& each) { return each.get() == gone; };
+    const auto at = std::find_if(windows.begin(), windows.end(), is_gone);
     record.swap(*at);
     windows.erase(at);
     win32_unfollow(record.get());

@@ -16,6 +16,11 @@
 
 namespace pelt::test {
 
+// A path written with slashes, with the separator of this system.
+inline std::string native_path(std::string_view path) {
+    return std::filesystem::path(path).make_preferred().string();
+}
+
 class TempDir {
 public:
     TempDir() {

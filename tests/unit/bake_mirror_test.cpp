@@ -311,7 +311,7 @@ protected:
     BakeMirrorImages() {
         dir.write("a.tga", test::solid_tga(1, 1, 255, 0, 0));
         dir.write("b.tga", test::solid_tga(2, 2, 0, 255, 0));
-        std::snprintf(model->path, sizeof model->path, "%s/", dir.path().c_str());
+        std::snprintf(model->path, sizeof model->path, "%s", test::native_path(dir.path() + "/").c_str());
         square(AXIS_X);
         put_triangle(model.get(), "body", {1, 2, 3, 4});
     }

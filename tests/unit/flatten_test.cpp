@@ -471,7 +471,9 @@ protected:
         set_path(model.get());
     }
     ~FlattenImages() override { model.reset(); }
-    void set_path(Model* each) { std::snprintf(each->path, sizeof each->path, "%s/", dir.path().c_str()); }
+    void set_path(Model* each) {
+        std::snprintf(each->path, sizeof each->path, "%s", test::native_path(dir.path() + "/").c_str());
+    }
     Owned textured(const char* name) {
         Owned child = simple(name);
         set_path(child.get());

@@ -26,7 +26,7 @@ TEST_F(ModelReader, AnEmptyFileIsAModelWithoutPoints) {
     const ModelPtr model = load_good("");
     EXPECT_EQ(model_count_points(model.get()), 0);
     EXPECT_STREQ(model->name, "ship");
-    EXPECT_EQ(model->path, dir.path() + "/");
+    EXPECT_EQ(model->path, test::native_path(dir.path() + "/"));
     EXPECT_EQ(model->parent, nullptr);
 }
 
@@ -220,9 +220,9 @@ TEST_F(ModelChildren, ChildrenLoadInOrderAndGrandchildrenFromTheirOwnDirectory) 
     dir.write("parts/flap.mod", TRIANGLE + "image flap.tga x y\n");
     dir.write("parts/flap.tga", test::solid_tga(1, 1, 0, 0, 0));
     dir.write("tail.mod", "points\n1 0 0 0\n");
-    const ModelPtr model = load_good(child("parts/wing") + child("tail"));
+    const ModelPtr model = load_good(child(test::native_path("parts/wing")) + child("tail"));
     EXPECT_STREQ(link(model, 0).model->name, "wing");
-    EXPECT_EQ(link(model, 0).model->path, dir.path() + "/parts/");
+    EXPECT_EQ(link(model, 0).model->path, test::native_path(dir.path() + "/parts/"));
     EXPECT_STREQ(link(model, 1).model->name, "tail");
     EXPECT_EQ(model_count_children(model.get()), 3);
 }
@@ -257,7 +257,7 @@ TEST_F(ModelChildren, AMissingChildFailsTheWholeLoad) {
 TEST_F(ModelChildren, AFailureInsideAChildNamesTheChildsFile) {
     dir.write("parts/wing.mod", child("flap"));
     const std::string flap = dir.write("parts/flap.mod", "points\n1 2\n");
-    EXPECT_EQ(load(TRIANGLE + "image a.tga x y\n" + child("parts/wing")), nullptr);
+    EXPECT_EQ(load(TRIANGLE + "image a.tga x y\n" + child(test::native_path("parts/wing"))), nullptr);
     EXPECT_EQ(error(), "Bad point definition (file: " + flap + ", line: 2)");
 }
 

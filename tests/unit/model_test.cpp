@@ -9,6 +9,7 @@
 
 #include "foundation/text.h"
 #include "scene/model_tree.h"
+#include "support/temp_dir.h"
 
 namespace pelt {
 namespace {
@@ -39,10 +40,10 @@ void add_points(Model* model, int count) {
 }
 
 TEST(Model, CreatedFromAPathHasItsLowerCaseNameAndItsDirectory) {
-    OwnedModel model("some/dir/Tree.mod");
+    OwnedModel model(test::native_path("some/dir/Tree.mod").c_str());
     EXPECT_STREQ("tree", model_name(model.model));
-    EXPECT_STREQ("some/dir/", model->path);
-    EXPECT_STREQ("some/dir/tree", model_full_path(model.model));
+    EXPECT_EQ(test::native_path("some/dir/"), model->path);
+    EXPECT_EQ(test::native_path("some/dir/tree"), model_full_path(model.model));
 }
 
 TEST(Model, CreatedWithoutAFileIsEmptyAndLowerCase) {
@@ -75,23 +76,23 @@ TEST(Model, NameLongerThanItsFieldIsCutWithinBounds) {
 }
 
 TEST(Model, DirectoryLongerThanItsFieldIsCutWithinBounds) {
-    OwnedModel model((std::string(300, 'd') + "/name.mod").c_str());
+    OwnedModel model(test::native_path(std::string(300, 'd') + "/name.mod").c_str());
     EXPECT_EQ(255u, std::string(model->path).size());
     EXPECT_STREQ("name", model->name);
 }
 
 TEST(Model, RenameChangesTheNameAndKeepsTheDirectoryWhenNoneIsGiven) {
-    OwnedModel model("here/tree.mod");
+    OwnedModel model(test::native_path("here/tree.mod").c_str());
     EXPECT_EQ(1, model_rename(model.model, "Other.mod"));
     EXPECT_STREQ("other", model->name);
-    EXPECT_STREQ("here/", model->path);
+    EXPECT_EQ(test::native_path("here/"), model->path);
 }
 
 TEST(Model, RenameWithADirectoryChangesBoth) {
-    OwnedModel model("here/tree.mod");
-    EXPECT_EQ(1, model_rename(model.model, "there/Other.mod"));
+    OwnedModel model(test::native_path("here/tree.mod").c_str());
+    EXPECT_EQ(1, model_rename(model.model, test::native_path("there/Other.mod").c_str()));
     EXPECT_STREQ("other", model->name);
-    EXPECT_STREQ("there/", model->path);
+    EXPECT_EQ(test::native_path("there/"), model->path);
 }
 
 TEST(Model, RenameForgetsTheFileThatWasOpened) {
@@ -235,13 +236,13 @@ TEST(Model, ReleaseOfLayersWithNamesTooLongForAKeyEnds) {
 }
 
 TEST(Model, FilePathJoinsAndIsCutToTheBuffer) {
-    OwnedModel model("dir/tree.mod");
+    OwnedModel model(test::native_path("dir/tree.mod").c_str());
     char buffer[64];
     model_file_path(model.model, "skin.tga", buffer, sizeof buffer);
-    EXPECT_STREQ("dir/skin.tga", buffer);
+    EXPECT_EQ(test::native_path("dir/skin.tga"), buffer);
     char small[8];
     model_file_path(model.model, "skin.tga", small, sizeof small);
-    EXPECT_STREQ("dir/ski", small);
+    EXPECT_EQ(test::native_path("dir/ski"), small);
 }
 
 TEST(ModelTree, CountsLevelsAndModels) {

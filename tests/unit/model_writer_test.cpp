@@ -242,7 +242,7 @@ protected:
 };
 
 TEST_F(InDirectory, TheFileIsNamedAfterTheModelInTheCurrentDirectory) {
-    const OwnedModel model(model_create((dir.path() + "/elsewhere/Tree.mod").c_str(), nullptr));
+    const OwnedModel model(model_create(test::native_path(dir.path() + "/elsewhere/Tree.mod").c_str(), nullptr));
     model_write(model.get());
     EXPECT_EQ(dir.read("here/tree.mod").substr(0, 21), "#\n# model: tree.mod\n#");
     EXPECT_FALSE(dir.exists("elsewhere"));

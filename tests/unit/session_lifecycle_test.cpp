@@ -408,6 +408,7 @@ TEST_F(LifecycleTest, ReloadReadsEveryRootAgainUnderANewId) {
     EXPECT_EQ(nullptr, list_find(&session.model_states, first));
 }
 
+#ifndef _WIN32
 TEST_F(LifecycleTest, ReloadOpensTheFileThatWasOpenedWhereNamesDifferByCase) {
     load(dir.write("Ship.MOD", SMALL_MODEL));
     dir.write("ship.mod", "points\n1 0 0 0\n");
@@ -415,6 +416,8 @@ TEST_F(LifecycleTest, ReloadOpensTheFileThatWasOpenedWhereNamesDifferByCase) {
     ASSERT_EQ(1, roots());
     EXPECT_EQ(3, model_count_points(root(0)));
 }
+
+#endif
 
 TEST_F(LifecycleTest, ReloadTakesSeparatorsOfBothFormsForTheSame) {
     dir.write("sub/Ship.mod", SMALL_MODEL);
@@ -573,8 +576,8 @@ TEST_F(LifecycleTest, RenameKeepsTheDirectoryWhenThePathHasNone) {
     EXPECT_EQ(1, session_rename_model(&session, id, "b.mod"));
     EXPECT_STREQ("b", root(0)->name);
     EXPECT_EQ(directory, root(0)->path);
-    EXPECT_EQ(1, session_rename_model(&session, id, "x/c.mod"));
-    EXPECT_STREQ("x/", root(0)->path);
+    EXPECT_EQ(1, session_rename_model(&session, id, test::native_path("x/c.mod").c_str()));
+    EXPECT_EQ(test::native_path("x/"), root(0)->path);
 }
 
 TEST_F(LifecycleTest, FindModelIsExactAndTakesTheFirstInListOrder) {

@@ -155,7 +155,8 @@ TEST_F(NativeWin32, TheFormatHasTwoBuffersColoursAndDepth) {
 TEST_F(NativeWin32, CreationDrawsTheFirstFrameAndInitialisesOnce) {
     DestroyWindow(handle);
     forget();
-    const WindowHandle other = gl_window_create("other", win32_window(parent), on_init, on_paint, on_resize, on_event, 0);
+    const WindowHandle other =
+        gl_window_create("other", win32_window(parent), on_init, on_paint, on_resize, on_event, 0);
     EXPECT_EQ(inits, 1);
     EXPECT_GE(paints, 1);
     EXPECT_FALSE(native_paint_pending(other));
@@ -187,9 +188,10 @@ TEST_F(NativeWin32, EachMouseMessageBecomesARecordAndAnswersZero) {
         int32_t button, pressed;
     };
     static constexpr Case CASES[] = {
-        {WM_MOUSEMOVE, 0, 0, 0},     {WM_LBUTTONDOWN, 1, 1, 1},   {WM_LBUTTONUP, 0, 1, 0},   {WM_LBUTTONDBLCLK, 1, 1, 1},
-        {WM_RBUTTONDOWN, 2, 3, 1},   {WM_RBUTTONUP, 0, 3, 0},     {WM_RBUTTONDBLCLK, 2, 3, 1}, {WM_MBUTTONDOWN, 16, 2, 1},
-        {WM_MBUTTONUP, 0, 2, 0},     {WM_MBUTTONDBLCLK, 16, 2, 1},
+        {WM_MOUSEMOVE, 0, 0, 0},
+        {WM_LBUTTONDOWN, 1, 1, 1},  {WM_LBUTTONUP, 0, 1, 0}, {WM_LBUTTONDBLCLK, 1, 1, 1},
+        {WM_RBUTTONDOWN, 2, 3, 1},  {WM_RBUTTONUP, 0, 3, 0}, {WM_RBUTTONDBLCLK, 2, 3, 1},
+        {WM_MBUTTONDOWN, 16, 2, 1}, {WM_MBUTTONUP, 0, 2, 0}, {WM_MBUTTONDBLCLK, 16, 2, 1},
     };
     for (const Case& each : CASES) {
         mouse.clear();
@@ -203,7 +205,8 @@ TEST_F(NativeWin32, EachMouseMessageBecomesARecordAndAnswersZero) {
 }
 
 TEST_F(NativeWin32, HighBitsOfMessageWordAndPlaceDoNotCount) {
-    EXPECT_EQ(send(0x70000u | WM_LBUTTONDOWN, 0xABCD0001u, static_cast<LPARAM>(0x7FFFFFFF00000000ll) | 0xFFFDFFFBll), 0);
+    const LPARAM place = static_cast<LPARAM>(0x7FFFFFFF00000000ll) | 0xFFFDFFFBll;
+    EXPECT_EQ(send(0x70000u | WM_LBUTTONDOWN, 0xABCD0001u, place), 0);
     ASSERT_EQ(mouse.size(), 1u);
     EXPECT_EQ(mouse[0].button, 1);
     EXPECT_EQ(mouse[0].x, -5);

@@ -1,7 +1,7 @@
 // The programs that the script tests start beside the library, for a wish that runs under wine. One program under many
 // names: env, timeout and mktemp do what those of a Unix do, for Windows programs; under every other name it starts the
-// program of that name on the machine that wine runs on. What surprises: wine starts such a program with its own output,
-// so that what it prints takes the way over a file.
+// program of that name on the machine below wine. What surprises: wine starts such a program with its own output, so
+// that what it prints takes the way over a file.
 #include <windows.h>
 
 #include <cstdio>
