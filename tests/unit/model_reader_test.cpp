@@ -296,7 +296,7 @@ TEST_F(ModelChildren, AnotherCaseOfTheOwnNameIsTheSameFile) {
 #endif
 
 TEST_F(ModelChildren, ACircleThroughAnotherSpellingEndsAtTheDepthLimit) {
-    EXPECT_EQ(load(child("./ship")), nullptr);
+    EXPECT_EQ(load(child(test::native_path("./ship"))), nullptr);
     EXPECT_EQ(error().substr(0, 32), "child models nested too deeply: ");
 }
 
