@@ -180,11 +180,11 @@ proc viewer::batch_picture {path} {
     if {$message ne {}} {
         incr batch_failures
         progress_end
-        puts stderr "viewer: $path: $message"
+        puts stderr "viewer: [file nativename $path]: $message"
         return
     }
     progress_end
-    puts [file normalize $path]
+    puts [file nativename [file normalize $path]]
     flush stdout
     timing_tell $path
     progress $path

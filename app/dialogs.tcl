@@ -75,6 +75,7 @@ proc viewer::ask_size {} {
 }
 
 proc viewer::fixed_size {width height} {
+    variable fixed_picture
     lassign $::viewer::SIZE_LIMITS least most
     if {![regexp {^[0-9]{1,4}$} $width] || ![regexp {^[0-9]{1,4}$} $height]} {
         say_status "Two whole numbers are wanted"
@@ -83,6 +84,7 @@ proc viewer::fixed_size {width height} {
     lassign [scan "$width $height" "%d %d"] width height
     if {$width == 0 && $height == 0} {
         sorvel set view size 0 0
+        set fixed_picture {}
         # The library makes its window small and waits for a change of size.
         nudge_view
     } elseif {$width < $least || $height < $least || $width > $most || $height > $most} {
@@ -90,6 +92,7 @@ proc viewer::fixed_size {width height} {
         return
     } else {
         sorvel set view size $width $height
+        set fixed_picture [list $width $height]
     }
     measure_view
     draw_soon

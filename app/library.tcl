@@ -13,10 +13,9 @@ namespace eval viewer {
 }
 
 proc viewer::load_library {} {
-    variable root_folder
     variable library_path
-    set library_path [expr {[info exists ::env(PELT_LIBRARY)] ? $::env(PELT_LIBRARY)
-        : [file join $root_folder build libpelt[info sharedlibextension]]}]
+    take_boxes
+    set library_path [expr {[info exists ::env(PELT_LIBRARY)] ? $::env(PELT_LIBRARY) : [default_library]}]
     if {[llength [info commands ::sorvel]] > 0} return
     if {[file exists $library_path]} {
         load $library_path Sorvel
@@ -25,15 +24,31 @@ proc viewer::load_library {} {
     }
 }
 
+# Where the library is built, or lies in an archive that was unpacked.
+proc viewer::default_library {} {
+    variable root_folder
+    if {$::tcl_platform(platform) ne "windows"} {
+        return [file join $root_folder build libpelt[info sharedlibextension]]
+    }
+    set unpacked [file join $root_folder pelt.dll]
+    return [expr {[file exists $unpacked] ? $unpacked : [file join $root_folder build windows pelt.dll]}]
+}
+
 # ---- boxes ---------------------------------------------------------------------------------------------------------
 
-# In the place of Tk's: the library calls it by this name.
-proc ::tk_messageBox {args} {
+# In the place of Tk's: the library calls it by that name. To be called when Tk is there, which on Windows makes its own.
+proc viewer::take_boxes {} {
+    interp alias {} ::tk_messageBox {} viewer::take_box
+}
+
+proc viewer::take_box {args} {
+    variable quiet
+    variable gathered
     set text [expr {[dict exists $args -message] ? [dict get $args -message] : {}}]
-    if {$::viewer::quiet} {
-        lappend ::viewer::gathered $text
+    if {$quiet} {
+        lappend gathered $text
     } else {
-        viewer::tell_notice $text
+        tell_notice $text
     }
     return ok
 }

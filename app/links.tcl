@@ -23,6 +23,7 @@ proc viewer::whole_path {path {folder {}}} {
 proc viewer::plain_path {path} {
     variable real_of
     set path [whole_path $path]
+    if {[string match //* $path]} { share_in_texts [file dirname $path] }
     if {![is_awkward $path]} { return $path }
     if {$::tcl_platform(platform) eq "windows" && [file exists $path]} {
         set short [file attributes $path -shortname]
@@ -37,7 +38,21 @@ proc viewer::plain_path {path} {
 
 proc viewer::is_awkward {path} {
     variable LONGEST_PATH
-    return [expr {[string first { } $path] >= 0 || [string bytelength $path] > $LONGEST_PATH}]
+    return [expr {[string first { } $path] >= 0 || [string bytelength [library_name $path]] > $LONGEST_PATH}]
+}
+
+# On Windows only a backslash separates for the library, and its texts have backslashes resolved: of a pair, which the
+# system takes as one, one is left there. The two at the beginning of a share are no separator.
+proc viewer::library_name {path} {
+    if {$::tcl_platform(platform) ne "windows"} { return $path }
+    set share [expr {[string match //* $path] ? {\\} : {}}]
+    return $share[string map {/ {\\}} [string range $path [expr {$share eq {} ? 0 : 2}] end]]
+}
+
+# Texts of the library have one separator at the beginning of such a name.
+proc viewer::share_in_texts {folder} {
+    variable real_of
+    dict set real_of [string range $folder 1 end]/ $folder/
 }
 
 # A name for a file that the library is to write. The caller moves it to where it belongs.
@@ -79,14 +94,22 @@ proc viewer::plain_file {path} {
 # A copy stands in where the system makes no links. What is not there gets no link yet: it may come before the next
 # load.
 proc viewer::make_link {link target} {
-    if {[file exists $link] || ![file exists $target]} return
-    if {[catch { file link -symbolic $link $target }]} { catch { file copy -force $target $link } }
+    if {![file exists $target]} return
+    if {[file exists $link]} {
+        # A copy has the time of what it was made of.
+        if {[file type $link] ne "file" || [file mtime $link] == [file mtime $target]} return
+    } elseif {![catch { file link -symbolic $link $target }]} {
+        return
+    }
+    catch { file copy -force $target $link }
 }
 
 # A text of the library with the real names in the place of the plain ones.
 proc viewer::with_real_names {text} {
     variable real_of
-    return [string map $real_of $text]
+    if {$::tcl_platform(platform) ne "windows"} { return [string map $real_of $text] }
+    # The library keeps directories in lower case there.
+    return [string map -nocase $real_of [string map {\\ /} $text]]
 }
 
 # ---- the folder of the links ---------------------------------------------------------------------------------------

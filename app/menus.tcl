@@ -39,7 +39,7 @@ proc viewer::fill_recent {menu} {
     $menu delete 0 end
     foreach path $setting(recent) {
         # A menu takes no line ends; the folder tells two files of one name apart.
-        set label "[file tail $path]   [file dirname $path]"
+        set label "[file tail $path]   [file nativename [file dirname $path]]"
         $menu add command -label [string map {\n { }} $label] -command [list viewer::open_any $path]
     }
     if {[llength $setting(recent)] == 0} {

@@ -37,7 +37,8 @@ proc viewer::tell_failure {retry} {
     set notice_retry $retry
     set file [dict get $failure file]
     set line [dict get $failure line]
-    set where [expr {$line > 0 ? "$file, line $line" : $file}]
+    set where [file nativename $file]
+    if {$line > 0} { append where ", line $line" }
     set code [expr {$line > 0 ? [line_of_file $file $line] : {}}]
     show_notice bad [dict get $failure title] [string toupper [dict get $failure text] 0] $where $code
     say_status "[file tail [dict get $failure path]] could not be loaded"

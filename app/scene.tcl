@@ -6,7 +6,10 @@ namespace eval viewer {
     variable scene_list {}       ;# the scene list that is open, or nothing
     variable failure {}          ;# the latest failure: title, text, file, line, path (the file that was asked for)
     variable unit_per_pixel 1.0  ;# of the world, at zoom 1
+    variable view_narrow 1       ;# pixels of the view's narrow side, when that was measured
+    variable fixed_picture {}    ;# width and height of the picture, where it does not follow the window
     variable scene_size 0.0      ;# largest extent of a model in the scene
+    variable SPARE 1.05          ;# of the narrow side, that the library shows of the largest model
     variable selection_hook {}   ;# a command to call when the library's selection was disturbed
     variable REST_PLACE {move {0 0 0} scale {1 1 1} turn {0 0 0}}
 }
@@ -22,9 +25,10 @@ proc viewer::load_model {verb path} {
     if {$verb eq "open"} {
         set scene {}
         set scene_list {}
+        forget_scale
     }
     # The library would empty the scene at an open; here too nothing of the old one stays.
-    lassign [quietly sorvel file $verb [plain_path $path]] id texts
+    lassign [quietly sorvel file $verb [library_name [plain_path $path]]] id texts
     if {![string is integer -strict $id] || $id < 1} {
         set_failure $path [lindex $texts 0]
         return 0
@@ -41,6 +45,7 @@ proc viewer::load_scene_list {path} {
     set path [whole_path $path]
     set scene {}
     set scene_list {}
+    forget_scale
     set plain [plain_path $path]
     set before [pwd]
     if {[catch { cd [file dirname $plain] }]} {
@@ -50,7 +55,7 @@ proc viewer::load_scene_list {path} {
     lassign [quietly sorvel animate open [file tail $plain]] count texts
     catch { cd $before }
     if {$count ne "1"} {
-        set_failure $path [lindex $texts 0]
+        set_failure $path [string map [names_of_rows $path] [lindex $texts 0]]
         return 0
     }
     set scene_list $path
@@ -73,6 +78,19 @@ proc viewer::find_rows {path} {
         set file [whole_path $file [whole_path [string map {\\ /} $folder] [file dirname $path]]]
         lappend scene [dict create id $id path $file name $name placement $REST_PLACE]
     }
+}
+
+# Pairs for the texts of the library: what becomes of a folder and a name with a backslash between them when backslashes
+# are resolved, and the path.
+proc viewer::names_of_rows {path} {
+    set pairs {}
+    foreach fields [lines_of_fields $path] {
+        foreach {folder file} [lrange $fields 0 3] {
+            set name $folder\\$file
+            lappend pairs [subst -nocommands -novariables $name] [string map {\\ /} $name]
+        }
+    }
+    return $pairs
 }
 
 # The name that the library gives to the model of a file.
@@ -108,6 +126,8 @@ proc viewer::set_failure {path text} {
         set text $what
         # The rows of a scene list are named from its folder.
         set file [whole_path $named [file dirname $path]]
+        # With the letters as the user has them, not as the library keeps them on Windows.
+        if {$::tcl_platform(platform) eq "windows" && [string equal -nocase $file $path]} { set file $path }
     }
     if {$text eq {}} { set text "it could not be read" }
     if {![file exists $path]} {
@@ -123,7 +143,7 @@ proc viewer::set_failure {path text} {
 # One line for standard error, in the form in which compilers tell theirs.
 proc viewer::failure_line {} {
     variable failure
-    set place [dict get $failure file]
+    set place [file nativename [dict get $failure file]]
     if {[dict get $failure line] > 0} { append place : [dict get $failure line] }
     return "$place: [regsub -all {\s+} [dict get $failure text] { }]"
 }
@@ -209,13 +229,18 @@ proc viewer::files_of_model {path depth} {
     return $files
 }
 
-# How much must be zoomed out for all models to be seen: the library fits its view to the largest one, wherever the
-# others stand.
+# The zoom at which all models are seen: the library fits its view to the largest one, wherever the others stand, and
+# lets the scale be when the window changes.
 proc viewer::fitting_zoom {} {
     variable scene
     variable scene_size
     variable selection_hook
-    if {[llength $scene] < 2 || $scene_size <= 0} { return 1.0 }
+    variable unit_per_pixel
+    variable view_narrow
+    variable SPARE
+    set shown [expr {$unit_per_pixel * $view_narrow / $SPARE}]
+    if {$shown <= 0 || $scene_size <= 0} { return 1.0 }
+    if {[llength $scene] < 2} { return [expr {$scene_size / $shown}] }
     set middle [numbers [ask get centre]]
     set farthest 0.0
     foreach model $scene {
@@ -227,7 +252,7 @@ proc viewer::fitting_zoom {} {
         set farthest [expr {max($farthest, sqrt($square))}]
     }
     if {$selection_hook ne {}} { {*}$selection_hook }
-    return [expr {min(100.0, (2 * $farthest + $scene_size) / $scene_size)}]
+    return [expr {(2 * $farthest + $scene_size) / $shown}]
 }
 
 # ---- measuring -----------------------------------------------------------------------------------------------------
@@ -235,18 +260,38 @@ proc viewer::fitting_zoom {} {
 # Learns how much of the world a pixel shows, by shifting the picture and back. To be called after every load.
 proc viewer::measure_view {} {
     variable unit_per_pixel
+    variable view_narrow
     variable scene_size
     variable zoom
+    variable SPARE
     set zoom [lindex [numbers [sorvel get zoom]] 0]
     lassign [numbers [sorvel get pan]] x y
     if {$zoom eq {} || $y eq {}} return
     sorvel set pan 0 0
     sorvel set view pan 1000 0
+    # What this was computed from: the next command may come behind another size.
+    set narrow [narrow_side]
     set shift [lindex [numbers [sorvel get pan]] 0]
     sorvel set pan $x $y
     if {![string is double -strict $shift] || $shift == 0 || $zoom <= 0} return
+    set before $unit_per_pixel
     set unit_per_pixel [expr {abs($shift) / 1000 / $zoom}]
-    # The library shows a scene with five hundredths to spare on the narrow side.
-    set narrow [expr {min([winfo width .view], [winfo height .view])}]
-    set scene_size [expr {$unit_per_pixel * $narrow / 1.05}]
+    set view_narrow $narrow
+    # Only another scale comes from a fit of the library's own, which was to the size of now.
+    if {abs($before - $unit_per_pixel) > 1e-4 * $unit_per_pixel} {
+        set scene_size [expr {$unit_per_pixel * $narrow / $SPARE}]
+    }
+}
+
+# The next measure takes the scale as that of a new scene.
+proc viewer::forget_scale {} {
+    variable unit_per_pixel
+    set unit_per_pixel 0.0
+}
+
+proc viewer::narrow_side {} {
+    variable fixed_picture
+    lassign $fixed_picture width height
+    if {$height eq {}} { lassign [list [winfo width .view] [winfo height .view]] width height }
+    return [expr {min($width, $height)}]
 }

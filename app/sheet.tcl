@@ -44,10 +44,10 @@ proc viewer::batch_sheet {files} {
     progress_end
     if {$message ne {}} {
         incr batch_failures
-        puts stderr "viewer: $option(contact-sheet): $message"
+        puts stderr "viewer: [file nativename $option(contact-sheet)]: $message"
         return
     }
-    puts [file normalize $option(contact-sheet)]
+    puts [file nativename [file normalize $option(contact-sheet)]]
 }
 
 # An empty page with room for so many pictures: about as wide as it is high, and never beyond the largest.

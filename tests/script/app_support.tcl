@@ -4,8 +4,15 @@
 set root [file normalize [file join [file dirname [file normalize [info script]]] .. ..]]
 set app [file join $root app viewer.tcl]
 set ::env(XDG_CONFIG_HOME) [work_path config]
+set ::env(APPDATA) [work_path config]
 set ::env(XDG_RUNTIME_DIR) [work_path runtime]
 file mkdir $::env(XDG_RUNTIME_DIR)
+
+# The front door, which Windows starts by a name of its own.
+set front_door [file nativename [file join $root [expr {$tcl_platform(platform) eq "windows" ? "viewer.cmd" : "viewer"}]]]
+
+# A path as the viewer tells it.
+proc as_told {path} { file nativename [file normalize $path] }
 
 # Starts the viewer in this process with that command line.
 proc start_app {args} {
