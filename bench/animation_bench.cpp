@@ -252,8 +252,15 @@ int main(int argc, char** argv) {
     const test::TempDir dir;
     if (argc > 1) {
         Scene scene(dir, 1, Skin::ONE_JOINT, 1, LONG_FRAMES);  // hardly any points, so that the keys count
-        for (int i = 0; i < 200; ++i) scene.step(std::strcmp(argv[1], "end") == 0 ? LONG_FRAMES - 3 : 0);
-        return 0;
+        const int first = std::strcmp(argv[1], "end") == 0 ? LONG_FRAMES - 3 : 0;
+        for (int i = 0; i < 200; ++i) scene.step(first);
+        // The figure moves by one in each frame: it is where that part of the clip puts it.
+        for (const ModelState& state : list_elements<ModelState>(scene.session.model_states)) {
+            const float x = state.matrix.m[3];
+            if (x > static_cast<float>(first) && x < static_cast<float>(first + 1)) return 0;
+            std::fprintf(stderr, "the figure stands at %g\n", static_cast<double>(x));
+        }
+        return 2;
     }
     const bool one = measure_step(dir, "clock step of 24 figures, 1,000 points, 20 joints", Skin::ONE_JOINT);
     const bool two = measure_step(dir, "the same, every point of two joints", Skin::TWO_JOINTS);

@@ -15,3 +15,8 @@ target_sources(windows_native_win32 PRIVATE ${PELT_NATIVE_SOURCES})
 target_compile_definitions(windows_native_win32 PRIVATE USE_TCL_STUBS USE_TK_STUBS)
 target_include_directories(windows_native_win32 SYSTEM PRIVATE ${PELT_TCL_INCLUDE})
 target_link_libraries(windows_native_win32 PRIVATE pelt_window pelt_core ${PELT_NATIVE_LIBRARIES})
+
+# scripts/build-windows packs it when everything is built.
+add_test(NAME windows_archive COMMAND ${CMAKE_SOURCE_DIR}/scripts/with-display --private
+         ${CMAKE_CURRENT_SOURCE_DIR}/windows/archive ${CMAKE_BINARY_DIR})
+set_tests_properties(windows_archive PROPERTIES TIMEOUT 300 LABELS windows)

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 
 #include "commands.h"
 #include "console.h"
@@ -43,12 +44,7 @@ int finish(int status) {
     return STATUS_BAD_MODEL;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-#ifdef SIGXFSZ
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no further is an error like any other
-#endif
+int run(int argc, char** argv) {
     CLI::App program(DESCRIPTION, "pelt-model");
     int status = STATUS_GOOD;
     program.require_subcommand(0, 1);  // none is told below, so that an unknown word is told by its name
@@ -68,4 +64,18 @@ int main(int argc, char** argv) {
         return STATUS_WRONG_USE;
     }
     return finish(status);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+#ifdef SIGXFSZ
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no further is an error like any other
+#endif
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "pelt-model: %s\n", error.what());
+        return STATUS_BAD_MODEL;
+    }
 }
