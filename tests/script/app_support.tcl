@@ -27,6 +27,13 @@ proc start_app {args} {
 }
 set answer {}
 
+# The folder of the test goes before the viewer does, which is not to make it anew for its settings.
+rename finish finish_test
+proc finish {} {
+    namespace eval ::viewer { variable settings_kept 0 }
+    finish_test
+}
+
 # Until nothing is left to draw.
 proc settle {{milliseconds 80}} {
     serve $milliseconds
