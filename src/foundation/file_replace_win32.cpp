@@ -1,16 +1,15 @@
 // Writing a whole file so that a full disk costs nothing of the one that was there, on Windows.
 //
-// What surprises: the content goes to a file of its own beside the target, and where none can be made it goes straight
-// into the target, as it does for a device.
+// What surprises: a new file in the place of the old one would part it from its other names, and from the link that
+// leads to it. Such a file is written in place, as is one in a folder that takes no new files; it first gets its new
+// length, because only that needs room on the disk.
 #include "foundation/file_replace.h"
 
-#include <io.h>
 #include <windows.h>
 
-#include <cstdio>
+#include <algorithm>
 #include <string>
 
-#include "foundation/file_find.h"
 #include "foundation/file_find_win32.h"
 
 namespace pelt {
@@ -18,70 +17,138 @@ namespace pelt {
 namespace {
 
 constexpr int NAME_ATTEMPTS = 100;
+constexpr size_t BLOCK_SIZE = size_t{1} << 24;
+constexpr DWORD KEPT_ATTRIBUTES = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE;
 
-// Whether all of it went to the stream, which is closed.
-bool write_and_close(std::FILE* stream, const void* data, size_t size) {
-    const bool complete = size == 0 || std::fwrite(data, size, 1, stream) == 1;
-    return std::fclose(stream) == 0 && complete;
+struct Content {
+    const char* data;
+    size_t size;
+};
+
+HANDLE open_file(const std::wstring& name, DWORD how) {
+    const DWORD share = how == CREATE_NEW ? 0 : FILE_SHARE_READ | FILE_SHARE_WRITE;
+    return CreateFileW(name.c_str(), GENERIC_WRITE, share, nullptr, how, FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-std::FILE* make_temporary(const std::wstring& target, std::wstring* name) {
-    const size_t separator = target.find_last_of(L"\\/:");
-    const std::wstring directory = separator == std::wstring::npos ? std::wstring() : target.substr(0, separator + 1);
-    for (int attempt = 0; attempt < NAME_ATTEMPTS; ++attempt) {
-        *name = directory + L".pelt-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(attempt) +
-                L".tmp";
-        const HANDLE file = CreateFileW(name->c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
-        if (file != INVALID_HANDLE_VALUE) {
-            CloseHandle(file);
-            return _wfopen(name->c_str(), L"wbN");
+bool write_content(HANDLE file, Content content) {
+    while (content.size > 0) {
+        DWORD written = 0;
+        const auto wanted = static_cast<DWORD>(std::min(content.size, BLOCK_SIZE));
+        if (WriteFile(file, content.data, wanted, &written, nullptr) == 0 || written == 0) {
+            return false;
         }
-        if (GetLastError() != ERROR_FILE_EXISTS) {
-            return nullptr;
+        content.data += written;
+        content.size -= written;
+    }
+    return true;
+}
+
+// Whether all of it went to the file, which is closed.
+bool write_and_close(HANDLE file, Content content) {
+    const bool complete = write_content(file, content);
+    return CloseHandle(file) != 0 && complete;
+}
+
+bool set_length(HANDLE file, LONGLONG length) {
+    LARGE_INTEGER end{};
+    end.QuadPart = length;
+    return SetFilePointerEx(file, end, nullptr, FILE_BEGIN) != 0 && SetEndOfFile(file) != 0;
+}
+
+// A file of that name that was not there before; a part of one does not stay.
+int write_new(const std::wstring& name, Content content) {
+    const HANDLE file = open_file(name, CREATE_NEW);
+    if (file == INVALID_HANDLE_VALUE) {
+        return 0;
+    }
+    if (!write_and_close(file, content)) {
+        DeleteFileW(name.c_str());
+    }
+    return 1;
+}
+
+void write_in_place(HANDLE file, Content content) {
+    LARGE_INTEGER old{};
+    if (GetFileSizeEx(file, &old) == 0) {
+        return;
+    }
+    const auto size = static_cast<LONGLONG>(content.size);
+    const bool fits = size <= old.QuadPart || set_length(file, size);
+    const bool written =
+        fits && SetFilePointerEx(file, LARGE_INTEGER{}, nullptr, FILE_BEGIN) != 0 && write_content(file, content);
+    set_length(file, written ? size : old.QuadPart);
+}
+
+// A new file in the folder of the target, and its name; INVALID_HANDLE_VALUE when none can be made.
+HANDLE make_temporary(const std::wstring& target, std::wstring* name) {
+    const size_t separator = target.find_last_of(L"\\/:");
+    const std::wstring folder = separator == std::wstring::npos ? std::wstring() : target.substr(0, separator + 1);
+    for (int attempt = 0; attempt < NAME_ATTEMPTS; ++attempt) {
+        *name = folder + L".pelt-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(attempt) + L".tmp";
+        const HANDLE file = open_file(*name, CREATE_NEW);
+        if (file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) {
+            return file;
         }
     }
-    return nullptr;
+    return INVALID_HANDLE_VALUE;
 }
 
-bool is_file(DWORD attributes) {
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-}
-
-// Whether the name can be opened for writing, which leaves an existing file as it is.
-bool is_writable(const std::wstring& name) {
-    const HANDLE file = CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+// False when no file beside the target can take its place; the target is untouched then, and when the disk is full.
+bool write_beside(const std::wstring& target, Content content, DWORD attributes) {
+    std::wstring name;
+    const HANDLE file = make_temporary(target, &name);
     if (file == INVALID_HANDLE_VALUE) {
         return false;
     }
-    const bool on_disk = GetFileType(file) == FILE_TYPE_DISK;
-    CloseHandle(file);
-    return on_disk;
+    const bool complete = write_and_close(file, content);
+    SetFileAttributesW(name.c_str(), attributes & KEPT_ATTRIBUTES);
+    const bool moved = complete && MoveFileExW(name.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+    if (!moved) {
+        DeleteFileW(name.c_str());
+    }
+    return moved || !complete;
+}
+
+// One name alone leads to the file, and it is no link.
+bool may_be_replaced(HANDLE file, DWORD attributes) {
+    BY_HANDLE_FILE_INFORMATION about{};
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0 &&
+           GetFileInformationByHandle(file, &about) != 0 && about.nNumberOfLinks == 1;
 }
 
 }  // namespace
 
 int file_replace(const char* path, const void* data, size_t size) {
+    const Content content{static_cast<const char*>(data), size};
     const std::wstring name = file_system_name(path);
     if (name.empty()) {
         return 0;
     }
-    const DWORD attributes = GetFileAttributesW(name.c_str());
-    if (is_file(attributes) && is_writable(name)) {
-        std::wstring temporary;
-        if (std::FILE* stream = make_temporary(name, &temporary)) {
-            if (!write_and_close(stream, data, size) ||
-                !MoveFileExW(temporary.c_str(), name.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-                DeleteFileW(temporary.c_str());
+    // Without emptying what is there.
+    HANDLE file = open_file(name, OPEN_EXISTING);
+    if (file == INVALID_HANDLE_VALUE) {
+        return GetLastError() == ERROR_FILE_NOT_FOUND ? write_new(name, content) : 0;
+    }
+    const DWORD type = GetFileType(file);
+    int result = type == FILE_TYPE_DISK || type == FILE_TYPE_CHAR ? 1 : 0;
+    if (type == FILE_TYPE_CHAR) {
+        write_content(file, content);
+    } else if (type == FILE_TYPE_DISK) {
+        const DWORD attributes = GetFileAttributesW(name.c_str());
+        if (may_be_replaced(file, attributes)) {
+            CloseHandle(file);  // nobody may have the file open whose place is taken
+            if (write_beside(name, content, attributes)) {
+                return 1;
             }
-            return 1;
+            file = open_file(name, OPEN_EXISTING);
+            if (file == INVALID_HANDLE_VALUE) {
+                return 0;
+            }
         }
+        write_in_place(file, content);
     }
-    std::FILE* stream = file_stream_write(path);
-    if (stream == nullptr) {
-        return 0;
-    }
-    write_and_close(stream, data, size);
-    return 1;
+    CloseHandle(file);
+    return result;
 }
 
 }  // namespace pelt

@@ -51,6 +51,14 @@ void create_context(WindowHandle window) {
     if (entry->init_proc != nullptr) entry->init_proc(window, 0, nullptr);
 }
 
+// The system has given the handle of a dead window to a new one: the dead entry must not be found by it any more.
+void forget_handle(WindowHandle window) {
+    while (GlWindow* dead = gl_window_find(window)) {
+        gl_context_destroy(window);
+        dead->handle = 0;
+    }
+}
+
 }  // namespace
 
 void gl_system_init(std::uintptr_t instance) {
@@ -87,6 +95,7 @@ WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc 
     if (window == 0) return 0;
     native_window_raise(window);
 
+    forget_handle(window);
     GlWindow* entry = static_cast<GlWindow*>(list_add(&gl_system.windows, name));
     if (entry == nullptr) {
         native_window_destroy(window);

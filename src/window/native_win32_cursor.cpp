@@ -3,6 +3,7 @@
 // half applies it again at each message of the mouse.
 #include <cstdint>
 
+#include "foundation/file_access.h"
 #include "foundation/file_find_win32.h"
 #include "window/native_win32.h"
 
@@ -16,8 +17,9 @@ NativeCursor native_cursor_load_builtin(int32_t group) {
     return reinterpret_cast<NativeCursor>(LoadCursorA(win32_module, resource));
 }
 
+// Plain files alone: the system would wait for what a device or a pipe may have to say.
 NativeCursor native_cursor_load_file(const char* path) {
-    if (path == nullptr || *path == '\0') return 0;
+    if (file_resolve(path).empty()) return 0;
     return reinterpret_cast<NativeCursor>(LoadCursorFromFileW(file_system_name(path).c_str()));
 }
 

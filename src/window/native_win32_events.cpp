@@ -4,6 +4,8 @@
 // may destroy the parent, and in the middle of Tk's own resizing that would pull the ground away below it.
 #include <cstdint>
 
+#include "window/cursor.h"
+#include "window/gl_system.h"
 #include "window/messages.h"
 #include "window/native_win32.h"
 
@@ -97,11 +99,15 @@ bool takes_new_size(HWND handle, LPARAM lparam) {
 }
 
 // The system repeats a paint message for ever until the paint was begun. A window that has lost its context begins
-// none, so that what is left is declared painted.
+// none, so that what is left is declared painted; so is that of a window we do not know (any more).
 void on_paint(HWND handle) {
-    if (Win32Window* window = win32_find(handle)) window->paint_pending = true;
-    gl_paint_pending(win32_window(handle));
-    ValidateRect(handle, nullptr);
+    if (Win32Window* window = win32_find(handle)) {
+        window->paint_pending = true;
+        gl_paint_pending(win32_window(handle));
+    } else {
+        window_procedure(win32_window(handle), MESSAGE_PAINT, 0, 0);
+    }
+    if (IsWindow(handle)) ValidateRect(handle, nullptr);
 }
 
 // A drag that leaves the window keeps the pointer until the last button is up.
@@ -116,7 +122,7 @@ void keep_pointer(HWND handle, uint32_t message, WPARAM held) {
 }
 
 // The system sends a move whenever something happened below the pointer, the end of a drag included. False when neither
-// the pointer nor a button has moved.
+// the pointer nor a button has moved; the cursor is due then all the same, another window may have set its own.
 bool has_moved(HWND handle, WPARAM wparam, LPARAM lparam) {
     Win32Window* window = win32_find(handle);
     if (window == nullptr) return true;
@@ -133,16 +139,20 @@ bool has_moved(HWND handle, WPARAM wparam, LPARAM lparam) {
 LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
     const uint32_t number = message & MESSAGE_BITS;
     if (number == WM_SIZE && !takes_new_size(handle, lparam)) return 0;
-    if (number == WM_PAINT && win32_find(handle) != nullptr) {
+    if (number == WM_PAINT) {
         on_paint(handle);
         return 0;
     }
     if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) {
-        if (!has_moved(handle, wparam, lparam) && number == WM_MOUSEMOVE) return 0;
+        if (!has_moved(handle, wparam, lparam) && number == WM_MOUSEMOVE) {
+            cursor_apply(gl_system.current_cursor);
+            return 0;
+        }
         keep_pointer(handle, number, wparam);
     }
     const LRESULT result = window_procedure(win32_window(handle), message, wparam, lparam);
-    if (number == WM_DESTROY) win32_forget(handle);
+    // The very last message. Anyone can send the one that tells of the destruction, to a window that lives on.
+    if (message == WM_NCDESTROY) win32_forget(handle);
     return result;
 }
 

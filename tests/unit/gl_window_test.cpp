@@ -155,6 +155,18 @@ TEST_F(GlWindowTest, TheNameOfADeadWindowGivesTheDeadHandle) {
     EXPECT_EQ(gl_window_find(window)->context, nullptr);
 }
 
+TEST_F(GlWindowTest, ANewWindowWithTheHandleOfADeadOneIsTheNewOne) {
+    const WindowHandle dead = create("dead");
+    gl_context_destroy(dead);
+    gl_window_find(dead)->handle = dead + 1;  // the one that is given out next
+    EXPECT_EQ(create("new"), dead + 1);
+    const auto* entry = static_cast<const GlWindow*>(list_find(&gl_system.windows, "new"));
+    EXPECT_EQ(gl_window_find(dead + 1), entry);
+    EXPECT_NE(entry->context, nullptr);
+    EXPECT_TRUE(gl_context_current(dead + 1));
+    EXPECT_EQ(create("dead"), 0u);
+}
+
 TEST_F(GlWindowTest, AnotherNameMakesAnotherWindow) {
     const WindowHandle first = create("first");
     const WindowHandle second = create("second");

@@ -32,6 +32,7 @@ std::string status_text;
 std::vector<MouseEvent> mouse;
 std::vector<KeyEvent> keys;
 int inits, resizes, paints;
+HWND destroys;  // what the next procedure of ours destroys, as a script may; null for nothing
 bool draws;  // whether a resize begins and ends a paint, as a frame does
 
 LRESULT CALLBACK parent_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -40,13 +41,24 @@ LRESULT CALLBACK parent_procedure(HWND handle, UINT message, WPARAM wparam, LPAR
     return message == 1025 ? 0 : DefWindowProcA(handle, message, wparam, lparam);
 }
 
+void destroy_what_is_due() {
+    const HWND due = destroys;
+    destroys = nullptr;
+    if (due != nullptr) DestroyWindow(due);
+}
+
 void on_init(WindowHandle window, int32_t, const void*) {
     ++inits;
     gl_make_current(window);
+    destroy_what_is_due();
 }
-void on_paint(WindowHandle, int32_t, const void*) { ++paints; }
+void on_paint(WindowHandle, int32_t, const void*) {
+    ++paints;
+    destroy_what_is_due();
+}
 void on_resize(WindowHandle window, int32_t, const void*) {
     ++resizes;
+    destroy_what_is_due();
     if (!draws) return;
     gl_begin_paint(window);
     gl_swap_buffers(window);
@@ -59,6 +71,7 @@ void on_event(WindowHandle, int32_t, const void* event) {
     } else {
         mouse.push_back(*static_cast<const MouseEvent*>(event));
     }
+    destroy_what_is_due();
 }
 
 // Serves what is posted; the number of messages, at most the limit.
@@ -87,14 +100,23 @@ protected:
         parent_class.hInstance = module;
         parent_class.lpszClassName = "Pelt test parent";
         RegisterClassA(&parent_class);
-        parent = CreateWindowExA(0, "Pelt test parent", "parent", WS_POPUP | WS_VISIBLE, 0, 0, 300, 200, nullptr,
-                                 nullptr, module, nullptr);
+        create();
+    }
+    // The parent is not made the active window: no window manager is there to answer for one.
+    void create() {
+        parent = CreateWindowExA(0, "Pelt test parent", "parent", WS_POPUP, 0, 0, 300, 200, nullptr, nullptr,
+                                 GetModuleHandleA(nullptr), nullptr);
+        ShowWindow(parent, SW_SHOWNOACTIVATE);
         serve();
         draws = true;
-        window = gl_window_create("view", win32_window(parent), on_init, on_paint, on_resize, on_event, 0);
+        destroys = nullptr;
+        window = create_view("view");
         handle = win32_handle(window);
         serve();
         forget();
+    }
+    WindowHandle create_view(const char* name, int popup = 0) {
+        return gl_window_create(name, win32_window(parent), on_init, on_paint, on_resize, on_event, popup);
     }
     void TearDown() override {
         DestroyWindow(parent);
@@ -129,6 +151,7 @@ TEST_F(NativeWin32, TheClassHasItsNameStyleAndNoCursor) {
 TEST_F(NativeWin32, TheWindowIsAChildWithABorderOfOnePixelInTheSizeOfItsParent) {
     ASSERT_NE(window, 0u);
     EXPECT_EQ(static_cast<DWORD>(GetWindowLongA(handle, GWL_STYLE)) & ~static_cast<DWORD>(WS_VISIBLE), 0x46800000u);
+    EXPECT_EQ(GetWindowLongA(handle, GWL_EXSTYLE), 0);
     EXPECT_TRUE(IsWindowVisible(handle));
     int32_t x = 7, y = 7, width = 0, height = 0;
     gl_window_geometry(window, &x, &y, &width, &height);
@@ -137,6 +160,42 @@ TEST_F(NativeWin32, TheWindowIsAChildWithABorderOfOnePixelInTheSizeOfItsParent) 
     EXPECT_EQ(width, 298);
     EXPECT_EQ(height, 198);
     EXPECT_EQ(gl_window_parent(window), win32_window(parent));
+}
+
+TEST_F(NativeWin32, APopupIsBornMaximisedAndWithoutABorder) {
+    const WindowHandle popup = native_window_create("popup", win32_window(parent), 50, 40, true);
+    ASSERT_NE(popup, 0u);
+    EXPECT_EQ(static_cast<DWORD>(GetWindowLongA(win32_handle(popup), GWL_STYLE)), 0x87000000u);
+    native_window_destroy(popup);
+    EXPECT_FALSE(IsWindow(win32_handle(popup)));
+}
+
+TEST_F(NativeWin32, AWindowThatTheSystemRefusesGivesZeroAndMayBeTriedAgain) {
+    const HWND living = parent;
+    parent = CreateWindowExA(0, "Pelt test parent", "gone", WS_POPUP, 0, 0, 30, 20, nullptr, nullptr,
+                             GetModuleHandleA(nullptr), nullptr);
+    DestroyWindow(parent);
+    EXPECT_EQ(create_view("other"), 0u);
+    EXPECT_EQ(gl_window_create("other", 0, on_init, on_paint, on_resize, on_event, 0), 0u);
+    EXPECT_EQ(inits, 0);
+    EXPECT_TRUE(gl_context_current(window));
+    parent = living;
+    EXPECT_NE(create_view("other"), 0u);
+    EXPECT_EQ(inits, 1);
+}
+
+TEST_F(NativeWin32, TheLibraryKnowsItselfFromBeingAttached) {
+    const HINSTANCE module = win32_module;
+    const auto other = reinterpret_cast<HINSTANCE>(0x1230000);
+    for (const DWORD reason : {DWORD{DLL_PROCESS_DETACH}, DWORD{DLL_THREAD_DETACH}, DWORD{77}}) {
+        EXPECT_EQ(DllMain(other, reason, nullptr), TRUE);
+        EXPECT_EQ(win32_module, module) << reason;
+    }
+    for (const DWORD reason : {DWORD{DLL_PROCESS_ATTACH}, DWORD{DLL_THREAD_ATTACH}}) {
+        EXPECT_EQ(DllMain(other, reason, nullptr), TRUE);
+        EXPECT_EQ(win32_module, other) << reason;
+        EXPECT_EQ(DllMain(module, reason, nullptr), TRUE);
+    }
 }
 
 TEST_F(NativeWin32, TheFormatHasTwoBuffersColoursAndDepth) {
@@ -155,17 +214,16 @@ TEST_F(NativeWin32, TheFormatHasTwoBuffersColoursAndDepth) {
 TEST_F(NativeWin32, CreationDrawsTheFirstFrameAndInitialisesOnce) {
     DestroyWindow(handle);
     forget();
-    const WindowHandle other =
-        gl_window_create("other", win32_window(parent), on_init, on_paint, on_resize, on_event, 0);
+    const WindowHandle other = create_view("other");
     EXPECT_EQ(inits, 1);
     EXPECT_GE(paints, 1);
     EXPECT_FALSE(native_paint_pending(other));
 }
 
 TEST_F(NativeWin32, ASecondWindowOfTheSameNameIsTheFirstAlsoWhenItIsDead) {
-    EXPECT_EQ(gl_window_create("view", win32_window(parent), on_init, on_paint, on_resize, on_event, 0), window);
+    EXPECT_EQ(create_view("view"), window);
     DestroyWindow(handle);
-    EXPECT_EQ(gl_window_create("view", win32_window(parent), on_init, on_paint, on_resize, on_event, 0), window);
+    EXPECT_EQ(create_view("view"), window);
     EXPECT_EQ(inits, 0);
 }
 
@@ -185,18 +243,28 @@ TEST_F(NativeWin32, EachMouseMessageBecomesARecordAndAnswersZero) {
     struct Case {
         UINT message;
         WPARAM held;
-        int32_t button, pressed;
+        int32_t code, button, pressed, double_click;
     };
     static constexpr Case CASES[] = {
-        {WM_MOUSEMOVE, 0, 0, 0},
-        {WM_LBUTTONDOWN, 1, 1, 1},  {WM_LBUTTONUP, 0, 1, 0}, {WM_LBUTTONDBLCLK, 1, 1, 1},
-        {WM_RBUTTONDOWN, 2, 3, 1},  {WM_RBUTTONUP, 0, 3, 0}, {WM_RBUTTONDBLCLK, 2, 3, 1},
-        {WM_MBUTTONDOWN, 16, 2, 1}, {WM_MBUTTONUP, 0, 2, 0}, {WM_MBUTTONDBLCLK, 16, 2, 1},
+        {WM_MOUSEMOVE, 0, 10000, 0, 0, 0},      {WM_LBUTTONDOWN, 1, 10001, 1, 1, 0},
+        {WM_LBUTTONUP, 0, 10001, 1, 0, 0},      {WM_LBUTTONDBLCLK, 1, 10001, 1, 1, 1},
+        {WM_LBUTTONDBLCLK, 0, 10001, 1, 0, 1},  {WM_RBUTTONDOWN, 2, 10001, 3, 1, 0},
+        {WM_RBUTTONUP, 0, 10001, 3, 0, 0},      {WM_RBUTTONDBLCLK, 2, 10001, 3, 1, 1},
+        {WM_MBUTTONDOWN, 16, 10001, 2, 1, 0},   {WM_MBUTTONUP, 0, 10001, 2, 0, 0},
+        {WM_MBUTTONDBLCLK, 16, 10001, 2, 1, 1}, {WM_RBUTTONDOWN, 3, 10001, 2, 1, 0},
+        {WM_LBUTTONUP, 2, 10001, 3, 1, 0},
     };
+    const int32_t pan = cursor_create("pelt", "pan");
+    ASSERT_EQ(cursor_apply(pan), 1);
+    const HCURSOR in_force = GetCursor();
     for (const Case& each : CASES) {
         mouse.clear();
+        SetCursor(nullptr);
         EXPECT_EQ(send(each.message, each.held, message_pair(12, 34)), 0);
         ASSERT_EQ(mouse.size(), 1u) << each.message;
+        EXPECT_EQ(GetCursor(), in_force) << each.message;
+        EXPECT_EQ(mouse[0].code, each.code) << each.message;
+        EXPECT_EQ(mouse[0].double_click, each.double_click) << each.message;
         EXPECT_EQ(mouse[0].button, each.button) << each.message;
         EXPECT_EQ(mouse[0].pressed, each.pressed) << each.message;
         EXPECT_EQ(mouse[0].x, 12);
@@ -214,6 +282,24 @@ TEST_F(NativeWin32, HighBitsOfMessageWordAndPlaceDoNotCount) {
     send(WM_LBUTTONUP);
     EXPECT_EQ(send(0x10000u | WM_SIZE, 0, message_pair(298, 198)), 0);
     EXPECT_EQ(resizes, 0);
+    EXPECT_EQ(send(0x10000u | WM_SIZE, 0, static_cast<LPARAM>(0x5555555500000000ll) | message_pair(297, 198)), 0);
+    EXPECT_EQ(resizes, 1);
+    EXPECT_EQ(send(0x20000u | WM_PAINT), 0);
+    EXPECT_EQ(paints, 1);
+    send(0x70000u | WM_KEYDOWN, 0x120041u);
+    ASSERT_EQ(keys.size(), 1u);
+    EXPECT_EQ(keys[0].key, 0x41u);
+}
+
+TEST_F(NativeWin32, TheSystemGetsTheLowBitsAndTheWholeLparam) {
+    // Above four gigabytes, so that an address cut to 32 bits would lead elsewhere.
+    constexpr uintptr_t HIGH_PLACE = uintptr_t{1} << 36;
+    auto* text = static_cast<char*>(
+        VirtualAlloc(reinterpret_cast<void*>(HIGH_PLACE), 4096, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    ASSERT_NE(text, nullptr);
+    EXPECT_EQ(send(0xABCD0000u | WM_GETTEXT, 0x70003u, reinterpret_cast<LPARAM>(text)), 2);  // room for two of "view"
+    EXPECT_STREQ(text, "vi");
+    VirtualFree(text, 0, MEM_RELEASE);
 }
 
 TEST_F(NativeWin32, ADragKeepsThePointerUntilTheLastButtonIsUp) {
@@ -232,8 +318,10 @@ TEST_F(NativeWin32, AMoveThatIsNoneIsNotHandedOn) {
     send(WM_LBUTTONDOWN, HELD_LEFT, message_pair(7, 8));
     send(WM_LBUTTONUP, 0, message_pair(7, 8));
     mouse.clear();
+    SetCursor(nullptr);
     EXPECT_EQ(send(WM_MOUSEMOVE, 0, message_pair(7, 8)), 0);
     EXPECT_TRUE(mouse.empty());
+    EXPECT_NE(GetCursor(), nullptr) << "what lay over the window may have set a cursor of its own";
     send(WM_MOUSEMOVE, HELD_LEFT, message_pair(7, 8));
     send(WM_MOUSEMOVE, HELD_LEFT, message_pair(6, 8));
     EXPECT_EQ(mouse.size(), 2u);
@@ -268,7 +356,9 @@ TEST_F(NativeWin32, NoPaletteIsMadeAndTheQuestionForItAnswersZero) {
 }
 
 TEST_F(NativeWin32, FocusAndAnUnknownMessageGoToTheSystem) {
+    SetCursor(nullptr);
     send(WM_SETFOCUS);
+    EXPECT_EQ(GetCursor(), LoadCursorA(nullptr, reinterpret_cast<const char*>(32512)));
     EXPECT_EQ(send(WM_GETTEXTLENGTH), 4);  // of the title "view"
     EXPECT_TRUE(mouse.empty());
 }
@@ -292,6 +382,64 @@ TEST_F(NativeWin32, ADeadContextLeavesNoPaintMessageBehind) {
     EXPECT_LT(serve(), 200);
     gl_swap_buffers(window);
     gl_begin_paint(window);
+}
+
+TEST_F(NativeWin32, ADestroyMessageTakesTheContextAndNotTheWindow) {
+    send(WM_DESTROY);
+    EXPECT_FALSE(gl_context_current(window));
+    EXPECT_TRUE(IsWindow(handle));
+    InvalidateRect(handle, nullptr, FALSE);
+    EXPECT_LT(serve(), 200) << "the system must not ask for the same paint for ever";
+    send(WM_DESTROY);
+    native_window_destroy(window);
+    EXPECT_FALSE(IsWindow(handle));
+    EXPECT_EQ(win32_find(handle), nullptr);
+}
+
+TEST_F(NativeWin32, AWindowOfTheClassThatNobodyKnowsServesEveryMessage) {
+    const HWND stray = CreateWindowExA(0, "Kestrane CAD", "stray", WS_CHILD | WS_VISIBLE, 0, 0, 20, 10, parent, nullptr,
+                                       GetModuleHandleA(nullptr), nullptr);
+    ASSERT_NE(stray, nullptr);
+    EXPECT_LT(serve(), 200) << "the system must not ask for the same paint for ever";
+    forget();
+    for (UINT message = WM_MOUSEMOVE; message <= WM_MBUTTONDBLCLK; ++message) {
+        EXPECT_EQ(win32_class_procedure(stray, message, 0, 0), 0);
+    }
+    for (const UINT message : {WM_KEYDOWN, WM_KEYUP, WM_CHAR, WM_SIZE, WM_SETFOCUS, WM_PAINT, WM_QUERYNEWPALETTE,
+                               WM_PALETTECHANGED, WM_MOUSEWHEEL, WM_DESTROY, WM_CLOSE}) {
+        win32_class_procedure(stray, message, 0, 0);
+    }
+    EXPECT_TRUE(mouse.empty() && keys.empty());
+    EXPECT_EQ(resizes + paints, 0);
+    DestroyWindow(stray);
+}
+
+TEST_F(NativeWin32, AProcedureMayDestroyTheWindowOrItsParent) {
+    for (const UINT message : {WM_MOUSEMOVE, WM_LBUTTONDOWN, WM_LBUTTONUP, WM_KEYDOWN, WM_CHAR, WM_SIZE, WM_PAINT}) {
+        for (const bool the_parent : {false, true}) {
+            destroys = the_parent ? parent : handle;
+            send(message, 0, message_pair(20, 30));
+            EXPECT_EQ(destroys, nullptr) << message;
+            EXPECT_FALSE(IsWindow(handle)) << message;
+            EXPECT_EQ(win32_any(), nullptr) << message;
+            EXPECT_EQ(GetCapture(), nullptr) << message;
+            EXPECT_FALSE(gl_context_current(window)) << message;
+            EXPECT_LT(serve(), 200);
+            if (!the_parent) DestroyWindow(parent);
+            gl_system_init(reinterpret_cast<std::uintptr_t>(GetModuleHandleA(nullptr)));
+            create();
+        }
+    }
+}
+
+TEST_F(NativeWin32, AWindowDestroyedWhileItIsMadeIsADeadOne) {
+    destroys = parent;
+    const WindowHandle other = create_view("other");
+    EXPECT_NE(other, 0u);
+    EXPECT_FALSE(IsWindow(win32_handle(other)));
+    EXPECT_EQ(win32_any(), nullptr);
+    EXPECT_EQ(create_view("other"), other);
+    EXPECT_EQ(paints, 0);
 }
 
 TEST_F(NativeWin32, CloseTwiceIsHarmless) {
@@ -356,6 +504,41 @@ TEST_F(NativeWin32, APaletteHoldsItsEntries) {
     EXPECT_EQ(native_palette_create(entries, 0), 0u);
 }
 
+TEST_F(NativeWin32, APaletteIsSelectedAndTheOneBeforeComesBack) {
+    const PaletteEntry entries[2] = {{1, 2, 3, 0}, {4, 5, 6, 0}};
+    const NativePalette palette = native_palette_create(entries, 2);
+    const NativeDevice device = native_device_get(window);
+    const NativePalette before = native_palette_select(device, palette);
+    EXPECT_NE(before, 0u);
+    native_palette_realize(device);
+    native_palette_update_colors(device);
+    EXPECT_EQ(native_palette_select(device, before), palette);
+    EXPECT_EQ(native_palette_select(0, palette), 0u);
+    EXPECT_EQ(native_palette_select(device, 0), 0u);
+    native_device_release(window, device);
+    DeleteObject(reinterpret_cast<HPALETTE>(palette));
+}
+
+TEST_F(NativeWin32, TheCursorsInTheResourcesAreThoseOfTheFiles) {
+    constexpr size_t FILE_HEADER = 22;     // of a file with one picture
+    constexpr size_t GROUP_ID_AT = 18;     // of the picture, in its group
+    constexpr size_t HOT_SPOT_SIZE = 4;    // in front of the picture
+    for (const BuiltinCursor& cursor : BUILTIN_CURSORS) {
+        const auto bytes_of = [](int32_t number, int type) -> std::string {
+            const HRSRC found = FindResourceA(win32_module, reinterpret_cast<const char*>(intptr_t{number}),
+                                              reinterpret_cast<const char*>(intptr_t{type}));
+            if (found == nullptr) return {};
+            const auto* bytes = static_cast<const char*>(LockResource(LoadResource(win32_module, found)));
+            return {bytes, SizeofResource(win32_module, found)};
+        };
+        const std::string group = bytes_of(cursor.group, 12);
+        ASSERT_GT(group.size(), GROUP_ID_AT + 1) << cursor.name;
+        const std::string picture = bytes_of(static_cast<uint8_t>(group[GROUP_ID_AT]), 1);
+        const std::string file(reinterpret_cast<const char*>(cursor.bytes), cursor.size);
+        EXPECT_EQ(picture.substr(HOT_SPOT_SIZE), file.substr(FILE_HEADER)) << cursor.name;
+    }
+}
+
 TEST_F(NativeWin32, SevenCursorsAreInTheResourcesWithTheirHotSpots) {
     struct Spot {
         int32_t group;
@@ -385,6 +568,9 @@ TEST_F(NativeWin32, ACursorFileIsFoundByAUtf8NameWithForwardSlashes) {
     EXPECT_EQ(GetCursor() != nullptr, true);
     EXPECT_EQ(cursor_apply(0), 1);
     EXPECT_EQ(cursor_create("pelt", dir.file("none.cur").c_str()), 0);
+    for (const std::string& no_file : {dir.path(), std::string("NUL"), std::string("\\\\.\\pipe\\none")}) {
+        EXPECT_EQ(cursor_create("pelt", no_file.c_str()), 0) << no_file;
+    }
 }
 
 TEST_F(NativeWin32, HidingTheCursorTwiceCountsOnce) {
