@@ -5,11 +5,7 @@
 
 #include <cstdio>
 
-#ifdef _WIN32
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
+#include "system.h"
 
 namespace pelt::tool {
 
@@ -19,14 +15,6 @@ constexpr const char* PROGRAM = "pelt-model";
 constexpr const char* WIPE_LINE = "\r\033[K";
 
 bool progress_stands = false;
-
-bool is_terminal() {
-#ifdef _WIN32
-    return _isatty(_fileno(stderr)) != 0;
-#else
-    return isatty(STDERR_FILENO) != 0;
-#endif
-}
 
 // What a file says is no command to the terminal.
 std::string shown(const std::string& line) {
@@ -53,7 +41,7 @@ void print_report(const std::string& line) {
 }
 
 void show_progress(size_t number, size_t count, const std::string& file) {
-    if (count > 1 && is_terminal()) {
+    if (count > 1 && errors_go_to_a_terminal()) {
         std::fflush(stdout);
         std::fprintf(stderr, "%s[%zu/%zu] %s", WIPE_LINE, number, count, file.c_str());
         progress_stands = true;

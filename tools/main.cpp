@@ -1,12 +1,12 @@
 // pelt-model: the operations of the library that no script command reaches, as a command-line program.
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 
 #include "commands.h"
 #include "console.h"
+#include "system.h"
 
 #ifndef PELT_VERSION
 #define PELT_VERSION "unknown"
@@ -44,7 +44,7 @@ int finish(int status) {
     return STATUS_BAD_MODEL;
 }
 
-int run(int argc, char** argv) {
+int run(const std::vector<std::string>& words) {
     CLI::App program(DESCRIPTION, "pelt-model");
     int status = STATUS_GOOD;
     program.require_subcommand(0, 1);  // none is told below, so that an unknown word is told by its name
@@ -55,7 +55,9 @@ int run(int argc, char** argv) {
         add(program, &status);
     }
     try {
-        program.parse(argc, argv);
+        std::vector<const char*> argv;
+        for (const std::string& word : words) argv.push_back(word.c_str());
+        program.parse(static_cast<int>(argv.size()), argv.data());
     } catch (const CLI::ParseError& error) {
         return finish(program.exit(error) == 0 ? STATUS_GOOD : STATUS_WRONG_USE);
     }
@@ -69,11 +71,8 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-#ifdef SIGXFSZ
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that may grow no further is an error like any other
-#endif
     try {
-        return run(argc, argv);
+        return run(prepare_system(argc, argv));
     } catch (const std::exception& error) {
         std::fprintf(stderr, "pelt-model: %s\n", error.what());
         return STATUS_BAD_MODEL;

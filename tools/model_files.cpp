@@ -1,8 +1,8 @@
 // Models on their way in and out of the program.
 #include "model_files.h"
 
-#include <filesystem>
 #include <set>
+#include <string>
 
 #include "commands.h"
 #include "console.h"
@@ -13,6 +13,7 @@
 #include "foundation/load_error.h"
 #include "model_check.h"
 #include "output_file.h"
+#include "system.h"
 
 namespace pelt::tool {
 
@@ -44,7 +45,7 @@ void take_image_names(const Model* model, std::set<std::string>& names) {
 
 // Images and children are looked for in the directory of the file that names them.
 void warn_of_missing_files(const Model* model, const std::string& input, const std::string& output) {
-    const std::string directory = std::filesystem::path(output).parent_path().string();
+    const std::string directory = name_of(path_of(output).parent_path());
     std::set<std::string> names;
     take_image_names(model, names);
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
@@ -79,6 +80,6 @@ int save_model(const Model* model, const std::string& input, const std::string& 
     return written ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
 
-std::string file_part(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+std::string file_part(const std::string& path) { return name_of(path_of(path).filename()); }
 
 }  // namespace pelt::tool

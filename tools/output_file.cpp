@@ -9,15 +9,8 @@
 #include <filesystem>
 #include <system_error>
 
-#ifdef _WIN32
-#include <io.h>
-#include <process.h>
-#else
-#include <fcntl.h>
-#include <unistd.h>
-#endif
-
 #include "console.h"
+#include "system.h"
 
 namespace pelt::tool {
 
@@ -26,33 +19,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int NAME_ATTEMPTS = 100;
-
-int process_id() {
-#ifdef _WIN32
-    return _getpid();
-#else
-    return getpid();
-#endif
-}
-
-bool reach_disk(std::FILE* stream) {
-#ifdef _WIN32
-    return _commit(_fileno(stream)) == 0;
-#else
-    return fsync(fileno(stream)) == 0;
-#endif
-}
-
-// A directory that cannot be synchronised is no failure: some file systems have no such thing.
-void directory_reaches_disk([[maybe_unused]] const fs::path& directory) {
-#ifndef _WIN32
-    const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor >= 0) {
-        fsync(descriptor);
-        close(descriptor);
-    }
-#endif
-}
 
 bool refuse(const std::string& path, const std::string& reason) {
     print_error("cannot write " + path + ": " + reason);
@@ -76,7 +42,7 @@ bool write_directly(const std::string& path, std::FILE* stream, const std::funct
 }
 
 bool write_to_device(const std::string& path, const std::function<bool(std::FILE*)>& write) {
-    std::FILE* stream = std::fopen(path.c_str(), "wb");
+    std::FILE* stream = open_file(path_of(path), "wb");
     if (stream == nullptr) {
         return refuse_by_errno(path, errno);
     }
@@ -88,7 +54,7 @@ bool write_to_device(const std::string& path, const std::function<bool(std::FILE
 std::FILE* make_temporary(const fs::path& directory, fs::path* name) {
     for (int attempt = 0; attempt < NAME_ATTEMPTS; ++attempt) {
         *name = directory / (".pelt-model-" + std::to_string(process_id()) + "-" + std::to_string(attempt) + ".tmp");
-        if (std::FILE* stream = std::fopen(name->string().c_str(), "wbx")) {
+        if (std::FILE* stream = open_file(*name, "wbx")) {
             return stream;
         }
         if (errno != EEXIST) {
@@ -136,7 +102,8 @@ bool write_replacing(const std::string& path, const std::function<bool(std::FILE
         return write_directly("standard output", stdout, write);
     }
     std::error_code problem;
-    const fs::file_status status = fs::status(path, problem);
+    const fs::path named = path_of(path);
+    const fs::file_status status = fs::status(named, problem);
     if (fs::is_directory(status)) {
         return refuse(path, "it is a directory");
     }
@@ -144,7 +111,7 @@ bool write_replacing(const std::string& path, const std::function<bool(std::FILE
         return write_to_device(path, write);
     }
     // What a symbolic link leads to is replaced, not the link.
-    const fs::path target = fs::exists(status) ? fs::canonical(path, problem) : fs::path(path);
+    const fs::path target = fs::exists(status) ? fs::canonical(named, problem) : named;
     return problem && fs::exists(status) ? refuse(path, problem.message()) : write_and_rename(path, target, write);
 }
 

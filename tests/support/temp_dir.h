@@ -16,10 +16,15 @@
 
 namespace pelt::test {
 
-// A path written with slashes, with the separator of this system.
-inline std::string native_path(std::string_view path) {
-    return std::filesystem::path(path).make_preferred().string();
+// A name in UTF-8 as a path and back, whatever the system would take for the encoding of a name.
+inline std::filesystem::path path_of(std::string_view name) { return std::u8string(name.begin(), name.end()); }
+inline std::string name_of(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
 }
+
+// A path written with slashes, with the separator of this system.
+inline std::string native_path(std::string_view path) { return name_of(path_of(path).make_preferred()); }
 
 class TempDir {
 public:
@@ -46,47 +51,47 @@ public:
     TempDir& operator=(const TempDir&) = delete;
 
     // The directory, without a trailing separator.
-    std::string path() const { return root_.string(); }
+    std::string path() const { return name_of(root_); }
 
     // Full path of a name in the directory; nothing is made.
-    std::string file(std::string_view name) const { return (root_ / name).make_preferred().string(); }
+    std::string file(std::string_view name) const { return name_of((root_ / path_of(name)).make_preferred()); }
 
     // Makes a directory, and those above it; returns its full path.
     std::string make_dir(std::string_view name) const {
-        std::filesystem::create_directories(root_ / name);
+        std::filesystem::create_directories(root_ / path_of(name));
         return file(name);
     }
 
     // Writes the bytes as they are, making directories on the way; returns the full path.
     std::string write(std::string_view name, std::string_view content) const {
-        const std::filesystem::path target = root_ / name;
+        const std::filesystem::path target = root_ / path_of(name);
         std::filesystem::create_directories(target.parent_path());
         std::ofstream stream(target, std::ios::binary | std::ios::trunc);
         stream.write(content.data(), static_cast<std::streamsize>(content.size()));
         stream.close();
         if (!stream) {
-            throw std::runtime_error("cannot write " + target.string());
+            throw std::runtime_error("cannot write " + name_of(target));
         }
         return file(name);
     }
 
     // The bytes of a file; empty when there is none.
     std::string read(std::string_view name) const {
-        std::ifstream stream(root_ / name, std::ios::binary);
+        std::ifstream stream(root_ / path_of(name), std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     }
 
-    bool exists(std::string_view name) const { return std::filesystem::exists(root_ / name); }
+    bool exists(std::string_view name) const { return std::filesystem::exists(root_ / path_of(name)); }
 
 private:
     // Where a backslash separates, models keep their directories in lower case; the tests compare with what they keep.
     static std::filesystem::path as_models_keep_it(std::filesystem::path folder) {
         if (std::filesystem::path::preferred_separator == '/') return folder;
-        std::string text = folder.string();
+        std::string text = name_of(folder);
         for (char& c : text) {
             if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
         }
-        return text;
+        return path_of(text);
     }
 
     std::filesystem::path root_;

@@ -320,6 +320,9 @@ TEST_F(Tool, LargeFilesAreTakenAsSmallOnes) {
 // ---- progress ----
 
 TEST_F(Tool, ProgressStandsOnATerminalAloneAndOnlyForSeveralFiles) {
+    if (!test::run_options_are_served()) {
+        GTEST_SKIP() << "no terminal to be had here";
+    }
     dir.write("a.mod", GOOD_MODEL);
     dir.write("b.mod", GOOD_MODEL);
     const RunResult terminal = pelt_model({"check", "a.mod", "b.mod"}, {dir.path(), -1, true});
