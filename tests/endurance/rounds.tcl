@@ -54,6 +54,15 @@ proc resident {} {
     return $kilobytes
 }
 
+# Memory is judged by the least of the latest rounds, which leave more or less of it idle.
+set recent_memory {}
+proc note_memory {} {
+    set ::recent_memory [lrange [concat $::recent_memory [resident]] end-19 end]
+}
+proc least_memory {} {
+    return [lindex [lsort -integer $::recent_memory] 0]
+}
+
 # Draws and notes how long it took. The measured frame is always the same: one model, one size, one view.
 proc measured_frame {} {
     set start [clock microseconds]
@@ -125,18 +134,19 @@ set report [expr {max(1, $rounds / 10)}]
 set begin [clock seconds]
 for {set round 1} {$round <= $rounds} {incr round} {
     one_round $round
+    note_memory
     if {[llength $frame_times] > $sample_limit} {set frame_times [lrange $frame_times 2 end]}
     if {$round == $first_part} {
-        set first_memory [resident]
+        set first_memory [least_memory]
         set first_times $frame_times
     }
     if {$round % $report == 0} {
-        puts [format "%6d rounds %7d kB %8.2f ms a frame %5d s" $round [resident] \
+        puts [format "%6d rounds %7d kB %8.2f ms a frame %5d s" $round [least_memory] \
             [expr {[fast_quarter [lrange $frame_times end-199 end]] / 1000.0}] [expr {[clock seconds] - $begin}]]
         flush stdout
     }
 }
-set last_memory [resident]
+set last_memory [least_memory]
 set last_times [lrange $frame_times end-[expr {[llength $first_times] - 1}] end]
 
 set memory_ratio [expr {double($last_memory) / $first_memory}]
