@@ -209,7 +209,12 @@ proc serve_until {condition} {
 }
 
 proc xdotool {args} {
-    exec {*}[child_environment] xdotool {*}$args
+    # Under wine a busy machine now and then fails to start a program; nothing was done then.
+    for {set try 0} {$try < 3} {incr try} {
+        if {[catch { exec {*}[child_environment] xdotool {*}$args } result options] == 0} { return $result }
+        if {[lrange [dict get $options -errorcode] 0 1] ne {POSIX EINVAL}} break
+    }
+    return -options $options $result
 }
 
 # Moves the pointer to a place in the frame .view.
