@@ -105,7 +105,7 @@ proc run_viewer {args} {
 proc run_command {command} {
     set errors [work_path stderr.txt]
     set status 0
-    if {[catch { exec -ignorestderr {*}$command 2>$errors } output options]} {
+    if {[catch { exec_program -ignorestderr {*}$command 2>$errors } output options]} {
         set code [dict get $options -errorcode]
         set status [expr {[lindex $code 0] eq "CHILDSTATUS" ? [lindex $code 2] : "signal"}]
         set output [string map [list "\nchild process exited abnormally" {}] $output]

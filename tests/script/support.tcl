@@ -13,9 +13,18 @@ namespace import ::tcltest::test
 
 set library $::env(PELT_LIBRARY)
 
+# As exec. Under wine a program now and then cannot be started, which leaves nothing behind: it is tried again.
+proc exec_program {args} {
+    for {set try 0} {$try < 5} {incr try} {
+        if {[catch { exec {*}$args } result options] == 0} { return $result }
+        if {[lrange [dict get $options -errorcode] 0 1] ne {POSIX EINVAL}} break
+    }
+    return -options $options $result
+}
+
 # A folder for the files of the tests; a child process shares that of its parent, which removes it.
 set owns_work [expr {![info exists ::env(PELT_TEST_WORK)]}]
-if {$owns_work} {set ::env(PELT_TEST_WORK) [exec mktemp -d]}
+if {$owns_work} {set ::env(PELT_TEST_WORK) [exec_program mktemp -d]}
 set work $::env(PELT_TEST_WORK)
 
 # ---- message boxes ----------------------------------------------------------------------------------------------
@@ -209,12 +218,7 @@ proc serve_until {condition} {
 }
 
 proc xdotool {args} {
-    # Under wine a busy machine now and then fails to start a program; nothing was done then.
-    for {set try 0} {$try < 3} {incr try} {
-        if {[catch { exec {*}[child_environment] xdotool {*}$args } result options] == 0} { return $result }
-        if {[lrange [dict get $options -errorcode] 0 1] ne {POSIX EINVAL}} break
-    }
-    return -options $options $result
+    exec_program {*}[child_environment] xdotool {*}$args
 }
 
 # Moves the pointer to a place in the frame .view.
@@ -240,7 +244,7 @@ proc run_child {program script args} {
     set path [write_file child.tcl $script]
     set command [list {*}[preloaded_environment] {*}$args timeout 60 $program $path]
     set status 0
-    if {[catch {exec {*}$command 2>@1} output options]} {
+    if {[catch {exec_program {*}$command 2>@1} output options]} {
         set code [dict get $options -errorcode]
         set status [expr {[lindex $code 0] eq "CHILDSTATUS" ? [lindex $code 2] : "signal"}]
         set output [string map [list "\nchild process exited abnormally" {}] $output]
