@@ -5,7 +5,12 @@
 // intended and travel on into the primitives.
 #include "formats/texture_map.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include "scene/model.h"
@@ -37,7 +42,7 @@ void widen_axis(float value, float& low, float& high) {
     high = value > high ? value : high;
 }
 
-inline void take_in(Box& box, const Point* point) {
+void take_in(Box& box, const Point* point) {
     if (point == nullptr) {
         box.spoiled = true;
         return;
@@ -53,38 +58,76 @@ inline void take_in(Box& box, const Point* point) {
     widen_axis(place.z, box.low.z, box.high.z);
 }
 
-// What one walk over a layer finds: its box, and the points of its corners in the order in which they are mapped, so
-// that each is looked up once. Null for a missing point.
-struct Survey {
-    Box box;
-    std::vector<const Point*> corners;
+// A set of the ids that corners can name. A point is the corner of some six triangles: what is done for each id of a
+// set instead of each corner is done that much less often.
+class IdSet {
+public:
+    void add(int16_t id) { words_[word(id)] |= bit(id); }
+    bool has(int16_t id) const { return (words_[word(id)] & bit(id)) != 0; }
+    template <typename Action>
+    void for_each(const Action& action) const {
+        for (size_t word = 0; word < std::size(words_); ++word) {
+            for (uint64_t left = words_[word]; left != 0; left &= left - 1) {
+                action(static_cast<int16_t>(word * WORD_BITS + static_cast<size_t>(std::countr_zero(left))));
+            }
+        }
+    }
+
+private:
+    static constexpr size_t WORD_BITS = 64;
+    static size_t word(int16_t id) { return static_cast<uint16_t>(id) / WORD_BITS; }
+    static uint64_t bit(int16_t id) { return uint64_t{1} << (static_cast<uint16_t>(id) % WORD_BITS); }
+
+    uint64_t words_[(UINT16_MAX + 1) / WORD_BITS] = {};
 };
 
-inline void take_corner(Survey& survey, const Model* model, int32_t point_id) {
-    const Point* point = model_find_point(model, point_id);
-    survey.corners.push_back(point);
-    take_in(survey.box, point);
-}
+// What one walk over a layer finds.
+struct Survey {
+    Box box{{}, {}, true, false};
+    IdSet ids;      // of the corners
+    IdSet missing;  // those of them without a point
+};
 
-Survey survey_layer(const Model* model, const Layer& layer) {
-    Survey survey{Box{{}, {}, true, false}, {}};
-    survey.corners.reserve(static_cast<size_t>(list_count(&layer.triangles)) * 4);
-    for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
+// Calls the action with each corner's id and the two coordinates it keeps, until that answers false.
+template <typename Action>
+bool for_each_corner(const Layer& layer, const Action& action) {
+    for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
-            take_corner(survey, model, triangle.points[corner]);
+            if (!action(triangle.points[corner], triangle.uvs[corner][0], triangle.uvs[corner][1])) {
+                return false;
+            }
         }
     }
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-        for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-            take_corner(survey, model, vertex.point);
+        for (PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
+            if (!action(vertex.point, vertex.u, vertex.v)) {
+                return false;
+            }
         }
     }
+    return true;
+}
+
+void survey_layer(const Model* model, const Layer& layer, Survey& survey) {
+    for_each_corner(layer, [&](int16_t id, float&, float&) {
+        if (survey.box.empty) {
+            take_in(survey.box, model_find_point(model, id));  // the box starts at the first corner of all
+        }
+        survey.ids.add(id);
+        return true;
+    });
+    survey.ids.for_each([&](int16_t id) {
+        const Point* point = model_find_point(model, id);
+        take_in(survey.box, point);
+        if (point == nullptr) {
+            survey.missing.add(id);
+        }
+    });
     for (const Line& line : list_elements<Line>(layer.lines)) {
         for (const int32_t& stored : list_elements<int32_t>(line.vertices)) {
             take_in(survey.box, model_find_point(model, line_point_id(stored)));
         }
     }
-    return survey;
 }
 
 bool store_bounds(Layer& layer, const Survey& survey) {
@@ -137,7 +180,7 @@ struct LayerMap {
     PlanarAxis v;
 };
 
-inline UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
+UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
     const void* found = map.has_uvees ? list_find(&map.layer.uvees, point_id) : nullptr;
     if (const auto* uvee = static_cast<const Uvee*>(found)) {
         return UvPair{uvee->u, uvee->v};  // repeat factors do not apply to these
@@ -151,33 +194,32 @@ inline UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place
 }
 
 // False, with the corners before it mapped, at the first missing point.
-bool map_corners(const Layer& layer, const Survey& survey) {
+bool map_corners(const Model* model, const Layer& layer, const Survey& survey) {
     const LayerMap map{layer, list_count(&layer.uvees) > 0,
                        planar_axis(layer.image_axis_u, layer.bounds_min, layer.bounds_max),
                        planar_axis(layer.image_axis_v, layer.bounds_min, layer.bounds_max)};
-    auto point = survey.corners.begin();
-    for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-        for (int corner = 0; corner < triangle_corners(&triangle); ++corner, ++point) {
-            if (*point == nullptr) {
-                return false;
-            }
-            const UvPair uv = map_point(map, triangle.points[corner], (*point)->position);
-            triangle.uvs[corner][0] = uv.u;
-            triangle.uvs[corner][1] = uv.v;
+    size_t first = UINT16_MAX;
+    size_t last = 0;
+    survey.ids.for_each([&](int16_t id) {
+        first = std::min<size_t>(first, static_cast<uint16_t>(id));
+        last = std::max<size_t>(last, static_cast<uint16_t>(id));
+    });
+    std::vector<UvPair> mapped(last >= first ? last - first + 1 : 0);
+    const auto place_of = [&](int16_t id) -> UvPair& { return mapped[static_cast<uint16_t>(id) - first]; };
+    survey.ids.for_each([&](int16_t id) {
+        if (const Point* point = model_find_point(model, id)) {
+            place_of(id) = map_point(map, id, point->position);
         }
-    }
-    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-        for (PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-            if (*point == nullptr) {
-                return false;
-            }
-            const UvPair uv = map_point(map, vertex.point, (*point)->position);
-            vertex.u = uv.u;
-            vertex.v = uv.v;
-            ++point;
+    });
+    return for_each_corner(layer, [&](int16_t id, float& u, float& v) {
+        if (survey.missing.has(id)) {
+            return false;
         }
-    }
-    return true;
+        const UvPair& uv = place_of(id);
+        u = uv.u;
+        v = uv.v;
+        return true;
+    });
 }
 
 }  // namespace
@@ -187,15 +229,21 @@ int layer_map_uvees(Model* model, const char* layer) {
     if (target == nullptr || layer_first_image(target) == nullptr || !has_surface(*target)) {
         return 0;
     }
-    const Survey survey = survey_layer(model, *target);
+    Survey survey;
+    survey_layer(model, *target, survey);
     // A line with a missing point spoils the box alone: the map then goes by the box as it was.
     store_bounds(*target, survey);
-    return map_corners(*target, survey) ? 1 : 0;
+    return map_corners(model, *target, survey) ? 1 : 0;
 }
 
 int layer_compute_bounds(Model* model, const char* layer) {
     Layer* target = find_layer(model, layer);
-    return target != nullptr && store_bounds(*target, survey_layer(model, *target)) ? 1 : 0;
+    if (target == nullptr) {
+        return 0;
+    }
+    Survey survey;
+    survey_layer(model, *target, survey);
+    return store_bounds(*target, survey) ? 1 : 0;
 }
 
 UvPair planar_uv(float x, float y, float z, const Vec3* bounds_min, const Vec3* bounds_max, int axis_u, int axis_v) {
