@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <string>
 
 #include "bench/frame_scene.h"
 #include "bench/packed_calls.h"
@@ -73,11 +75,13 @@ bool measure_replay(const char* work, Kind kind, double goal, unsigned char* tex
     return bench::row(work, "replay of its calls", frame, replay, "ms", goal);
 }
 
-// Of each state variable, so many as the one asked for most often.
+// Of all state variables, how often the one was asked for that was asked for most.
 int most_frequent_query() {
+    std::map<std::string, int> counts;
     int most = 0;
-    for (const char* name : {"glGetFloatv GL_MODELVIEW_MATRIX", "glGetFloatv GL_PROJECTION_MATRIX"}) {
-        most = std::max(most, recording_gl::count_lines(name));
+    for (const recording_gl::Call& call : recording_gl::calls()) {
+        if (std::strncmp(recording_gl::function_name(call.function), "glGet", 5) != 0) continue;
+        most = std::max(most, ++counts[recording_gl::call_text(call)]);
     }
     return most;
 }

@@ -13,7 +13,7 @@ namespace bench {
 // Prints "row", the work, what it is held against, both figures, their unit and the goal for the first divided by the
 // second (0 for none). Returns whether the goal is met.
 inline bool row(const char* work, const char* against, double figure, double base, const char* unit, double goal) {
-    std::printf("row\t%s\t%s\t%.4g\t%.4g\t%s\t%.2f\n", work, against, figure, base, unit, goal);
+    std::printf("row\t%s\t%s\t%.5g\t%.5g\t%s\t%.2f\n", work, against, figure, base, unit, goal);
     std::fflush(stdout);
     return goal <= 0.0 || figure <= goal * base;
 }
