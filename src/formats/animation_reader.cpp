@@ -67,7 +67,8 @@ struct ClipRead {
     float end = 0.0f;
     bool has_track_line = false;
     int32_t names_count = 0;
-    int32_t slots[ANIMATION_NAME_LIMIT] = {};
+    int32_t slots[ANIMATION_NAME_LIMIT] = {};   // by column
+    int32_t places[ANIMATION_NAME_LIMIT] = {};  // the same, among the tracks of the clip
     int32_t slot_count = 0;
     int32_t frame_count = 0;    // counted in the first pass, filled in the second
     int32_t subclip_count = 0;  // the same
@@ -148,6 +149,25 @@ void number_columns(ClipRead* read) {
     for (int32_t i = 0; i < read->names_count; ++i) read->slots[i] = i < read->slot_count ? i : NO_SLOT;
 }
 
+// Keys are kept for the tracks that have columns alone: a table of all slots for each frame would be as large as the
+// model times the file.
+void list_tracks(ClipRead* read) {
+    std::vector<int32_t> tracks;
+    for (int32_t i = 0; i < read->names_count; ++i) {
+        if (read->slots[i] != NO_SLOT) tracks.push_back(read->slots[i]);
+    }
+    std::sort(tracks.begin(), tracks.end());
+    tracks.erase(std::unique(tracks.begin(), tracks.end()), tracks.end());
+    if (!tracks.empty()) {
+        AnimationClip* clip = read->clip;
+        clip->tracks = static_cast<int32_t*>(std::calloc(tracks.size(), sizeof(int32_t)));
+        if (clip->tracks == nullptr) return;
+        clip->track_count = static_cast<int32_t>(tracks.size());
+        std::copy(tracks.begin(), tracks.end(), clip->tracks);
+    }
+    for (int32_t i = 0; i < read->names_count; ++i) read->places[i] = animation_track(read->clip, read->slots[i]);
+}
+
 void prepare_clip(ClipRead* read, const std::string& path, float hold) {
     AnimationClip* clip = read->clip;
     clip->name = str_dup(path.c_str());
@@ -160,11 +180,14 @@ void prepare_clip(ClipRead* read, const std::string& path, float hold) {
     if (clip->subclip_count > 0) {
         clip->subclips =
             static_cast<AnimationClip*>(std::calloc(static_cast<size_t>(clip->subclip_count), sizeof(AnimationClip)));
+        if (clip->subclips == nullptr) clip->subclip_count = 0;  // the second pass then fails
     }
     if (clip->frame_count > 0) {
         clip->frames =
             static_cast<AnimationFrame*>(std::calloc(static_cast<size_t>(clip->frame_count), sizeof(AnimationFrame)));
+        if (clip->frames == nullptr) clip->frame_count = 0;
     }
+    list_tracks(read);
 }
 
 bool is_finite(const AnimationKey& key) {
@@ -187,31 +210,32 @@ AnimationKey translation_key(int32_t token) {
 
 // The table of a frame and the keys that it points at lie in one block, so that a key that a later column of the same
 // track replaces goes with the rest.
-void fill_frame(const ClipRead* read, AnimationFrame* frame) {
-    const size_t table_size = static_cast<size_t>(read->slot_count) + 1;
+bool fill_frame(const ClipRead* read, AnimationFrame* frame) {
+    const size_t table_size = std::max<size_t>(static_cast<size_t>(read->clip->track_count), 1);
     const size_t key_count = static_cast<size_t>(read->names_count);
     void* block = std::calloc(1, table_size * sizeof(AnimationKey*) + key_count * sizeof(AnimationKey));
+    if (block == nullptr) return false;
     frame->time = reader_float(0) + read->start;
     frame->keys = static_cast<AnimationKey**>(block);
     AnimationKey* key = reinterpret_cast<AnimationKey*>(frame->keys + table_size);
     for (int32_t column = 0; column < read->names_count; ++column) {
-        const int32_t slot = read->slots[column];
-        if (slot == NO_SLOT) continue;
+        const int32_t place = read->places[column];
+        if (place == NO_SLOT) continue;
         const int32_t token = TOKENS_PER_TRACK * column + 1;
-        *key = slot == TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
-        frame->keys[slot] = key++;
+        *key = read->slots[column] == TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
+        frame->keys[place] = key++;
     }
+    return true;
 }
 
 void read_frame_line(ClipRead* read) {
     // More frames than the first pass counted: the file was written to in between.
     const bool grown = read->frame_count >= read->clip->frame_count;
-    if (grown || reader_token_count() != TOKENS_PER_TRACK * read->names_count + 1) {
+    if (grown || reader_token_count() != TOKENS_PER_TRACK * read->names_count + 1 ||
+        !fill_frame(read, &read->clip->frames[read->frame_count++])) {
         animation_set_error("bad animation data");
         reader_abort();
-        return;
     }
-    fill_frame(read, &read->clip->frames[read->frame_count++]);
 }
 
 float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float start, float hold);
@@ -289,6 +313,7 @@ void release_clip(AnimationClip* clip) {
     str_free(clip->name);
     for (int32_t i = 0; i < clip->frame_count; ++i) std::free(clip->frames[i].keys);
     std::free(clip->frames);
+    std::free(clip->tracks);
 }
 
 // A row of a scene list. With fewer than four words only the model is there.
@@ -461,6 +486,15 @@ float animation_read_clip(Model* model, AnimationClip* clip, const char* directo
 
 AnimationClip* animation_clip(ModelAnimation* animation) {
     return animation == nullptr ? nullptr : &animation->clip;
+}
+
+int32_t animation_track(const AnimationClip* clip, int32_t slot) {
+    if (clip == nullptr || slot < 0) return -1;
+    // Most files have their columns in the order of the slots and leave none out.
+    if (slot < clip->track_count && clip->tracks[slot] == slot) return slot;
+    const int32_t* end = clip->tracks + clip->track_count;
+    const int32_t* found = std::lower_bound(static_cast<const int32_t*>(clip->tracks), end, slot);
+    return found != end && *found == slot ? static_cast<int32_t>(found - clip->tracks) : -1;
 }
 
 // A time that is no number stops a walk over the frames, as one behind all others does.

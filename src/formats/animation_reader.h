@@ -21,7 +21,7 @@ struct AnimationKey {
 struct AnimationFrame {
     float time;           // seconds, the shift of its file included
     float latest;         // highest time up to this frame, so that a search may halve; set by animation_index_frames
-    AnimationKey** keys;  // slot_count + 1 pointers, null for a track without a key; null for a frame that was not read
+    AnimationKey** keys;  // one for each of the clip's tracks, null without a key; null for a frame that was not read
 };
 
 // What one clip file becomes. A clip whose file could not be read is all zero and moves nothing.
@@ -35,6 +35,8 @@ struct AnimationClip {
     int32_t subclip_count;
     AnimationClip* subclips;  // in file order; null when there are none
     int32_t slot_count;       // tracks that a sample may ask for: 0 to slot_count - 1
+    int32_t track_count;      // tracks that the file has columns for
+    int32_t* tracks;          // their slots, rising, up to slot_count; null when there are none
 };
 
 struct ModelAnimation {
@@ -69,6 +71,9 @@ int animation_release(ModelAnimation* animation);  // with its clips; null is ac
 float animation_read_clip(Model* model, AnimationClip* clip, const char* directory, const char* file, float start,
                           float hold);
 AnimationClip* animation_clip(ModelAnimation* animation);  // null for null
+
+// Place of a slot among the clip's tracks, and so in the keys of its frames; -1 for a slot without a column.
+int32_t animation_track(const AnimationClip* clip, int32_t slot);
 
 // To be called when the times of a clip's frames were changed; its sub-clips are left alone.
 void animation_index_frames(AnimationClip* clip);

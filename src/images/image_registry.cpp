@@ -9,6 +9,8 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "foundation/file_access.h"
 #include "foundation/file_find.h"
@@ -34,6 +36,13 @@ KeyedList registry;  // ImageData, KEY_INT
 bool registry_ready = false;
 int32_t next_image_id = 1;
 
+// Ids by path: one model can name one file in thousands of spellings, and each is an image of its own. The keys are the
+// paths of the entries themselves. Never destroyed: scripts may still run while the process ends.
+std::unordered_map<std::string_view, int32_t>& ids_by_path() {
+    static auto& ids = *new std::unordered_map<std::string_view, int32_t>;
+    return ids;
+}
+
 void set_up_registry() {
     if (!registry_ready) {
         registry_ready = list_init(&registry, sizeof(ImageData), KEY_INT) != 0;
@@ -52,6 +61,7 @@ int give_back(ImageData* image) {
         return 0;
     }
     if (--image->ref_count <= 0) {
+        ids_by_path().erase(image->path);
         str_free(image->path);
         std::free(image->pixels);
         std::free(image->keyed_pixels);
@@ -123,6 +133,7 @@ unsigned char* image_load(const char* path, int32_t* width, int32_t* height) {
     image->height = decoded->height;
     image->pixels = decoded->pixels;
     image->id = next_image_id++;
+    ids_by_path().emplace(image->path, image->id);
     decoded->pixels = nullptr;
     tga_free(decoded);
     return share(image, width, height);
@@ -161,12 +172,8 @@ ImageData* image_find(const char* path) {
     if (path == nullptr) {
         return nullptr;
     }
-    for (ImageData& image : list_elements<ImageData>(registry)) {
-        if (std::strcmp(image.path, path) == 0) {
-            return &image;
-        }
-    }
-    return nullptr;
+    const auto found = ids_by_path().find(path);
+    return found != ids_by_path().end() ? image_find_id(found->second) : nullptr;
 }
 
 ImageData* image_find_id(int32_t id) { return static_cast<ImageData*>(list_find(&registry, id)); }

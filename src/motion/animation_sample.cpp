@@ -23,15 +23,18 @@ struct KeyPair {
     float share;
 };
 
-AnimationKey* frame_key(const AnimationFrame* frame, int32_t slot) {
-    return frame->keys == nullptr ? nullptr : frame->keys[slot];
+AnimationKey* frame_key(const AnimationFrame* frame, int32_t track) {
+    return frame->keys == nullptr ? nullptr : frame->keys[track];
 }
 
-// Only the first frame tells whether a file moves a track.
-bool clip_moves(const AnimationClip* clip, int32_t slot) {
-    if (slot < 0 || slot >= clip->slot_count || clip->frame_count < 1) return false;
-    return frame_key(&clip->frames[0], slot) != nullptr;
+// Place of a slot among the tracks that the clip moves, else -1. Only the first frame tells whether a file moves one.
+int32_t moved_track(const AnimationClip* clip, int32_t slot) {
+    if (slot < 0 || slot >= clip->slot_count || clip->frame_count < 1) return -1;
+    const int32_t track = animation_track(clip, slot);
+    return track >= 0 && frame_key(&clip->frames[0], track) != nullptr ? track : -1;
 }
+
+bool clip_moves(const AnimationClip* clip, int32_t slot) { return moved_track(clip, slot) >= 0; }
 
 // Number of frames from the front that all lie before the time, which is never behind the end of the clip: where a walk
 // from the first frame would stop, also when the times of the file are out of order.
@@ -49,16 +52,16 @@ int32_t frames_before(float time, const AnimationClip* clip) {
     return low;
 }
 
-KeyPair find_keys(float time, const AnimationClip* clip, int32_t slot) {
+KeyPair find_keys(float time, const AnimationClip* clip, int32_t track) {
     const int32_t before = frames_before(time, clip);
-    if (before == clip->frame_count) return {nullptr, frame_key(&clip->frames[before - 1], slot), 0.0f};
+    if (before == clip->frame_count) return {nullptr, frame_key(&clip->frames[before - 1], track), 0.0f};
     const AnimationFrame* frame = &clip->frames[before];
     const AnimationFrame* previous = &clip->frames[before == 0 ? 0 : before - 1];
-    AnimationKey* key = frame_key(frame, slot);
+    AnimationKey* key = frame_key(frame, track);
     if (frame->time == time) return {nullptr, key, 0.0f};
     const float interval = frame->time - previous->time;
     if (std::fabs(interval) < SHORTEST_INTERVAL) return {nullptr, key, 0.0f};
-    AnimationKey* first = frame_key(previous, slot);
+    AnimationKey* first = frame_key(previous, track);
     if (first == nullptr) return {nullptr, nullptr, 0.0f};
     return {first, key, (time - previous->time) / interval};
 }
@@ -94,8 +97,9 @@ void write_rotation(const KeyPair& keys, Mat4* out) {
 // What the frames of the clip itself say; 0 for a track without keys, and where a key is missing because the reading
 // of the file broke off.
 int sample_frames(float time, const AnimationClip* clip, int32_t slot, Mat4* out) {
-    if (!clip_moves(clip, slot)) return 0;
-    const KeyPair keys = find_keys(time, clip, slot);
+    const int32_t track = moved_track(clip, slot);
+    if (track < 0) return 0;
+    const KeyPair keys = find_keys(time, clip, track);
     if (keys.second == nullptr) return 0;
     if (slot == TRANSLATE_SLOT) {
         write_translation(keys, out);

@@ -49,6 +49,9 @@ public:
         *clip_ = AnimationClip{};
         clip_->hold_time = HOLD_NONE;
         clip_->slot_count = slot_count;
+        for (int32_t slot = 0; slot <= slot_count; ++slot) tracks_.push_back(slot);
+        clip_->tracks = tracks_.data();
+        clip_->track_count = slot_count + 1;
     }
     ~ClipBuilder() { *clip_ = AnimationClip{}; }
     ClipBuilder(const ClipBuilder&) = delete;
@@ -100,6 +103,7 @@ private:
 
     AnimationClip* clip_;
     int32_t slot_count_;
+    std::vector<int32_t> tracks_;  // every slot has a place of its own
     std::deque<AnimationKey> keys_;
     std::deque<std::vector<AnimationKey*>> tables_;
     std::vector<AnimationFrame> frames_;

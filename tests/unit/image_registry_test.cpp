@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "foundation/load_error.h"
 #include "support/temp_dir.h"
@@ -78,6 +79,24 @@ TEST_F(ImageRegistry, PathsAreComparedWithCase) {
     EXPECT_EQ(image_find(other.c_str()), nullptr);
     EXPECT_EQ(image_release(other.c_str()), 0);
     image_release(path.c_str());
+}
+
+// One image can be named in as many ways as there are words in a model, each an entry of its own.
+TEST_F(ImageRegistry, EachOfThousandsOfSpellingsIsAnEntryOfItsOwn) {
+    constexpr int MANY = 10000;
+    constexpr int SPELLING_BITS = 14;
+    picture("a.tga", "abc");
+    std::vector<std::string> paths;
+    for (int i = 0; i < MANY; ++i) {
+        std::string path = dir.path() + "/";
+        for (int bit = 0; bit < SPELLING_BITS; ++bit) path += (i >> bit & 1) != 0 ? ".//" : "./";
+        paths.push_back(path + "a.tga");
+        ASSERT_NE(load(paths.back()), nullptr);
+    }
+    EXPECT_EQ(list_count(image_registry()), MANY);
+    for (const std::string& path : paths) EXPECT_EQ(image_find(path.c_str())->path, path);
+    for (const std::string& path : paths) EXPECT_EQ(image_release(path.c_str()), 1);
+    EXPECT_EQ(image_find(paths.front().c_str()), nullptr);
 }
 
 TEST_F(ImageRegistry, AFailureSetsTheLoadErrorAndZeroSizes) {

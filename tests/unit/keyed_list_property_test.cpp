@@ -95,6 +95,35 @@ void expect_same_walk(const KeyedList& list, const PlainList& plain) {
     ASSERT_EQ(at, plain.slots.size());
 }
 
+// The same by way of the list's own cursor.
+void expect_same_cursor(KeyedList* list, const PlainList& plain) {
+    const void* element = list_first(list);
+    for (const PlainSlot& slot : plain.slots) {
+        if (!slot.occupied) continue;
+        ASSERT_NE(element, nullptr);
+        ASSERT_EQ(*static_cast<const int32_t*>(element), slot.value);
+        element = list_next(list);
+    }
+    ASSERT_EQ(element, nullptr);
+}
+
+// A copy answers as its source does, and what happens to one does not show in the other.
+template <typename Keys>
+void expect_same_copy(const KeyedList& list, const PlainList& plain) {
+    KeyedList copy{};
+    ASSERT_EQ(list_copy(&list, &copy), 1);
+    expect_same_walk<Keys>(copy, plain);
+    for (const PlainSlot& slot : plain.slots) {
+        if (slot.occupied) {
+            ASSERT_NE(list_find(&copy, Keys::key(slot.key)), nullptr);
+        }
+    }
+    list_clear(&copy);
+    ASSERT_EQ(list_count(&copy), 0);
+    ASSERT_EQ(list_count(&list), plain.count());
+    list_free(&copy);
+}
+
 template <typename Keys>
 void run_operations(unsigned seed) {
     std::mt19937 random(seed);
@@ -148,6 +177,8 @@ void run_operations(unsigned seed) {
                 ASSERT_EQ(list_count(&list), plain.count());
                 if (step % 997 == 0) {
                     ASSERT_NO_FATAL_FAILURE(expect_same_walk<Keys>(list, plain));
+                    ASSERT_NO_FATAL_FAILURE(expect_same_cursor(&list, plain));
+                    ASSERT_NO_FATAL_FAILURE(expect_same_copy<Keys>(list, plain));
                 }
                 if (random() % 20000 == 0) {
                     list_clear(&list);
