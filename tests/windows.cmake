@@ -2,6 +2,7 @@
 # start, in a folder that their runner puts on the path.
 add_executable(pelt_test_tool windows/tool.cpp)
 target_link_libraries(pelt_test_tool PRIVATE pelt_options)
+target_include_directories(pelt_test_tool PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
 # Without a console, which would take the keyboard from the window that is tested.
 set_target_properties(pelt_test_tool PROPERTIES WIN32_EXECUTABLE ON RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests/tools OUTPUT_NAME env)
 foreach(name timeout mktemp xdotool)

@@ -9,27 +9,12 @@
 #include <cstdio>
 
 #include "foundation/file_find_win32.h"
+#include "support/quoted_word.h"
 #include "support/temp_dir.h"
 
 namespace pelt::test {
 
 namespace {
-
-// Quoted so that the program's run-time library finds the word again.
-std::string quoted(const std::string& word) {
-    std::string text = "\"";
-    size_t backslashes = 0;
-    for (const char c : word) {
-        if (c == '\\') {
-            ++backslashes;
-            continue;
-        }
-        text.append(c == '"' ? 2 * backslashes + 1 : backslashes, '\\');
-        backslashes = 0;
-        text += c;
-    }
-    return text.append(2 * backslashes, '\\') + '"';
-}
 
 HANDLE open_inherited(const std::string& path) {
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
@@ -53,7 +38,7 @@ bool run_options_are_served() { return false; }
 RunResult run_program(const std::vector<std::string>& words, const RunOptions& options) {
     const TempDir work;
     std::string line;
-    for (const std::string& word : words) line += quoted(word) + ' ';
+    for (const std::string& word : words) line += quoted_word(word) + ' ';
     std::wstring wide_line = file_system_name(line.c_str());
     const std::wstring directory = file_system_name(options.directory.c_str());
     STARTUPINFOW start{};

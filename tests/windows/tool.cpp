@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "support/quoted_word.h"
+
 namespace {
 
 using Words = std::vector<std::string>;
@@ -17,25 +19,9 @@ using Words = std::vector<std::string>;
 constexpr DWORD EXIT_TIMED_OUT = 124;
 constexpr int EXIT_NOT_STARTED = 127;
 
-// Quoted so that the program's run-time library finds the word again.
-std::string quoted(const std::string& word) {
-    std::string text = "\"";
-    size_t backslashes = 0;
-    for (const char c : word) {
-        if (c == '\\') {
-            ++backslashes;
-            continue;
-        }
-        text.append(c == '"' ? 2 * backslashes + 1 : backslashes, '\\');
-        backslashes = 0;
-        text += c;
-    }
-    return text.append(2 * backslashes, '\\') + '"';
-}
-
 int run_program(const Words& words, DWORD milliseconds) {
     std::string line;
-    for (const std::string& word : words) line += quoted(word) + ' ';
+    for (const std::string& word : words) line += pelt::test::quoted_word(word) + ' ';
     STARTUPINFOA start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
