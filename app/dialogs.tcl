@@ -92,7 +92,10 @@ proc viewer::fixed_size {width height} {
         return
     } else {
         sorvel set view size $width $height
-        set fixed_picture [list $width $height]
+        # A size that is there already fixes nothing.
+        if {$fixed_picture ne {} || $width != [winfo width .view] || $height != [winfo height .view]} {
+            set fixed_picture [list $width $height]
+        }
     }
     measure_view
     draw_soon

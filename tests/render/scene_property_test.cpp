@@ -6,8 +6,8 @@
 
 #include <cstdio>
 #include <cstring>
-#include <random>
 #include <map>
+#include <random>
 #include <string>
 #include <vector>
 
