@@ -3,6 +3,7 @@
 namespace eval viewer {
     variable flag                ;# what is shown, 0 or 1 by the name of the flag
     variable lod 1
+    variable bound_events         ;# of the keys as they are now
     variable shows_side 1
     variable shows_axes 1
     variable watches 0

@@ -89,7 +89,7 @@ proc viewer::retry {} {
 
 # A line of a text file, cut to what a strip can show.
 proc viewer::line_of_file {path number} {
-    if {[catch { open $path r } channel]} { return {} }
+    if {[catch { open [file normalize $path] r } channel]} { return {} }
     for {set at 0} {$at < $number} {incr at} {
         if {[gets $channel line] < 0} {
             set line {}

@@ -39,7 +39,7 @@ proc viewer::store_picture {captured path width height} {
 proc viewer::write_photo {photo path} {
     set failed [catch {
         if {[string tolower [file extension $path]] eq ".tga"} {
-            set channel [open $path wb]
+            set channel [open [file normalize $path] wb]
             puts -nonewline $channel [tga_of_photo $photo]
             close $channel
         } else {
@@ -52,7 +52,7 @@ proc viewer::write_photo {photo path} {
 # ---- TGA -----------------------------------------------------------------------------------------------------------
 
 proc viewer::tga_size {path} {
-    set channel [open $path rb]
+    set channel [open [file normalize $path] rb]
     binary scan [read $channel 18] @12susu width height
     close $channel
     return [list $width $height]
@@ -61,7 +61,7 @@ proc viewer::tga_size {path} {
 # A photo of a picture that the library saved, cut to a size. Its bytes run from the lower left as blue, green, red; all
 # of them turned round run from the upper right as red, green, blue, so that only the columns have to change sides.
 proc viewer::photo_of_tga {path width height} {
-    set channel [open $path rb]
+    set channel [open [file normalize $path] rb]
     set bytes [read $channel]
     close $channel
     binary scan $bytes cu id_length

@@ -10,6 +10,8 @@ namespace eval viewer {
     variable MOST_LATE 4         ;# steps made at once
     variable range {}            ;# first and last second, or nothing for all of it
     variable slider_time 0.0
+    variable slider_wanted {}    ;# where the hand moved it to last
+    variable seeking             ;# there while the clock is set to that
     variable slider_set 0        ;# 1 while the slider is moved by the clock
     variable play_text Play
     variable range_text {}

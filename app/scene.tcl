@@ -100,7 +100,7 @@ proc viewer::model_name {path} {
 
 # The lines of a text file of ours, each a list of its fields; a field with blanks stands in double quotes.
 proc viewer::lines_of_fields {path} {
-    if {[catch { open $path r } channel]} { return {} }
+    if {[catch { open [file normalize $path] r } channel]} { return {} }
     set lines [split [read $channel] \n]
     close $channel
     set result {}
@@ -187,7 +187,7 @@ proc viewer::images_of {id} {
 
 # Names of the child models that a model file has. No command tells them, so the file is read.
 proc viewer::children_of {path} {
-    if {[catch { open $path r } channel]} { return {} }
+    if {[catch { open [file normalize $path] r } channel]} { return {} }
     set text [read $channel]
     close $channel
     set names {}

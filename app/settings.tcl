@@ -72,7 +72,7 @@ proc viewer::read_settings {} {
 }
 
 proc viewer::read_text_file {path} {
-    set channel [open $path r]
+    set channel [open [file normalize $path] r]
     fconfigure $channel -encoding utf-8
     set text [read $channel]
     close $channel
@@ -130,7 +130,7 @@ proc viewer::write_settings {} {
     set new $path.new-[pid]
     set failed [catch {
         file mkdir [file dirname $path]
-        set channel [open $new w]
+        set channel [open [file normalize $new] w]
         fconfigure $channel -encoding utf-8 -translation lf
         puts $channel $SETTINGS_HEADER
         foreach {name value check} $SETTINGS { puts $channel [list $name $setting($name)] }

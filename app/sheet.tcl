@@ -6,6 +6,8 @@ namespace eval viewer {
     variable SHEET_MOST 8000    ;# pixels of the page each way
     variable SHEET_PAPER {30 33 38}
     variable SHEET_INK {216 220 226}
+    variable glyph_width           ;# in pixels, by the code of the letter
+    variable glyph_map             ;# the shades of its pixels, likewise
 }
 
 proc viewer::batch_sheet {files} {

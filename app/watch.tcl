@@ -14,7 +14,7 @@ proc viewer::mark_of_file {path} {
     if {[catch { list [file mtime $path] [file size $path] } mark]} { return gone }
     if {[clock seconds] - [lindex $mark 0] <= $YOUNG && [lindex $mark 1] < 50000000 && [file isfile $path]} {
         catch {
-            set channel [open $path rb]
+            set channel [open [file normalize $path] rb]
             lappend mark [zlib crc32 [read $channel]]
             close $channel
         }
