@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "bench/report.h"
-#include "render/patch.h"
+#include "surfaces/patch.h"
 #include "render/scene_draw.h"
 #include "support/drawing_scene.h"
 

@@ -16,8 +16,8 @@
 #include <string>
 
 #include "bench/report.h"
-#include "edit/bake_mirror.h"
-#include "edit/normals.h"
+#include "reduce/bake_mirror.h"
+#include "reduce/normals.h"
 #include "formats/model_reader.h"
 #include "scene/model.h"
 #include "support/temp_dir.h"

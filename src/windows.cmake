@@ -10,8 +10,8 @@ foreach(file ${PELT_TCL_INCLUDE}/tk.h ${PELT_STUBS})
   endif()
 endforeach()
 
-file(GLOB native_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/window/native_win32*.cpp)
-set(native_resources ${CMAKE_CURRENT_SOURCE_DIR}/window/native_win32.rc)
+file(GLOB native_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/window/win32/*.cpp)
+set(native_resources ${CMAKE_CURRENT_SOURCE_DIR}/window/win32/resources.rc)
 file(GLOB PELT_CURSOR_FILES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/window/cursors/*.cur)
 set_source_files_properties(${native_resources} PROPERTIES OBJECT_DEPENDS "${PELT_CURSOR_FILES}")
 # The tests of the native layer are made of the same.

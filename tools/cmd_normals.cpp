@@ -2,7 +2,7 @@
 #include <memory>
 
 #include "commands.h"
-#include "edit/normals.h"
+#include "reduce/normals.h"
 #include "model_files.h"
 
 namespace pelt::tool {

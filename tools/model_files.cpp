@@ -8,7 +8,7 @@
 #include "console.h"
 #include "formats/model_reader.h"
 #include "formats/model_writer.h"
-#include "formats/write_losses.h"
+#include "tools/write_losses.h"
 #include "foundation/file_access.h"
 #include "foundation/load_error.h"
 #include "model_check.h"

@@ -11,7 +11,7 @@
 
 #include "motion/transform_state.h"
 #include "render/overlays.h"
-#include "render/patch.h"
+#include "surfaces/patch.h"
 #include "render/triangle_draw.h"
 #include "render/vertex.h"
 

@@ -4,11 +4,9 @@
 
 #include <cstdint>
 
-#include "foundation/keyed_list.h"
+#include "window/native.h"
 
 namespace pelt {
-
-using WindowHandle = std::uintptr_t;  // 0 for none
 
 // (window, 0, event record or null)
 using WindowProc = void (*)(WindowHandle window, int32_t zero, const void* event);
@@ -41,14 +39,6 @@ void gl_window_move(WindowHandle window, int32_t x, int32_t y, int32_t width, in
 
 void gl_show_cursor(int flag);
 void gl_status_text(WindowHandle status_bar, const char* text);
-
-// Hands the paint message over while a paint is pending, three times at most: a paint that only took over a new size
-// did not draw, and the next one does. For native layers and the creation of a window.
-void gl_paint_pending(WindowHandle window);
-
-// Every event of a window, as a message of three numbers, whatever the window system. Message and wparam count with
-// their low 16 bits, but for the wheel, which passes whole.
-std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
 
 // The window of a Tk window token (Tk_Window), made if Tk had not made it yet; 0 for null.
 WindowHandle gl_window_of_tk(void* tk_window);

@@ -18,10 +18,9 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "window/gl_window.h"
-
 namespace pelt {
 
+using WindowHandle = std::uintptr_t;   // 0 for none
 using NativeDevice = std::uintptr_t;   // what a window is drawn through; lives as long as its context
 using NativeContext = std::uintptr_t;  // an OpenGL rendering context
 using NativePalette = std::uintptr_t;
@@ -45,6 +44,18 @@ struct NativeFormat {
 struct PaletteEntry {
     uint8_t red, green, blue, flags;
 };
+
+// ---- What a layer calls. Both are defined above the seam, in gl_window.cpp.
+
+// Every event of a window, as a message of three numbers, whatever the window system. Message and wparam count with
+// their low 16 bits, but for the wheel, which passes whole.
+std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
+
+// Hands the paint message over while a paint is pending, three times at most: a paint that only took over a new size
+// did not draw, and the next one does.
+void gl_paint_pending(WindowHandle window);
+
+// ---- What a layer offers.
 
 // Called once at start. On X11 the instance is the Tcl interpreter whose main window names the display (0: the
 // display is known from the first native_window_of_tk on); on Win32 it is the instance handle.

@@ -17,7 +17,7 @@
 #include "edit/selection.h"
 #include "formats/layer_image.h"
 #include "formats/texture_map.h"
-#include "formats/write_losses.h"
+#include "tools/write_losses.h"
 #include "foundation/load_error.h"
 #include "images/image_registry.h"
 #include "motion/animation_clock.h"

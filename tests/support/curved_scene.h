@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "render/patch.h"
+#include "surfaces/patch.h"
 #include "render/patch_draw.h"
 #include "support/drawing_scene.h"
 

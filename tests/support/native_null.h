@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "window/native.h"
+#include "window/gl_window.h"
 
 namespace pelt {
 

@@ -10,7 +10,7 @@
 #include <limits>
 #include <vector>
 
-#include "render/patch.h"
+#include "surfaces/patch.h"
 
 namespace pelt::patch_reference {
 

@@ -1,9 +1,9 @@
 // Mirrored layers made real, against plain expectations and against the search that the index stands for.
 #include <gtest/gtest.h>
 
-#include "edit/bake_mirror.h"
-#include "edit/flatten.h"
-#include "edit/flatten_limits.h"
+#include "reduce/bake_mirror.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
 #include "formats/layer_image.h"
 #include "foundation/text.h"
 #include "support/edit_model.h"

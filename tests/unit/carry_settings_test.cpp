@@ -1,7 +1,7 @@
 // Transparency and colour key of a layer that is made from another.
 #include <gtest/gtest.h>
 
-#include "edit/carry_settings.h"
+#include "reduce/carry_settings.h"
 #include "support/edit_model.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <random>
 #include <vector>
 
-#include "edit/exact_index.h"
+#include "reduce/exact_index.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Where numbers of points and names of layers end.
 #include <gtest/gtest.h>
 
-#include "edit/flatten_limits.h"
+#include "reduce/flatten_limits.h"
 #include "support/edit_model.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "edit/normals.h"
+#include "reduce/normals.h"
 #include "support/edit_model.h"
 
 namespace {

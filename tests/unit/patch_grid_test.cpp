@@ -7,7 +7,7 @@
 #include <set>
 #include <vector>
 
-#include "render/patch.h"
+#include "surfaces/patch.h"
 #include "support/patch_reference.h"
 
 namespace pelt {

@@ -1,6 +1,6 @@
 // The geometry of curved primitives: control nets, points and normals on the surface, edges shared with a neighbour.
 // patch_grid_test.cpp has the numbering of the vertices and all that follows it.
-#include "render/patch.h"
+#include "surfaces/patch.h"
 
 #if defined(GL_VERSION_1_1) || defined(__gl_h_)
 #error "patch.h must not bring OpenGL with it"

@@ -1,8 +1,8 @@
 // Points in joint order, numbered from 1.
 #include <gtest/gtest.h>
 
-#include "edit/flatten.h"
-#include "edit/flatten_limits.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
 #include "support/edit_model.h"
 
 namespace {

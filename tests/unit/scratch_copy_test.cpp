@@ -1,7 +1,7 @@
 // Copies to work on.
 #include <gtest/gtest.h>
 
-#include "edit/scratch_copy.h"
+#include "reduce/scratch_copy.h"
 #include "support/edit_model.h"
 
 namespace {

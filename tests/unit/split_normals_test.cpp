@@ -1,8 +1,8 @@
 // Points of their own for corners with a normal from elsewhere.
 #include <gtest/gtest.h>
 
-#include "edit/flatten.h"
-#include "edit/flatten_limits.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
 #include "support/edit_model.h"
 
 namespace {

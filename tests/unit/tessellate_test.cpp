@@ -1,12 +1,12 @@
 // Curved primitives made flat.
 #include <gtest/gtest.h>
 
-#include "edit/bake_mirror.h"
-#include "edit/flatten.h"
-#include "edit/flatten_limits.h"
-#include "edit/tessellate.h"
+#include "reduce/bake_mirror.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
+#include "reduce/tessellate.h"
 #include "formats/layer_image.h"
-#include "render/patch.h"
+#include "surfaces/patch.h"
 #include "support/edit_model.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"

@@ -1,7 +1,7 @@
 // Splitting quads and polygons into triangles.
 #include <gtest/gtest.h>
 
-#include "edit/flatten.h"
+#include "reduce/flatten.h"
 #include "formats/layer_image.h"
 #include "formats/line_reader.h"
 #include "support/edit_model.h"

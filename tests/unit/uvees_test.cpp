@@ -4,7 +4,7 @@
 #include <bit>
 #include <map>
 
-#include "edit/flatten.h"
+#include "reduce/flatten.h"
 #include "support/edit_model.h"
 
 namespace {

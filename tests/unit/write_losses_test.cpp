@@ -1,6 +1,6 @@
 // What the writer loses on a model is told, kind by kind; and what survives is not.
 
-#include "formats/write_losses.h"
+#include "tools/write_losses.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The native layer with real windows, below a window of the test's own that stands where Tk's would.
-#include "window/native_win32.h"
+#include "window/win32/native_win32.h"
 
 #include <gtest/gtest.h>
 

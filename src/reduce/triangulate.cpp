@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "edit/flatten.h"
-#include "edit/flatten_limits.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
 #include "formats/line_reader.h"
 #include "formats/texture_map.h"
 #include "scene/model.h"

@@ -3,7 +3,7 @@
 
 #include <bit>
 
-#include "edit/flatten.h"
+#include "reduce/flatten.h"
 #include "scene/model.h"
 
 namespace pelt {

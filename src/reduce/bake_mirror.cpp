@@ -3,15 +3,15 @@
 // its own mirror image, whose normal is turned over again by each primitive that meets there. Both are intended. What
 // reads as a search through all points is answered by an index, kept up to date as points and normals are made.
 
-#include "edit/bake_mirror.h"
+#include "reduce/bake_mirror.h"
 
 #include <string>
 #include <vector>
 
-#include "edit/carry_settings.h"
-#include "edit/exact_index.h"
-#include "edit/flatten_limits.h"
-#include "edit/scratch_copy.h"
+#include "reduce/carry_settings.h"
+#include "reduce/exact_index.h"
+#include "reduce/flatten_limits.h"
+#include "reduce/scratch_copy.h"
 #include "formats/layer_image.h"
 #include "foundation/text.h"
 #include "scene/model.h"

@@ -3,7 +3,7 @@
 // intended. The faces are walked once and noted at the points that they touch, which gives each point the order in
 // which a walk for that point alone would meet them.
 
-#include "edit/normals.h"
+#include "reduce/normals.h"
 
 #include <vector>
 

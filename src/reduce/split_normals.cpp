@@ -2,8 +2,8 @@
 // colour nor the uvee of the corner's point, and where two joints meet in a corner only its normal moves to the new
 // point. Both are intended.
 
-#include "edit/flatten.h"
-#include "edit/flatten_limits.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
 #include "foundation/text.h"
 #include "scene/model.h"
 

@@ -3,7 +3,7 @@
 // inner list is copied over itself; and the copy's child links are all borrowed, so that nothing below is copied
 // before it is needed, nor released with the copy.
 
-#include "edit/scratch_copy.h"
+#include "reduce/scratch_copy.h"
 
 #include <cstring>
 

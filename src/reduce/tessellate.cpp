@@ -2,12 +2,12 @@
 // strips are laid out for edges cut in two; neighbours share no new points; and a strip of five vertices, split later,
 // doubles its last triangle. All of it is intended.
 
-#include "edit/tessellate.h"
+#include "reduce/tessellate.h"
 
-#include "edit/flatten_limits.h"
+#include "reduce/flatten_limits.h"
 #include "formats/texture_map.h"
 #include "foundation/text.h"
-#include "render/patch.h"
+#include "surfaces/patch.h"
 #include "scene/model.h"
 
 namespace pelt {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "window/messages.h"
-#include "window/native_x11.h"
+#include "window/x11/native_x11.h"
 
 namespace pelt {
 

@@ -2,7 +2,7 @@
 // so setting the format of a device only tells whether that worked. A device is the record of its window.
 #include <cstdint>
 
-#include "window/native_x11.h"
+#include "window/x11/native_x11.h"
 
 #ifndef GLX_SWAP_METHOD_OML
 #define GLX_SWAP_METHOD_OML 0x8060

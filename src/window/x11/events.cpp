@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "window/messages.h"
-#include "window/native_x11.h"
+#include "window/x11/native_x11.h"
 
 namespace pelt {
 

@@ -12,7 +12,7 @@
 #include "foundation/file_access.h"
 #include "window/builtin_cursors.h"
 #include "window/cursor_file.h"
-#include "window/native_x11.h"
+#include "window/x11/native_x11.h"
 
 namespace pelt {
 

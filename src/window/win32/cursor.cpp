@@ -5,7 +5,7 @@
 
 #include "foundation/file_access.h"
 #include "foundation/file_find_win32.h"
-#include "window/native_win32.h"
+#include "window/win32/native_win32.h"
 
 namespace pelt {
 

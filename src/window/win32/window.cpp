@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "window/native_win32.h"
+#include "window/win32/native_win32.h"
 
 // Behind everything of ours, for the macros of Xlib.
 #include <tk.h>

@@ -5,8 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "edit/flatten.h"
-#include "edit/flatten_limits.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
 #include "scene/model.h"
 
 namespace pelt {

@@ -3,7 +3,7 @@
 //
 // What surprises: rounding is judged by what the reader would make of the written text, so that a normal that comes
 // back exactly, because reading normalises it, is none.
-#include "formats/write_losses.h"
+#include "tools/write_losses.h"
 
 #include <cstring>
 #include <unordered_map>

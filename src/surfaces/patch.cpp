@@ -2,7 +2,7 @@
 // index lists and attributes. What surprises: a third is written 0.33333 in one place and 0.333333 in another and a
 // sixth 0.166666, and grid parameters grow by repeated addition, so a flat patch comes out a hair off its plane and
 // the last row a hair off its edge. Both are intended: neighbouring patches, old and new, share those hairs.
-#include "render/patch.h"
+#include "surfaces/patch.h"
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "window/native_win32.h"
+#include "window/win32/native_win32.h"
 
 namespace pelt {
 

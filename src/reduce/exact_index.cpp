@@ -2,7 +2,7 @@
 // are equal and a non-number equals nothing, itself included. Most vectors belong to one slot, which stands in the
 // table itself; only the others go into a sorted set.
 
-#include "edit/exact_index.h"
+#include "reduce/exact_index.h"
 
 #include <algorithm>
 #include <bit>

@@ -7,7 +7,7 @@
 #include "window/cursor.h"
 #include "window/gl_system.h"
 #include "window/messages.h"
-#include "window/native_win32.h"
+#include "window/win32/native_win32.h"
 
 // Behind everything of ours, for the macros of Xlib.
 #include <tk.h>

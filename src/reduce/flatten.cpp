@@ -2,15 +2,15 @@
 // refused leaves nothing behind; and what a child refers to is looked up in the child alone, because the same number
 // may well be a point of the parent.
 
-#include "edit/flatten.h"
+#include "reduce/flatten.h"
 
 #include <limits>
 #include <string>
 
-#include "edit/bake_mirror.h"
-#include "edit/carry_settings.h"
-#include "edit/flatten_limits.h"
-#include "edit/scratch_copy.h"
+#include "reduce/bake_mirror.h"
+#include "reduce/carry_settings.h"
+#include "reduce/flatten_limits.h"
+#include "reduce/scratch_copy.h"
 #include "formats/layer_image.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"
