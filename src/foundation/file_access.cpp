@@ -220,7 +220,7 @@ int file_write_all(const char* path, const void* data, size_t size) {
     if (path == nullptr || (data == nullptr && size > 0) || file_count == FILE_TABLE_SIZE) {
         return 0;
     }
-    return file_replace(path, data, size);
+    return file_replace(path, data, size).opened ? 1 : 0;
 }
 
 char* file_read_all(const char* path, size_t* size) {

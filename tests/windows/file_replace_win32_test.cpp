@@ -5,6 +5,10 @@
 
 #include <windows.h>
 
+#include <io.h>
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <filesystem>
 #include <string>
 
@@ -17,7 +21,7 @@ using pelt::test::TempDir;
 namespace {
 
 int put(const std::string& path, const std::string& content) {
-    return file_replace(path.c_str(), content.data(), content.size());
+    return file_replace(path.c_str(), content.data(), content.size()).opened ? 1 : 0;
 }
 
 std::ptrdiff_t entries(const TempDir& dir) {
@@ -82,12 +86,41 @@ TEST(FileReplaceWin32, AWriteThatFailsLeavesTheFormerFileWholeAndNoPartOfANewOne
     const std::string twice = dir.write("twice", "former too");
     ASSERT_NE(CreateHardLinkA(dir.file("again").c_str(), twice.c_str(), nullptr), 0);  // written in place
     for (const std::string& path : {alone, twice, dir.file("new")}) {
-        EXPECT_EQ(file_replace(path.c_str(), unreadable, LENGTH), 1);  // intended: the result tells only of the opening
+        const FileReplacement result = file_replace(path.c_str(), unreadable, LENGTH);
+        EXPECT_TRUE(result.opened);
+        EXPECT_NE(result.error, 0);
+        EXPECT_EQ(result.former, "");
     }
     VirtualFree(unreadable, 0, MEM_RELEASE);
     EXPECT_EQ(dir.read("alone"), "former");
     EXPECT_EQ(dir.read("twice"), "former too");
     EXPECT_EQ(entries(dir), 3);
+}
+
+TEST(FileReplaceWin32, TheOwnerAndTheAccessListStay) {
+    TempDir dir;
+    const std::string path = dir.write("a", "former");
+    constexpr SECURITY_INFORMATION ABOUT = OWNER_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+    const auto security = [&] {
+        DWORD size = 0;
+        GetFileSecurityA(path.c_str(), ABOUT, nullptr, 0, &size);
+        std::string record(size, '\0');
+        EXPECT_NE(GetFileSecurityA(path.c_str(), ABOUT, record.data(), size, &size), 0);
+        return record;
+    };
+    ASSERT_EQ(_chmod(path.c_str(), _S_IREAD | _S_IWRITE), 0);
+    const std::string before = security();
+    EXPECT_EQ(put(path, "new"), 1);
+    EXPECT_EQ(dir.read("a"), "new");
+    EXPECT_EQ(security(), before);
+}
+
+TEST(FileReplaceWin32, WhatFailsHasANumberThatTheLibraryOfCHasWordsFor) {
+    TempDir dir;
+    dir.make_dir("folder");
+    EXPECT_EQ(file_replace(dir.file("none/a").c_str(), "x", 1).error, ENOENT);
+    EXPECT_EQ(file_replace(dir.file("folder").c_str(), "x", 1).error, EACCES);
+    EXPECT_EQ(file_replace("", "x", 1).error, ENOENT);
 }
 
 TEST(FileReplaceWin32, ADeviceTakesTheBytesAndAPipeIsRefused) {
