@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <dirent.h>
+#include <time.h>
 #include <unistd.h>
 
 #include "foundation/file_access.h"
@@ -146,6 +147,22 @@ std::FILE* file_stream_read(const char* path) {
     const std::string name = file_resolve(path);
     // Without waiting, in case the name became that of a pipe since it was looked at.
     return name.empty() ? nullptr : stream_of(open(name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC), "rb");
+}
+
+bool file_stream_identity(std::FILE* stream, FileIdentity* identity) {
+    constexpr int64_t SECOND = 1000000000;
+    constexpr int64_t LONGEST_STEP = 2 * SECOND;  // of the times of any file system
+    const auto in_nanoseconds = [](const timespec& time) { return int64_t{time.tv_sec} * SECOND + time.tv_nsec; };
+    struct stat status;
+    timespec now;
+    if (fstat(fileno(stream), &status) != 0 || clock_gettime(CLOCK_REALTIME, &now) != 0) {
+        return false;
+    }
+    const int64_t modified = in_nanoseconds(status.st_mtim);
+    const int64_t changed = in_nanoseconds(status.st_ctim);
+    const bool settled = std::max(modified, changed) < in_nanoseconds(now) - LONGEST_STEP;
+    *identity = FileIdentity{status.st_dev, status.st_ino, int64_t{status.st_size}, modified, changed, settled};
+    return true;
 }
 
 std::string file_name_to_write(const char* path) {

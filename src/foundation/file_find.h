@@ -1,6 +1,7 @@
 // Streams of the system, by name. The half of file_access that asks the operating system.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -8,6 +9,19 @@ namespace pelt {
 
 // Opens a regular file, found as file_resolve finds it; null when there is none. Never waits.
 std::FILE* file_stream_read(const char* path);
+
+// Which file a stream leads to, and the state that it is in.
+struct FileIdentity {
+    uint64_t device;
+    uint64_t file;  // its number there, whatever its names
+    int64_t size;
+    int64_t modified;  // when its content and anything about it changed last, in the units of the system
+    int64_t changed;
+    bool settled;  // both so long ago that a further change will show in them
+};
+
+// False when the system does not tell.
+bool file_stream_identity(std::FILE* stream, FileIdentity* identity);
 
 // Makes or empties a file; null when that cannot be done, also for a name of a directory or a pipe. A path that holds
 // backslashes has them as separators when no file and no directory carries them in its name.

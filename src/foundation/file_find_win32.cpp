@@ -9,6 +9,7 @@
 #include <sys/types.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "foundation/file_access.h"
@@ -69,6 +70,27 @@ std::string file_resolve(const char* path) {
 std::FILE* file_stream_read(const char* path) {
     const std::wstring name = file_system_name(path);
     return !name.empty() && is_regular(name.c_str()) ? usable(_wfopen(name.c_str(), L"rbN"), false) : nullptr;
+}
+
+bool file_stream_identity(std::FILE* stream, FileIdentity* identity) {
+    constexpr int64_t LONGEST_STEP = 20000000;  // two seconds in the units of these times
+    const auto joined = [](DWORD high, DWORD low) { return static_cast<int64_t>(uint64_t{high} << 32 | low); };
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+    BY_HANDLE_FILE_INFORMATION about{};
+    FILE_BASIC_INFO times{};
+    if (GetFileInformationByHandle(handle, &about) == 0 ||
+        GetFileInformationByHandleEx(handle, FileBasicInfo, &times, sizeof times) == 0) {
+        return false;
+    }
+    FILETIME time{};
+    GetSystemTimeAsFileTime(&time);
+    const int64_t modified = times.LastWriteTime.QuadPart;
+    const int64_t changed = times.ChangeTime.QuadPart;
+    const bool settled = std::max(modified, changed) < joined(time.dwHighDateTime, time.dwLowDateTime) - LONGEST_STEP;
+    const auto file = static_cast<uint64_t>(joined(about.nFileIndexHigh, about.nFileIndexLow));
+    *identity = FileIdentity{about.dwVolumeSerialNumber, file,
+                             joined(about.nFileSizeHigh, about.nFileSizeLow), modified, changed, settled};
+    return file != 0;  // some file systems number nothing
 }
 
 std::FILE* file_stream_write(const char* path) {

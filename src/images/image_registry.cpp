@@ -5,8 +5,6 @@
 #include "images/image_registry.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -16,15 +14,11 @@
 #include "foundation/file_find.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"
-#include "images/tga.h"
+#include "images/shared_pixels.h"
 
 namespace pelt {
 
 namespace {
-
-constexpr size_t PIXEL_SIZE = 3;
-constexpr size_t KEYED_PIXEL_SIZE = 4;
-constexpr unsigned char ALPHA_OPAQUE = 255;
 
 // Console companions of an image: a header of which only a depth and the name of the palette file are looked at.
 constexpr size_t PS2_HEADER_SIZE = 32;
@@ -63,8 +57,8 @@ int give_back(ImageData* image) {
     if (--image->ref_count <= 0) {
         ids_by_path().erase(image->path);
         str_free(image->path);
-        std::free(image->pixels);
-        std::free(image->keyed_pixels);
+        shared_pixels_release_keyed(image->shared, image->keyed_pixels);
+        shared_pixels_release(image->shared);
         list_remove(&registry, image->id);
     }
     return 1;
@@ -121,21 +115,20 @@ unsigned char* image_load(const char* path, int32_t* width, int32_t* height) {
         return share(known, width, height);
     }
     const char* error = nullptr;
-    TgaImage* decoded = tga_read(path, &error);
-    if (decoded == nullptr) {
+    SharedPixels* shared = shared_pixels_read(path, &error);
+    if (shared == nullptr) {
         load_error_set(error);
         return nullptr;
     }
     auto* image = static_cast<ImageData*>(list_add(&registry, next_image_id));
     *image = ImageData{};
     image->path = str_dup(path);
-    image->width = decoded->width;
-    image->height = decoded->height;
-    image->pixels = decoded->pixels;
+    image->width = shared->width;
+    image->height = shared->height;
+    image->pixels = shared->pixels;
+    image->shared = shared;
     image->id = next_image_id++;
     ids_by_path().emplace(image->path, image->id);
-    decoded->pixels = nullptr;
-    tga_free(decoded);
     return share(image, width, height);
 }
 
@@ -151,21 +144,9 @@ unsigned char* image_keyed(const char* path, int red, int green, int blue) {
     if (image->keyed_pixels != nullptr) {
         return image->keyed_pixels;
     }
-    const unsigned char key[PIXEL_SIZE] = {static_cast<unsigned char>(red), static_cast<unsigned char>(green),
-                                           static_cast<unsigned char>(blue)};
-    const size_t count = static_cast<size_t>(image->width) * static_cast<size_t>(image->height);
-    auto* keyed = static_cast<unsigned char*>(std::malloc(count * KEYED_PIXEL_SIZE + 1));
-    if (keyed == nullptr) {
-        return nullptr;
-    }
-    const unsigned char* from = image->pixels;
-    unsigned char* to = keyed;
-    for (size_t i = 0; i < count; ++i, from += PIXEL_SIZE, to += KEYED_PIXEL_SIZE) {
-        std::memcpy(to, from, PIXEL_SIZE);
-        to[PIXEL_SIZE] = std::memcmp(from, key, PIXEL_SIZE) == 0 ? 0 : ALPHA_OPAQUE;
-    }
-    image->keyed_pixels = keyed;
-    return keyed;
+    image->keyed_pixels = shared_pixels_keyed(image->shared, static_cast<unsigned char>(red),
+                                              static_cast<unsigned char>(green), static_cast<unsigned char>(blue));
+    return image->keyed_pixels;
 }
 
 ImageData* image_find(const char* path) {

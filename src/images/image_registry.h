@@ -1,5 +1,6 @@
 // Decoded images, shared by path and counted. The registry lives as long as the process and is independent of the
-// scene: an image goes when its last user gives it back.
+// scene: an image goes when its last user gives it back. Images whose paths lead to one file have their pixels in
+// common.
 #pragma once
 
 #include <cstdint>
@@ -8,12 +9,15 @@
 
 namespace pelt {
 
+struct SharedPixels;
+
 struct ImageData {
     char* path;  // heap text: the identity of the image
     int32_t width;
     int32_t height;
     unsigned char* pixels;        // 3 bytes a pixel, red, green, blue, rows without padding
     unsigned char* keyed_pixels;  // null, or 4 bytes a pixel made by image_keyed
+    SharedPixels* shared;         // what holds both
     int32_t ref_count;
     int32_t id;
 };

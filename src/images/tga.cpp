@@ -117,6 +117,11 @@ const char* error_text(const char* format, const char* path) {
 }  // namespace
 
 TgaImage* tga_read(const char* path, const char** error) {
+    const File file(file_stream_read(path));
+    return tga_read_stream(file.get(), path, error);
+}
+
+TgaImage* tga_read_stream(std::FILE* file, const char* path, const char** error) {
     const char* unused = nullptr;
     const char** reason = error != nullptr ? error : &unused;
     *reason = nullptr;
@@ -125,25 +130,24 @@ TgaImage* tga_read(const char* path, const char** error) {
         return nullptr;
     };
 
-    const File file(file_stream_read(path));
-    if (!file) {
+    if (file == nullptr) {
         return fail(CANNOT_OPEN);
     }
     unsigned char header[HEADER_SIZE];
-    if (std::fread(header, HEADER_SIZE, 1, file.get()) != 1) {
+    if (std::fread(header, HEADER_SIZE, 1, file) != 1) {
         return fail(READ_FAILED);
     }
     if (header[TYPE_OFFSET] != TYPE_TRUE_COLOUR) {
         return fail(WRONG_TYPE);
     }
-    skip_id_field(file.get(), header[ID_LENGTH_OFFSET]);
+    skip_id_field(file, header[ID_LENGTH_OFFSET]);
     const int depth = header[DEPTH_OFFSET];
     if (depth != 24 && depth != 32) {
         return fail(WRONG_DEPTH);
     }
     const int32_t width = signed_word(header + WIDTH_OFFSET);
     const int32_t height = signed_word(header + HEIGHT_OFFSET);
-    Block pixels = read_pixels(file.get(), width, height, depth / 8);
+    Block pixels = read_pixels(file, width, height, depth / 8);
     auto* image = pixels ? static_cast<TgaImage*>(std::malloc(sizeof(TgaImage))) : nullptr;
     if (image == nullptr) {
         return fail(READ_FAILED);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 
 namespace pelt {
 
@@ -14,6 +15,11 @@ struct TgaImage {
 
 // A new record (release with tga_free), or null with the reason in *error: a static text valid until the next call.
 TgaImage* tga_read(const char* path, const char** error);
+
+// The same from a stream that stands at its start and stays open; a null one is a file that cannot be opened. The path
+// is for the reason.
+TgaImage* tga_read_stream(std::FILE* file, const char* path, const char** error);
+
 void tga_free(TgaImage* image);
 
 }  // namespace pelt

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "foundation/load_error.h"
@@ -97,6 +100,76 @@ TEST_F(ImageRegistry, EachOfThousandsOfSpellingsIsAnEntryOfItsOwn) {
     for (const std::string& path : paths) EXPECT_EQ(image_find(path.c_str())->path, path);
     for (const std::string& path : paths) EXPECT_EQ(image_release(path.c_str()), 1);
     EXPECT_EQ(image_find(paths.front().c_str()), nullptr);
+}
+
+TEST_F(ImageRegistry, SpellingsAndNamesOfOneFileHaveTheirPixelsInCommon) {
+    const std::string path = picture("a.tga", "abcdef");
+    const std::string spelling = dir.path() + "/./a.tga";
+    const std::string link = dir.file("link.tga");
+    std::filesystem::create_hard_link(path, link);
+    const std::string alike = picture("alike.tga", "abcdef");
+    unsigned char* pixels = load(path);
+    EXPECT_EQ(load(spelling), pixels);
+    EXPECT_EQ(width, 2);
+    EXPECT_EQ(height, 1);
+    EXPECT_EQ(load(link), pixels);
+    EXPECT_NE(load(alike), pixels) << "a file of its own";
+    EXPECT_EQ(list_count(image_registry()), 4);
+    EXPECT_EQ(image_find(path.c_str())->ref_count, 1);
+    EXPECT_NE(image_find(path.c_str())->id, image_find(spelling.c_str())->id);
+    for (const std::string& used : {path, link, alike}) EXPECT_EQ(image_release(used.c_str()), 1);
+    EXPECT_EQ(image_find(spelling.c_str())->pixels, pixels);
+    EXPECT_EQ(pixels[0], 'c');
+    EXPECT_EQ(image_release(spelling.c_str()), 1);
+}
+
+TEST_F(ImageRegistry, SpellingsHaveKeyedPixelsInCommonWhereTheirKeysAreAlike) {
+    const std::string path = picture("a.tga", {"\x03\x02\x01", 3});
+    const std::string second = dir.path() + "/./a.tga";
+    const std::string third = dir.path() + "/././a.tga";
+    for (const std::string& used : {path, second, third}) load(used);
+    const unsigned char* keyed = image_keyed(path.c_str(), 1, 2, 3);
+    EXPECT_EQ(image_keyed(second.c_str(), 1, 2, 3), keyed);
+    const unsigned char* other = image_keyed(third.c_str(), 9, 9, 9);
+    EXPECT_NE(other, keyed);
+    EXPECT_EQ(other[3], 255);
+    EXPECT_EQ(image_keyed(third.c_str(), 1, 2, 3), other) << "the first key of a spelling stays its key";
+    image_release(path.c_str());
+    EXPECT_EQ(keyed[3], 0);
+    image_release(second.c_str());
+    EXPECT_EQ(image_keyed(third.c_str(), 1, 2, 3), other);
+    image_release(third.c_str());
+}
+
+// The times of a file move in steps: a change right behind a load need not show in them.
+TEST_F(ImageRegistry, AFileThatChangedIsReadAgainUnderAnotherSpelling) {
+    const std::string path = picture("a.tga", "aaaaaa");
+    const std::string spelling = dir.path() + "/./a.tga";
+    for (const std::string& pixels : {std::string("bbbbbb"), std::string("cccccc"), std::string("dddddd")}) {
+        const unsigned char* before = load(path);
+        const unsigned char kept = before[0];
+        picture("a.tga", pixels);
+        ASSERT_NE(load(spelling), nullptr);
+        EXPECT_EQ(image_find(spelling.c_str())->pixels[0], static_cast<unsigned char>(pixels[0]));
+        EXPECT_EQ(before[0], kept) << "the one that is in use stays";
+        image_release(path.c_str());
+        image_release(spelling.c_str());
+    }
+}
+
+TEST_F(ImageRegistry, AFileThatChangedLongAfterItWasLoadedIsReadAgainUnderAnotherSpelling) {
+    const std::string path = picture("a.tga", "aaaaaa");
+    std::this_thread::sleep_for(std::chrono::milliseconds(2100));  // its times are settled then
+    const unsigned char* before = load(path);
+    const std::string same = dir.path() + "/./a.tga";
+    EXPECT_EQ(load(same), before);
+    const auto time = std::filesystem::last_write_time(path);
+    picture("a.tga", "bbbbbb");
+    std::filesystem::last_write_time(path, time);  // as a copy that keeps the time does
+    const std::string other = dir.path() + "/././a.tga";
+    ASSERT_NE(load(other), nullptr);
+    EXPECT_EQ(image_find(other.c_str())->pixels[0], 'b');
+    for (const std::string& used : {path, same, other}) image_release(used.c_str());
 }
 
 TEST_F(ImageRegistry, AFailureSetsTheLoadErrorAndZeroSizes) {
