@@ -54,9 +54,7 @@ int run_export(const ExportOptions& options) {
     }
     warn(model.get(), options.input);
     const std::string name = file_part(options.output);
-    const bool written = write_replacing(options.output, [&](std::FILE* stream) {
-        return model_write_obj_stream(model.get(), name.c_str(), stream) != 0;
-    });
+    const bool written = write_replacing(options.output, model_write_obj_text(model.get(), name.c_str()));
     return written ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
 

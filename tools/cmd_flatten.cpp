@@ -132,7 +132,7 @@ constexpr Step STEPS[] = {
 
 struct FlattenOptions {
     std::string input;
-    std::string output;
+    ModelOutput output;
     std::vector<std::string> only;
 };
 
@@ -211,9 +211,7 @@ void add_flatten(CLI::App& program, int* status) {
     auto options = std::make_shared<FlattenOptions>();
     CLI::App* command = program.add_subcommand("flatten", "Reduce a model to plain triangles, without children");
     command->add_option("IN", options->input, "model file (.mod)")->required();
-    command->add_option("-o,--output", options->output, "file to write; - for standard output")
-        ->required()
-        ->type_name("OUT");
+    add_model_output(command, &options->output);
     std::vector<std::string> names;
     for (const Step& step : STEPS) {
         names.emplace_back(step.name);

@@ -11,7 +11,7 @@ namespace {
 
 struct NormalsOptions {
     std::string input;
-    std::string output;
+    ModelOutput output;
     bool curved = false;
 };
 
@@ -33,9 +33,7 @@ void add_normals(CLI::App& program, int* status) {
     auto options = std::make_shared<NormalsOptions>();
     CLI::App* command = program.add_subcommand("normals", "Make the normals of a model anew");
     command->add_option("IN", options->input, "model file (.mod)")->required();
-    command->add_option("-o,--output", options->output, "file to write; - for standard output")
-        ->required()
-        ->type_name("OUT");
+    add_model_output(command, &options->output);
     command->add_flag("--curved", options->curved, "make flat triangles and quads curved, along the new normals");
     command->footer(
         "Every point gets the average of the directions of the faces around it, each distinct direction counted once,\n"

@@ -10,7 +10,7 @@ namespace {
 
 struct WriteOptions {
     std::string input;
-    std::string output;
+    ModelOutput output;
 };
 
 int run_write(const WriteOptions& options) {
@@ -24,9 +24,7 @@ void add_write(CLI::App& program, int* status) {
     auto options = std::make_shared<WriteOptions>();
     CLI::App* command = program.add_subcommand("write", "Read a model and write it in the standard lay-out");
     command->add_option("IN", options->input, "model file (.mod)")->required();
-    command->add_option("-o,--output", options->output, "file to write; - for standard output")
-        ->required()
-        ->type_name("OUT");
+    add_model_output(command, &options->output);
     command->footer(
         "Writes joints, points in joint order, normals, colours, layers and child links in fixed columns. The child\n"
         "models themselves are not written. The format holds less than a model: a warning names all that does not\n"

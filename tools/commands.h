@@ -11,6 +11,11 @@ enum ExitStatus : int {
     STATUS_WRONG_USE = 2,
 };
 
+struct ModelOutput;
+
+// The options of a command that writes a model.
+void add_model_output(CLI::App* command, ModelOutput* output);
+
 // Each adds its command to the program. When the command line names it, it runs and stores its status.
 void add_info(CLI::App& program, int* status);
 void add_check(CLI::App& program, int* status);

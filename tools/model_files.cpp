@@ -13,6 +13,7 @@
 #include "foundation/load_error.h"
 #include "model_check.h"
 #include "output_file.h"
+#include "read_back.h"
 #include "system.h"
 
 namespace pelt::tool {
@@ -26,28 +27,17 @@ void print_load_failure(const std::string& path) {
     print_report(problems.empty() ? path + ": " + text : problem_text(problems.front()));
 }
 
-void warn_of_losses(const Model* model, const std::string& input) {
+void warn_of_losses(const Model* model, const std::string& input, bool is_refused) {
     for (const WriteLoss& loss : model_write_losses(model)) {
-        print_warning(input, loss.text + (loss.unreadable ? " (the new file will not read back)" : ""));
+        const bool is_reason = is_refused && loss.unreadable;
+        print_warning(input, loss.text + (is_reason ? " (the new file will not read back)" : ""));
     }
-}
-
-void take_image_names(const Model* model, std::set<std::string>& names) {
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        if (const LayerImage* image = layer_first_image(&layer)) {
-            for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) {
-                names.insert(image->names[slot]);
-            }
-        }
-    }
-    names.erase("");
 }
 
 // Images and children are looked for in the directory of the file that names them.
 void warn_of_missing_files(const Model* model, const std::string& input, const std::string& output) {
     const std::string directory = name_of(path_of(output).parent_path());
-    std::set<std::string> names;
-    take_image_names(model, names);
+    std::set<std::string> names = image_names(model);
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         names.insert(std::string(link.name) + ".mod");
     }
@@ -68,16 +58,41 @@ ModelOwner load_model(const std::string& path) {
     return model;
 }
 
-int save_model(const Model* model, const std::string& input, const std::string& output) {
-    warn_of_losses(model, input);
-    if (output != "-") {
-        warn_of_missing_files(model, input, output);
+int save_model(const Model* model, const std::string& input, const ModelOutput& output) {
+    const std::string text = model_write_text(model, file_part(output.path).c_str());
+    const std::string refusal = refusal_of_text(text, model);
+    warn_of_losses(model, input, !refusal.empty());
+    if (output.path != "-") {
+        warn_of_missing_files(model, input, output.path);
     }
-    const std::string name = file_part(output);
-    const bool written = write_replacing(output, [&](std::FILE* stream) {
-        return model_write_stream(model, name.c_str(), stream) != 0;
-    });
-    return written ? STATUS_GOOD : STATUS_BAD_MODEL;
+    if (!refusal.empty()) {
+        print_report(output.path + ": the new file does not read back: " + refusal +
+                     (output.force ? "" : "; nothing is written (--force writes it)"));
+        if (!output.force) {
+            return STATUS_BAD_MODEL;
+        }
+    }
+    return write_replacing(output.path, text) ? STATUS_GOOD : STATUS_BAD_MODEL;
+}
+
+std::set<std::string> image_names(const Model* model) {
+    std::set<std::string> names;
+    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+        if (const LayerImage* image = layer_first_image(&layer)) {
+            for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) {
+                names.insert(image->names[slot]);
+            }
+        }
+    }
+    names.erase("");
+    return names;
+}
+
+void add_model_output(CLI::App* command, ModelOutput* output) {
+    command->add_option("-o,--output", output->path, "file to write; - for standard output")
+        ->required()
+        ->type_name("OUT");
+    command->add_flag("--force", output->force, "write also what will not read back");
 }
 
 std::string file_part(const std::string& path) { return name_of(path_of(path).filename()); }

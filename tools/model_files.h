@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 
 #include "scene/model.h"
@@ -16,9 +17,18 @@ using ModelOwner = std::unique_ptr<Model, ModelReleaser>;
 // The model with all its children; null with the reason printed, its file and line first.
 ModelOwner load_model(const std::string& path);
 
+// Where a model is to be written.
+struct ModelOutput {
+    std::string path;    // "-" for standard output
+    bool force = false;  // also when the reader refuses what comes out
+};
+
 // Writes the model, with a warning for all that does not survive and for images and children that will not be found
-// beside the new file. The status of the command.
-int save_model(const Model* model, const std::string& input, const std::string& output);
+// beside the new file. What the reader would refuse is not written, unless forced. The status of the command.
+int save_model(const Model* model, const std::string& input, const ModelOutput& output);
+
+// The image files that a written model names.
+std::set<std::string> image_names(const Model* model);
 
 // The name of a path behind its last separator.
 std::string file_part(const std::string& path);

@@ -22,17 +22,9 @@ inline std::string name_of(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-int process_id();
 bool errors_go_to_a_terminal();
 
 // As std::fopen, for any name that the system can have.
 std::FILE* open_file(const std::filesystem::path& path, const char* mode);
-
-// Waits until what was written is on the disk. False with errno set when that failed.
-bool reach_disk(std::FILE* stream);
-
-// The same for the names in a directory. One that cannot be synchronised is no failure: some file systems have no such
-// thing.
-void directory_reaches_disk(const std::filesystem::path& directory);
 
 }  // namespace pelt::tool

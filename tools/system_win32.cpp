@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <io.h>
-#include <process.h>
 #include <windows.h>
 
 #include <shellapi.h>
@@ -54,16 +53,10 @@ std::vector<std::string> prepare_system(int argc, char** argv) {
     return result;
 }
 
-int process_id() { return _getpid(); }
-
 bool errors_go_to_a_terminal() { return _isatty(_fileno(stderr)) != 0; }
 
 std::FILE* open_file(const std::filesystem::path& path, const char* mode) {
     return _wfopen(path.c_str(), std::wstring(mode, mode + std::char_traits<char>::length(mode)).c_str());
 }
-
-bool reach_disk(std::FILE* stream) { return _commit(_fileno(stream)) == 0; }
-
-void directory_reaches_disk(const std::filesystem::path&) {}
 
 }  // namespace pelt::tool

@@ -1,10 +1,11 @@
 // The fixed orders of view and scene around a load. What surprises: opening a file closes the old scene before it
-// looks at the new one, and neither opening nor reloading resets the zoom.
+// looks at the new one (though not before it looks at the name), and neither opening nor reloading resets the zoom.
 
 #include "application/open_and_fit.h"
 
 #include "application/session_lifecycle.h"
 #include "edit/bounds.h"
+#include "foundation/file_access.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
 
@@ -40,6 +41,10 @@ int32_t open_and_fit(Application* app, const char* path, Loader load) {
 }  // namespace
 
 int32_t file_open_model(Application* app, const char* path) {
+    // A path that no model can have is known before there is anything to close for it.
+    if (app != nullptr && path != nullptr && !path_fits(path)) {
+        return session_load_model(&app->session, path);
+    }
     return open_and_fit(app, path, session_load_model);
 }
 

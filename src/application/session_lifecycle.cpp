@@ -4,6 +4,7 @@
 
 #include "application/session_lifecycle.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -27,6 +28,7 @@ namespace pelt {
 namespace {
 
 constexpr float DEFAULT_STEP_SECONDS = 1.0f;
+constexpr const char* MODEL_EXTENSION = ".mod";
 
 // What a reload has to load: an animation, which goes first, or a list of model files.
 struct ReloadWork {
@@ -49,24 +51,14 @@ void init_lists(Session* session) {
     list_init(&session->root_models, sizeof(RootModel), KEY_INT);
 }
 
-char one_separator(char letter) {
-    return letter == '\\' ? '/' : letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-// Equal but for the case of letters and the form of the separators.
-bool same_file_name(const char* a, const char* b) {
-    while (*a != '\0' && one_separator(*a) == one_separator(*b)) {
-        ++a;
-        ++b;
-    }
-    return one_separator(*a) == one_separator(*b);
-}
-
-// The name under which a model is read again: as it was opened, unless it was renamed since.
+// The name under which a model is read again: as it was opened, unless it was renamed since. Intended: a file that was
+// opened under another extension is not found again.
 std::string reload_path(const Model* model) {
-    const std::string path = std::string(model->path) + model->name + ".mod";
-    return model->opened_path != nullptr && same_file_name(model->opened_path, path.c_str()) ? model->opened_path
-                                                                                             : path;
+    const std::string opened = model->opened_path != nullptr ? model->opened_path : "";
+    const size_t extension = opened.size() - std::min(opened.size(), std::strlen(MODEL_EXTENSION));
+    return str_equal_ignoring_case(opened.c_str() + extension, MODEL_EXTENSION)
+               ? opened
+               : std::string(model->path) + model->name + MODEL_EXTENSION;
 }
 
 // Intended: what an earlier failure left stays in force where this scene says nothing about it, and a left-over
@@ -221,7 +213,15 @@ int session_rename_model(Session* session, int32_t id, const char* path) {
         return 0;
     }
     const ModelState* state = static_cast<ModelState*>(list_find(&session->model_states, id));
-    return state != nullptr ? model_rename(state->model, path) : 0;
+    if (state == nullptr) {
+        return 0;
+    }
+    if (!path_fits(path)) {
+        load_error_set_format(PATH_TOO_LONG, path);
+        session_message(session, load_error_get());
+        return 0;
+    }
+    return model_rename(state->model, path);
 }
 
 void session_save_model(Session* session) {

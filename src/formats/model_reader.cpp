@@ -69,19 +69,6 @@ bool is_good_normal(const Vec3& normal) {
            (normal.x != 0.0f || normal.y != 0.0f || normal.z != 0.0f);
 }
 
-bool test_normals(const Model* model) {
-    const ListElements<Point> points = list_elements<Point>(model->points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (!is_good_normal(point->normal)) {
-            char text[ERROR_TEXT_SIZE];
-            std::snprintf(text, sizeof text, "(%s.mod) bad normal: %d", model->name, point.int_key());
-            load_error_set(text);
-            return false;
-        }
-    }
-    return true;
-}
-
 // ---- the tree of child models ----
 
 // What the models of one tree share while they are read.
@@ -131,11 +118,15 @@ bool fill_model(TreeRead& tree, Model* model, const char* path) {
         return false;
     }
     bind_points(model);
-    return test_normals(model) && read_children(tree, model);
+    return model_test_normals(model) && read_children(tree, model);
 }
 
 // The model of one file with everything below it, or null with nothing left behind.
 Model* read_tree(TreeRead& tree, const char* path, Model* parent) {
+    if (!path_fits(path)) {
+        load_error_set_format(PATH_TOO_LONG, path);
+        return nullptr;
+    }
     if (!file_exists(path)) {
         load_error_set_format("could not find: %s", path);
         return nullptr;
@@ -198,6 +189,19 @@ int model_read_data(Model* model, const char* text) {
     context.model = model;
     load_error_set(nullptr);
     return model != nullptr ? reader_run_data(text, COMMENT_CHARS, COMMENT_COUNT, parse_line_of, &context) : 0;
+}
+
+int model_test_normals(const Model* model) {
+    const ListElements<Point> points = list_elements<Point>(model->points);
+    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+        if (!is_good_normal(point->normal)) {
+            char text[ERROR_TEXT_SIZE];
+            std::snprintf(text, sizeof text, "(%s.mod) bad normal: %d", model->name, point.int_key());
+            load_error_set(text);
+            return 0;
+        }
+    }
+    return 1;
 }
 
 }  // namespace pelt

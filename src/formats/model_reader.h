@@ -14,4 +14,8 @@ Model* model_read(const char* path, Model* parent);
 int model_read_file(Model* model, const char* path);
 int model_read_data(Model* model, const char* text);
 
+// The test that ends the read of a file: 1 when all points have normals that can be used, else 0 with the load error
+// set for the first one that has not.
+int model_test_normals(const Model* model);
+
 }  // namespace pelt

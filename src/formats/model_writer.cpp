@@ -313,4 +313,14 @@ int model_write_stream(const Model* model, const char* file_name, std::FILE* str
     return text_finish(out) ? 1 : 0;
 }
 
+std::string model_write_text(const Model* model, const char* file_name) {
+    std::string text;
+    if (model != nullptr) {
+        TextOutput out = text_output_to_string(&text);
+        put_model(out, *model, file_name);
+        text_finish(out);
+    }
+    return text;
+}
+
 }  // namespace pelt

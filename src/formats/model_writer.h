@@ -17,6 +17,9 @@ void model_write(const Model* model);
 // of it was taken, else 0.
 int model_write_stream(const Model* model, const char* file_name, std::FILE* stream);
 
+// The same text in memory; empty for a null model.
+std::string model_write_text(const Model* model, const char* file_name);
+
 // The name that model_write gives its file: with ".mod" unless the name ends in an extension of three characters.
 std::string model_file_name(const Model* model);
 

@@ -122,4 +122,14 @@ int model_write_obj_stream(const Model* model, const char* file_name, std::FILE*
     return text_finish(out) ? 1 : 0;
 }
 
+std::string model_write_obj_text(const Model* model, const char* file_name) {
+    std::string text;
+    if (model != nullptr) {
+        TextOutput out = text_output_to_string(&text);
+        put_obj(out, *model, file_name);
+        text_finish(out);
+    }
+    return text;
+}
+
 }  // namespace pelt

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdio>
+#include <string>
 
 namespace pelt {
 
@@ -20,5 +21,8 @@ int model_write_obj(const Model* model, const char* path);
 // The same text to an open stream, which stays open; the file name only stands in the comment at its head. 1 when all
 // of it was taken, else 0.
 int model_write_obj_stream(const Model* model, const char* file_name, std::FILE* stream);
+
+// The same text in memory; empty for a null model.
+std::string model_write_obj_text(const Model* model, const char* file_name);
 
 }  // namespace pelt

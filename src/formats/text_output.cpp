@@ -23,6 +23,11 @@ bool take_to_stream(void* context, const char* bytes, size_t size) {
     return std::fwrite(bytes, 1, size, static_cast<std::FILE*>(context)) == size;
 }
 
+bool take_to_string(void* context, const char* bytes, size_t size) {
+    static_cast<std::string*>(context)->append(bytes, size);
+    return true;
+}
+
 void hand_on(TextOutput& out) {
     if (!out.failed && !out.waiting.empty()) {
         out.failed = !out.take(out.context, out.waiting.data(), out.waiting.size());
@@ -89,6 +94,8 @@ TextOutput text_output_to_slot(const int* slot) {
 }
 
 TextOutput text_output_to_stream(std::FILE* stream) { return TextOutput{take_to_stream, stream, {}, false}; }
+
+TextOutput text_output_to_string(std::string* text) { return TextOutput{take_to_string, text, {}, false}; }
 
 void text_put(TextOutput& out, const char* format, std::initializer_list<TextValue> values) {
     const TextValue* value = values.begin();

@@ -23,6 +23,9 @@ struct TextOutput {
 TextOutput text_output_to_slot(const int* slot);
 TextOutput text_output_to_stream(std::FILE* stream);
 
+// Text that is appended to a string, which outlives the output.
+TextOutput text_output_to_string(std::string* text);
+
 // A value that a format asks for: an integer for %d, a number for %f, a text (not copied) for %s.
 struct TextValue {
     enum Kind { INTEGER, NUMBER, TEXT } kind;

@@ -13,6 +13,8 @@ namespace pelt {
 
 inline constexpr int FILE_TABLE_SIZE = 5;
 inline constexpr size_t PATH_BUFFER_SIZE = 512;
+inline constexpr size_t DIRECTORY_BUFFER_SIZE = 256;  // what a model has for its own
+inline constexpr const char* PATH_TOO_LONG = "path too long: %s";
 
 int file_table_init();  // always 1; later calls do nothing
 
@@ -66,6 +68,9 @@ const char* path_base_name(const char* path, PathRules rules = PATH_RULES);
 
 // Directory with its trailing separator, or the empty text; null for null, an empty text or one of 512 and more.
 const char* path_directory(const char* path, PathRules rules = PATH_RULES);
+
+// Whether a model can keep this path: a longer one would be cut, and lead elsewhere. False for null.
+bool path_fits(const char* path, PathRules rules = PATH_RULES);
 
 // The path with the extension, given without its dot, in place of what stands behind the last dot that is followed by
 // three characters or more; without such a dot it is appended as it is. In a static text, cut to 511 bytes.

@@ -75,6 +75,11 @@ const char* path_directory(const char* path, PathRules rules) {
     return lower_if(rules.lower_directory, path_buffer);
 }
 
+bool path_fits(const char* path, PathRules rules) {
+    const size_t length = path != nullptr ? std::strlen(path) : PATH_BUFFER_SIZE;
+    return length < PATH_BUFFER_SIZE && directory_length(path, length, rules) < DIRECTORY_BUFFER_SIZE;
+}
+
 const char* path_set_extension(const char* path, const char* extension) {
     str_copy(path, extension_buffer);
     const size_t length = std::strlen(extension_buffer);

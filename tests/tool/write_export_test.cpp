@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <string>
@@ -107,16 +108,74 @@ TEST_F(ToolFiles, OutputThatDoesNotArriveIsAnError) {
 }
 
 TEST_F(ToolFiles, WriteWarnsOfWhatIsLostAndStillWrites) {
-    dir.write("l.mod", "points\n1 0 0 0 0.5\nlayer \"two words\" 1 2 3 singlesided\ninvisible 1 0 0\n"
+    dir.write("l.mod", "points\n1 0 0 0 0.5\nlayer \"two words\" 1 2 3 singlesided\ninvisible 0 0 0\n"
                        "triangles\n0 1 1 1\nimage a.tga x y repeat 2 2\n");
     const RunResult run = tool({"write", "l.mod", "-o", "new.mod"});
-    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(holds(run.err, "l.mod: warning: weight lost, it reads back as 1: 1 world point (first: 1)\n"));
     EXPECT_TRUE(holds(run.err, "l.mod: warning: layer \"two words\": a name that is empty or holds blanks")) << run.err;
-    EXPECT_TRUE(holds(run.err, "l.mod: warning: layer two words: the colour key 255 0 0 comes out in bytes"));
-    EXPECT_TRUE(holds(run.err, "(the new file will not read back)\n")) << run.err;
     EXPECT_TRUE(holds(run.err, "repeat factors")) << run.err;
+    EXPECT_FALSE(holds(run.err, "will not read back")) << "it does: the layer is called two\n" << run.err;
+    EXPECT_NE(load("new.mod"), nullptr);
     EXPECT_TRUE(holds(dir.read("new.mod"), "\nlayer two words 1 2 3 singlesided\n"));
+}
+
+// ---- what the reader refuses ----
+
+constexpr const char* WITH_A_KEY =
+    "points\n1 0 0 0\n2 9 0 0\n3 0 9 0\nlayer a 1 2 3 singlesided\ninvisible 1 0 0\ntriangles\n0 1 2 3\n";
+
+TEST_F(ToolFiles, WhatTheReaderRefusesIsNotWritten) {
+    dir.write("key.mod", WITH_A_KEY);
+    dir.write("old.mod", "as it was");
+    const std::vector<std::string> before = names_in_directory();
+    for (const char* command : {"write", "flatten", "normals"}) {
+        const RunResult run = tool({command, "key.mod", "-o", "old.mod"});
+        EXPECT_EQ(run.status, 1) << command;
+        EXPECT_TRUE(holds(run.err, "comes out in bytes, where the reader wants 0.0 to 1.0 (the new file will not read "
+                                   "back)\n")) << run.err;
+        EXPECT_TRUE(holds(run.err, "old.mod: the new file does not read back: line ")) << run.err;
+        EXPECT_TRUE(holds(run.err, ": invisible color out of range (should be 0.0 to 1.0); nothing is written "
+                                   "(--force writes it)\n")) << run.err;
+        EXPECT_EQ(dir.read("old.mod"), "as it was") << command;
+        EXPECT_EQ(tool({command, "key.mod", "-o", "new.mod"}).status, 1);
+        EXPECT_EQ(names_in_directory(), before) << command;
+        const RunResult printed = tool({command, "key.mod", "-o", "-"});
+        EXPECT_EQ(printed.status, 1) << command;
+        EXPECT_EQ(printed.out, "") << command;
+    }
+}
+
+TEST_F(ToolFiles, ForceWritesWhatTheReaderRefuses) {
+    dir.write("key.mod", WITH_A_KEY);
+    for (const char* command : {"write", "flatten", "normals"}) {
+        dir.write("old.mod", "as it was");
+        const RunResult run = tool({command, "--force", "key.mod", "-o", "old.mod"});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_TRUE(holds(run.err, "old.mod: the new file does not read back: line ")) << run.err;
+        EXPECT_FALSE(holds(run.err, "nothing is written")) << run.err;
+        EXPECT_TRUE(holds(dir.read("old.mod"), "invisible 255 0 0\n")) << dir.read("old.mod");
+        EXPECT_EQ(load("old.mod"), nullptr);
+    }
+}
+
+TEST_F(ToolFiles, TheRefusalNamesTheLineOfTheNewFile) {
+    dir.write("key.mod", WITH_A_KEY);
+    const std::string err = tool({"write", "--force", "key.mod", "-o", "new.mod"}).err;
+    const std::string mark = "does not read back: line ";
+    const int line = std::stoi(err.substr(err.find(mark) + mark.size()));
+    const std::string text = dir.read("new.mod");
+    const auto place = text.begin() + static_cast<std::ptrdiff_t>(text.find("invisible"));
+    EXPECT_EQ(line, 1 + std::count(text.begin(), place, '\n'));
+}
+
+TEST_F(ToolFiles, LayersThatReadBackUnderOneNameAreRefused) {
+    dir.write("two.mod", "points\n1 0 0 0\nlayer \"two words\" 1 2 3 singlesided\ntriangles\n0 1 1 1\n"
+                         "layer \"two more\" 1 2 3 singlesided\ntriangles\n0 1 1 1\n");
+    const RunResult run = tool({"write", "two.mod", "-o", "new.mod"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(holds(run.err, ": duplicate layer name not allowed; nothing is written")) << run.err;
+    EXPECT_FALSE(dir.exists("new.mod"));
 }
 
 TEST_F(ToolFiles, FilesThatDoNotLieBesideTheNewOneAreNamed) {
@@ -139,6 +198,14 @@ TEST_F(ToolFiles, ABadModelMakesNoFile) {
         EXPECT_EQ(run.err, "bad.mod:5: point does not exist\n") << command;
         EXPECT_EQ(names_in_directory(), before) << command;
     }
+}
+
+TEST_F(ToolFiles, AReturnInANameEndsNoLineOfTheNewFile) {
+    dir.write("cr.mod", "points\n1 0 0 0\nlayer a\rb 1 2 3 singlesided\ntriangles\n0 1 1 1\n");
+    ASSERT_NE(load("cr.mod"), nullptr);
+    const RunResult run = tool({"write", "cr.mod", "-o", "new.mod"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(load("new.mod"), nullptr);
 }
 
 // ---- how a file is replaced ----
@@ -199,6 +266,18 @@ TEST_F(ToolFiles, ASymbolicLinkIsFollowedAndPermissionsStay) {
     EXPECT_TRUE(fs::is_symlink(dir.file("link.mod")));
     EXPECT_TRUE(holds(dir.read("sub/real.mod"), "# model: link.mod"));
     EXPECT_EQ(fs::status(dir.file("sub/real.mod")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(ToolFiles, OtherNamesOfAReplacedFileStayItsNames) {
+    dir.write("one.mod", "old");
+    std::error_code no_links;
+    fs::create_hard_link(dir.file("one.mod"), dir.file("other.mod"), no_links);
+    if (no_links) {
+        GTEST_SKIP() << "no hard links can be made here";
+    }
+    EXPECT_EQ(tool({"write", "m.mod", "-o", "one.mod"}).status, 0);
+    EXPECT_TRUE(holds(dir.read("other.mod"), "# model: one.mod"));
+    EXPECT_EQ(names_in_directory(), (std::vector<std::string>{"a.tga", "m.mod", "one.mod", "other.mod"}));
 }
 
 // ---- export ----

@@ -517,6 +517,18 @@ TEST(PathBaseName, ForwardSlashesSeparateOnPosix) {
     EXPECT_EQ(text(path_directory("/home\\Me/Sub\\Ship.mod", PATH_RULES_POSIX)), "/home\\Me/Sub\\");
 }
 
+TEST(PathRules, APathFitsAModelWithoutBeingCut) {
+    const std::string directory(254, 'd');
+    EXPECT_TRUE(path_fits((directory + "\\a.mod").c_str()));
+    EXPECT_FALSE(path_fits((directory + "d\\a.mod").c_str()));
+    EXPECT_FALSE(path_fits((directory + "d/a.mod").c_str(), PATH_RULES_POSIX));
+    EXPECT_TRUE(path_fits((directory + "d/a.mod").c_str(), PATH_RULES_WIN32)) << "no directory as that system has them";
+    EXPECT_TRUE(path_fits(std::string(511, 'n').c_str()));
+    EXPECT_FALSE(path_fits(std::string(512, 'n').c_str()));
+    EXPECT_TRUE(path_fits(""));
+    EXPECT_FALSE(path_fits(nullptr));
+}
+
 TEST(PathBaseName, RulesOfTheSystemAreTheDefault) {
 #ifdef _WIN32
     EXPECT_EQ(text(path_directory("A/B\\c.mod")), "a/b\\");

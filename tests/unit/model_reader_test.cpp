@@ -6,6 +6,7 @@
 
 #include "foundation/file_access.h"
 #include "scene/model_tree.h"
+#include "support/long_path.h"
 #include "support/model_file_fixture.h"
 
 namespace pelt {
@@ -47,6 +48,30 @@ TEST_F(ModelReader, ADirectoryIsNoFile) {
     const std::string folder = dir.make_dir("folder.mod");
     EXPECT_EQ(model_load(folder.c_str()), nullptr);
     EXPECT_EQ(error(), "could not find: " + folder);
+}
+
+TEST_F(ModelReader, ADirectoryThatAModelCannotKeepIsRefused) {
+    const std::string fits = test::directory_of_length(dir, 255);
+    dir.write(fits + "ship.mod", "child wing 0 0 0 1 1 1 0 0 0\n");
+    dir.write(fits + "wing.mod", "points\n1 0 0 0\n");
+    EXPECT_NE(ModelPtr(model_load(dir.file(fits + "ship.mod").c_str())), nullptr) << error();
+    const std::string too_long = dir.write(test::directory_of_length(dir, 256) + "ship.mod", "points\n1 0 0 0\n");
+    EXPECT_EQ(model_load(too_long.c_str()), nullptr);
+    EXPECT_EQ(error().substr(0, 80), ("path too long: " + too_long).substr(0, 80));
+    EXPECT_EQ(model_load((std::string(508, 'n') + ".mod").c_str()), nullptr);
+    EXPECT_EQ(error().substr(0, 80), ("path too long: " + std::string(508, 'n')).substr(0, 80));
+}
+
+TEST_F(ModelReader, AChildWhosePathAModelCannotKeepFailsTheLoad) {
+    const std::string deep = test::directory_of_length(dir, 256);
+    dir.write(deep + "wing.mod", "");
+    const size_t top = deep.size() / 2;
+    const std::string upper = deep.substr(0, deep.find('/', top) + 1);
+    const std::string child = deep.substr(upper.size()) + "wing";
+    ASSERT_LT(child.size(), 120u);
+    dir.write(upper + "ship.mod", "child " + child + " 0 0 0 1 1 1 0 0 0\n");
+    EXPECT_EQ(model_load(dir.file(upper + "ship.mod").c_str()), nullptr);
+    EXPECT_EQ(error().substr(0, 15), "path too long: ");
 }
 
 TEST_F(ModelReader, NullsFailQuietly) {

@@ -100,6 +100,20 @@ TEST_F(OpenAndFitTest, OpenFitsAndCentresTheViewAndKeepsTheZoom) {
     expect_focus(50, 25, 5);
 }
 
+TEST_F(OpenAndFitTest, APathThatNoModelCanKeepLeavesTheSceneAndTheViewOpen) {
+    file_open_model(app, dir.write("a.mod", MODEL).c_str());
+    disturb_view();
+    for (const std::string& path : {std::string(255, 'd') + "\\b.mod", std::string(512, 'n')}) {
+        EXPECT_EQ(0, file_open_model(app, path.c_str()));
+        EXPECT_EQ(0, file_add(app, path.c_str()));
+        EXPECT_EQ(1, list_count(&session->root_models));
+        EXPECT_EQ(3.0f, view->angle);
+        expect_focus(7, 8, 9);
+    }
+    file_reload(app);
+    EXPECT_EQ(1, list_count(&session->root_models));
+}
+
 TEST_F(OpenAndFitTest, OpenReplacesTheSceneAndIdsGrow) {
     const std::string file = dir.write("a.mod", MODEL);
     const int32_t first = file_open_model(app, file.c_str());

@@ -12,6 +12,7 @@
 #include "foundation/text.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
+#include "support/long_path.h"
 #include "support/temp_dir.h"
 
 namespace pelt {
@@ -425,6 +426,36 @@ TEST_F(LifecycleTest, ReloadTakesSeparatorsOfBothFormsForTheSame) {
     ASSERT_GE(load(path), 1);
     EXPECT_EQ(1, session_reload(&session));
     EXPECT_EQ(path, root(0)->opened_path);
+}
+
+TEST_F(LifecycleTest, ReloadFindsAFileWhoseNameAModelCannotKeepWhole) {
+    ASSERT_GT(load(dir.write(std::string(150, 'n') + ".mod", SMALL_MODEL)), 0);
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(1, roots());
+}
+
+TEST_F(LifecycleTest, APathThatAModelCannotKeepIsRefusedAndTheSceneReloads) {
+    load(dir.write("a.mod", SMALL_MODEL));
+    listen();
+    const std::string deep = dir.write(test::directory_of_length(dir, 256) + "b.mod", SMALL_MODEL);
+    EXPECT_EQ(0, load(deep));
+    EXPECT_EQ("message:path too long: ", reports.at(1).substr(0, 23));
+    EXPECT_EQ("message:Load failed", reports.at(3));
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(1, roots());
+}
+
+TEST_F(LifecycleTest, RenameToAPathThatAModelCannotKeepIsRefused) {
+    const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
+    listen();
+    const std::string directory = root(0)->path;
+    EXPECT_EQ(0, session_rename_model(&session, id, (std::string(255, 'd') + "\\b.mod").c_str()));
+    EXPECT_EQ("message:path too long: ", reports.at(0).substr(0, 23));
+    EXPECT_STREQ("a", root(0)->name);
+    EXPECT_EQ(directory, root(0)->path);
+    reports.clear();
+    EXPECT_EQ(0, session_rename_model(&session, 0, std::string(600, 'd').c_str()));
+    EXPECT_TRUE(reports.empty()) << "an unknown id shows nothing";
 }
 
 TEST_F(LifecycleTest, ReloadAfterARenameOpensTheNewName) {
