@@ -1,7 +1,7 @@
 // Reads a text that was just written as the reader of files would.
 //
-// What surprises: an image that the model has and that is not there is passed over. That is told elsewhere, and the file
-// may well be on its way to where its images are.
+// What surprises: an image that the model has and that is not there is passed over. That is told elsewhere, and the
+// file may well be on its way to where its images are.
 #include "read_back.h"
 
 #include <memory>

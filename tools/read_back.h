@@ -7,8 +7,8 @@
 
 namespace pelt::tool {
 
-// Why the reader refuses this text of the model as a file, with the line; empty when it does not. Whether the images and
-// child models that it names will lie beside it is not asked.
+// Why the reader refuses this text of the model as a file, with the line; empty when it does not. Whether the images
+// and child models that it names will lie beside it is not asked.
 std::string refusal_of_text(const std::string& text, const Model* model);
 
 }  // namespace pelt::tool
