@@ -7,6 +7,8 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -21,6 +23,7 @@ constexpr int DECIMALS_DEFAULT = 6;     // what "%.*f" takes for a negative coun
 constexpr int DECIMALS_LIMIT = 120;
 constexpr size_t NUMBER_SIZE = 512;     // sign, 309 digits, point and decimals
 constexpr int64_t EXPONENT_LIMIT = 1000000;
+constexpr size_t UTF8_LENGTH_MAX = 4;   // bytes of a character
 
 bool is_digit(char c) {
     return c >= '0' && c <= '9';
@@ -250,6 +253,36 @@ void str_free(char* text) {
     std::free(text);
 }
 
+size_t text_cut_length(const char* text, size_t length) {
+    const size_t farthest = length < UTF8_LENGTH_MAX - 1 ? length : UTF8_LENGTH_MAX - 1;
+    for (size_t back = 1; back <= farthest; ++back) {
+        const auto byte = static_cast<unsigned char>(text[length - back]);
+        if ((byte & 0xC0) == 0x80) {
+            continue;  // inside a character: its first byte says how long it is
+        }
+        const size_t needed = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : byte >= 0xC0 ? 2 : 1;
+        return needed > back ? length - back : length;
+    }
+    return length;
+}
+
+size_t text_format(char* buffer, size_t size, const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    const int written = std::vsnprintf(buffer, size, format, arguments);
+    va_end(arguments);
+    if (size == 0 || written < 0) {
+        return 0;
+    }
+    const auto length = static_cast<size_t>(written);
+    if (length < size) {
+        return length;
+    }
+    const size_t kept = text_cut_length(buffer, size - 1);
+    buffer[kept] = '\0';
+    return kept;
+}
+
 bool str_copy(const char* source, char* destination, size_t size) {
     if (destination == nullptr || size == 0) {
         return false;
@@ -260,7 +293,7 @@ bool str_copy(const char* source, char* destination, size_t size) {
     }
     const void* end = std::memchr(source, 0, size);
     const size_t length = end == nullptr ? size : static_cast<size_t>(static_cast<const char*>(end) - source);
-    const size_t copied = length < size ? length : size - 1;
+    const size_t copied = length < size ? length : text_cut_length(source, size - 1);
     std::memmove(destination, source, copied);
     destination[copied] = '\0';
     return length < size;

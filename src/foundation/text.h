@@ -50,8 +50,15 @@ char* str_dup(const char* text);
 // Releases a heap text; null is accepted.
 void str_free(char* text);
 
-// Copies at most size - 1 bytes and terminates, source first. A null source writes an empty text.
-// Returns false when the source had to be cut.
+// How much of a text stays when it is cut to so many bytes: no less than a whole character of UTF-8 at its end. Bytes
+// that are no UTF-8 count as they stand.
+size_t text_cut_length(const char* text, size_t length);
+
+// As snprintf, but for the result, cut between characters: the length written.
+size_t text_format(char* buffer, size_t size, const char* format, ...) __attribute__((format(printf, 3, 4)));
+
+// Copies at most size - 1 bytes and terminates, source first, cut between characters. A null source writes an empty
+// text. Returns false when the source had to be cut.
 bool str_copy(const char* source, char* destination, size_t size);
 
 template <size_t Size>

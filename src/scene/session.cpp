@@ -4,7 +4,6 @@
 
 #include "scene/session.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include "foundation/text.h"
@@ -84,27 +83,31 @@ void session_status(Session* session, const char* text) {
     float_to_text(session->anim_time, 2, time, sizeof time);
     float_to_text(session->anim_end, 2, end, sizeof end);
     char report[STATUS_TEXT_SIZE];
-    std::snprintf(report, sizeof report, "Time: %s of %s, Triangles: %d, %s", time, end, session->triangles_drawn,
-                  text);
+    text_format(report, sizeof report, "Time: %s of %s, Triangles: %d, %s", time, end, session->triangles_drawn, text);
     session->status_callback(report);
 }
 
 void session_message(Session* session, const char* text) {
-    static char* kept = nullptr;  // what last_message points at, so that it never outlives its text
+    static char* idle = nullptr;  // what last_message points at while no message is being shown
     if (session == nullptr || text == nullptr) {
         return;
     }
-    char* message = str_dup(text);
-    str_free(kept);
-    kept = str_dup(message);
-    session->last_message = kept;
+    char* message = str_dup(text);  // before the release: it may be the same text
+    str_free(idle);
+    idle = nullptr;
+    session->last_message = message;
     if (session->message_callback != nullptr) {
         session->message_callback(message);
+        str_replace_char(message, '"', '\'');  // as the box showed it, so does the status: intended
     }
     if (session->status_callback != nullptr) {
         session->status_callback(message);
     }
-    str_free(message);
+    if (session->last_message != message) {
+        str_free(message);  // a callback has given another one, which stays
+        return;
+    }
+    idle = message;
 }
 
 const char* session_last_message(const Session* session) {

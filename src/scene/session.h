@@ -72,7 +72,7 @@ struct Session {
     Vec3 centre;
     unsigned char digit_bitmaps[10][DIGIT_BITMAP_SIZE];
     int32_t digit_bitmaps_ready;
-    const char* last_message;  // not owned
+    const char* last_message;  // owned by session_message
     void (*status_callback)(const char* text);
     void (*message_callback)(const char* text);
 };

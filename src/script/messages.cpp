@@ -2,7 +2,6 @@
 // Escaping brackets in the second would not do, because a backslash already in a file's text would undo the escape.
 #include "script/messages.h"
 
-#include <cstdio>
 #include <string>
 
 #include <tcl.h>
@@ -22,10 +21,8 @@ constexpr size_t QUOTING = 3;  // a blank and two double quotes around the text
 std::string box_text(const char* text, size_t script_length) {
     std::string result = system_to_tcl(text);
     str_replace_char(result.data(), '"', '\'');
-    size_t room = MESSAGE_SCRIPT_SIZE - 1 - QUOTING - script_length;
-    if (result.size() <= room) return result;
-    while (room > 0 && (static_cast<unsigned char>(result[room]) & 0xC0) == 0x80) --room;  // no half character
-    result.resize(room);
+    const size_t room = MESSAGE_SCRIPT_SIZE - 1 - QUOTING - script_length;
+    if (result.size() > room) result.resize(text_cut_length(result.data(), room));
     return result;
 }
 
@@ -36,7 +33,7 @@ std::string script_with_substitution(const char* script, const char* text) {
 
 std::string format_text(const char* format, const char* first, const char* second) {
     char buffer[MESSAGE_SIZE];
-    std::snprintf(buffer, sizeof buffer, format, first != nullptr ? first : "", second != nullptr ? second : "");
+    text_format(buffer, sizeof buffer, format, first != nullptr ? first : "", second != nullptr ? second : "");
     return buffer;
 }
 

@@ -10,6 +10,7 @@
 #include <tcl.h>
 
 #include "application/application.h"
+#include "foundation/text.h"
 #include "script/tcl_glue.h"
 #include "window/input.h"
 
@@ -25,6 +26,25 @@ int status_depth = 0;
 // The difference as 32-bit arithmetic has it, without an overflow.
 int32_t difference(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+// A call of that many bytes; none is made when it was cut, because what is left would be another call.
+int eval_whole(const char (&script)[EVENT_SCRIPT_SIZE], int length) {
+    if (length < 0 || static_cast<size_t>(length) >= EVENT_SCRIPT_SIZE) return 0;
+    return tcl_eval_aside(system_to_tcl(script).c_str());
+}
+
+bool parts_words(char c) { return c == ' ' || (c >= '\t' && c <= '\r' && c != '\n'); }
+
+// Appends each word as one element: cut where Tcl would cut, everything else in it being data.
+void append_words(const std::string& words, Tcl_DString* script) {
+    for (size_t at = 0; at < words.size();) {
+        size_t end = at;
+        while (end < words.size() && !parts_words(words[end])) end += words[end] == '\\' ? 2 : 1;
+        end = std::min(end, words.size());
+        if (end > at) Tcl_DStringAppendElement(script, tcl_resolve_backslashes(words.substr(at, end - at)).c_str());
+        at = end + 1;
+    }
 }
 
 }  // namespace
@@ -56,16 +76,17 @@ int script_mouse_event(int32_t button, int32_t x, int32_t y, int32_t dx, int32_t
     const char* procedure = application()->mouse_proc;
     if (procedure == nullptr) return 0;
     char script[EVENT_SCRIPT_SIZE];
-    std::snprintf(script, sizeof script, "%s %d %d %d %d %d\n", procedure, button, x, y, dx, dy);
-    return tcl_eval_aside(system_to_tcl(script).c_str());
+    const int length =
+        std::snprintf(script, sizeof script, "%s %d %d %d %d %d\n", procedure, button, x, y, dx, dy);
+    return eval_whole(script, length);
 }
 
 int script_key_event(char character) {
     const char* procedure = application()->keyboard_proc;
     if (procedure == nullptr) return 0;
     char script[EVENT_SCRIPT_SIZE];
-    std::snprintf(script, sizeof script, "%s %c\n", procedure, character);
-    return tcl_eval_aside(system_to_tcl(script).c_str());
+    const int length = std::snprintf(script, sizeof script, "%s %c\n", procedure, character);
+    return eval_whole(script, length);
 }
 
 int script_status(const char* text) {
@@ -73,18 +94,14 @@ int script_status(const char* text) {
     if (procedure == nullptr || text == nullptr || tcl_interp() == nullptr) return 0;
     if (status_depth >= STATUS_DEPTH_LIMIT) return 0;
     char cut[STATUS_SCRIPT_SIZE];
-    std::snprintf(cut, sizeof cut, "%s %s", procedure, text);
-    const size_t procedure_length = std::min(std::strlen(procedure), std::strlen(cut));
+    text_format(cut, sizeof cut, "%s %s", procedure, text);
+    const size_t procedure_length = std::strlen(procedure);
+    if (procedure_length >= std::strlen(cut)) return 0;  // cut itself, it would be another one
 
     Tcl_DString script;
     Tcl_DStringInit(&script);
     Tcl_DStringAppend(&script, system_to_tcl(std::string(cut, procedure_length).c_str()).c_str(), -1);
-    const std::string words = system_to_tcl(cut + procedure_length);
-    for (size_t at = 0; at < words.size();) {
-        const size_t end = std::min(words.find(' ', at), words.size());
-        if (end > at) Tcl_DStringAppendElement(&script, tcl_resolve_backslashes(words.substr(at, end - at)).c_str());
-        at = end + 1;
-    }
+    append_words(system_to_tcl(cut + procedure_length), &script);
     ++status_depth;
     const int result = tcl_eval_aside(Tcl_DStringValue(&script));
     --status_depth;

@@ -19,7 +19,7 @@ inline constexpr int STATUS_DEPTH_LIMIT = 3;
 // Event procedure of the window: turns mouse records into calls of the script's procedure; key records end here.
 void view_input(WindowHandle window, int32_t zero, const void* event);
 
-// As tcl_eval; 0 without a procedure.
+// As tcl_eval; 0 without a procedure, and when the call does not fit its size: none is made then.
 int script_mouse_event(int32_t button, int32_t x, int32_t y, int32_t dx, int32_t dy);
 int script_key_event(char character);  // no path calls it: the keyboard procedure is stored and never run
 int script_status(const char* text);

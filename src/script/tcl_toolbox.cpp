@@ -14,8 +14,8 @@ namespace pelt {
 
 void msg_script_error(const char* what, const char* reason) {
     char text[MESSAGE_SIZE];
-    std::snprintf(text, sizeof text, "tcl/tk script error: %s\nreason: %s", what != nullptr ? what : "unknown",
-                  reason != nullptr ? reason : "unknown");
+    text_format(text, sizeof text, "tcl/tk script error: %s\nreason: %s", what != nullptr ? what : "unknown",
+                reason != nullptr ? reason : "unknown");
     msg_error(text);
 }
 

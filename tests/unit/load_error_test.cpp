@@ -90,6 +90,12 @@ TEST_F(LoadErrorTest, LongTextIsCutTo255Bytes) {
     EXPECT_STREQ(load_error_get(), "x (file: f, line: -2147483648)");
 }
 
+TEST_F(LoadErrorTest, LongTextIsCutBetweenCharacters) {
+    load_error_set((std::string(254, 't') + "\u00e9").c_str());
+    ASSERT_NE(load_error_get(), nullptr);
+    EXPECT_EQ(load_error_get(), std::string(254, 't'));
+}
+
 TEST_F(LoadErrorTest, TextOfExactly255BytesIsWhole) {
     const std::string text(255, 't');
     load_error_set(text.c_str());

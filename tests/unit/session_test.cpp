@@ -178,6 +178,28 @@ TEST_F(SessionTest, LastMessageOutlivesTheTextThatWasGiven) {
     EXPECT_EQ(std::string(1000, 'q'), session_last_message(&session));
 }
 
+// A box shows each double quote as an apostrophe, and has changed the text itself: intended.
+TEST_F(SessionTest, TheStatusGetsTheTextAsTheBoxChangedIt) {
+    listen();
+    session_message(&session, "a\"b\"");
+    EXPECT_EQ((std::vector<std::string>{"message:a\"b\"", "status:a'b'"}), reports);
+    EXPECT_STREQ("a'b'", session_last_message(&session));
+}
+
+TEST_F(SessionTest, WithoutABoxTheStatusKeepsItsQuotes) {
+    session_set_status_callback(&session, record_status);
+    session_message(&session, "a\"b\"");
+    EXPECT_EQ(std::vector<std::string>{"status:a\"b\""}, reports);
+}
+
+TEST_F(SessionTest, StatusIsCutBetweenCharacters) {
+    listen();
+    const std::string prefix = "Time: 0.00 of 0.00, Triangles: 0, ";
+    const std::string fill(STATUS_TEXT_SIZE - 2 - prefix.size(), 'x');
+    session_status(&session, (fill + "\u00e9").c_str());  // a byte of it would fit
+    EXPECT_EQ(std::vector<std::string>{"status:" + prefix + fill}, reports);
+}
+
 TEST_F(SessionTest, AMessageCallbackMayReportAndResetAndTheStatusStillGetsTheOuterText) {
     session_set_message_callback(&session, report_again_and_reset);
     session_set_status_callback(&session, record_status);

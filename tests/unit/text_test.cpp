@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <random>
 #include <string>
@@ -309,6 +310,44 @@ TEST(StrCopy, CutsToTheBufferAndSaysSo) {
     EXPECT_STREQ(buffer, "five");
     EXPECT_TRUE(str_copy("", buffer));
     EXPECT_STREQ(buffer, "");
+}
+
+TEST(StrCopy, CutsBetweenCharacters) {
+    char buffer[5];
+    EXPECT_FALSE(str_copy("abc\u00e9", buffer));
+    EXPECT_STREQ(buffer, "abc");
+    EXPECT_TRUE(str_copy("ab\u00e9", buffer));
+    EXPECT_STREQ(buffer, "ab\u00e9");
+    EXPECT_FALSE(str_copy("a\u20acb", buffer + 1, 4));
+    EXPECT_STREQ(buffer + 1, "a");
+}
+
+TEST(TextCutLength, LeavesWholeCharactersOfEachLength) {
+    const char text[] = "a\u00e9\u20ac\U0001f642z";  // one, two, three and four bytes, and one more
+    const size_t expected[] = {0, 1, 1, 3, 3, 3, 6, 6, 6, 6, 10, 11};
+    for (size_t length = 0; length < std::size(expected); ++length) {
+        EXPECT_EQ(text_cut_length(text, length), expected[length]) << length;
+    }
+}
+
+TEST(TextCutLength, TakesBytesThatAreNoCharactersAsTheyStand) {
+    EXPECT_EQ(text_cut_length("\x80\x80\x80\x80\x80\x80", 6), 6u);
+    EXPECT_EQ(text_cut_length("\x80", 1), 1u);
+    EXPECT_EQ(text_cut_length("a\x80\x80", 3), 3u);
+    EXPECT_EQ(text_cut_length("", 0), 0u);
+}
+
+TEST(TextFormat, CutsBetweenCharactersAndTellsTheLength) {
+    char buffer[8];
+    EXPECT_EQ(text_format(buffer, sizeof buffer, "%d %s", 42, "abcd"), 7u);
+    EXPECT_STREQ(buffer, "42 abcd");
+    EXPECT_EQ(text_format(buffer, sizeof buffer, "%d %s", 42, "abcde"), 7u);
+    EXPECT_STREQ(buffer, "42 abcd");
+    EXPECT_EQ(text_format(buffer, sizeof buffer, "%d %s", 42, "abc\u00e9"), 6u);
+    EXPECT_STREQ(buffer, "42 abc");
+    EXPECT_EQ(text_format(buffer, 1, "%s", "\u00e9"), 0u);
+    EXPECT_STREQ(buffer, "");
+    EXPECT_EQ(text_format(nullptr, 0, "%s", "x"), 0u);
 }
 
 TEST(StrCopy, NullSourceWritesAnEmptyText) {
