@@ -33,6 +33,9 @@ ViewState* bound_view = nullptr;
 // A move may send a size message before it returns, which must not move the window once more.
 bool moving_window = false;
 
+// While the view goes back to the size of its parent, whose size the messages of the moves have nothing to add to.
+bool following_parent = false;
+
 struct Size {
     int32_t width;
     int32_t height;
@@ -42,6 +45,13 @@ Size window_size(WindowHandle window) {
     int32_t x = 0, y = 0;
     Size size{0, 0};
     gl_window_geometry(window, &x, &y, &size.width, &size.height);
+    return size;
+}
+
+// As far as the window can take it.
+Size parent_size(WindowHandle window) {
+    Size size = window_size(gl_window_parent(window));
+    gl_window_clamp_size(window, &size.width, &size.height);
     return size;
 }
 
@@ -122,18 +132,20 @@ void show_viewport(ViewState* view) {
     if (view->window != 0) draw_frame();
 }
 
-// The size message that the move causes brings the view back to the size of the parent. A parent of the size that the
-// view has, or of the size moved to, causes no such change, so the window and the picture are seen to here.
+// Whatever sizes parent and window have, and whichever of the moves send messages: the view takes the size of the
+// parent, and one paint is left to do the drawing and the report, or the next frame of the script does them.
 void follow_parent(ViewState* view) {
     view->fixed_size = 0;
+    following_parent = true;
     gl_window_move(view->window, 0, 0, DEFAULT_WINDOW_SIZE, DEFAULT_WINDOW_SIZE);
-    const Size parent = window_size(gl_window_parent(view->window));
-    if (parent.width <= 0 || parent.height <= 0) return;
-    const Size own = window_size(view->window);
-    if (own.width + WINDOW_BORDERS != parent.width || own.height + WINDOW_BORDERS != parent.height) {
-        move_window(view->window, parent);
-    }
+    const Size parent = parent_size(view->window);
+    const bool has_size = parent.width > 0 && parent.height > 0;
+    if (has_size) gl_window_move(view->window, 0, 0, parent.width, parent.height);
+    following_parent = false;
+    if (!has_size) return;
+    view_take_size(view, parent.width, parent.height, view_resized_extents(view, parent.width, parent.height));
     view->resize_due = 1;
+    gl_window_invalidate(view->window);
 }
 
 }  // namespace
@@ -182,16 +194,14 @@ void view_init(WindowHandle window, int32_t, const void*) {
 void view_resize(WindowHandle window, int32_t, const void*) {
     if (!is_bound()) return;
     ViewState* view = bound_view;
-    Size size = window_size(gl_window_parent(window));
+    if (following_parent) return;
+    Size size = parent_size(window);
     if (size.width < 0 || size.height < 0 || (size.width == 0 && size.height == 0)) return;
     if (size.width != view->width || size.height != view->height) {
         const ViewExtents extents = view_resized_extents(view, size.width, size.height);
         move_window(window, size);
         if (view->fixed_size == 0) {
-            view->width = size.width;
-            view->height = size.height;
-            view->extent_x = extents.x;
-            view->extent_y = extents.y;
+            view_take_size(view, size.width, size.height, extents);
             view->resize_due = 1;
             return;
         }
@@ -214,11 +224,7 @@ void view_set_size(int32_t width, int32_t height) {
     if (width < FIXED_SIZE_MIN || width > FIXED_SIZE_MAX || height < FIXED_SIZE_MIN || height > FIXED_SIZE_MAX) return;
     if (width == view->width && height == view->height) return;  // intended: the size is not fixed then
     view->fixed_size = 1;
-    const ViewExtents extents = view_resized_extents(view, width, height);
-    view->extent_x = extents.x;
-    view->extent_y = extents.y;
-    view->width = width;
-    view->height = height;
+    view_take_size(view, width, height, view_resized_extents(view, width, height));
     show_viewport(view);
     report_size("Window resize = %dx%d", {width, height});
 }

@@ -89,6 +89,14 @@ ViewExtents view_resized_extents(const ViewState* view, int32_t width, int32_t h
             view_scaled_extent(view->extent_y, view_size_ratio(height, view->height))};
 }
 
+void view_take_size(ViewState* view, int32_t width, int32_t height, ViewExtents extents) {
+    view->width = width;
+    view->height = height;
+    view->extent_x = extents.x;
+    view->extent_y = extents.y;
+    if (!is_unsized(view)) view->unsized_radius = 0.0f;
+}
+
 void view_reset(ViewState* view) {
     view_fit(view, RESET_RADIUS, false);
     view->focus = {0.0f, 0.0f, 0.0f};

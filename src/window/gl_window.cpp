@@ -22,6 +22,7 @@ namespace {
 constexpr int PAINT_ATTEMPTS = 3;
 constexpr int32_t WINDOW_SIZE_MAX = 32767;  // no window system takes more than 16 signed bits
 constexpr int32_t WINDOW_PLACE_MIN = -32768;
+constexpr int32_t NEW_WINDOW_SIZE_MAX = 4096;  // no driver is asked for more before it has said what it can draw
 
 bool gl_cursor_shown = true;
 
@@ -32,7 +33,15 @@ GlWindow* drawing_window(WindowHandle window) {
     return current;
 }
 
-int32_t usable_size(int32_t size) { return std::clamp(size, 1, WINDOW_SIZE_MAX); }
+int32_t new_window_size(int32_t size) { return std::clamp(size, 1, NEW_WINDOW_SIZE_MAX); }
+
+// Some drivers write out of bounds when a window is larger than they can draw.
+void learn_drawing_limit(GlWindow* entry) {
+    int32_t width = 0, height = 0;
+    if (entry->width_max != 0 || !native_drawing_limit(&width, &height)) return;
+    entry->width_max = std::clamp(width, 1, WINDOW_SIZE_MAX);
+    entry->height_max = std::clamp(height, 1, WINDOW_SIZE_MAX);
+}
 
 // Format, context, init. The palette belongs to the failed path alone: a format that was set makes none, whatever the
 // depth of the display. This is intended.
@@ -91,7 +100,7 @@ WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc 
     gl_window_geometry(parent, &x, &y, &width, &height);
     // Messages of the creation find no entry yet and do nothing: the window enters the table afterwards.
     const WindowHandle window =
-        native_window_create(name, parent, usable_size(width), usable_size(height), popup != 0);
+        native_window_create(name, parent, new_window_size(width), new_window_size(height), popup != 0);
     if (window == 0) return 0;
     native_window_raise(window);
 
@@ -101,7 +110,7 @@ WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc 
         native_window_destroy(window);
         return 0;
     }
-    *entry = GlWindow{window, init, paint, resize, event, nullptr};
+    *entry = GlWindow{window, init, paint, resize, event, nullptr, 0, 0};
     create_context(window);
     gl_set_background(window, 0, 0, 0);
     native_window_show(window);
@@ -128,7 +137,9 @@ void gl_make_current(WindowHandle window) {
     if (entry == nullptr || entry->context == nullptr) return;
     const GlContext& context = *entry->context;
     if (context.device_context == 0 || context.render_context == 0) return;
-    if (native_context_make_current(context.device_context, context.render_context)) gl_system.current_window = entry;
+    if (!native_context_make_current(context.device_context, context.render_context)) return;
+    gl_system.current_window = entry;
+    learn_drawing_limit(entry);
 }
 
 bool gl_context_current(WindowHandle window) { return drawing_window(window) != nullptr; }
@@ -181,9 +192,19 @@ void gl_window_geometry(WindowHandle window, int32_t* x, int32_t* y, int32_t* wi
 WindowHandle gl_window_parent(WindowHandle window) { return native_window_parent(window); }
 
 void gl_window_move(WindowHandle window, int32_t x, int32_t y, int32_t width, int32_t height) {
+    gl_window_clamp_size(window, &width, &height);
     native_window_move(window, std::clamp(x, WINDOW_PLACE_MIN, WINDOW_SIZE_MAX),
-                       std::clamp(y, WINDOW_PLACE_MIN, WINDOW_SIZE_MAX), usable_size(width), usable_size(height));
+                       std::clamp(y, WINDOW_PLACE_MIN, WINDOW_SIZE_MAX), std::max(width, 1), std::max(height, 1));
 }
+
+void gl_window_clamp_size(WindowHandle window, int32_t* width, int32_t* height) {
+    const GlWindow* entry = gl_window_find(window);
+    const bool known = entry != nullptr && entry->width_max > 0;
+    *width = std::min(*width, known ? entry->width_max : WINDOW_SIZE_MAX);
+    *height = std::min(*height, known ? entry->height_max : WINDOW_SIZE_MAX);
+}
+
+void gl_window_invalidate(WindowHandle window) { native_invalidate(window); }
 
 // The window system counts how often its cursor was hidden, so the same wish twice must reach it once.
 void gl_show_cursor(int flag) {
@@ -198,6 +219,8 @@ void gl_status_text(WindowHandle status_bar, const char* text) {
 }
 
 WindowHandle gl_window_of_tk(void* tk_window) { return native_window_of_tk(tk_window); }
+
+bool gl_events_held(void* tk_window) { return native_events_held(tk_window); }
 
 // ---- The window procedure.
 

@@ -35,10 +35,19 @@ void gl_context_destroy(WindowHandle window);
 // Place in the parent and size of the drawing area, in pixels. Outputs become 0 for a window that does not exist.
 void gl_window_geometry(WindowHandle window, int32_t* x, int32_t* y, int32_t* width, int32_t* height);
 WindowHandle gl_window_parent(WindowHandle window);
-void gl_window_move(WindowHandle window, int32_t x, int32_t y, int32_t width, int32_t height);  // border included
+// Border included. The size is held within what the window can take.
+void gl_window_move(WindowHandle window, int32_t x, int32_t y, int32_t width, int32_t height);
+
+// Cuts a size to the largest that the window system takes and that the window's driver says it can draw.
+void gl_window_clamp_size(WindowHandle window, int32_t* width, int32_t* height);
+void gl_window_invalidate(WindowHandle window);  // leaves a paint pending
 
 void gl_show_cursor(int flag);
 void gl_status_text(WindowHandle status_bar, const char* text);
+
+// Whether events have been read from the display of a Tk window token, or of one of these windows, that the event loop
+// of Tcl has not taken over yet.
+bool gl_events_held(void* tk_window);
 
 // The window of a Tk window token (Tk_Window), made if Tk had not made it yet; 0 for null.
 WindowHandle gl_window_of_tk(void* tk_window);

@@ -123,6 +123,10 @@ void add_triangle_model(const char* name) {
     session_add_root(&session, model, nullptr);
 }
 
+struct Size {
+    int32_t width, height;
+};
+
 bool extents_are_finite() {
     return std::isfinite(view.extent_x) && std::isfinite(view.extent_y) && std::isfinite(view.extent_z);
 }
@@ -488,6 +492,57 @@ TEST_F(Frame, ASceneFittedBeforeTheFrameIsMappedIsFittedAfterTheNextResize) {
     EXPECT_NEAR(view.extent_y, 105.0, 1e-3);
 }
 
+TEST_F(Frame, AFrameThatCollapsesAndComesBackHasTheScaleThatItHad) {
+    open(1, 1);
+    view_fit(&view, 100.0f, false);
+    null_resize(parent, 600, 300);
+    null_run();
+    null_resize(parent, 600, 600);
+    null_run();
+    null_resize(parent, 1, 1);
+    null_run();
+    null_resize(parent, 600, 600);
+    null_run();
+    // A radius of 100 with its margin, in 300 pixels at first: the scale of then, not a new fit.
+    EXPECT_NEAR(view.extent_x, 210.0, 1e-3);
+    EXPECT_NEAR(view.extent_y, 210.0, 1e-3);
+}
+
+TEST_F(Frame, AFixedSizeIsARealSizeToo) {
+    open(1, 1);
+    view_fit(&view, 100.0f, false);
+    view_set_size(600, 300);
+    EXPECT_NEAR(view.extent_x, 210.0, 1e-3);
+    view_set_size(0, 0);
+    null_resize(parent, 600, 600);
+    null_run();
+    EXPECT_NEAR(view.extent_x, 210.0, 1e-3);
+    EXPECT_NEAR(view.extent_y, 210.0, 1e-3);
+}
+
+TEST_F(Frame, AParentLargerThanTheDriverCanDrawIsFollowedAsFarAsItCan) {
+    null_system.drawing_limit_width = 5000;
+    null_system.drawing_limit_height = 4500;
+    open(32767, 32767);
+    EXPECT_EQ(view.width, 5000);
+    EXPECT_EQ(view.height, 4500);
+    EXPECT_EQ(null_window(window)->width, 5000);
+    EXPECT_EQ(null_window(window)->height, 4500);
+    EXPECT_NEAR(view.extent_x, 2.0 * 5000 / 300, 1e-2);
+    EXPECT_EQ(swaps(), 1);
+    null_resize(parent, 300, 32000);
+    null_run();
+    EXPECT_EQ(view.width, 300);
+    EXPECT_EQ(view.height, 4500);
+    EXPECT_EQ(statuses, std::vector<std::string>{"296x4496"});  // two pixels less, and a multiple of four
+    view_set_size(200, 100);
+    forget();
+    view_set_size(0, 0);
+    null_run();
+    EXPECT_EQ(null_window(window)->height, 4500);
+    EXPECT_EQ(lines().front(), "glViewport 0 0 300 4500");
+}
+
 TEST_F(Frame, AParentOfNoSizeAtCreationStaysFinite) {
     open(0, 0);
     EXPECT_TRUE(extents_are_finite());
@@ -622,6 +677,49 @@ TEST_F(Frame, SetSizeZeroInAParentOfTheSizeMovedToShowsItsPictureWithTheNextDraw
     EXPECT_EQ(view.height, 300);
     EXPECT_NE(std::find(lines().begin(), lines().end(), "glViewport 0 0 300 300"), lines().end());
     EXPECT_EQ(statuses.back(), "296x296");
+}
+
+// Whatever the sizes of parent, window and view are, and with a frame that the script asks for at once or without.
+TEST_F(Frame, SetSizeZeroReportsAndDrawsOnce) {
+    struct Case {
+        Size parent, fixed;  // a fixed size of 0 by 0: none was set
+    };
+    static constexpr Case CASES[] = {{{400, 310}, {200, 100}}, {{500, 200}, {500, 204}}, {{300, 300}, {200, 100}},
+                                     {{400, 310}, {0, 0}},     {{300, 300}, {0, 0}},     {{500, 200}, {300, 300}}};
+    for (const Case& each : CASES) {
+        for (const bool at_once : {false, true}) {
+            TearDown();
+            SetUp();
+            open(each.parent.width, each.parent.height);
+            if (each.fixed.width != 0) view_set_size(each.fixed.width, each.fixed.height);
+            const int before = swaps();
+            forget();
+            view_set_size(0, 0);
+            EXPECT_EQ(swaps(), before) << "the paint draws, or the next frame";
+            if (at_once) frame_draw();
+            null_run();
+            EXPECT_EQ(swaps(), before + 1) << each.parent.width << " " << each.fixed.width << " " << at_once;
+            EXPECT_EQ(statuses.size(), 1u) << each.parent.width << " " << each.fixed.width << " " << at_once;
+            EXPECT_EQ(view.width, each.parent.width);
+            EXPECT_EQ(view.height, each.parent.height);
+            EXPECT_EQ(null_window(window)->width, each.parent.width);
+            EXPECT_EQ(null_window(window)->height, each.parent.height);
+        }
+    }
+}
+
+// The parent may have grown to the fixed size meanwhile.
+TEST_F(Frame, SetSizeZeroInAParentOfTheFixedSizeReportsAndDrawsOnce) {
+    open(400, 310);
+    view_set_size(500, 200);
+    null_resize(parent, 500, 200);
+    null_run();
+    const int before = swaps();
+    forget();
+    view_set_size(0, 0);
+    null_run();
+    EXPECT_EQ(swaps(), before + 1);
+    EXPECT_EQ(statuses, std::vector<std::string>{"496x196"});
 }
 
 TEST_F(Frame, SetSizeBeforeAWindowExistsStaysFinite) {

@@ -228,6 +228,12 @@ bool native_context_make_current(NativeDevice device, NativeContext context) {
     return true;
 }
 
+bool native_drawing_limit(int32_t* width, int32_t* height) {
+    *width = null_system.drawing_limit_width;
+    *height = null_system.drawing_limit_height;
+    return *width > 0;
+}
+
 void native_swap_buffers(NativeDevice device) {
     log_call("swap");
     if (NullWindow* found = living(device)) ++found->swaps;
@@ -239,6 +245,8 @@ void native_set_background(NativeDevice device, uint32_t colour) {
     log_call("background");
     if (NullWindow* found = living(device)) found->background = colour;
 }
+
+bool native_events_held(void*) { return false; }
 
 bool native_paint_pending(WindowHandle window) {
     const NullWindow* found = living(window);

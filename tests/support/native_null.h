@@ -42,6 +42,8 @@ struct NullSystem {
     bool fail_context = false;
     bool fail_pointer = false;
     bool keeps_back_buffer = true;
+    int32_t drawing_limit_width = 0;          // what the driver can draw; 0 when it does not say
+    int32_t drawing_limit_height = 0;
     NativeFormat format{};                    // what native_format_get answers
     NativePalette displaced_palette = 0;      // what the first selection answers
     std::intptr_t default_result = 77;        // what the system answers to a message

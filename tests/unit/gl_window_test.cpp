@@ -450,6 +450,41 @@ TEST_F(GlWindowTest, MovesBeyondAnyRangeAreHeldInSixteenBits) {
     EXPECT_EQ(null_window(window)->height, 1);
 }
 
+TEST_F(GlWindowTest, NoWindowIsLargerThanItsDriverCanDraw) {
+    null_system.drawing_limit_width = 8000;
+    null_system.drawing_limit_height = 6000;
+    const WindowHandle window = create();
+    gl_window_move(window, 0, 0, 32767, 32767);
+    EXPECT_EQ(null_window(window)->width, 8000);
+    EXPECT_EQ(null_window(window)->height, 6000);
+    gl_window_move(window, 0, 0, 8001, 5999);
+    EXPECT_EQ(null_window(window)->width, 8000);
+    EXPECT_EQ(null_window(window)->height, 5999);
+    int32_t width = 9000, height = 100;
+    gl_window_clamp_size(window, &width, &height);
+    EXPECT_EQ(width, 8000);
+    EXPECT_EQ(height, 100);
+    width = height = 40000;
+    gl_window_clamp_size(parent, &width, &height);  // of its driver nothing is known
+    EXPECT_EQ(width, 32767);
+    EXPECT_EQ(height, 32767);
+}
+
+TEST_F(GlWindowTest, AWindowIsBornInASizeThatEveryDriverCanDraw) {
+    parent = null_add_window(32767, 4097);
+    const WindowHandle window = create();
+    EXPECT_EQ(null_window(window)->width, 4096);
+    EXPECT_EQ(null_window(window)->height, 4096);
+}
+
+TEST_F(GlWindowTest, ALimitBeyondAnyWindowSystemIsHeldInSixteenBits) {
+    null_system.drawing_limit_width = null_system.drawing_limit_height = std::numeric_limits<int32_t>::max();
+    const WindowHandle window = create();
+    gl_window_move(window, 0, 0, 100000, 100000);
+    EXPECT_EQ(null_window(window)->width, 32767);
+    EXPECT_EQ(null_window(window)->height, 32767);
+}
+
 TEST_F(GlWindowTest, ANewSizeOfTheParentReachesTheWindowAsASizeMessage) {
     const WindowHandle window = create_quietly();
     null_resize(parent, 302, 203);

@@ -247,6 +247,20 @@ TEST(ViewSizeRatio, CountsSizesBelowOneAsOne) {
     EXPECT_FLOAT_EQ(view_size_ratio(-7, -9), 1.0f);
 }
 
+TEST(ViewTakeSize, TheFirstRealSizeClearsWhatAFitWithoutOneLeft) {
+    ViewState view = make_view(1, 1);
+    view_fit(&view, 100.0f, false);
+    EXPECT_GT(view.unsized_radius, 0.0f);
+    view_take_size(&view, 1, 0, view_resized_extents(&view, 1, 0));
+    EXPECT_GT(view.unsized_radius, 0.0f);
+    view_take_size(&view, 600, 300, view_resized_extents(&view, 600, 300));
+    EXPECT_EQ(view.unsized_radius, 0.0f);
+    EXPECT_EQ(view.width, 600);
+    EXPECT_EQ(view.height, 300);
+    EXPECT_FLOAT_EQ(view.extent_x, 210.0f);  // a radius of 100 with its margin, twice as wide as high
+    EXPECT_FLOAT_EQ(view.extent_y, 105.0f);
+}
+
 TEST(ViewScaledExtent, StaysWhereTheProductWouldNotBeFinite) {
     EXPECT_FLOAT_EQ(view_scaled_extent(2.0f, 1.5f), 3.0f);
     EXPECT_EQ(view_scaled_extent(1e38f, 1000.0f), 1e38f);

@@ -5,6 +5,9 @@
 
 #include "window/win32/native_win32.h"
 
+// Behind the system's own header, whose types it is written in.
+#include <GL/gl.h>
+
 namespace pelt {
 
 namespace {
@@ -72,6 +75,14 @@ void native_context_destroy(NativeContext context) {
 bool native_context_make_current(NativeDevice device, NativeContext context) {
     if (device == 0 || context == 0) return wglMakeCurrent(nullptr, nullptr) != 0;
     return wglMakeCurrent(device_context(device), render_context(context)) != 0;
+}
+
+bool native_drawing_limit(int32_t* width, int32_t* height) {
+    GLint limits[2] = {0, 0};
+    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, limits);
+    *width = limits[0];
+    *height = limits[1];
+    return *width > 0 && *height > 0;
 }
 
 void native_swap_buffers(NativeDevice device) {

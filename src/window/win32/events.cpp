@@ -1,11 +1,9 @@
-// The procedure of our window class, and what Tk tells of the parent. What surprises: the messages go up nearly as they
-// come; only a size or a move that is none, a paint that nobody begins, the pointer during a drag and the wheel are
+// The procedure of our window class, and what Tk tells of the parent. What surprises: the messages go up as they come,
+// also a move or a size that is none; only a paint that nobody begins, the pointer during a drag and the wheel are
 // looked at here. The parent is followed through Tk and not by its messages: a script that runs because of a new size
 // may destroy the parent, and in the middle of Tk's own resizing that would pull the ground away below it.
 #include <cstdint>
 
-#include "window/cursor.h"
-#include "window/gl_system.h"
 #include "window/messages.h"
 #include "window/win32/native_win32.h"
 
@@ -84,18 +82,16 @@ void on_parent_event(ClientData data, XEvent* event) {
 
 // ---- The procedure of the class.
 
-// Takes over the size of a size message; false when it is the one already known. A window that is just being created
-// has no record yet, and its message goes on.
-bool takes_new_size(HWND handle, LPARAM lparam) {
+// A new size leaves a paint due. A window that is just being created has no record yet.
+void note_size(HWND handle, LPARAM lparam) {
     Win32Window* window = win32_find(handle);
-    if (window == nullptr) return true;
+    if (window == nullptr) return;
     const auto width = static_cast<int32_t>(static_cast<uint32_t>(lparam) & 0xFFFFu);
     const auto height = static_cast<int32_t>(static_cast<uint32_t>(lparam) >> 16);
-    if (width == window->width && height == window->height) return false;
+    if (width == window->width && height == window->height) return;
     window->width = width;
     window->height = height;
     window->paint_pending = true;
-    return true;
 }
 
 // The system repeats a paint message for ever until the paint was begun. A window that has lost its context begins
@@ -121,33 +117,16 @@ void keep_pointer(HWND handle, uint32_t message, WPARAM held) {
     }
 }
 
-// The system sends a move whenever something happened below the pointer, the end of a drag included. False when neither
-// the pointer nor a button has moved; the cursor is due then all the same, another window may have set its own.
-bool has_moved(HWND handle, WPARAM wparam, LPARAM lparam) {
-    Win32Window* window = win32_find(handle);
-    if (window == nullptr) return true;
-    const LPARAM place = static_cast<int32_t>(lparam);
-    const WPARAM held = wparam & MESSAGE_BITS;
-    if (place == window->pointer_place && held == window->pointer_held) return false;
-    window->pointer_place = place;
-    window->pointer_held = held;
-    return true;
-}
-
 }  // namespace
 
 LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
     const uint32_t number = message & MESSAGE_BITS;
-    if (number == WM_SIZE && !takes_new_size(handle, lparam)) return 0;
+    if (number == WM_SIZE) note_size(handle, lparam);
     if (number == WM_PAINT) {
         on_paint(handle);
         return 0;
     }
     if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) {
-        if (!has_moved(handle, wparam, lparam) && number == WM_MOUSEMOVE) {
-            cursor_apply(gl_system.current_cursor);
-            return 0;
-        }
         keep_pointer(handle, number, wparam);
     }
     const LRESULT result = window_procedure(win32_window(handle), message, wparam, lparam);

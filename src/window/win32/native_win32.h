@@ -15,8 +15,6 @@ struct Win32Window {
     int32_t width, height;  // of the drawing area, as the last size message told
     int32_t parent_width, parent_height;  // of the last size message that came from the parent
     bool paint_pending;     // beside what the system itself knows of as not painted
-    LPARAM pointer_place;   // of the last message of the mouse, with the buttons that were held then
-    WPARAM pointer_held;
     int32_t wheel[2];       // what is left of a turn that is less than a notch: upright, sideways
 };
 

@@ -1,6 +1,6 @@
 // Windows on Win32: a child of a Tk window, unknown to Tk. What surprises: no size is kept here for others to ask, the
-// system always knows; what is kept serves to tell a size message that brings nothing new. Only windows of our own are
-// moved, shown or destroyed, because the system gives the handle of a dead window to another one.
+// system always knows; what is kept serves to tell whether a size message leaves a paint due. Only windows of our own
+// are moved, shown or destroyed, because the system gives the handle of a dead window to another one.
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -21,7 +21,6 @@ constexpr UINT CLASS_STYLE = CS_VREDRAW | CS_HREDRAW | CS_SAVEBITS;
 constexpr INT_PTR CLASS_BACKGROUND = 5;
 constexpr DWORD STYLE_CHILD = WS_CHILD | WS_CLIPSIBLINGS | WS_CLIPCHILDREN | WS_BORDER;
 constexpr DWORD STYLE_POPUP = WS_POPUP | WS_CLIPSIBLINGS | WS_CLIPCHILDREN | WS_MAXIMIZE;
-constexpr LPARAM NO_PLACE = LPARAM{1} << 40;  // no two halves of 16 bits make it
 constexpr UINT STATUS_SET_TEXT = 1025;      // of a status bar control, text in the system's code page
 constexpr WPARAM STATUS_PART_PLAIN = 256;   // the first field, without borders
 
@@ -84,7 +83,6 @@ WindowHandle native_window_create(const char* title, WindowHandle parent, int32_
     if (handle == nullptr) return 0;
     auto record = std::make_unique<Win32Window>();
     record->handle = handle;
-    record->pointer_place = NO_PLACE;
     record->tk_parent = tk_window_of(win32_handle(parent));
     native_client_size(win32_window(handle), &record->width, &record->height);
     native_client_size(parent, &record->parent_width, &record->parent_height);
@@ -145,6 +143,8 @@ std::intptr_t native_default_message(WindowHandle window, uint32_t message, std:
     if (wheel && win32_pass_wheel_on(win32_handle(window), message, wparam, lparam)) return 0;
     return DefWindowProcA(win32_handle(window), message, wparam, lparam);
 }
+
+bool native_events_held(void*) { return false; }
 
 bool native_paint_pending(WindowHandle window) {
     const Win32Window* found = win32_find(win32_handle(window));

@@ -153,6 +153,14 @@ bool native_context_make_current(NativeDevice device, NativeContext context) {
     return !x11_trap_end(&trap) && made;
 }
 
+bool native_drawing_limit(int32_t* width, int32_t* height) {
+    GLint limits[2] = {0, 0};
+    glGetIntegerv(GL_MAX_VIEWPORT_DIMS, limits);
+    *width = limits[0];
+    *height = limits[1];
+    return *width > 0 && *height > 0;
+}
+
 void native_swap_buffers(NativeDevice device) {
     if (device != 0) glXSwapBuffers(device_window(device)->display, device_window(device)->id);
 }

@@ -256,6 +256,11 @@ WindowHandle native_window_parent(WindowHandle window) {
 // X11 does nothing by itself with a message.
 std::intptr_t native_default_message(WindowHandle, uint32_t, std::uintptr_t, std::intptr_t) { return 0; }
 
+bool native_events_held(void* tk_window) {
+    if (tk_window != nullptr && XQLength(Tk_Display(static_cast<Tk_Window>(tk_window))) > 0) return true;
+    return std::any_of(windows.begin(), windows.end(), [](X11Window* each) { return XQLength(each->display) > 0; });
+}
+
 bool native_paint_pending(WindowHandle window) {
     const X11Window* found = x11_find(window);
     return found != nullptr && found->shown && found->paint_pending && !found->closing;
