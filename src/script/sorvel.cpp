@@ -3,7 +3,6 @@
 // sorvel, before the call's own words are even looked at.
 #include "script/sorvel.h"
 
-#include <chrono>
 #include <cstring>
 
 #include "application/application.h"
@@ -11,6 +10,7 @@
 #include "render/frame.h"
 #include "script/arguments.h"
 #include "script/commands.h"
+#include "script/event_drain.h"
 #include "script/messages.h"
 #include "script/script_events.h"
 
@@ -27,11 +27,7 @@ namespace pelt {
 
 namespace {
 
-// Bounds of one drain, so that a script that keeps queueing events cannot hold a call for ever.
-constexpr int DRAIN_EVENT_LIMIT = 1000;
-constexpr std::chrono::milliseconds DRAIN_TIME_LIMIT{250};
-constexpr int DRAIN_DEPTH_LIMIT = 64;    // calls nested deeper serve no events
-constexpr int DRAIN_EVERYTHING = -1;     // all kinds of events, never waiting
+constexpr int DRAIN_DEPTH_LIMIT = 64;  // calls nested deeper serve no events
 
 int32_t sorvel_initialised = 0;
 int call_depth = 0;
@@ -45,21 +41,13 @@ std::uintptr_t native_instance() {
 #endif
 }
 
-void drain_events() {
-    using Clock = std::chrono::steady_clock;
-    if (call_depth > DRAIN_DEPTH_LIMIT) return;
-    const Clock::time_point start = Clock::now();
-    for (int served = 0; served < DRAIN_EVENT_LIMIT; ++served) {
-        if (tcl_interp() == nullptr || Tcl_DoOneEvent(DRAIN_EVERYTHING) == 0) break;
-        if (Clock::now() - start >= DRAIN_TIME_LIMIT) break;
-    }
-    tcl_result_reset();  // what event handlers left is not this call's result
-}
-
 void run_call(int argc, const char* argv[]) {
     Application* app = application();
     app->in_command = 1;
-    drain_events();
+    if (call_depth <= DRAIN_DEPTH_LIMIT) {
+        drain_events();
+        tcl_result_reset();  // what event handlers left is not this call's result
+    }
     if (tcl_interp() == nullptr) return;
     WordTable table;
     words_split(&table, argc, argv, tcl_to_system);

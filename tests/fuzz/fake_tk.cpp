@@ -24,6 +24,8 @@ Tk_Window Tk_NameToWindow(Tcl_Interp* interp, const char* name, Tk_Window) {
     return nullptr;
 }
 
+Tk_RestrictProc* Tk_RestrictEvents(Tk_RestrictProc*, ClientData, ClientData*) { return nullptr; }
+
 const char* Tk_PkgInitStubsCheck(Tcl_Interp*, const char* version, int) { return version; }
 
 }
