@@ -61,7 +61,11 @@ Mat4 link_matrix(const ChildLink& link, const Mat4& parent) {
     return matrix;
 }
 
+// A link without a model counts as a box of no size at the origin: intended.
 Box bounds_below(const Model* model, const Mat4& matrix, int32_t level) {
+    if (model == nullptr) {
+        return Box{};
+    }
     Vec3 first;
     Vec3 second;
     mat_transform_point(&matrix, &model->bounds_min, &first);
@@ -72,9 +76,6 @@ Box bounds_below(const Model* model, const Mat4& matrix, int32_t level) {
         return box;
     }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (link.model == nullptr) {
-            continue;
-        }
         const Box child = bounds_below(link.model, link_matrix(link, matrix), level + 1);
         if (have) {
             widen_box(&box, child);
@@ -112,9 +113,6 @@ void join_box(JoinedBox* joined, const Box& box) {
 }  // namespace
 
 Box model_bounds(const Model* model, const Mat4* matrix) {
-    if (model == nullptr) {
-        return Box{};
-    }
     Mat4 identity;
     mat_identity(&identity);
     return bounds_below(model, matrix != nullptr ? *matrix : identity, 0);

@@ -226,18 +226,17 @@ int turned_image_axis(int code, int mirror_axis) {
 
 void move_image(Model* model, Layer* layer, const char* target) {
     LayerImage* image = layer_first_image(layer);
-    if (image != nullptr) {
-        const bool has_own = image->names[IMAGE_SLOT_MIRROR][0] != '\0';
-        model_add_image(model, target, IMAGE_SLOT_BASE, image->names[has_own ? IMAGE_SLOT_MIRROR : IMAGE_SLOT_BASE],
-                        turned_image_axis(layer->image_axis_u, layer->mirror_axis),
-                        turned_image_axis(layer->image_axis_v, layer->mirror_axis));
+    if (image == nullptr) {
+        return;  // with transparency and colour key left behind: intended
     }
+    const bool has_own = image->names[IMAGE_SLOT_MIRROR][0] != '\0';
+    model_add_image(model, target, IMAGE_SLOT_BASE, image->names[has_own ? IMAGE_SLOT_MIRROR : IMAGE_SLOT_BASE],
+                    turned_image_axis(layer->image_axis_u, layer->mirror_axis),
+                    turned_image_axis(layer->image_axis_v, layer->mirror_axis));
     // Intended: behind the image, which therefore has no colour key.
     carry_settings(model, target, *layer);
-    if (image != nullptr) {
-        layer_image_release_slot(image, IMAGE_SLOT_MIRROR);
-        image->names[IMAGE_SLOT_MIRROR][0] = '\0';
-    }
+    layer_image_release_slot(image, IMAGE_SLOT_MIRROR);
+    image->names[IMAGE_SLOT_MIRROR][0] = '\0';
 }
 
 void mirror_primitives(MirrorBake* bake, const Layer& layer, const char* target) {

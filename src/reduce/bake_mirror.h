@@ -10,7 +10,8 @@ struct Model;
 // order that lies exactly at the mirrored place, or gets a new one: coordinates cut towards zero to integers, weight
 // 1.0, no joint and the default colour. Where a corner has its own normal, the mirrored one is stored in its mirrored
 // point, which for a point on the mirror plane is the point itself. The new layer takes the mirror image, or else the
-// image; the source keeps the image alone. Transparency and colour key go along, the key for images added later.
+// image; the source keeps the image alone. With an image transparency and colour key go along, the key for images added
+// later; without one they stay behind.
 // A polygon loses its first vertex to a triangle that turns the strip over; one with fewer than three vertices leaves
 // nothing, and so does a primitive that refers to a point which the model itself does not hold. Lines are not
 // mirrored. A mirror axis other than x, y and z doubles the layer in place.

@@ -192,12 +192,13 @@ bool merge_link(Model* model, const ChildLink& link, Model* child, int32_t* coun
     return merge_links(child, counter) && merge_model(model, child, placement, counter);
 }
 
-// Merges all that hangs below the model into it and drops the links. False when something does not fit, with the model
-// and the models below it in any state.
+// Merges all that hangs below the model into it and drops the links. False when something does not fit or a link has no
+// model, with the model and the models below it in any state.
 bool merge_links(Model* model, int32_t* counter) {
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (link.model == nullptr) {
-            continue;
+            load_error_set_format("child without a model: %s", link.name);
+            return false;
         }
         Model* child = link.borrowed ? model_scratch_copy(link.model) : link.model;
         const bool merged = merge_link(model, link, child, counter);

@@ -23,10 +23,10 @@ struct Model;
 int model_flatten(Model* model);
 
 // Merges the model of each child link into this one, depth first, by model_merge_child with the placement of the
-// link; then releases the child models and drops all links. A link without a model is dropped, and a borrowed model
-// (ChildLink::borrowed) is merged as a copy: it stays as it was and with its owner. counter numbers the merged models
-// across the tree and goes up by one for each. 0, and nothing changed, when the tree is beyond its bounds
-// (model_tree_fits), when ids run out, or when a layer name would become too long to be found.
+// link; then releases the child models and drops all links. A borrowed model (ChildLink::borrowed) is merged as a copy:
+// it stays as it was and with its owner. counter numbers the merged models across the tree and goes up by one for each.
+// 0, and nothing changed, when the tree is beyond its bounds (model_tree_fits), when ids run out, when a layer name
+// would become too long to be found, or when a link has no model.
 int model_merge_children(Model* model, int32_t* counter);
 
 // Copies the points and layers of a child into the parent. A point with the id k gets the id k + the parent's highest

@@ -382,6 +382,16 @@ TEST_F(BakeMirrorImages, colour_key_and_transparency_go_along_but_not_into_the_p
     EXPECT_EQ(image_of("body_mirror")->bytes_per_pixel[0], 3);
 }
 
+TEST_F(BakeMirrorImages, without_an_image_neither_colour_key_nor_transparency_goes_along) {
+    layer_of(model.get(), "body")->transparency = 0.5f;
+    ASSERT_EQ(model_set_invisible(model.get(), "body", 1, 0, 0), 1);
+    ASSERT_EQ(model_bake_mirror(model.get()), 1);
+    const Layer* made = layer_of(model.get(), "body_mirror");
+    EXPECT_EQ(made->transparency, 0.0f);
+    EXPECT_EQ(made->invisible, 0);
+    EXPECT_EQ(layer_of(model.get(), "body")->transparency, 0.5f);
+}
+
 TEST_F(BakeMirrorImages, a_reflection_map_alone_is_not_carried) {
     ASSERT_EQ(model_add_image(model.get(), "body", IMAGE_SLOT_REFLECTION, "a.tga", 0, 0), 1);
     ASSERT_EQ(model_bake_mirror(model.get()), 1);

@@ -86,7 +86,6 @@ TEST_F(BoundsTest, UnderARotationTheBoxIsThatOfTwoCornersAndMayCollapse) {
 TEST_F(BoundsTest, AModelWithoutPointsAndOneChildHasTheBoxOfTheChildAlone) {
     Model* parent = model_create("empty.mod", nullptr);
     session_add_root(&session, parent, nullptr);
-    link(parent, nullptr, {0, 0, 0});
     link(parent, make({5, 5, 5}, {6, 7, 8}, parent), {0, 0, 0});
     const Box box = model_bounds(parent, nullptr);
     expect_vec(5, 5, 5, box.lower);
@@ -124,10 +123,64 @@ TEST_F(BoundsTest, LinksChainUnderTheMatrixAndTheMatrixStaysAsItWas) {
     EXPECT_EQ(0.0f, matrix.m[3]);
 }
 
-TEST_F(BoundsTest, LinksWithoutAModelArePassedOver) {
-    Model* parent = add({5, 5, 5}, {6, 6, 6});
-    link(parent, nullptr, {0, 0, 0});
-    expect_vec(5, 5, 5, model_bounds(parent, nullptr).lower);
+// Intended: its place does not count, nor does the matrix.
+TEST_F(BoundsTest, ALinkWithoutAModelWidensTheBoxByTheOrigin) {
+    Model* parent = add({5, 6, 7}, {8, 9, 10});
+    link(parent, nullptr, {-100, 200, 300});
+    Mat4 matrix;
+    mat_identity(&matrix);
+    mat_translate(&matrix, 20, 30, 40);
+    const Box box = model_bounds(parent, &matrix);
+    expect_vec(0, 0, 0, box.lower);
+    expect_vec(28, 39, 50, box.upper);
+}
+
+TEST_F(BoundsTest, ALinkWithoutAModelIsTheFirstBoxOfAModelWithoutPoints) {
+    Model* parent = model_create("empty.mod", nullptr);
+    session_add_root(&session, parent, nullptr);
+    link(parent, nullptr, {1, 1, 1});
+    link(parent, make({5, 5, 5}, {6, 7, 8}, parent), {0, 0, 0});
+    const Box box = model_bounds(parent, nullptr);
+    expect_vec(0, 0, 0, box.lower);
+    expect_vec(6, 7, 8, box.upper);
+}
+
+TEST_F(BoundsTest, AMatrixThatTurnsAnAxisRoundKeepsTheCornersSorted) {
+    Model* model = add({1, 2, 3}, {4, 6, 8});
+    Mat4 matrix;
+    mat_identity(&matrix);
+    mat_scale(&matrix, -1, -1, -1);
+    const Box box = model_bounds(model, &matrix);
+    expect_vec(-4, -6, -8, box.lower);
+    expect_vec(-1, -2, -3, box.upper);
+}
+
+TEST_F(BoundsTest, EachAxisIsSortedByItself) {
+    Model* model = add({20, -10, -30}, {25, -5, -25});
+    const Box box = model_bounds(model, nullptr);
+    expect_vec(20, -10, -30, box.lower);
+    expect_vec(25, -5, -25, box.upper);
+}
+
+TEST_F(BoundsTest, TheLargestExtentIsLookedForInAllSixValues) {
+    const Vec3 low{-1, -2, -3};
+    const Vec3 high{1, 2, 3};
+    for (int axis = 0; axis < 3; ++axis) {
+        const Vec3 far{axis == 0 ? 50.0f : 0, axis == 1 ? 50.0f : 0, axis == 2 ? 50.0f : 0};
+        EXPECT_EQ(50.0f, model_largest_extent(add(low, far), nullptr)) << axis;
+        const Vec3 back{-far.x, -far.y, -far.z};
+        EXPECT_EQ(50.0f, model_largest_extent(add(back, high), nullptr)) << axis;
+    }
+}
+
+TEST_F(BoundsTest, AChildIsTurnedByItsThreeTextsInTheOrderWritten) {
+    Model* parent = add({0, 0, 0}, {0, 0, 0});
+    // (1, 2, 3) by the half turn about z to (-1, -2, 3), by the quarter back about y to (-3, -2, -1), by that about x
+    // to (-3, 1, -2).
+    model_add_child(parent, make({0, 0, 0}, {1, 2, 3}, parent), "turned", 0, 0, 0, 1, 1, 1, "90", "-90", "180");
+    const Box box = model_bounds(parent, nullptr);
+    expect_vec(-3, 0, -2, box.lower);
+    expect_vec(0, 1, 0, box.upper);
 }
 
 TEST_F(BoundsTest, ACircleOfLinksEnds) {

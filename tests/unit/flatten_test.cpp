@@ -6,6 +6,7 @@
 #include "reduce/flatten_limits.h"
 #include "reduce/tessellate.h"
 #include "formats/layer_image.h"
+#include "foundation/text.h"
 #include "support/edit_model.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
@@ -381,12 +382,31 @@ TEST_F(Flatten, placements_of_a_chain_add_up) {
     expect_vector(place(hinge[0]), {22, 104, 6});  // (1 + 10, 2, 3) doubled, then moved
 }
 
-TEST_F(Flatten, a_link_without_a_model_is_dropped) {
-    model_add_child(model.get(), nullptr, "gone", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+TEST_F(Flatten, a_link_without_a_model_is_refused_and_nothing_changed) {
     link(model.get(), simple("left"));
-    EXPECT_EQ(model_flatten(model.get()), 1);
-    EXPECT_EQ(layer_names(model.get()), (Names{"1_body"}));
-    EXPECT_EQ(list_count(&model->children), 0);
+    Owned right = simple("right");
+    model_add_child(right.get(), nullptr, "gone", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+    link(model.get(), std::move(right));
+    const std::string before = model_text(model.get());
+    EXPECT_EQ(model_merge_children(model.get(), &counter), 0);
+    EXPECT_EQ(error_text(), "child without a model: gone");
+    EXPECT_EQ(model_flatten(model.get()), 0);
+    EXPECT_EQ(model_text(model.get()), before);
+    EXPECT_EQ(list_count(&model->children), 2);
+    EXPECT_EQ(counter, 1);
+}
+
+TEST_F(Flatten, a_child_is_turned_by_its_three_texts_in_the_order_written) {
+    ChildLink* turned = link(model.get(), simple("child"));
+    str_copy("90", turned->rotate[0]);
+    str_copy("-90", turned->rotate[1]);
+    str_copy("180", turned->rotate[2]);
+    turned->scale = {10, 20, 30};
+    turned->position = {0.5f, 0.5f, 0.5f};  // a turn is a little short of its angle, and places are cut to integers
+    ASSERT_EQ(model_flatten(model.get()), 1);
+    // (1, 2, 3) scaled to (10, 40, 90), by the half turn about z to (-10, -40, 90), by the quarter back about y
+    // to (-90, -40, -10), by that about x to (-90, 10, -40); half a step further and cut.
+    expect_vector(place(triangles_of(model.get(), "1_body")[0][0]), {-89, 10, -39});
 }
 
 TEST_F(Flatten, a_borrowed_model_is_merged_as_a_copy_and_not_released) {
