@@ -4,7 +4,8 @@
 // longer than the animation leaves it outside of 0 to anim_end; intended.
 #include "motion/animation_clock.h"
 
-#include "foundation/text.h"
+#include <cmath>
+
 #include "motion/transform_state.h"
 #include "scene/session.h"
 
@@ -39,11 +40,12 @@ void animate_set_rate(Session* session, int32_t n) {
     if (session == nullptr || n < LOWEST_RATE || n > HIGHEST_RATE) return;
     session->anim_step = 1.0f / static_cast<float>(n);
     session->anim_rate = n;
-    // The quotient is rounded to 32 bits before it is cut: at ten steps a second the time 1.0 stays 1.0.
+    // The quotient is rounded to 32 bits before it is cut: at ten steps a second the time 1.0 stays 1.0. It is cut as a
+    // float, since an enormous time has more steps than an integer can count.
     const float steps = session->anim_time / session->anim_step;
-    session->anim_time = static_cast<float>(float_to_int(steps)) * session->anim_step;
+    session->anim_time = std::trunc(steps) * session->anim_step;
     if (session->anim_time > session->anim_end) session->anim_time = session->anim_end;
-    if (session->anim_time < 0.0f) session->anim_time = 0.0f;
+    if (!(session->anim_time > 0.0f)) session->anim_time = 0.0f;  // also in place of a non-number and a negative zero
     scene_evaluate(session);
 }
 

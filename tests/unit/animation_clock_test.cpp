@@ -188,9 +188,12 @@ TEST_F(Clock, RatePutsATimeBeyondTheEndToTheEnd) {
 
 TEST_F(Clock, RatePutsATimeBeforeTheStartToZero) {
     session.anim_end = 2.0f;
-    session.anim_time = -3.0f;
-    animate_set_rate(&session, 1);
-    EXPECT_EQ(session.anim_time, 0.0f);
+    for (float time : {-3.0f, -0.5f, -0.0f}) {  // the last two are no whole step before it: the status reads 0.00 then
+        session.anim_time = time;
+        animate_set_rate(&session, 1);
+        EXPECT_EQ(session.anim_time, 0.0f);
+        EXPECT_FALSE(std::signbit(session.anim_time));
+    }
 }
 
 TEST_F(Clock, RateWithoutAnAnimationPutsTheClockToZero) {
@@ -222,8 +225,18 @@ TEST_F(Clock, EndBeyondAnyFloatDoesNotHang) {
     animate_prev(&session);
     animate_prev(&session);
     EXPECT_EQ(session.anim_time, INFINITE);
-    animate_set_rate(&session, 10);  // the quotient saturates: the highest 32-bit integer, as a float, tenths of it
-    EXPECT_FLOAT_EQ(session.anim_time, 214748364.8f);
+    animate_set_rate(&session, 10);
+    EXPECT_EQ(session.anim_time, INFINITE);
+}
+
+TEST_F(Clock, ASnapHasMoreStepsThanAnIntegerCanCount) {
+    session.anim_end = 1e10f;
+    session.anim_time = 1e9f;  // 6e10 steps
+    animate_set_rate(&session, 60);
+    EXPECT_EQ(session.anim_time, 1e9f);
+    session.anim_time = 2147483648.0f;  // one step more than the highest integer
+    animate_set_rate(&session, 1);
+    EXPECT_EQ(session.anim_time, 2147483648.0f);
 }
 
 TEST_F(Clock, NothingIsReported) {
