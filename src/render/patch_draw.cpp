@@ -42,11 +42,11 @@ struct Surface {
     Vec3 normals[PATCH_VERTEX_LIMIT];
     int16_t triangles[PATCH_TRIANGLE_LIMIT][3];
     float attributes[PATCH_VERTEX_LIMIT * PATCH_ATTRIBUTE_LIMIT];
-    float reflected[PATCH_VERTEX_LIMIT][2];
     int attribute_count;
-    const float* uvs;  // of vertex 0, the next uv_stride floats on; null when none are sent
-    int uv_stride;
-    const float* colours;  // the same, attribute_count floats on
+    const float* uvs;      // of vertex 0, the next attribute_count floats on; null when none are sent
+    const float* colours;  // the same
+    bool reflecting;       // whether the coordinates of the reflection map are sent in place of uvs
+    TextureCoords reflected[PATCH_VERTEX_LIMIT];
 };
 
 bool gouraud_on(const Session* session, const Model* model) { return model->has_gouraud && session->display_gouraud; }
@@ -151,7 +151,7 @@ void make_attributes(const Corners& corners, bool textured, bool gouraud, Surfac
     }
     out->attribute_count = static_cast<int>(value - table) / corners.count;
     out->uvs = textured ? out->attributes : nullptr;
-    out->uv_stride = out->attribute_count;
+    out->reflecting = false;
     out->colours = gouraud ? out->attributes + (textured ? 2 : 0) : nullptr;
     if (out->attribute_count == 0) return;
     (out->quad ? patch_attributes_quad : patch_attributes_triangle)(table, out->attribute_count, out->type, out->level,
@@ -167,13 +167,14 @@ void reflect_surface(Surface* surface) {
         normals[i] = &surface->normals[i];
     }
     reflection_coords(positions, normals, surface->reflected, surface->vertex_count);
-    surface->uvs = surface->reflected[0];
-    surface->uv_stride = 2;
+    surface->reflecting = true;
 }
 
 void send_vertex(const Surface& surface, int vertex) {
-    if (surface.uvs) {
-        const float* uv = surface.uvs + vertex * surface.uv_stride;
+    if (surface.reflecting) {
+        glTexCoord2f(surface.reflected[vertex].u, surface.reflected[vertex].v);
+    } else if (surface.uvs) {
+        const float* uv = surface.uvs + vertex * surface.attribute_count;
         glTexCoord2f(uv[0], uv[1]);
     }
     if (surface.colours) {

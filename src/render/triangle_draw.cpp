@@ -26,7 +26,7 @@ struct Corners {
     const Vec3* positions[Limit];
     const Vec3* normals[Limit];
     const unsigned char* colours[Limit];
-    const float* uvs[Limit];
+    TextureCoords uvs[Limit];
 };
 
 // What is sent with each vertex besides normal and position.
@@ -37,7 +37,7 @@ struct VertexForm {
 
 template <int Limit>
 inline void send_vertex(const Corners<Limit>& corners, int i, VertexForm form) {
-    if (form.textured) glTexCoord2f(corners.uvs[i][0], corners.uvs[i][1]);
+    if (form.textured) glTexCoord2f(corners.uvs[i].u, corners.uvs[i].v);
     if (form.gouraud) {
         const unsigned char* c = corners.colours[i];
         glColor4f(static_cast<float>(c[0]) * GOURAUD_SCALE, static_cast<float>(c[1]) * GOURAUD_SCALE,
@@ -71,17 +71,17 @@ bool collect_corners(Session* session, Model* model, const Triangle* triangle, c
             if (out->normals[i] == nullptr) return false;
         }
         out->colours[i] = point->gouraud;
-        out->uvs[i] = triangle->uvs[corner];
+        out->uvs[i] = {triangle->uvs[corner][0], triangle->uvs[corner][1]};
     }
     return true;
 }
 
-void send_reflected(GLenum primitive, const Vec3* const* positions, const Vec3* const* normals, float (*uvs)[2],
+void send_reflected(GLenum primitive, const Vec3* const* positions, const Vec3* const* normals, TextureCoords* uvs,
                     int count) {
     reflection_coords(positions, normals, uvs, count);
     glBegin(primitive);
     for (int i = 0; i < count; ++i) {
-        glTexCoord2f(uvs[i][0], uvs[i][1]);
+        glTexCoord2f(uvs[i].u, uvs[i].v);
         glNormal3f(normals[i]->x, normals[i]->y, normals[i]->z);
         glVertex3f(positions[i]->x, positions[i]->y, positions[i]->z);
     }
@@ -126,7 +126,7 @@ int collect_vertices(Session* session, Model* model, const Polygon* polygon, Cor
         out->positions[count] = point_posed_position(session, point);
         out->normals[count] = normal;
         out->colours[count] = point->gouraud;
-        out->uvs[count] = &vertex.u;
+        out->uvs[count] = {vertex.u, vertex.v};
         ++count;
     }
     return count;
@@ -155,7 +155,7 @@ VertexForm vertex_form(const Session* session, const Model* model, bool textured
 
 }  // namespace
 
-void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, float (*uvs)[2], int count) {
+void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, TextureCoords* uvs, int count) {
     Mat4 columns, view, turn, projection, screen;
     glGetFloatv(GL_MODELVIEW_MATRIX, columns.m);
     mat_transpose(&columns, &view);
@@ -174,8 +174,8 @@ void reflection_coords(const Vec3* const* positions, const Vec3* const* normals,
             place.x *= scale;
             place.y *= scale;
         }
-        uvs[i][0] = REFLECTION_MIDDLE + (normal.x * REFLECTION_NORMAL + place.x * REFLECTION_PLACE);
-        uvs[i][1] = REFLECTION_MIDDLE - (normal.y * REFLECTION_NORMAL + place.y * REFLECTION_PLACE);
+        uvs[i].u = REFLECTION_MIDDLE + (normal.x * REFLECTION_NORMAL + place.x * REFLECTION_PLACE);
+        uvs[i].v = REFLECTION_MIDDLE - (normal.y * REFLECTION_NORMAL + place.y * REFLECTION_PLACE);
     }
 }
 
@@ -189,7 +189,7 @@ int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool t
     const auto& order = mirrored ? STORED_ORDER : REVERSED_ORDER;
     if (cache == nullptr || !collect_corners(session, model, triangle, cache, order, count, &corners)) return 0;
     if (reflection) {
-        float uvs[4][2];
+        TextureCoords uvs[4];
         send_reflected(quad ? GL_TRIANGLE_STRIP : GL_TRIANGLES, corners.positions, corners.normals, uvs, count);
         return quad ? 2 : 1;
     }
@@ -210,7 +210,7 @@ int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool text
     const int count = collect_vertices(session, model, polygon, &corners);
     if (count < 3) return 0;
     if (reflection) {
-        float uvs[POLYGON_VERTEX_LIMIT][2];
+        TextureCoords uvs[POLYGON_VERTEX_LIMIT];
         send_reflected(GL_TRIANGLE_STRIP, corners.positions, corners.normals, uvs, count);
         return count - 2;
     }

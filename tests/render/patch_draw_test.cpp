@@ -133,7 +133,7 @@ TEST_F(CurvedDraw, ReflectionPassSendsComputedCoordinatesAndNoEdgeFlags) {
             places[i] = &patch.places[i];
             directions[i] = &patch.directions[i];
         }
-        float uvs[PATCH_VERTEX_LIMIT][2];
+        TextureCoords uvs[PATCH_VERTEX_LIMIT];
         reflection_coords(places, directions, uvs, patch.vertex_count);
         for (bool gouraud : {false, true}) {
             scene.session.display_gouraud = gouraud;
@@ -141,7 +141,7 @@ TEST_F(CurvedDraw, ReflectionPassSendsComputedCoordinatesAndNoEdgeFlags) {
                                     : Extras(static_cast<size_t>(patch.vertex_count));
             for (int i = 0; i < patch.vertex_count; ++i) {
                 Lines& own = extras[static_cast<size_t>(i)];
-                own.insert(own.begin(), gl("glTexCoord2f", uvs[i][0], uvs[i][1]));
+                own.insert(own.begin(), gl("glTexCoord2f", uvs[i].u, uvs[i].v));
             }
             for (bool mirrored : {false, true}) {
                 for (bool textured : {false, true}) {  // makes no difference here

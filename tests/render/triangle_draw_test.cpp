@@ -381,28 +381,52 @@ TEST_F(TriangleDraw, ReflectionCoordinatesFollowTheNormalInTheViewAndThePlaceOnT
         position[i] = &positions[i];
         normal[i] = &normals[i];
     }
-    float uvs[5][2];
+    TextureCoords uvs[5];
     reflection_coords(position, normal, uvs, 5);
     const Lines reads = {"glGetFloatv GL_MODELVIEW_MATRIX", "glGetFloatv GL_PROJECTION_MATRIX"};
     EXPECT_EQ(lines(), reads);  // once for all
     for (int i = 0; i < 5; ++i) {
         const Pair expected = expected_reflection(positions[i], normals[i]);
-        EXPECT_NEAR(uvs[i][0], expected.u, 1e-5) << i;
-        EXPECT_NEAR(uvs[i][1], expected.v, 1e-5) << i;
-        EXPECT_GE(uvs[i][0], 1.0f);
-        EXPECT_LE(uvs[i][0], 2.0f);
-        EXPECT_GE(uvs[i][1], 1.0f);
-        EXPECT_LE(uvs[i][1], 2.0f);
+        EXPECT_NEAR(uvs[i].u, expected.u, 1e-5) << i;
+        EXPECT_NEAR(uvs[i].v, expected.v, 1e-5) << i;
+        EXPECT_GE(uvs[i].u, 1.0f);
+        EXPECT_LE(uvs[i].u, 2.0f);
+        EXPECT_GE(uvs[i].v, 1.0f);
+        EXPECT_LE(uvs[i].v, 2.0f);
+    }
+}
+
+// A script may load any matrix. Normals are turned as if its bottom row were 0 0 0 1; for places it counts: the sum of
+// the row divides, so that a negative one turns the direction round.
+TEST_F(TriangleDraw, TheBottomRowOfTheViewCountsForPlacesAndNotForNormalsOfAReflection) {
+    const Vec3 position = {3, 4, 5}, normal = {0.36f, 0.48f, 0.8f};
+    const Vec3 *positions[1] = {&position}, *normals[1] = {&normal};
+    for (size_t negative = 0; negative < 5; ++negative) {
+        float bottom[5] = {1, 1, 1, 1};  // of which one is less than minus the rest, or none
+        bottom[negative] = -5;
+        // Columns: a quarter turn about z, then a move.
+        const float view[16] = {0, 1, 0, bottom[0], -1, 0, 0, bottom[1], 0, 0, 1, bottom[2], 10, 20, 30, bottom[3]};
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        glMatrixMode(GL_MODELVIEW);
+        glLoadMatrixf(view);
+        recording_gl::clear();
+        TextureCoords uvs[1];
+        reflection_coords(positions, normals, uvs, 1);
+        // The place comes to (-4 + 10, 3 + 20), the normal to (-0.48, 0.36).
+        const double length = std::hypot(6.0, 23.0) * (negative < 4 ? -1 : 1);
+        EXPECT_NEAR(uvs[0].u, 1.5 + (-0.48 * 0.375 + 6.0 / length * 0.125), 1e-6);
+        EXPECT_NEAR(uvs[0].v, 1.5 - (0.36 * 0.375 + 23.0 / length * 0.125), 1e-6);
     }
 }
 
 TEST_F(TriangleDraw, APointInTheMiddleOfTheScreenReflectsByItsNormalAlone) {
     const Vec3 position = {0, 0, 5}, normal = {0.6f, 0.8f, 0};
     const Vec3 *positions[1] = {&position}, *normals[1] = {&normal};
-    float uvs[1][2];
+    TextureCoords uvs[1];
     reflection_coords(positions, normals, uvs, 1);
-    EXPECT_NEAR(uvs[0][0], 1.5 + 0.6 * 0.375, 1e-6);
-    EXPECT_NEAR(uvs[0][1], 1.5 - 0.8 * 0.375, 1e-6);
+    EXPECT_NEAR(uvs[0].u, 1.5 + 0.6 * 0.375, 1e-6);
+    EXPECT_NEAR(uvs[0].v, 1.5 - 0.8 * 0.375, 1e-6);
 }
 
 // The computed coordinates take the place of the primitive's own; no colour is sent.
