@@ -91,13 +91,19 @@ int model_rename(Model* model, const char* path) {
     if (model == nullptr || path == nullptr) {
         return 0;
     }
-    str_copy(path_base_name(path), model->name);
+    const char* name = path_base_name(path);
+    if (name != nullptr) {
+        str_copy(name, model->name);
+    }
     const char* directory = path_directory(path);
-    if (directory != nullptr && directory[0] != '\0') {
+    const bool moved = directory != nullptr && directory[0] != '\0';
+    if (moved) {
         str_copy(directory, model->path);
     }
-    str_free(model->opened_path);
-    model->opened_path = nullptr;
+    if (name != nullptr || moved) {
+        str_free(model->opened_path);
+        model->opened_path = nullptr;
+    }
     return 1;
 }
 

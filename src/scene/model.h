@@ -37,6 +37,7 @@ struct Model {
 
 Model* model_create(const char* path, Model* parent);  // null for a null path; the file need not exist
 int model_release(Model* model);                       // with all children it owns; 0 for null
+// Takes name and directory of the path, each where it has one: a text that is too short for a name keeps the old name.
 int model_rename(Model* model, const char* path);
 const char* model_name(const Model* model);
 const char* model_full_path(const Model* model);  // static text

@@ -95,6 +95,21 @@ TEST(Model, RenameWithADirectoryChangesBoth) {
     EXPECT_EQ(test::native_path("there/"), model->path);
 }
 
+TEST(Model, RenameToATextThatIsTooShortForANameKeepsTheOldOne) {
+    OwnedModel model(test::native_path("here/tree.mod").c_str());
+    model->opened_path = str_dup("here/TREE.MOD");
+    for (const char* text : {"abc", "abcd", ""}) {
+        EXPECT_EQ(1, model_rename(model.model, text));
+        EXPECT_STREQ("tree", model->name) << text;
+        EXPECT_EQ(test::native_path("here/"), model->path);
+        EXPECT_STREQ("here/TREE.MOD", model->opened_path) << "nothing was changed";
+    }
+    EXPECT_EQ(1, model_rename(model.model, test::native_path("a/b").c_str()));
+    EXPECT_STREQ("tree", model->name);
+    EXPECT_EQ(test::native_path("a/"), model->path) << "its directory counts all the same";
+    EXPECT_EQ(nullptr, model->opened_path);
+}
+
 TEST(Model, RenameForgetsTheFileThatWasOpened) {
     OwnedModel model("tree.mod");
     model->opened_path = str_dup("TREE.MOD");

@@ -160,7 +160,12 @@ TEST_F(LifecycleTest, ResetDropsTheSceneAndKeepsTheSettings) {
     session.anim_end = 9.0f;
     session.points_color_index = 4;
     session.animation_path = str_dup("scene.txt");
+    selection_copy(&session);
+    session.clipboard.centre = session.clipboard.axis = Vec3{1, 2, 3};
     session_reset(&session, 0);
+    EXPECT_EQ(0, list_count(&session.clipboard.models));
+    EXPECT_EQ(0.0f, session.clipboard.centre.y);
+    EXPECT_EQ(0.0f, session.clipboard.axis.y);
     EXPECT_EQ(0, roots());
     EXPECT_EQ(0, list_count(&session.model_states));
     EXPECT_EQ(0, list_count(&session.selection.models));
@@ -187,6 +192,19 @@ TEST_F(LifecycleTest, ResetDropsWhatAStatusProcedureLoadsMeanwhile) {
     EXPECT_EQ(0, nested_limit);
     EXPECT_EQ(0, roots());
     EXPECT_EQ(0, list_count(&session.model_states));
+    EXPECT_EQ(10.0f, session.radius) << "of the model that came meanwhile nothing is left";
+}
+
+void leave_a_centre() { reported->centre = Vec3{1, 2, 3}; }
+
+TEST_F(LifecycleTest, ResetEndsWithTheBoundsOfAnEmptyScene) {
+    nested_limit = 1;
+    session_set_status_callback(&session, nested_when_ready<leave_a_centre>);
+    session_reset(&session, 0);
+    EXPECT_EQ(0, nested_limit);
+    EXPECT_EQ(0.0f, session.centre.x);
+    EXPECT_EQ(0.0f, session.centre.y);
+    EXPECT_EQ(0.0f, session.centre.z);
 }
 
 TEST_F(LifecycleTest, ResetDropsTheAnimationThatAStatusProcedureLoadsMeanwhile) {
@@ -527,8 +545,12 @@ TEST_F(LifecycleTest, AFailedReloadOfAnAnimationIsTriedAgainAndWinsOverLaterMode
     const std::string list = write_animation();
     ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
     std::filesystem::remove(list);
+    listen();
     EXPECT_EQ(0, session_reload(&session));
     EXPECT_EQ(0, roots());
+    // By the reload, by the loading, and once more behind the failure.
+    EXPECT_EQ(3, count_reports("Closing currently open Model file"));
+    EXPECT_EQ("status:Time: 0.00 of 0.00, Triangles: 0, Ready", reports.back());
     load(dir.write("b.mod", SMALL_MODEL));
     EXPECT_EQ(0, session_reload(&session)) << "the left-over animation goes first";
     write_animation();
@@ -541,6 +563,19 @@ TEST_F(LifecycleTest, AFailedReloadOfAnAnimationIsTriedAgainAndWinsOverLaterMode
     EXPECT_EQ(1, session_reload(&session));
     ASSERT_EQ(1, roots());
     EXPECT_STREQ("b", root(0)->name);
+}
+
+TEST_F(LifecycleTest, AFailedReloadOfAnAnimationClosesWhatAMessageProcedureLoadsMeanwhile) {
+    const std::string list = write_animation();
+    nested_path = dir.write("b.mod", SMALL_MODEL);
+    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    std::filesystem::remove(list);
+    nested_limit = 1;
+    session_set_message_callback(&session, nested<do_load>);
+    EXPECT_EQ(0, session_reload(&session));
+    EXPECT_EQ(0, nested_limit);
+    EXPECT_EQ(0, roots());
+    EXPECT_EQ(10.0f, session.radius);
 }
 
 TEST_F(LifecycleTest, AStatusProcedureMayReloadInTheMiddleOfAReload) {
@@ -609,6 +644,14 @@ TEST_F(LifecycleTest, RenameKeepsTheDirectoryWhenThePathHasNone) {
     EXPECT_EQ(directory, root(0)->path);
     EXPECT_EQ(1, session_rename_model(&session, id, test::native_path("x/c.mod").c_str()));
     EXPECT_EQ(test::native_path("x/"), root(0)->path);
+}
+
+TEST_F(LifecycleTest, RenameToATextThatIsTooShortForANameKeepsTheModelAndItsFile) {
+    const int32_t id = load(dir.write("Ship.mod", SMALL_MODEL));
+    EXPECT_EQ(1, session_rename_model(&session, id, "abc"));
+    EXPECT_EQ(id, session_find_model(&session, "ship"));
+    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_STREQ("ship", root(0)->name);
 }
 
 TEST_F(LifecycleTest, FindModelIsExactAndTakesTheFirstInListOrder) {
