@@ -54,12 +54,18 @@ ChildState* find_child_state(const Session* session, int32_t id) {
     return static_cast<ChildState*>(list_find(&session->child_states, id));
 }
 
+// Whether a model of the scene is the one that was selected. A model that was closed may have left both its address
+// and the number of its key to a new one: ids of links and of models are counted apart.
+bool is_entry_model(const SelectedModel* entry, const Model* model) {
+    return model != nullptr && model == entry->model && model->serial == entry->serial;
+}
+
 int store_entry(Session* session, int32_t id, Model* model) {
     SelectedModel* entry = static_cast<SelectedModel*>(list_add(&session->selection.models, id));
     if (entry == nullptr) {
         return 0;
     }
-    entry->model = model;
+    *entry = SelectedModel{model, model != nullptr ? model->serial : 0};
     return 1;
 }
 
@@ -230,16 +236,16 @@ int selection_add_child(Session* session, int32_t id) {
 }
 
 Model* selection_entry_model(const Session* session, int32_t key, const SelectedModel* entry) {
-    if (session == nullptr || entry == nullptr || entry->model == nullptr) {
+    if (session == nullptr || entry == nullptr) {
         return nullptr;
     }
     const ModelState* state = find_model_state(session, key);
-    if (state != nullptr && state->model == entry->model) {
-        return entry->model;
+    if (state != nullptr && is_entry_model(entry, state->model)) {
+        return state->model;
     }
     const ChildState* child = find_child_state(session, key);
-    const bool is_child = child != nullptr && child->link != nullptr && child->link->model == entry->model;
-    return is_child ? entry->model : nullptr;
+    const bool is_child = child != nullptr && child->link != nullptr && is_entry_model(entry, child->link->model);
+    return is_child ? child->link->model : nullptr;
 }
 
 ChildLink* selection_entry_child(const Session* session, int32_t key, const SelectedChild* entry) {
@@ -361,7 +367,7 @@ int selection_delete(Session* session) {
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         const int32_t id = entry.int_key();
         const ModelState* state = find_model_state(session, id);
-        if (state == nullptr || state->model != entry->model) {
+        if (state == nullptr || !is_entry_model(&*entry, state->model)) {
             return 0;
         }
         if (!session_remove_root(session, find_root_key(session, id))) {

@@ -15,6 +15,8 @@ namespace {
 
 constexpr size_t FULL_PATH_SIZE = 1024;
 
+uint64_t models_made = 0;
+
 void model_init_lists(Model* model) {
     list_init(&model->points, sizeof(Point), KEY_INT);
     list_init(&model->layers, sizeof(Layer), KEY_STRING);
@@ -61,6 +63,7 @@ Model* model_create(const char* path, Model* parent) {
     str_copy(path_directory(path), model->path);
     model_init_lists(model);
     model->state_index = -1;
+    model->serial = ++models_made;
     return model;
 }
 

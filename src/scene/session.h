@@ -14,7 +14,8 @@ inline constexpr float EMPTY_SCENE_RADIUS = 10.0f;
 inline constexpr int DIGIT_BITMAP_SIZE = 96;  // bytes of a glyph slot, of which 12 are used
 
 struct SelectedModel {
-    Model* model;  // to be used only while the key still names it: see selection_current_model
+    Model* model;     // to be used only while the key still names it: see selection_entry_model
+    uint64_t serial;  // of the model
 };
 
 struct SelectedChild {

@@ -110,6 +110,13 @@ TEST(Model, RenameToATextThatIsTooShortForANameKeepsTheOldOne) {
     EXPECT_EQ(nullptr, model->opened_path);
 }
 
+TEST(Model, EachModelHasASerialNumberOfItsOwn) {
+    OwnedModel first("first.mod");
+    OwnedModel second("first.mod");
+    EXPECT_NE(0u, first->serial);
+    EXPECT_NE(first->serial, second->serial);
+}
+
 TEST(Model, RenameForgetsTheFileThatWasOpened) {
     OwnedModel model("tree.mod");
     model->opened_path = str_dup("TREE.MOD");

@@ -173,8 +173,11 @@ TEST_F(SelectionTest, ClearEmptiesListsCentreAndAxis) {
     EXPECT_EQ(1, selection_clear(&session));
     EXPECT_EQ(0, selected());
     EXPECT_EQ(0, list_count(&session.selection.children));
-    EXPECT_EQ(0.0f, session.selection.centre.z);
-    EXPECT_EQ(0.0f, session.selection.axis.z);
+    for (const Vec3& v : {session.selection.centre, session.selection.axis}) {
+        EXPECT_EQ(0.0f, v.x);
+        EXPECT_EQ(0.0f, v.y);
+        EXPECT_EQ(0.0f, v.z);
+    }
 }
 
 TEST_F(SelectionTest, ASelectedChildKeepsItsLink) {
@@ -246,6 +249,22 @@ TEST_F(SelectionTest, PasteChangesNothing) {
     EXPECT_EQ(1, list_count(&session.clipboard.models));
 }
 
+TEST_F(SelectionTest, TheListsThatNothingFillsAreCopiedAndClearedLikeTheOthers) {
+    for (KeyedList& list : session.selection.unused) list_add(&list, 7);
+    selection_add_child(&session, add_child(model_of(add())));
+    EXPECT_EQ(1, selection_copy(&session));
+    EXPECT_EQ(1, selection_clear(&session));
+    EXPECT_EQ(1, list_count(&session.clipboard.children));
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(0, list_count(&session.selection.unused[i]));
+        EXPECT_EQ(1, list_count(&session.clipboard.unused[i]));
+        EXPECT_NE(nullptr, list_find(&session.clipboard.unused[i], 7));
+    }
+    EXPECT_EQ(1, clipboard_clear(&session));
+    EXPECT_EQ(0, list_count(&session.clipboard.children));
+    for (const KeyedList& list : session.clipboard.unused) EXPECT_EQ(0, list_count(&list));
+}
+
 // ---- transforms ----
 
 TEST_F(SelectionTest, TranslationIsAbsoluteOrAdded) {
@@ -277,6 +296,21 @@ TEST_F(SelectionTest, ScaleIsAbsoluteOrMultiplied) {
     EXPECT_EQ(1, selection_scale(&session, 2, 2, 2, 1));
     EXPECT_EQ(4.0f, state(id)->matrix.m[0]);
     EXPECT_EQ(8.0f, state(id)->matrix.m[10]);
+}
+
+TEST_F(SelectionTest, EachAxisIsMovedAndScaledByItsOwnNumber) {
+    const int32_t id = add();
+    select(id);
+    selection_translate(&session, 1, 2, 3, 0);
+    selection_translate(&session, 10, 20, 40, 1);
+    EXPECT_EQ(11.0f, state(id)->translate.x);
+    EXPECT_EQ(22.0f, state(id)->translate.y);
+    EXPECT_EQ(43.0f, state(id)->translate.z);
+    selection_scale(&session, 2, 3, 4, 0);
+    selection_scale(&session, 5, 7, 11, 1);
+    EXPECT_EQ(10.0f, state(id)->scale.x);
+    EXPECT_EQ(21.0f, state(id)->scale.y);
+    EXPECT_EQ(44.0f, state(id)->scale.z);
 }
 
 TEST_F(SelectionTest, AllSelectedModelsAreMoved) {
@@ -329,6 +363,43 @@ TEST_F(SelectionTest, RotationAboutACentreKeepsTheCentreInPlace) {
     EXPECT_NEAR(20.0f, place.y, 1e-4);
 }
 
+TEST_F(SelectionTest, ACentreThatLiesOnAnAxisCountsToo) {
+    const int32_t id = add();
+    select(id);
+    // All three texts turn, so that no centre stands still by chance.
+    const Vec3 centres[] = {{5, 0, 0}, {0, 5, 0}, {0, 0, 5}};
+    for (const Vec3& centre : centres) {
+        selection_set_centre(&session, centre.x, centre.y, centre.z);
+        ASSERT_EQ(1, selection_rotate(&session, "90", "90", "90", 0));
+        Vec3 place;
+        mat_transform_point(&state(id)->rotation, &centre, &place);
+        EXPECT_NEAR(centre.x, place.x, 1e-4);
+        EXPECT_NEAR(centre.y, place.y, 1e-4);
+        EXPECT_NEAR(centre.z, place.z, 1e-4);
+        // By the quarter about z x goes to y, by that about y it stays, by that about x it goes on to z.
+        Vec3 beside{centre.x + 1, centre.y, centre.z};
+        mat_transform_point(&state(id)->rotation, &beside, &place);
+        EXPECT_NEAR(centre.z + 1, place.z, 1e-4);
+    }
+}
+
+TEST_F(SelectionTest, AnAxisAlongAnyDirectionCounts) {
+    const int32_t id = add();
+    select(id);
+    selection_set_centre(&session, 1, 2, 3);
+    const Vec3 axes[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, -1}};
+    for (const Vec3& axis : axes) {
+        selection_set_axis(&session, 1 + axis.x, 2 + axis.y, 3 + axis.z);
+        ASSERT_EQ(1, selection_rotate(&session, "0", "0", "90", 0));
+        const Vec3 on_axis{1 + 7 * axis.x, 2 + 7 * axis.y, 3 + 7 * axis.z};
+        Vec3 place;
+        mat_transform_point(&state(id)->rotation, &on_axis, &place);
+        EXPECT_NEAR(on_axis.x, place.x, 1e-4);
+        EXPECT_NEAR(on_axis.y, place.y, 1e-4);
+        EXPECT_NEAR(on_axis.z, place.z, 1e-4);
+    }
+}
+
 TEST_F(SelectionTest, AnAxisWithoutACentreHasNoEffect) {
     const int32_t id = add();
     select(id);
@@ -346,6 +417,11 @@ TEST_F(SelectionTest, TheAxisIsTakenFromTheCentreThatIsSetBefore) {
     selection_set_axis(&session, 0, 3, -2);
     EXPECT_EQ(-1.0f, session.selection.axis.z);
     EXPECT_EQ(0.0f, session.selection.axis.y);
+    selection_set_centre(&session, 1, 2, 3);
+    selection_set_axis(&session, 1 + 2, 2 - 3, 3 + 6);  // (2, -3, 6) has the length 7
+    EXPECT_FLOAT_EQ(2.0f / 7.0f, session.selection.axis.x);
+    EXPECT_FLOAT_EQ(-3.0f / 7.0f, session.selection.axis.y);
+    EXPECT_FLOAT_EQ(6.0f / 7.0f, session.selection.axis.z);
 }
 
 // Rows across, across, along the axis, worked out by hand: U = axis x z, V = axis x U, both of unit length.
@@ -513,6 +589,45 @@ TEST_F(SelectionTest, AnEntryWhoseIdNamesAnotherModelByNowIsStale) {
     EXPECT_EQ(1, roots());
 }
 
+// What a closed model leaves to the next one: its address, which the allocator hands out again, and the number of its
+// key, which the other counter may reach.
+TEST_F(SelectionTest, AnEntryNeverTakesANewModelForAFreedOneWithItsAddressAndId) {
+    next_model_state_id = next_model_state_id < 22000 ? 22000 : next_model_state_id;
+    const int32_t parent = add();
+    next_child_state_id = next_model_state_id;
+    const int32_t freed = add_child(model_of(parent));
+    next_child_state_id += 9000;
+    select(freed);
+    session_close_all(&session);
+    ASSERT_EQ(freed, add());
+    auto* entry = static_cast<SelectedModel*>(list_find(&session.selection.models, freed));
+    entry->model = model_of(freed);
+    EXPECT_EQ(nullptr, selection_entry_model(&session, freed, entry));
+    EXPECT_EQ(nullptr, selection_current_model(&session));
+    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(0, selection_pancake(&session));
+    EXPECT_EQ(0.0f, selection_centre(&session).x);
+    EXPECT_EQ(0, selection_delete(&session));
+    EXPECT_EQ(1, roots());
+    select(freed);
+    EXPECT_EQ(model_of(freed), selection_current_model(&session)) << "selected anew it counts";
+}
+
+TEST_F(SelectionTest, AnEntryOfARootNeverTakesANewChildForAFreedModelWithItsAddressAndId) {
+    next_model_state_id = next_model_state_id < 42000 ? 42000 : next_model_state_id;
+    const int32_t freed = add();
+    select(freed);
+    session_close_all(&session);
+    const int32_t parent = add();
+    next_child_state_id = freed;
+    ASSERT_EQ(freed, add_child(model_of(parent)));
+    next_child_state_id += 9000;
+    const auto* child = static_cast<ChildState*>(list_find(&session.child_states, freed));
+    static_cast<SelectedModel*>(list_find(&session.selection.models, freed))->model = child->link->model;
+    EXPECT_EQ(nullptr, selection_current_model(&session));
+    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
+}
+
 TEST_F(SelectionTest, ASelectedLinkWithoutAModelAnswersZero) {
     const int32_t parent = add();
     next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
@@ -665,6 +780,25 @@ TEST_F(SelectionTest, TheTreeKeepsItsNumberOfModelsWithEachRepetitionCounted) {
     EXPECT_EQ(0, selection_add_child_model(&session, one_more));
     EXPECT_EQ(4096, model_tree_size(model_of(top)).nodes);
     EXPECT_GT(model_size(model_of(top), nullptr).x, 0.0f);
+}
+
+// The slot that it took keeps its bytes until the next link comes.
+TEST_F(SelectionTest, ARefusedLendLeavesNoBorrowedLinkForTheNextChild) {
+    const int32_t parent = add("parent.mod");
+    const int32_t large = add("large.mod");
+    for (int i = 0; i < MODEL_TREE_NODE_LIMIT; ++i) {
+        model_add_child(model_of(large), nullptr, "ghost", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+    }
+    select(parent);
+    ASSERT_EQ(0, selection_add_child_model(&session, large));
+    ASSERT_EQ(0, list_count(&model_of(parent)->children));
+    const ChildLink* slot = static_cast<ChildLink*>(list_add(&model_of(parent)->children, 1));
+    ASSERT_EQ(1, slot->borrowed) << "the slot of the link that was refused";
+    list_remove(&model_of(parent)->children, 1);
+    add_child(model_of(parent));
+    const ChildLink* owned = model_find_child(model_of(parent), "child");
+    ASSERT_EQ(slot, owned);
+    EXPECT_EQ(0, owned->borrowed) << "its model would never be released";
 }
 
 TEST_F(SelectionTest, ATreeElsewhereThatIsTooLargeDoesNotStandInTheWay) {
