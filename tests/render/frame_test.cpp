@@ -466,6 +466,16 @@ TEST_F(Frame, AParentOf1By0DoesNotCountAsEmpty) {
     EXPECT_NEAR(view.extent_y, extent_y, 1e-5);
 }
 
+TEST_F(Frame, AParentOf0By1DoesNotCountAsEmptyEither) {
+    open(400, 300);
+    null_resize(parent, 0, 1);
+    EXPECT_EQ(view.width, 0);
+    EXPECT_EQ(view.height, 1);
+    EXPECT_TRUE(extents_are_finite());
+    EXPECT_GT(view.extent_x, 0.0f);
+    EXPECT_GT(view.extent_y, 0.0f);
+}
+
 TEST_F(Frame, AFrameNotYetMappedGivesTheRightViewAfterTheNextResize) {
     open(1, 1);
     EXPECT_TRUE(extents_are_finite());

@@ -90,6 +90,34 @@ TEST_F(SkinnedDraw, AFullWeightOfOneJointMovesTheWholePatch) {
     }
 }
 
+TEST_F(SkinnedDraw, EveryAxisOfThePlacesIsBlended) {
+    Joint* root = add_joint("root", "world");
+    Joint* arm = add_joint("arm", "root");
+    arm->parent_index = 0;
+    move(root, {-10, 40, 100});
+    move(arm, {10, 20, 30});
+    for (int id = 1; id <= 3; ++id) bind(id, arm, 0.25f);
+    const Expected patch = curved(scene, false, 3, 1);
+    const std::vector<Vec3> moved = vertices(scene.add_primitive(0, 3), patch);
+    for (size_t i = 0; i < moved.size(); ++i) {  // a quarter of the arm's way, three quarters of the root's
+        EXPECT_NEAR(moved[i].x - patch.places[i].x, -5.0, 1e-4);
+        EXPECT_NEAR(moved[i].y - patch.places[i].y, 35.0, 1e-4);
+        EXPECT_NEAR(moved[i].z - patch.places[i].z, 82.5, 1e-4);
+    }
+}
+
+// Unlike for points, the weight is no choice between the two here: the second joint takes a negative share.
+TEST_F(SkinnedDraw, AWeightBeyondOneGoesPastTheFirstJoint) {
+    Joint* root = add_joint("root", "world");
+    Joint* arm = add_joint("arm", "root");
+    arm->parent_index = 0;
+    move(root, {-10, 0, 0});
+    move(arm, {10, 0, 0});
+    for (int id = 1; id <= 3; ++id) bind(id, arm, 1.5f);
+    const Expected patch = curved(scene, false, 3, 1);
+    for (float shift : shifts(scene.add_primitive(0, 3), patch)) EXPECT_NEAR(shift, 20.0f, 1e-4);
+}
+
 TEST_F(SkinnedDraw, NormalsGoThroughTheNormalMatrixAndKeepTheirLength) {
     Joint* arm = add_joint("arm", "world");
     move(arm, {10, 0, 0});

@@ -300,6 +300,10 @@ TEST_F(Flatten, PlacesThatAreNoNumbersEndAsZero) {
     const OwnedModel model = flattened(std::string(SQUARE) +
                                        "child wing 0 0 0 99999999999999999999999999999999999999999.0 1 1 0 0 45\n");
     EXPECT_EQ(list_count(&model->points), 7);
+    // The scale is infinite. Turned by 45 degrees, points 1 and 2 lie infinitely far along x and y, and infinity times
+    // nothing is their z; point 3 has nothing of the infinite scale along x, and so no place on any axis.
+    const Place far{2147483648.0f, 2147483648.0f, 0.0f};  // the nearest to the highest integer
+    EXPECT_EQ(faces_of(model.get(), "1_w"), (Faces{face(far, far, {0, 0, 0})}));
 }
 
 }  // namespace

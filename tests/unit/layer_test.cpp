@@ -138,6 +138,8 @@ TEST_F(LayerTest, ALayerInTheSlotOfADeletedOneKeepsFiveOfItsFields) {
     old->transparency = 0.5f;
     old->invisible = 1;
     old->invisible_colour[1] = 9;
+    old->bounds_min = Vec3{-1, -2, -3};
+    old->bounds_max = Vec3{1, 2, 3};
     ASSERT_EQ(1, model_delete_layer(model, "old"));
     add("new");
     const Layer* fresh = model_find_layer(model, "new");
@@ -150,6 +152,11 @@ TEST_F(LayerTest, ALayerInTheSlotOfADeletedOneKeepsFiveOfItsFields) {
     EXPECT_EQ(0.0f, fresh->transparency);
     EXPECT_EQ(0, fresh->invisible);
     EXPECT_EQ(0, fresh->invisible_colour[1]);
+    for (const Vec3& corner : {fresh->bounds_min, fresh->bounds_max}) {
+        EXPECT_EQ(0.0f, corner.x);
+        EXPECT_EQ(0.0f, corner.y);
+        EXPECT_EQ(0.0f, corner.z);
+    }
 }
 
 TEST_F(LayerTest, RenameKeepsTheContent) {

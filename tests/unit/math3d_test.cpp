@@ -320,6 +320,17 @@ TEST(MatInverse, RowsAreExchangedWhereTheDiagonalIsZero) {
     expect_near(out, {{0, 0, 0.25F, 0, 1, 0, 0, 0, 0, 0.5F, 0, 0, 0, 0, 0, 1}}, 0.0F);
 }
 
+TEST(MatInverse, OnlyAPivotOfExactlyZeroIsSingular) {
+    Mat4 m = identity();
+    mat_scale(&m, 1e-30F, 2e-30F, 4e-30F);  // the product of the three is 0 in 32 bits
+    Mat4 out;
+    mat_inverse(&m, &out);
+    EXPECT_FLOAT_EQ(out.m[0], 1e30F);
+    EXPECT_FLOAT_EQ(out.m[5], 5e29F);
+    EXPECT_FLOAT_EQ(out.m[10], 2.5e29F);
+    EXPECT_EQ(out.m[15], 1.0F);
+}
+
 TEST(MatInverse, LastRowThatBeatsTheDiagonalIsThePivot) {
     // Column 0 holds 1, 1e8, 2: row 2 is the pivot although row 1 is the larger. It becomes (1 0.5 0.5), and 1e8 times
     // it swallows the 1 of row 1: (0 -5e7 -5e7). Normalised that is (0 1 1), which leaves nothing of the third row,
@@ -366,6 +377,9 @@ TEST(VecNormalise, MakesUnitLength) {
     Vec3 v{3, 0, -4};
     EXPECT_EQ(vec_normalise(&v), &v);
     expect_vec(v, 0.6F, 0, -0.8F);
+    Vec3 all_axes{2, -3, 6};  // of the length 7
+    vec_normalise(&all_axes);
+    expect_vec(all_axes, 2.0F / 7, -3.0F / 7, 6.0F / 7);
 }
 
 TEST(VecNormalise, LargeComponentsDoNotOverflowTheLength) {
@@ -383,16 +397,19 @@ TEST(VecNormalise, ZeroVectorComesOutNonFinite) {
 }
 
 TEST(VecAverage, IsTheMeanOfThePoints) {
-    const Vec3 points[] = {{0, 0, 0}, {2, 4, 6}, {4, 2, 0}, {2, 2, 2}};
-    expect_vec(vec_average(points, 4), 2, 2, 2);
+    const Vec3 points[] = {{0, 0, 0}, {2, 4, 6}, {4, 2, 0}, {2, 6, 14}};
+    expect_vec(vec_average(points, 4), 2, 3, 5);
+    expect_vec(vec_average(points, 2), 1, 2, 3);
     EXPECT_TRUE(std::isnan(vec_average(points, 0).x));
 }
 
 TEST(VecNear, EachComponentIsStrictlyCloserThanTheTolerance) {
     const Vec3 a{1, 2, 3};
-    const Vec3 at_limit{1, 2, 3.5F};
     const Vec3 inside{1.25F, 1.75F, 3.25F};
-    EXPECT_EQ(vec_near(&a, &at_limit, 0.5F), 0);
+    for (const Vec3& at_limit : {Vec3{1.5F, 2, 3}, Vec3{1, 2.5F, 3}, Vec3{1, 2, 3.5F}, Vec3{0.5F, 2, 3}}) {
+        EXPECT_EQ(vec_near(&a, &at_limit, 0.5F), 0);
+        EXPECT_EQ(vec_near(&a, &at_limit, 0.75F), 1);
+    }
     EXPECT_EQ(vec_near(&a, &inside, 0.5F), 1);
     EXPECT_EQ(vec_near(&inside, &a, 0.5F), 1);
     EXPECT_EQ(vec_near(&a, &a, 0.0F), 0);
@@ -404,6 +421,15 @@ TEST(PlaneNormal, IsVCrossUOfUnitLength) {
     const Vec3 c{1, 4, 1};
     const Vec3 n = plane_normal(&a, &b, &c);  // y cross x
     expect_vec(n, 0, 0, -1);
+    const Vec3 d{2, 1, 1};
+    const Vec3 e{1, 3, 4};
+    // u = (1, 0, 0), v = (0, 2, 3) of any length: v cross u is (0, 3, -2).
+    const auto root = static_cast<float>(std::sqrt(13.0));
+    expect_vec(plane_normal(&a, &d, &e), 0, 3 / root, -2 / root);
+    const Vec3 origin{0, 0, 0};
+    const Vec3 first{0, 2, 0};
+    const Vec3 second{3, 0, -4};
+    expect_vec(plane_normal(&origin, &first, &second), 0.8F, 0, 0.6F);  // (3, 0, -4) cross (0, 2, 0) is (8, 0, 6)
 }
 
 TEST(TriangleNormal, WithoutATriangleIsZ) {
@@ -490,6 +516,31 @@ TEST(VecScaleToLargest, DividesByTheGreatest) {
     EXPECT_EQ(r, 0.25F);
     EXPECT_EQ(g, 1.0F);
     EXPECT_EQ(b, -0.5F);
+}
+
+TEST(VecScaleToLargest, OfAllNegativeComponentsTheGreatestIsZero) {
+    float r = -3.0F;
+    float g = -1.0F;
+    float b = -2.0F;
+    float largest = 9.0F;
+    vec_scale_to_largest(&r, &g, &b, &largest);
+    EXPECT_EQ(largest, 0.0F);
+    for (float component : {r, g, b}) {
+        EXPECT_EQ(component, -std::numeric_limits<float>::infinity());
+    }
+}
+
+TEST(VecScaleToLargest, EachComponentMayBeTheGreatest) {
+    for (int greatest = 0; greatest < 3; ++greatest) {
+        float v[3] = {1.0F, 1.0F, 1.0F};
+        v[greatest] = 4.0F;
+        float largest = 0.0F;
+        vec_scale_to_largest(&v[0], &v[1], &v[2], &largest);
+        EXPECT_EQ(largest, 4.0F);
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(v[i], i == greatest ? 1.0F : 0.25F);
+        }
+    }
 }
 
 TEST(VecScaleToLargest, WithoutAPositiveComponentIsNonFinite) {

@@ -114,11 +114,33 @@ TEST(QuatFromMatrix, TieGoesToTheEarlierComponent) {
     EXPECT_LT(opposed.y, 0.0F);
 }
 
+// Each element of the diagonal enters into all four sums, so that no component is a number any more.
 TEST(QuatFromMatrix, NonFiniteMatrixIsDefined) {
+    for (int element : {0, 5, 10, 15}) {
+        Mat4 m = identity();
+        m.m[element] = std::numeric_limits<float>::quiet_NaN();
+        const Quat q = from_matrix(m);
+        for (float component : {q.x, q.y, q.z, q.w}) {
+            EXPECT_TRUE(std::isnan(component)) << "element " << element;
+        }
+    }
+    // The greatest sum is infinite: what belongs to it is divided by itself, and of the others nothing is left.
     Mat4 m = identity();
-    m.m[0] = std::numeric_limits<float>::quiet_NaN();
+    m.m[5] = std::numeric_limits<float>::infinity();
+    m.m[1] = 3.0F;
     const Quat q = from_matrix(m);
-    EXPECT_TRUE(std::isnan(q.x) || std::isnan(q.w));
+    EXPECT_EQ(q.x, 0.0F);
+    EXPECT_TRUE(std::isnan(q.y));
+    EXPECT_EQ(q.z, 0.0F);
+    EXPECT_EQ(q.w, 0.0F);
+    // An element beside the diagonal enters into one component alone.
+    m = identity();
+    m.m[4] = std::numeric_limits<float>::quiet_NaN();
+    const Quat turned = from_matrix(m);
+    EXPECT_EQ(turned.x, 0.0F);
+    EXPECT_EQ(turned.y, 0.0F);
+    EXPECT_TRUE(std::isnan(turned.z));
+    EXPECT_EQ(turned.w, 1.0F);
 }
 
 TEST(QuatToMatrix, LastElementIsTheSquaredLength) {
@@ -180,6 +202,61 @@ TEST(QuatSlerp, NearNeighboursAreBlendedLinearlyAndNotNormalised) {
     Quat out;
     quat_slerp(&a, &b, &out, 0.25F);
     expect_quat(out, 0.25F * b.x, 0, 0, 0.75F + 0.25F * b.w);
+}
+
+// At 0.05 from 1 the two blends differ by half a per cent.
+TEST(QuatSlerp, TheBlendChangesAtADotProductOf95Hundredths) {
+    for (double dot : {0.9499, 0.9501}) {
+        Quat a{0, 0, 0, 1};
+        Quat b{static_cast<float>(std::sqrt(1.0 - dot * dot)), 0, 0, static_cast<float>(dot)};
+        const double omega = std::acos(dot);
+        const double share = dot > 0.95 ? 0.25 : std::sin(0.25 * omega) / std::sin(omega);
+        const double rest = dot > 0.95 ? 0.75 : std::sin(0.75 * omega) / std::sin(omega);
+        const Quat second = b;
+        Quat out;
+        quat_slerp(&a, &b, &out, 0.25F);
+        expect_quat(out, static_cast<float>(share * static_cast<double>(second.x)), 0, 0,
+                    static_cast<float>(rest + share * dot));
+    }
+}
+
+TEST(QuatSlerp, EveryComponentOfBothIsBlended) {
+    Quat a{0.5F, 0.5F, 0.5F, 0.5F};
+    Quat b{-0.1F, 0.7F, -0.1F, 0.7F};  // dot product 0.6
+    const double omega = std::acos(0.6);
+    const double s0 = std::sin(0.75 * omega) / std::sin(omega);
+    const double s1 = std::sin(0.25 * omega) / std::sin(omega);
+    Quat out;
+    quat_slerp(&a, &b, &out, 0.25F);
+    const auto odd = static_cast<float>(0.5 * s0 - 0.1 * s1);
+    const auto even = static_cast<float>(0.5 * s0 + 0.7 * s1);
+    expect_quat(out, odd, even, odd, even);
+}
+
+TEST(QuatSlerp, AllFourComponentsOfTheFirstAreFlippedInItsStorage) {
+    Quat a{0.1F, -0.2F, 0.3F, -0.9F};
+    Quat b{-0.1F, 0.2F, -0.3F, 0.9F};
+    Quat out;
+    quat_slerp(&a, &b, &out, 0.5F);
+    expect_quat(a, b.x, b.y, b.z, b.w, 0.0F);
+}
+
+// The only way into the blend of opposite quaternions, whose dot product is otherwise never below 0 by then.
+TEST(QuatSlerp, ADotProductThatIsNoNumberBlendsWithAQuaternionAcrossTheFirst) {
+    Quat a{std::numeric_limits<float>::quiet_NaN(), 0, 2, 3};
+    Quat b{1, 1, 1, 1};
+    Quat out;
+    quat_slerp(&a, &b, &out, 0.1F);
+    EXPECT_EQ(b.x, 0.0F);
+    EXPECT_TRUE(std::isnan(b.y));
+    EXPECT_EQ(b.z, -3.0F);
+    EXPECT_EQ(b.w, 2.0F);
+    const double s0 = std::sin(0.4 * PI);
+    const double s1 = std::sin(0.1 * PI);
+    EXPECT_TRUE(std::isnan(out.x));
+    EXPECT_TRUE(std::isnan(out.y));
+    EXPECT_NEAR(out.z, 2.0 * s0 - 3.0 * s1, 1e-6);
+    EXPECT_NEAR(out.w, 3.0 * s0 + 2.0 * s1, 1e-6);
 }
 
 TEST(QuatSlerp, MayWriteToEitherOperand) {

@@ -235,6 +235,24 @@ TEST_F(TransformState, JointAtRestHasItsOffsetFromItsParent) {
     expect_vec(joint_state(&session, m, base)->offset, 10, 0, 0, 0);
 }
 
+TEST_F(TransformState, OffsetIsTheDifferenceOfThePlacesOnEveryAxis) {
+    Model* m = model();
+    joint(m, "base", 10, 20, 30, "world");
+    Joint* tip = joint(m, "tip", 11, 22, 33, "base");
+    expect_vec(joint_state(&session, m, tip)->offset, 1, 2, 3, 0);
+    expect_vec(translation(joint_state(&session, m, tip)->inverse_base), -11, -22, -33, 0);
+    ModelAnimation* a = animate(m);
+    clip().frame(0, {{JOINTS, turn_key(1, 0, 0, 90)}, {JOINTS + 1, turn_key(0, 1, 0, 90)}}).end(1);
+    joints_evaluate(&session, 0.5f, m, a);
+    const JointState* s = joint_state(&session, m, tip);
+    // The quarter about x of the base takes the offset (1, 2, 3) to (1, -3, 2).
+    expect_vec(translation(s->world), 11, 17, 32);
+    expect_vec(s->position, 11, 17, 32);
+    // A point 1 along x, 2 along y and 3 along z of the tip: by its quarter about y to (3, 2, -1), by that of the base
+    // to (3, 1, 2).
+    expect_vec(applied(s->skin, {12, 24, 36}), 14, 18, 34);
+}
+
 TEST_F(TransformState, JointOfUnknownParentHangsOnWorld) {
     Model* m = model();
     Joint* j = joint(m, "j", 1, 2, 3, "nobody");
@@ -266,6 +284,14 @@ TEST_F(TransformState, ChildStateStandsMovedTurnedScaledAsTheFileSays) {
     EXPECT_EQ(state->time, TIME_NEVER);
 }
 
+TEST_F(TransformState, ChildIsTurnedByItsThreeTextsInTheOrderWritten) {
+    Model* m = model();
+    ChildLink* l = model_add_child(m, nullptr, "box", 10, 20, 30, 2, 3, 4, "90", "-90", "180");
+    // (1, 1, 1) scaled to (2, 3, 4), by the half turn about z to (-2, -3, 4), by the quarter back about y to
+    // (-4, -3, -2), by that about x to (-4, 2, -3).
+    expect_vec(applied(child_state(&session, l)->matrix, {1, 1, 1}), 6, 22, 27);
+}
+
 TEST_F(TransformState, RebuildPutsTheTranslationUnderTurnAndScale) {
     ModelState* state = model_state(&session, model());
     state->translate = {1, 0, 0};
@@ -278,6 +304,10 @@ TEST_F(TransformState, RebuildPutsTheTranslationUnderTurnAndScale) {
     // (0, 1, 0) is moved to (1, 1, 0), turned to (-1, 1, 0), scaled to (-2, 3, 0).
     expect_vec(applied(state->matrix, {0, 1, 0}), -2, 3, 0);
     expect_transposed(state->gl_matrix, state->matrix);
+    // The origin is moved to (5, 6, 7), turned to (-6, 5, 7), scaled to (-12, 15, 28).
+    state->translate = {5, 6, 7};
+    model_state_rebuild(state);
+    expect_vec(translation(state->matrix), -12, 15, 28);
 }
 
 // Joints.
@@ -327,6 +357,20 @@ TEST_F(TransformState, NormalMatrixHasNoTranslation) {
     EXPECT_EQ(n.m[14], 0.0f);
     EXPECT_EQ(n.m[15], 1.0f);
     expect_vec(applied(n, {1, 0, 0}), 0, 1, 0);
+}
+
+// A rotation key that is not of unit length leaves its square in the last element of every matrix but this one.
+TEST_F(TransformState, NormalMatrixDividesByNothing) {
+    Model* m = model();
+    Joint* j = joint(m, "j", 3, 4, 5, "world");
+    ModelAnimation* a = animate(m);
+    clip().frame(0, {{JOINTS, {0, 0, 0, 2}}}).end(1);
+    joints_evaluate(&session, 0.5f, m, a);
+    EXPECT_EQ(joint_state(&session, m, j)->world.m[15], 4.0f);
+    const Mat4& n = joint_state(&session, m, j)->normal_matrix;
+    EXPECT_EQ(n.m[15], 1.0f);
+    expect_vec(translation(n), 0, 0, 0, 0);
+    expect_vec(applied(n, {1, 2, 3}), 4, 8, 12);
 }
 
 TEST_F(TransformState, ParentLaterInTheListGivesTheSameAsParentEarlier) {
@@ -559,6 +603,41 @@ TEST_F(Weights, QuarterWithSecondJointBlendsBothPlaces) {
     evaluate();
     expect_vec(position(p), -6, 2, 0);  // a quarter of (0, 8, 0) and three quarters of (-8, 0, 0)
     expect_vec(normal(p), -0.75f, 0.25f, 0.0f);
+}
+
+// Joint a turned by a quarter about x, joint b by a half about y, so that every axis shows.
+TEST_F(TransformState, EveryAxisOfPlaceAndNormalIsBlended) {
+    Model* m = model();
+    joint(m, "a", 0, 0, 0, "world");
+    joint(m, "b", 0, 0, 0, "world");
+    Point* both = point(m, 1, 1, 2, 3, 0.25f, "a", "b");
+    Point* half_free = point(m, 2, 1, 2, 3, 0.25f, "a");
+    for (int id = 1; id <= 2; ++id) model_set_normal(m, id, 2, 3, 6);  // of the length 7
+    ModelAnimation* animation = animate(m);
+    clip().frame(0, {{JOINTS, turn_key(1, 0, 0, 90)}, {JOINTS + 1, turn_key(0, 1, 0, 180)}}).end(1);
+    model_evaluate(&session, 0.5f, m, animation);
+    // A quarter of (1, -3, 2) and three quarters of (-1, 2, -3), or of (1, 2, 3) at rest.
+    expect_vec(position(both), -0.5f, 0.75f, -1.75f);
+    expect_vec(position(half_free), 1, 0.75f, 2.75f);
+    // A quarter of (2, -6, 3) and three quarters of (-2, 3, -6), or of (2, 3, 6).
+    expect_vec(normal(both), -1.0f / 7, 0.75f / 7, -3.75f / 7);
+    expect_vec(normal(half_free), 2.0f / 7, 0.75f / 7, 5.25f / 7);
+}
+
+TEST_F(Weights, BetweenOneAndTwoTheSecondJointHasNoShare) {
+    Point* p = point(m, 1, 8, 0, 0, 1.5f, "a", "b");
+    model_set_normal(m, 1, 1, 0, 0);
+    evaluate();
+    expect_vec(position(p), 0, 8, 0);
+    expect_vec(normal(p), 0, 1, 0);
+}
+
+TEST_F(Weights, BetweenMinusOneAndZeroTheFirstJointHasNoShare) {
+    Point* p = point(m, 1, 8, 0, 0, -0.5f, "a", "b");
+    model_set_normal(m, 1, 1, 0, 0);
+    evaluate();
+    expect_vec(position(p), -8, 0, 0);
+    expect_vec(normal(p), -1, 0, 0);
 }
 
 TEST_F(Weights, OneAndBeyondFollowTheFirstJointAlone) {
