@@ -244,6 +244,17 @@ TEST_F(BoundsTest, RadiusIsTwiceTheLargestSizeWithTheTranslationAdded) {
     EXPECT_EQ(0.0f, session_get_radius(nullptr));
 }
 
+TEST_F(BoundsTest, RadiusAddsTheTranslationOfEachAxisToTheSizeOfThatAxis) {
+    Model* model = add({0, 0, 0}, {10, 20, 30});
+    const Vec3 places[] = {{100, 0, 0}, {0, 100, 0}, {0, 0, 100}};
+    const float radii[] = {220.0f, 240.0f, 260.0f};
+    for (int axis = 0; axis < 3; ++axis) {
+        model_state(&session, model)->translate = places[axis];
+        session_grow_radius(&session, model);
+        EXPECT_EQ(radii[axis], session.radius);
+    }
+}
+
 TEST_F(BoundsTest, RadiusOnlyGrows) {
     session.radius = 80.0f;
     Model* model = add({0, 0, 0}, {10, 39, 30});

@@ -167,6 +167,30 @@ TEST_F(PancakeTest, PointsOfLinesAloneOrOfNothingKeepTheirPlaceAndTheBoxStays) {
     EXPECT_EQ(3.0f, model->bounds_min.z);
 }
 
+TEST_F(PancakeTest, APolygonThatSaysFewerVerticesThanItHoldsIsWalkedAsFarAsItSays) {
+    for (int32_t number = 1; number <= 4; ++number) point(number, 10 * number, number, 5);
+    layer("skin");
+    const int32_t ids[] = {1, 2, 3, 4};
+    ASSERT_EQ(1, model_add_polygon(model, "skin", 4, ids, nullptr));
+    static_cast<Polygon*>(list_first(&model_find_layer(model, "skin")->polygons))->vertex_count = 3;
+    ASSERT_EQ(1, model_pancake(model));
+    EXPECT_EQ(0.0f, model_find_point(model, 3)->position.z);
+    EXPECT_EQ(5.0f, model_find_point(model, 4)->position.z);
+}
+
+TEST_F(PancakeTest, APointIsPlacedOnlyWhereAllThreeAreGiven) {
+    Point a{};
+    Point b{};
+    b.position = Vec3{3, 0, 4};
+    Point out{};
+    pancake_point(nullptr, &b, &out);
+    pancake_point(&a, nullptr, &out);
+    EXPECT_EQ(0.0f, out.position.x);
+    pancake_point(&a, &b, nullptr);
+    pancake_point(&a, &b, &out);
+    EXPECT_EQ(5.0f, out.position.x);
+}
+
 TEST_F(PancakeTest, NullOrAModelWithoutLayersFails) {
     EXPECT_EQ(0, model_pancake(nullptr));
     EXPECT_EQ(0, model_pancake(model));

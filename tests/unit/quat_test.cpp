@@ -241,6 +241,16 @@ TEST(QuatSlerp, AllFourComponentsOfTheFirstAreFlippedInItsStorage) {
     expect_quat(a, b.x, b.y, b.z, b.w, 0.0F);
 }
 
+TEST(QuatSlerp, ADotProductOfZeroFlipsNothing) {
+    Quat a{0, 0, 0, 1};
+    Quat b{1, 0, 0, 0};
+    Quat out;
+    quat_slerp(&a, &b, &out, 0.5F);
+    EXPECT_EQ(a.w, 1.0F);
+    const auto root = static_cast<float>(std::sqrt(0.5));
+    expect_quat(out, root, 0, 0, root);
+}
+
 // The only way into the blend of opposite quaternions, whose dot product is otherwise never below 0 by then.
 TEST(QuatSlerp, ADotProductThatIsNoNumberBlendsWithAQuaternionAcrossTheFirst) {
     Quat a{std::numeric_limits<float>::quiet_NaN(), 0, 2, 3};

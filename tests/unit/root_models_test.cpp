@@ -146,6 +146,22 @@ TEST_F(RootModelsTest, RemoveEmptiesTheAnimationsThatHangOnTheModel) {
     scene_evaluate(&session);
 }
 
+TEST_F(RootModelsTest, RemoveLeavesTheAnimationsThatHangOnAnotherModel) {
+    Model* parent = model_create("parent.mod", nullptr);
+    ModelAnimation* parent_animation = animation_create(parent);
+    session_add_root(&session, parent, parent_animation);
+    Model* going = model_create("going.mod", nullptr);
+    session_add_root(&session, going, animation_create(going));
+    Model* rider = model_create("rider.mod", nullptr);
+    ModelAnimation* animation = animation_create(rider);
+    animation->parent_model = parent;
+    animation->parent_animation = parent_animation;
+    session_add_root(&session, rider, animation);
+    EXPECT_EQ(1, session_remove_root(&session, key_of(going)));
+    EXPECT_EQ(parent, animation->parent_model);
+    EXPECT_EQ(parent_animation, animation->parent_animation);
+}
+
 TEST_F(RootModelsTest, RemoveEmptiesTheLinksThatBorrowTheModelWhereverTheyAre) {
     Model* lent = add("lent.mod");
     Model* parent = add("parent.mod");
@@ -171,6 +187,16 @@ TEST_F(RootModelsTest, RemoveEmptiesLinksThatBorrowAnOwnedChildOfTheModel) {
     ChildLink* link = lend(other, child);
     EXPECT_EQ(1, session_remove_root(&session, key_of(owner)));
     EXPECT_EQ(nullptr, link->model);
+}
+
+TEST_F(RootModelsTest, RemovePassesOverLinksWithoutAModelInTheRootsThatGoAndStay) {
+    Model* going = add("going.mod");
+    Model* staying = add("staying.mod");
+    for (Model* model : {going, staying}) {
+        model_add_child(model, nullptr, "ghost", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+    }
+    EXPECT_EQ(1, session_remove_root(&session, key_of(going)));
+    EXPECT_EQ(1, list_count(&staying->children));
 }
 
 TEST_F(RootModelsTest, RemoveOfTheBorrowerKeepsTheLentModelWithItsId) {

@@ -135,6 +135,10 @@ TEST_F(LifecycleTest, InitSetsTheRecordUp) {
     EXPECT_EQ(1, fresh.digit_bitmaps_ready);
     EXPECT_EQ(0, fresh.file_list.element_size);
     EXPECT_EQ(KEY_INT, fresh.model_states.kind);
+    EXPECT_EQ(static_cast<int32_t>(sizeof(ModelState)), fresh.model_states.element_size);
+    EXPECT_EQ(static_cast<int32_t>(sizeof(TriangleCache)), fresh.triangle_caches.element_size);
+    EXPECT_EQ(static_cast<int32_t>(sizeof(PointState)), fresh.point_states.element_size);
+    EXPECT_EQ(static_cast<int32_t>(sizeof(JointState)), fresh.joint_states.element_size);
     EXPECT_EQ(static_cast<int32_t>(sizeof(ChildState)), fresh.child_states.element_size);
     EXPECT_EQ(static_cast<int32_t>(sizeof(RootModel)), fresh.root_models.element_size);
     EXPECT_EQ(nullptr, fresh.status_callback);

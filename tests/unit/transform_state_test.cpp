@@ -632,6 +632,14 @@ TEST_F(Weights, BetweenOneAndTwoTheSecondJointHasNoShare) {
     expect_vec(normal(p), 0, 1, 0);
 }
 
+TEST_F(Weights, OfExactlyOneTheSecondJointIsNotEvenLookedAt) {
+    Point* p = point(m, 1, 8, 0, 0, 1.0f, "a", "b");
+    ModelAnimation* animation = animate(m);
+    clip().frame(0, {{JOINTS, turn_key(0, 0, 1, 90)}, {JOINTS + 1, {NOT_A_NUMBER, 0, 0, 1}}}).end(1);
+    model_evaluate(&session, 0.5f, m, animation);
+    expect_vec(position(p), 0, 8, 0);
+}
+
 TEST_F(Weights, BetweenMinusOneAndZeroTheFirstJointHasNoShare) {
     Point* p = point(m, 1, 8, 0, 0, -0.5f, "a", "b");
     model_set_normal(m, 1, 1, 0, 0);
