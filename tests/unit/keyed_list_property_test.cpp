@@ -1,10 +1,12 @@
-// A million random operations on a KeyedList, each answer held against a plain list of slots that is searched from the
-// front. What surprises: an element that takes a slot used before shows the bytes of its former tenant; the plain list
-// keeps them too.
+// Random operations on a KeyedList, each answer held against a plain list of slots that is searched from the front:
+// a million on a short list, and fewer on one of many words of the bitmap. Both grow, shrink and are emptied one
+// element after the other, in turn. What surprises: an element that takes a slot used before shows the bytes of its
+// former tenant; the plain list keeps them too.
 #include "foundation/keyed_list.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <random>
 #include <string>
@@ -13,9 +15,16 @@
 namespace pelt {
 namespace {
 
-constexpr int OPERATIONS = 1000000;
-constexpr int32_t KEY_RANGE = 90;  // keys -4 to 85
 constexpr int32_t LOWEST_KEY = -4;
+
+struct Course {
+    int operations;
+    int32_t keys;      // as many, from LOWEST_KEY on
+    int phase;         // operations of each phase of growing and of shrinking; the list is emptied after both
+    int32_t slots;     // that the list must have had at its longest
+};
+constexpr Course SHORT_LIST{1000000, 90, 500, 32};
+constexpr Course LONG_LIST{60000, 3000, 10000, 1025};
 
 struct PlainSlot {
     bool occupied;
@@ -38,6 +47,13 @@ struct PlainList {
         return rank;
     }
     int32_t count() const { return rank_of_slot(static_cast<int32_t>(slots.size())); }
+    // The first occupied slot, or the value given when there is none.
+    int32_t first_slot(int32_t none) const {
+        for (size_t i = 0; i < slots.size(); ++i) {
+            if (slots[i].occupied) return static_cast<int32_t>(i);
+        }
+        return none;
+    }
     int32_t* add(int32_t key) {
         const int32_t found = slot_of(key);
         if (found >= 0) return &slots[static_cast<size_t>(found)].value;
@@ -124,17 +140,48 @@ void expect_same_copy(const KeyedList& list, const PlainList& plain) {
     list_free(&copy);
 }
 
+// Takes every element away, one after the other: from the front, from the back or in any order. The list keeps its
+// slots, and with them whatever it remembers of those that were in use.
 template <typename Keys>
-void run_operations(unsigned seed) {
+void empty_both(KeyedList* list, PlainList* plain, std::mt19937* random) {
+    std::vector<int32_t> slots;
+    for (size_t i = 0; i < plain->slots.size(); ++i) {
+        if (plain->slots[i].occupied) slots.push_back(static_cast<int32_t>(i));
+    }
+    switch ((*random)() % 3) {
+        case 0: std::reverse(slots.begin(), slots.end()); break;
+        case 1: std::shuffle(slots.begin(), slots.end(), *random); break;
+        default: break;
+    }
+    for (const int32_t slot : slots) {
+        const int32_t key = plain->slots[static_cast<size_t>(slot)].key;
+        ASSERT_EQ(Keys::removable(key) ? list_remove(list, Keys::key(key)) : list_remove_slot(list, slot), 1);
+        ASSERT_EQ(list_find(list, Keys::key(key)), nullptr);
+        plain->remove_slot(slot);
+        ASSERT_EQ(list_next_slot(list, 0), plain->first_slot(list->capacity));
+    }
+    ASSERT_EQ(list_count(list), 0);
+    ASSERT_EQ(list_first(list), nullptr);
+}
+
+template <typename Keys>
+void run_operations(const Course& course, unsigned seed) {
     std::mt19937 random(seed);
     KeyedList list{};
     ASSERT_EQ(list_init(&list, sizeof(int32_t), Keys::KIND), 1);
     PlainList plain;
-    for (int step = 0; step < OPERATIONS; ++step) {
-        const int32_t number = LOWEST_KEY + static_cast<int32_t>(random() % static_cast<unsigned>(KEY_RANGE));
+    int emptied = 0;
+    size_t longest = 0;
+    for (int step = 0; step < course.operations; ++step) {
+        if (step % (2 * course.phase) == 0) {
+            longest = std::max(longest, plain.slots.size());
+            ASSERT_NO_FATAL_FAILURE(empty_both<Keys>(&list, &plain, &random));
+            ++emptied;
+        }
+        const int32_t number = LOWEST_KEY + static_cast<int32_t>(random() % static_cast<unsigned>(course.keys));
         const int32_t slot = plain.slot_of(number);
         // Growing and shrinking in turn, so that lists of every size are met.
-        const bool growing = step / 500 % 2 == 0;
+        const bool growing = step / course.phase % 2 == 0;
         switch (random() % 8) {
             case 0:
             case 1: {
@@ -189,10 +236,14 @@ void run_operations(unsigned seed) {
     }
     expect_same_walk<Keys>(list, plain);
     list_free(&list);
+    EXPECT_GE(emptied, 3);
+    EXPECT_GE(longest, static_cast<size_t>(course.slots));
 }
 
-TEST(KeyedListProperty, AMillionOperationsOnNumbersAnswerAsAPlainListDoes) { run_operations<IntKeys>(1); }
-TEST(KeyedListProperty, AMillionOperationsOnTextsAnswerAsAPlainListDoes) { run_operations<TextKeys>(2); }
+TEST(KeyedListProperty, AMillionOperationsOnNumbersAnswerAsAPlainListDoes) { run_operations<IntKeys>(SHORT_LIST, 1); }
+TEST(KeyedListProperty, AMillionOperationsOnTextsAnswerAsAPlainListDoes) { run_operations<TextKeys>(SHORT_LIST, 2); }
+TEST(KeyedListProperty, OperationsOnManyNumbersAnswerAsAPlainListDoes) { run_operations<IntKeys>(LONG_LIST, 3); }
+TEST(KeyedListProperty, OperationsOnManyTextsAnswerAsAPlainListDoes) { run_operations<TextKeys>(LONG_LIST, 4); }
 
 }  // namespace
 }  // namespace pelt
