@@ -139,22 +139,47 @@ TEST_F(ObjWriter, OnlyFormatOneIsKnown) {
     EXPECT_TRUE(dir.exists("good..obj"));
 }
 
-TEST_F(ObjWriter, LongGroupNamesAreNeverCut) {
-    const std::string image(127, 'n');
-    const OwnedModel model = read("points\n1 0 0 0\nlayer short 1 2 3 singlesided\nlines\n2 1 1\n");
-    Layer* layer = model_find_layer(model.get(), "short");
-    image.copy(layer->name, image.size());
-    layer->name[image.size()] = '\0';
-    // The layer is known by its key, and by its name no longer: it counts nothing and is left out.
-    EXPECT_TRUE(test::read_obj(text_of(model)).groups.empty());
-    std::string polygon;
+// Intended: a layer is counted by its name, and one of 32 bytes or more is never found, so that it counts nothing.
+TEST_F(ObjWriter, AGroupNameOfThirtyOneBytesIsWholeAndALayerOfALongerNameHasNoGroup) {
+    const std::string longest(31, 'n');
+    const std::string line = " 1 2 3 singlesided\nlines\n2 1 1\n";
+    const OwnedModel model = read("points\n1 0 0 0\nlayer " + longest + line + "layer b" + line + "layer c" + line);
+    ASSERT_EQ(model_rename_layer(model.get(), "b", (longest + "nn").c_str()), 1);
+    const ObjFile file = test::read_obj(text_of(model));
+    ASSERT_EQ(file.groups.size(), 2u);
+    EXPECT_EQ(file.groups[0].name, longest);
+    EXPECT_EQ(file.groups[1].name, "c");
+}
+
+TEST_F(ObjWriter, LongLinesAreNeverCut) {
+    std::string ids;
     std::string points = "points\n";
+    std::vector<int> polygon, line;
     for (int id = 10001; id <= 10150; ++id) {
         points += std::to_string(id) + " 0 0 0\n";
-        polygon += " " + std::to_string(id);
+        ids += " " + std::to_string(id);
+        polygon.push_back(id);
+        line.push_back(id - 10000);
     }
-    const ObjFile file = exported(points + "layer a 1 2 3 singlesided\ntriangles\n2" + polygon + "\n");
-    EXPECT_EQ(file.groups[0].faces[0].size(), 150u) << "more than 900 bytes in one line";
+    const ObjFile file =
+        exported(points + "layer a 1 2 3 singlesided\ntriangles\n2" + ids + "\nlines\n2" + ids + "\n");
+    ASSERT_EQ(file.groups.size(), 1u);
+    EXPECT_EQ(file.groups[0].faces, (Numbers{polygon})) << "900 bytes in one line";
+    EXPECT_EQ(file.groups[0].lines, (Numbers{line}));
+}
+
+TEST_F(ObjWriter, EachLineIsALineOfItsOwn) {
+    const ObjFile file = exported("points\n1 0 0 0\n2 1 0 0\n3 0 1 0\n"
+                                  "layer a 1 2 3 singlesided\nlines\n2 1 2\n2 2 3\n");
+    EXPECT_EQ(file.groups.at(0).lines, (Numbers{{1, 2}, {2, 3}}));
+}
+
+TEST_F(ObjWriter, AStreamThatTakesNothingGivesZero) {
+    const OwnedModel model = read("points\n1 1 2 3\n");
+    std::FILE* stream = std::fopen(dir.write("only_read", "").c_str(), "r");
+    ASSERT_NE(stream, nullptr);
+    EXPECT_EQ(model_write_obj_stream(model.get(), "a", stream), 0);
+    std::fclose(stream);
 }
 
 TEST_F(ObjWriter, AModelOfNearlyAllPossiblePointsIsExportedWhole) {

@@ -373,15 +373,52 @@ TEST_F(SessionTest, RenamingALayerToItsOwnNameOrFailingForgetsNothing) {
     EXPECT_EQ(2, list_count(&session.triangle_caches));
 }
 
-TEST_F(SessionTest, NullsAreForgottenSilently) {
+TEST_F(SessionTest, ForgettingNothingLeavesEveryRecordWhereItIs) {
+    Model* parent = add_model("parent.mod");
+    ChildLink* child = link(parent, nullptr);
+    Layer* layer = model_find_layer(parent, "skin");
+    Joint* joint = model_find_joint(parent, "hip");
+    const Triangle* triangle = static_cast<Triangle*>(list_at(&layer->triangles, 0, 0));
     session_forget_layer(&session, nullptr);
     session_forget_child(&session, nullptr);
     session_forget_joint(&session, nullptr);
-    session_set_status_callback(nullptr, record_status);
-    session_set_message_callback(nullptr, record_message);
+    session_forget_layer(nullptr, layer);
+    session_forget_child(nullptr, child);
+    session_forget_joint(nullptr, joint);
+    EXPECT_EQ(RECORDS_OF_A_MODEL + 1, records());
+    EXPECT_EQ(0, triangle->state_index);
+    EXPECT_EQ(0, child->state_index);
+    EXPECT_EQ(0, joint->state_index);
+}
+
+TEST_F(SessionTest, ForgettingALayerAChildOrAJointTakesItsRecordsAlone) {
+    Model* parent = add_model("parent.mod");
+    ChildLink* child = link(parent, nullptr);
+    Layer* layer = model_find_layer(parent, "skin");
+    Joint* joint = model_find_joint(parent, "hip");
+    session_forget_layer(&session, layer);
+    EXPECT_EQ(0, list_count(&session.triangle_caches));
+    EXPECT_EQ(-1, static_cast<Triangle*>(list_at(&layer->triangles, 0, 0))->state_index);
+    EXPECT_EQ(RECORDS_OF_A_MODEL, records());
+    session_forget_child(&session, child);
+    EXPECT_EQ(0, list_count(&session.child_states));
+    EXPECT_EQ(-1, child->state_index);
+    session_forget_joint(&session, joint);
+    EXPECT_EQ(0, list_count(&session.joint_states));
+    EXPECT_EQ(-1, joint->state_index);
+    EXPECT_EQ(RECORDS_OF_A_MODEL - 2, records());
+}
+
+TEST_F(SessionTest, WithoutASessionNothingIsSet) {
+    listen();
+    session.radius = 3.0f;
+    session_set_status_callback(nullptr, nullptr);
+    session_set_message_callback(nullptr, nullptr);
     session_clear_bounds(nullptr);
     session_build_digits(nullptr);
-    EXPECT_EQ(0, records());
+    EXPECT_EQ(3.0f, session.radius);
+    session_status(&session, "Ready");
+    EXPECT_EQ(1u, reports.size());
 }
 
 }  // namespace
