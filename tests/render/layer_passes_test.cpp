@@ -107,6 +107,25 @@ TEST_F(LayerPasses, TheReflectionOfAnUntexturedLayerSwitchesTexturesOnForItselfA
     EXPECT_EQ(lines(), model_lines(inner));
 }
 
+// What is filtered takes no coordinates of the reflection: those of its corners are sent, also where its layer has no
+// image and the pass before sent none.
+TEST_F(LayerPasses, TheReflectionOfAnUntexturedLayerUnderTheFilterSendsTheCoordinatesOfTheCorners) {
+    LayerImage* image = add_image();
+    fill(image, 2);
+    image->reflection = 0.5f;
+    layer->mirror = 1;
+    layer->mirror_axis = AXIS_X;
+    session->display_mirror = 1;
+    session->display_pnfilter = 1;
+    session->display_lod = 1;
+    const int32_t generated = 4;  // two segments an edge
+    EXPECT_EQ(draw(), 2 * generated);
+    // Four passes: plain and mirrored, of which the two of the reflection are textured.
+    EXPECT_EQ(recording_gl::count_calls("glVertex3f"), 4 * 3 * generated);
+    EXPECT_EQ(recording_gl::count_calls("glTexCoord2f"), 2 * 3 * generated);
+    EXPECT_EQ(recording_gl::count_lines("glTexCoord2f 0 0"), 2 * 3 * generated);
+}
+
 TEST_F(LayerPasses, WithTexturesOffTheReflectionStillRunsAndSwitchesThemOffAgain) {
     LayerImage* image = add_image();
     fill(image, 0);

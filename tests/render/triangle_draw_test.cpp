@@ -18,7 +18,7 @@ using drawing_scene::Scene;
 using recording_gl::lines;
 
 // Corner n of the scene (1 to 4) stands at (n, 10 n, 0), its normal, held by point 10 + n, is (0, n, 1), its texture
-// coordinates are (n, n / 8), its colour bytes n * 51, 0, 255, n * 10.
+// coordinates are (n, n / 8), its colour bytes n * 51, n * 20, 255, n * 10.
 class TriangleDraw : public testing::Test {
 protected:
     void SetUp() override {
@@ -28,7 +28,7 @@ protected:
             scene.add_point(10 + n, {0, 0, 0}, {0, f, 1});
             Point* point = scene.point(n);
             point->gouraud[0] = static_cast<unsigned char>(n * 51);
-            point->gouraud[1] = 0;
+            point->gouraud[1] = static_cast<unsigned char>(n * 20);
             point->gouraud[2] = 255;
             point->gouraud[3] = static_cast<unsigned char>(n * 10);
         }
@@ -79,8 +79,8 @@ protected:
         if (textured) out.push_back(gl("glTexCoord2f", n, static_cast<float>(n) / 8));
         if (gouraud) {
             constexpr float scale = 0.00392157f;
-            out.push_back(gl("glColor4f", static_cast<float>(n * 51) * scale, 0.0f, 255.0f * scale,
-                             1.0f - static_cast<float>(n * 10) * scale));
+            out.push_back(gl("glColor4f", static_cast<float>(n * 51) * scale, static_cast<float>(n * 20) * scale,
+                             255.0f * scale, 1.0f - static_cast<float>(n * 10) * scale));
         }
         append(out, {gl("glNormal3f", 0, n, 1), gl("glVertex3f", n, 10 * n, 0)});
         return out;

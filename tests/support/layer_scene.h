@@ -17,14 +17,14 @@ using drawing_scene::Lines;
 using drawing_scene::Scene;
 using recording_gl::lines;
 
-// A layer of colour 127, 0, 64 with one triangle at (0, 0, 0), (1, 0, 0), (0, 1, 0).
+// A layer of colour 127, 32, 64 with one triangle at (0, 0, 0), (1, 0, 0), (0, 1, 0).
 class LayerScene : public testing::Test {
 protected:
     void SetUp() override {
         session = &scene.session;
         model = scene.model;
         layer = scene.layer;
-        layer->colour[1] = 0;
+        layer->colour[1] = 32;
         layer->colour[2] = 64;
         const Vec3 corners[3] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
         for (int i = 0; i < 3; ++i) scene.add_point(i + 1, corners[i]);
@@ -73,7 +73,7 @@ protected:
     }
     static std::string colour(float alpha) {
         constexpr float scale = 0.007874f;
-        return gl("glColor4f", 127 * scale, 0, 64 * scale, alpha);
+        return gl("glColor4f", 127 * scale, 32 * scale, 64 * scale, alpha);
     }
     // Steps of a layer before its texture is looked at.
     static Lines head(float alpha) {

@@ -253,6 +253,19 @@ TEST_F(LayerTest, SidesAreOneWhenSingleSidedOrAbsentElseTwo) {
     EXPECT_EQ(0, model_set_layer_sides(model, "none", 2));
 }
 
+TEST_F(LayerTest, AnyNumberOfSidesAboveOneIsTwo) {
+    for (const int sides : {2, 3, 4, 127, std::numeric_limits<int>::max()}) {
+        add("skin");
+        ASSERT_EQ(1, model_layer_sides(model, "skin"));
+        EXPECT_EQ(1, model_set_layer_sides(model, "skin", sides));
+        EXPECT_EQ(2, model_layer_sides(model, "skin")) << sides;
+        EXPECT_EQ(0, model_find_layer(model, "skin")->singlesided);
+        EXPECT_EQ(1, model_set_layer_sides(model, "skin", 0));
+        EXPECT_EQ(1, model_layer_sides(model, "skin"));
+        model_delete_layer(model, "skin");
+    }
+}
+
 TEST_F(LayerTest, MirrorCodesOneToThreeSetAndZeroClears) {
     add("skin");
     for (const int code : {AXIS_X, AXIS_Y, AXIS_Z}) {

@@ -208,6 +208,19 @@ TEST(Model, CountOfTrianglesByLayerCountsAQuadTwiceAndAPolygonAsItsTriangles) {
     EXPECT_EQ(0, model_count_triangles(model.model, "none"));
 }
 
+// Intended: one of a single point, or of none, takes away from the triangles of its layer.
+TEST(Model, APolygonOfFewerThanThreePointsCountsItsPointsLessTwo) {
+    const int32_t ids[] = {1, 2, 3};
+    for (int points = 0; points < 3; ++points) {
+        OwnedModel model;
+        add_points(model.model, 3);
+        add_layer(model.model, "a");
+        ASSERT_EQ(1, model_add_triangle(model.model, "a", 0, ids, nullptr, nullptr, 0));
+        ASSERT_EQ(1, model_add_polygon(model.model, "a", points, ids, nullptr));
+        EXPECT_EQ(1 + points - 2, model_count_triangles(model.model, "a")) << points;
+    }
+}
+
 TEST(Model, CountOfAllTrianglesCountsRecordsAndNoPolygons) {
     OwnedModel model;
     add_points(model.model, 6);
