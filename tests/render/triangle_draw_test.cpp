@@ -429,6 +429,21 @@ TEST_F(TriangleDraw, APointInTheMiddleOfTheScreenReflectsByItsNormalAlone) {
     EXPECT_NEAR(uvs[0].v, 1.5 - 0.8 * 0.375, 1e-6);
 }
 
+// How far out a point stands counts nothing, also for one on an axis of the screen.
+TEST_F(TriangleDraw, APointOnAnAxisOfTheScreenReflectsByItsSideAlone) {
+    const Vec3 places[4] = {{4, 0, 0}, {-0.25f, 0, 0}, {0, 5, 0}, {0, -0.5f, 0}};
+    const Vec3 normal = {0, 0, 1};
+    const Vec3 *positions[4] = {&places[0], &places[1], &places[2], &places[3]};
+    const Vec3 *normals[4] = {&normal, &normal, &normal, &normal};
+    float uvs[4][2];
+    reflection_coords(positions, normals, uvs, 4);
+    const float expected[4][2] = {{1.625f, 1.5f}, {1.375f, 1.5f}, {1.5f, 1.375f}, {1.5f, 1.625f}};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(uvs[i][0], expected[i][0]) << i;
+        EXPECT_EQ(uvs[i][1], expected[i][1]) << i;
+    }
+}
+
 // The computed coordinates take the place of the primitive's own; no colour is sent.
 void expect_reflected(const char* mode, std::initializer_list<int> corners) {
     const std::vector<recording_gl::Call>& calls = recording_gl::calls();
