@@ -1,55 +1,78 @@
 // Finds all problems of model files, where a load ends at the first.
 //
-// What surprises: each line is read twice. A first read cuts the file into lines and never stops; each line is then
-// handed to a read of its own, which carries it out and may stop, so that the next line still has its turn.
+// What surprises: a line that ends a load is carried out all the same, and the read is told to go on behind it. Lines,
+// files and child models are met in the order of a load, so that the first refusal is the one that ends it.
 #include "model_check.h"
 
 #include <algorithm>
-#include <cstring>
+#include <filesystem>
+#include <set>
+#include <system_error>
 #include <unordered_map>
-#include <unordered_set>
+#include <utility>
 
 #include "formats/line_reader.h"
 #include "formats/model_lines.h"
 #include "formats/model_reader.h"
 #include "foundation/file_access.h"
 #include "foundation/load_error.h"
-#include "foundation/text.h"
+#include "line_remarks.h"
 #include "scene/model.h"
+#include "system.h"
 
 namespace pelt::tool {
 
 namespace {
 
 constexpr const char* COMMENT_CHARS = "#";
-constexpr int32_t ID_LIMIT = 32767;
+constexpr const char* MODEL_EXTENSION = ".mod";
+constexpr const char* NO_TEXT = "Load failed";
 
-// Ids that are too large are told once a file: how many, and where the first stands.
-struct HighIds {
-    int32_t count = 0;
-    int32_t line = 0;
-    int32_t id = 0;
-    void note(int32_t at, int32_t high) {
-        if (count++ == 0) {
-            line = at;
-            id = high;
-        }
-    }
+struct Finding {
+    size_t file_number;  // in the order in which the files are read
+    bool refused;        // a load ends here
+    Problem problem;
+};
+
+// A child that a file names, with the line that does.
+struct NamedChild {
+    std::string name;
+    int32_t line;
+};
+
+struct ReadFile {
+    size_t number;
+    std::string path;  // under which it was met first
+    std::vector<NamedChild> children;
+    std::set<std::pair<int32_t, const char*>> told;  // lines of child links with what was wrong with them
+};
+
+struct TreeCheck {
+    bool strict;
+    bool go_on;   // behind the first refusal
+    bool ended;
+    std::vector<std::string> open_files;  // as for model_tree_refusal
+    int32_t model_count;
+    std::unordered_map<std::string, ReadFile> files;  // by what tells one from another
+    std::vector<Finding> findings;
 };
 
 struct FileCheck {
-    std::string file;
-    bool strict;
+    TreeCheck* tree;
+    size_t number;
+    std::string path;
     ModelFileContext context;
-    std::vector<Problem> problems;
-    std::unordered_map<int32_t, int32_t> normal_lines;  // by point id, the last line that gave its normal
-    std::vector<int32_t> child_lines;                   // in the order of the links
-    HighIds points;
-    HighIds references;
+    LineRemarks remarks;
+    std::vector<int32_t> child_lines;  // in the order of the links
 };
 
-void note(FileCheck& check, int32_t line, const std::string& text) {
-    check.problems.push_back(Problem{check.file, line, text});
+void remark(TreeCheck& tree, size_t file_number, const Problem& problem) {
+    tree.findings.push_back({file_number, false, problem});
+}
+
+void refuse(TreeCheck& tree, size_t file_number, const Problem& problem) {
+    tree.findings.push_back({file_number, true, problem});
+    tree.ended = !tree.go_on;
 }
 
 // ---- one line ----
@@ -87,73 +110,27 @@ const char* silent_refusal(const FileCheck& check) {
     return nullptr;
 }
 
-void carry_out_line(void* context) {
-    load_error_watch(nullptr, nullptr);  // the text alone: its place is that of the outer read
-    model_parse_line(&static_cast<FileCheck*>(context)->context);
-}
-
-bool is_known_word(const char* word) {
-    static const std::unordered_set<std::string> WORDS = {
-        "points", "normals", "layer",  "transparency", "reflect", "invisible", "joint",       "blend",
-        "triangles", "lines", "goraud", "gouraud",      "uvees",   "image",     "mirrorimage", "child"};
-    return WORDS.count(word) != 0;
-}
-
-void note_what_is_passed_over(FileCheck& check, int32_t line) {
-    constexpr int32_t POLYLINE = 2;
-    if (std::strlen(reader_line()) >= static_cast<size_t>(READER_LINE_SIZE) - 1) {
-        note(check, line, "a line of more than 1023 bytes is read in pieces");
-    }
-    if (reader_token_count() == READER_TOKEN_LIMIT) {
-        note(check, line, "fields behind the 256th are ignored");
-    }
-    if (!reader_is_int(0)) {
-        if (!is_known_word(reader_text(0))) {
-            note(check, line, std::string("ignored: ") + reader_line());
-        }
-    } else if (check.context.mode == LINE_MODE_LINES && reader_int(0) != POLYLINE) {
-        note(check, line, "ignored: a line of this type");
-    }
-}
-
-void note_high_ids(FileCheck& check, int32_t line) {
-    const LineMode mode = check.context.mode;
-    const bool names_points = mode == LINE_MODE_TRIANGLES || mode == LINE_MODE_LINES;
-    if (mode == LINE_MODE_NONE || !reader_is_int(0)) {
-        return;
-    }
-    if (!names_points) {
-        if (reader_int(0) > ID_LIMIT && (mode == LINE_MODE_POINTS || mode == LINE_MODE_NORMALS)) {
-            check.points.note(line, reader_int(0));
-        }
-        return;
-    }
-    for (int32_t token = 1; token < reader_token_count(); ++token) {
-        if (reader_int(token) > ID_LIMIT) {
-            check.references.note(line, reader_int(token));
-        }
-    }
+void refuse_line(FileCheck& check, const char* silent) {
+    const char* reason = load_error_get() != nullptr ? load_error_get() : silent;
+    const std::string text = reason != nullptr ? reason : std::string("refused: ") + reader_line();
+    refuse(*check.tree, check.number, {check.path, reader_line_number(), text});
 }
 
 void check_line(void* context) {
     FileCheck& check = *static_cast<FileCheck*>(context);
-    const int32_t line = reader_line_number();
-    if (check.strict) {
-        note_what_is_passed_over(check, line);
-    }
-    note_high_ids(check, line);
-    if (check.context.mode == LINE_MODE_NORMALS && reader_is_int(0)) {
-        check.normal_lines[reader_int(0)] = line;
-    }
-    const char* text = reader_line();
+    remark_line(check.remarks, check.context.mode);
     const char* silent = silent_refusal(check);
+    load_error_watch(nullptr, nullptr);  // the text alone: its place is told beside it
     load_error_set(nullptr);
-    if (!reader_run_data(text, COMMENT_CHARS, 1, carry_out_line, &check)) {
-        const char* reason = load_error_get() != nullptr ? load_error_get() : silent;
-        note(check, line, reason != nullptr ? reason : std::string("refused: ") + text);
+    model_parse_line(&check.context);
+    if (reader_take_abort_back()) {
+        refuse_line(check, silent);
+    }
+    if (check.tree->ended) {
+        reader_abort();
     }
     while (check.child_lines.size() < static_cast<size_t>(list_count(&check.context.model->children))) {
-        check.child_lines.push_back(line);
+        check.child_lines.push_back(reader_line_number());
     }
 }
 
@@ -161,91 +138,127 @@ void check_line(void* context) {
 
 bool in_unit_range(float value) { return value >= -1.0f && value <= 1.0f; }
 
+bool is_good_normal(const Vec3& normal) {
+    return in_unit_range(normal.x) && in_unit_range(normal.y) && in_unit_range(normal.z) &&
+           (normal.x != 0.0f || normal.y != 0.0f || normal.z != 0.0f);
+}
+
 void check_normals(FileCheck& check) {
     const ListElements<Point> points = list_elements<Point>(check.context.model->points);
-    for (auto point = points.begin(); point != points.end(); ++point) {
-        const Vec3& normal = point->normal;
-        const bool good = in_unit_range(normal.x) && in_unit_range(normal.y) && in_unit_range(normal.z) &&
-                          (normal.x != 0.0f || normal.y != 0.0f || normal.z != 0.0f);
-        if (!good) {
-            note(check, check.normal_lines[point.int_key()], "bad normal: " + std::to_string(point.int_key()));
+    for (auto point = points.begin(); point != points.end() && !check.tree->ended; ++point) {
+        if (!is_good_normal(point->normal)) {
+            const int32_t line = check.remarks.normal_lines[point.int_key()];
+            refuse(*check.tree, check.number, {check.path, line, "bad normal: " + std::to_string(point.int_key())});
         }
     }
 }
 
-void note_high(FileCheck& check, const HighIds& high, const char* text) {
-    if (high.count > 0) {
-        note(check, high.line, std::string(text) + ": " + std::to_string(high.id) +
-                                   (high.count > 1 ? " and " + std::to_string(high.count - 1) + " more" : ""));
+std::vector<NamedChild> named_children(const FileCheck& check) {
+    std::vector<NamedChild> children;
+    for (const ChildLink& link : list_elements<ChildLink>(check.context.model->children)) {
+        children.push_back({link.name, check.child_lines[children.size()]});
     }
+    return children;
 }
 
-// A child that a file names, with the line that does.
-struct NamedChild {
-    std::string path;
-    int32_t line;
-};
-
-std::vector<NamedChild> check_lines(FileCheck& check) {
-    Model* model = model_create(check.file.c_str(), nullptr);
+ReadFile read_file(TreeCheck& tree, const std::string& path) {
+    FileCheck check{&tree, tree.files.size(), path, {}, {tree.strict, {}}, {}};
+    check.remarks.remark = [&](int32_t line, const std::string& text) {
+        remark(tree, check.number, {path, line, text});
+    };
+    Model* model = model_create(path.c_str(), nullptr);
     check.context.model = model;
-    if (!reader_run_file(check.file.c_str(), COMMENT_CHARS, 1, check_line, &check)) {
-        note(check, 0, "could not be read to its end");
+    if (!reader_run_file(path.c_str(), COMMENT_CHARS, 1, check_line, &check) && !tree.ended) {
+        refuse(tree, check.number, {path, 0, "could not be read to its end"});
     }
     check_normals(check);
-    note_high(check, check.points, "a point id above 32767, which no primitive can name");
-    note_high(check, check.references, "a primitive names an id above 32767, which is cut to 16 bits");
-    std::vector<NamedChild> children;
-    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        children.push_back({std::string(model->path) + link.name + ".mod", check.child_lines[children.size()]});
+    remark_file(check.remarks, model);
+    if (tree.strict) {
+        remark_cut_lines(check.remarks, path);
     }
+    ReadFile read{check.number, path, named_children(check), {}};
     model_release(model);
-    return children;
+    return read;
 }
 
 // ---- the tree of files ----
 
-struct TreeCheck {
-    bool strict;
-    std::vector<std::string> open_files;  // from the root down to the one in hand, as they are called on disk
-    std::unordered_set<std::string> seen;
-    std::vector<Problem> problems;
-};
+// What a file is called and where its images and children are looked for, however it was spelled.
+std::string file_key(const std::string& file) {
+    namespace fs = std::filesystem;
+    const fs::path path = path_of(file);
+    std::error_code problem;
+    const fs::path directory = fs::canonical(path.has_parent_path() ? path.parent_path() : fs::path("."), problem);
+    return problem ? file : name_of(directory / path.filename());
+}
 
-void check_tree(TreeCheck& tree, const std::string& path);
+void check_tree(TreeCheck& tree, const std::string& path, const std::string& file);
 
-void check_child(TreeCheck& tree, FileCheck& check, const NamedChild& child) {
-    const std::string file = file_resolve(child.path.c_str());
-    if (file.empty()) {
-        note(check, child.line, "Cannot find child model: " + child.path);
-    } else if (std::find(tree.open_files.begin(), tree.open_files.end(), file) != tree.open_files.end()) {
-        note(check, child.line, "child model names itself or a model above it: " + child.path);
-    } else if (tree.open_files.size() > MODEL_TREE_DEPTH_LIMIT) {
-        note(check, child.line, "child models nested too deeply: " + child.path);
+// A place of a link is told once, however often its file is met.
+void refuse_child(TreeCheck& tree, ReadFile& parent, const NamedChild& child, const char* reason,
+                  const std::string& path) {
+    if (parent.told.insert({child.line, reason}).second) {
+        std::string text = reason;
+        text.replace(text.find("%s"), 2, path);
+        refuse(tree, parent.number, {parent.path, child.line, text});
     }
 }
 
-void check_tree(TreeCheck& tree, const std::string& path) {
+void check_child(TreeCheck& tree, ReadFile& parent, const std::string& parent_path, const NamedChild& child) {
+    const char* directory = path_directory(parent_path.c_str());
+    if (directory == nullptr) {
+        return;  // a path that is too long for any model
+    }
+    const std::string path = directory + child.name + MODEL_EXTENSION;
     const std::string file = file_resolve(path.c_str());
-    if (!tree.seen.insert(file).second) {
-        return;
+    if (file.empty() || !file_exists(path.c_str())) {
+        refuse_child(tree, parent, child, "Cannot find child model: %s", path);
+    } else if (tree.model_count >= MODEL_TREE_NODE_LIMIT) {
+        tree.ended = true;  // which the load tells of
+    } else if (const char* reason = model_tree_refusal(tree.open_files, tree.model_count, file)) {
+        refuse_child(tree, parent, child, reason, path);
+    } else {
+        check_tree(tree, path, file);
     }
-    FileCheck check{path, tree.strict, {}, {}, {}, {}, {}, {}};
-    const std::vector<NamedChild> children = check_lines(check);
+}
+
+void check_tree(TreeCheck& tree, const std::string& path, const std::string& file) {
+    const std::string key = file_key(file);
+    if (tree.files.count(key) == 0) {
+        ReadFile read = read_file(tree, path);
+        tree.files.emplace(key, std::move(read));
+    }
+    ReadFile& read = tree.files.at(key);  // stays where it is while others are added
+    ++tree.model_count;
     tree.open_files.push_back(file);
-    for (const NamedChild& child : children) {
-        check_child(tree, check, child);
-    }
-    std::stable_sort(check.problems.begin(), check.problems.end(),
-                     [](const Problem& a, const Problem& b) { return a.line < b.line; });
-    tree.problems.insert(tree.problems.end(), check.problems.begin(), check.problems.end());
-    for (const NamedChild& child : children) {
-        const std::string child_file = file_resolve(child.path.c_str());
-        if (!child_file.empty() && tree.open_files.size() <= MODEL_TREE_DEPTH_LIMIT) {
-            check_tree(tree, child.path);
-        }
+    for (size_t i = 0; i < read.children.size() && !tree.ended; ++i) {
+        check_child(tree, read, path, read.children[i]);
     }
     tree.open_files.pop_back();
+}
+
+std::vector<Finding> find_all(const std::string& path, bool strict, bool go_on) {
+    TreeCheck tree{strict, go_on, false, {}, 0, {}, {}};
+    check_tree(tree, path, file_resolve(path.c_str()));
+    return std::move(tree.findings);
+}
+
+// Whether the text that a load left, cut to the size of its record, tells of this problem. A line may be refused
+// without a text.
+bool tells_of(const std::string& load_text, const std::string& problem) {
+    constexpr size_t CUT_SIZE = 255;
+    return load_text.empty() || load_text.size() >= CUT_SIZE || load_text.find(problem) != std::string::npos;
+}
+
+std::string load_text() { return load_error_get() != nullptr ? load_error_get() : ""; }
+
+// What ended a load that left this text. A reason that only the whole tree shows has no place.
+Finding end_of_load(const std::vector<Finding>& findings, const std::string& path, const std::string& text) {
+    const auto refusal = std::find_if(findings.begin(), findings.end(), [](const Finding& f) { return f.refused; });
+    if (refusal != findings.end() && tells_of(text, refusal->problem.text)) {
+        return *refusal;
+    }
+    return {0, true, {path, 0, text.empty() ? NO_TEXT : text}};
 }
 
 }  // namespace
@@ -255,22 +268,39 @@ std::string problem_text(const Problem& problem) {
     return problem.file + place + ": " + problem.text;
 }
 
+Problem find_load_failure(const std::string& path) {
+    const std::string text = load_text();
+    if (!file_exists(path.c_str())) {
+        return {path, 0, "could not find the file"};
+    }
+    return end_of_load(find_all(path, false, false), path, text).problem;
+}
+
 std::vector<Problem> check_model_file(const std::string& path, bool strict) {
     if (!file_exists(path.c_str())) {
         return {Problem{path, 0, "could not find the file"}};
     }
-    TreeCheck tree{strict, {}, {}, {}};
-    check_tree(tree, path);
-    // What only the whole shows, such as a tree with too many models.
-    if (tree.problems.empty()) {
-        Model* model = model_load(path.c_str());
-        if (model == nullptr) {
-            const char* text = load_error_get();
-            tree.problems.push_back(Problem{path, 0, text != nullptr ? text : "Load failed"});
-        }
-        model_release(model);
+    Model* model = model_load(path.c_str());
+    const bool loads = model != nullptr;
+    const std::string text = load_text();
+    model_release(model);
+    std::vector<Finding> findings = find_all(path, strict, true);
+    std::vector<Problem> problems;
+    if (!loads) {
+        problems.push_back(end_of_load(findings, path, text).problem);
     }
-    return tree.problems;
+    std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
+        return std::pair(a.file_number, a.problem.line) < std::pair(b.file_number, b.problem.line);
+    });
+    for (const Finding& finding : findings) {
+        const Problem& problem = finding.problem;
+        const bool told = !loads && problem.file == problems[0].file && problem.line == problems[0].line &&
+                          problem.text == problems[0].text;
+        if (!told) {
+            problems.push_back(problem);
+        }
+    }
+    return problems;
 }
 
 }  // namespace pelt::tool

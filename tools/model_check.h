@@ -16,8 +16,12 @@ struct Problem {
 // "file:line: text", or "file: text" without a line.
 std::string problem_text(const Problem& problem);
 
-// All problems in the order of the files and lines: each line that the reader refuses, missing images and child models,
-// bad normals, and ids that 16 bits do not hold. With strict set, what the reader passes over too.
+// All problems: the one that ends a load first, where there is one, and the others in the order of the files and lines:
+// each line that the reader refuses, missing images and child models, bad normals, and ids that 16 bits do not hold.
+// With strict set, what the reader passes over too.
 std::vector<Problem> check_model_file(const std::string& path, bool strict);
+
+// What ended the load of the model, which failed right before; nothing behind that place is read.
+Problem find_load_failure(const std::string& path);
 
 }  // namespace pelt::tool

@@ -30,6 +30,7 @@ struct LineReader {
     int32_t line_number;
     char texts[READER_LINE_SIZE + 1];  // the tokens, one behind the other: never longer than the line they come from
     ReaderTokens tokens;
+    bool more;  // the line holds a token beyond the limit
     bool abort;
     const char* comment_chars;
     int32_t comment_count;
@@ -161,11 +162,20 @@ inline void store_bare_word(ReaderTokens& tokens, const char* text, const WordSh
     }
 }
 
+// Whether the text begins with a token, behind blanks.
+bool holds_token(const char* text) {
+    while (is_blank(*text)) {
+        ++text;
+    }
+    return *text == '"' ? text[1] != '\0' && text[1] != '"' : *text != '\0';
+}
+
 // Cuts the line into tokens; true when there is at least one. A comment character counts in the first column only.
 // An empty quoted token ends the line: what stands behind it is lost, as intended.
 bool split_line(LineReader& reader) {
     ReaderTokens& tokens = reader.tokens;
     tokens.count = 0;
+    reader.more = false;
     if (is_comment(reader)) {
         return false;
     }
@@ -194,6 +204,7 @@ bool split_line(LineReader& reader) {
             break;
         }
         ++at;  // the delimiter; behind a closing quote the next token may start at once
+        reader.more = tokens.count == READER_TOKEN_LIMIT && holds_token(at);
     }
     return tokens.count > 0;
 }
@@ -258,6 +269,7 @@ void start(LineReader& reader, const char* file_name, const char* comment_chars,
     reader.line[0] = '\0';
     reader.line_number = 0;
     reader.tokens.count = 0;
+    reader.more = false;
     reader.abort = false;
     reader.comment_chars = comment_chars;
     reader.comment_count = comment_count;
@@ -323,6 +335,16 @@ void reader_abort() {
         current_reader->abort = true;
     }
 }
+
+int reader_take_abort_back() {
+    const bool aborted = current_reader != nullptr && current_reader->abort;
+    if (aborted) {
+        current_reader->abort = false;
+    }
+    return aborted ? 1 : 0;
+}
+
+int reader_has_more_tokens() { return current_reader != nullptr && current_reader->more ? 1 : 0; }
 
 int reader_token_equals(const char* text, int32_t index) {
     return text != nullptr && reader_has_token(index) && std::strcmp(reader_tokens->texts[index], text) == 0;

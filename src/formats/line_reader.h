@@ -32,6 +32,10 @@ int reader_run_data(const char* text, const char* comment_chars, int32_t comment
                     void* context);
 
 void reader_abort();  // ends the read behind the running callback
+// For a callback that goes on where its format would end: 1 when the read was to end, which it then does not.
+int reader_take_abort_back();
+// 1 when the line in hand holds a token beyond READER_TOKEN_LIMIT, which no accessor reaches.
+int reader_has_more_tokens();
 int reader_token_equals(const char* text, int32_t index);
 
 inline bool reader_has_token(int32_t index) { return index >= 0 && index < reader_tokens->count; }

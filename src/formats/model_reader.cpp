@@ -77,22 +77,6 @@ struct TreeRead {
     int32_t model_count;
 };
 
-// The reason why a file must not be loaded at this place of a tree, or null. A file that goes round through another
-// spelling of its own name ends at the depth limit.
-const char* refusal(const TreeRead& tree, const std::string& file) {
-    if (std::find(tree.open_files.begin(), tree.open_files.end(), file) != tree.open_files.end()) {
-        return "child model names itself or a model above it: %s";
-    }
-    // With no file open this one is the root, which is no level of children.
-    if (tree.open_files.size() > MODEL_TREE_DEPTH_LIMIT) {
-        return "child models nested too deeply: %s";
-    }
-    if (tree.model_count >= MODEL_TREE_NODE_LIMIT) {
-        return "too many child models: %s";
-    }
-    return nullptr;
-}
-
 Model* read_tree(TreeRead& tree, const char* path, Model* parent);
 
 bool read_children(TreeRead& tree, Model* model) {
@@ -132,7 +116,7 @@ Model* read_tree(TreeRead& tree, const char* path, Model* parent) {
         return nullptr;
     }
     const std::string file = file_resolve(path);
-    if (const char* reason = refusal(tree, file)) {
+    if (const char* reason = model_tree_refusal(tree.open_files, tree.model_count, file)) {
         load_error_set_format(reason, path);
         return nullptr;
     }
@@ -158,6 +142,22 @@ void enter_tree(TreeRead& tree, const Model* parent) {
 }
 
 }  // namespace
+
+// A file that goes round through another spelling of its own name ends at the depth limit.
+const char* model_tree_refusal(const std::vector<std::string>& open_files, int32_t model_count,
+                               const std::string& file) {
+    if (std::find(open_files.begin(), open_files.end(), file) != open_files.end()) {
+        return "child model names itself or a model above it: %s";
+    }
+    // With no file open this one is the root, which is no level of children.
+    if (open_files.size() > MODEL_TREE_DEPTH_LIMIT) {
+        return "child models nested too deeply: %s";
+    }
+    if (model_count >= MODEL_TREE_NODE_LIMIT) {
+        return "too many child models: %s";
+    }
+    return nullptr;
+}
 
 Model* model_load(const char* path) {
     Model* model = model_read(path, nullptr);

@@ -1,6 +1,10 @@
 // Reader of the .mod text format.
 #pragma once
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 namespace pelt {
 
 struct Model;
@@ -8,6 +12,12 @@ struct Model;
 // A new root model with all its children, or null with the reason in the load-error record (where there is one).
 Model* model_load(const char* path);
 Model* model_read(const char* path, Model* parent);
+
+// Why a load takes no further file at its place of a tree of models, as a text with one "%s" for the path; null when it
+// does. open_files are those of the models above it, the root first, and file its own, as file_resolve names them;
+// model_count is the number of models read so far.
+const char* model_tree_refusal(const std::vector<std::string>& open_files, int32_t model_count,
+                               const std::string& file);
 
 // Adds the lines to an existing model as they stand: no binding of points, no test of normals, no children.
 // 1 when read to the end, else 0.

@@ -100,6 +100,26 @@ TEST(Tokens, NoMoreThan256AreKept) {
     EXPECT_EQ(tokens.back(), "5");
 }
 
+TEST(Tokens, ThoseBeyondTheLimitAreKnownToBeThere) {
+    std::string line = "0";
+    for (int i = 1; i < READER_TOKEN_LIMIT; ++i) {
+        line += " 0";
+    }
+    const auto has_more = [](const std::string& text) {
+        int more = -1;
+        run_data(text, [&] { more = reader_has_more_tokens(); });
+        return more;
+    };
+    for (const char* nothing : {"", " \t", " \"\" x", " \""}) {
+        EXPECT_EQ(has_more(line + nothing), 0) << nothing;
+    }
+    for (const char* token : {" 1", "\tx", " \"a b\"", " \"a"}) {
+        EXPECT_EQ(has_more(line + token), 1) << token;
+    }
+    EXPECT_EQ(has_more("1 2 3"), 0);
+    EXPECT_EQ(reader_has_more_tokens(), 0) << "outside a read";
+}
+
 TEST(Tokens, ALongerOneIsCutTo255Bytes) {
     const std::string long_word(400, 'w');
     EXPECT_EQ(tokens_of(long_word + " b"), (Tokens{long_word.substr(0, 255), "b"}));
@@ -390,6 +410,20 @@ TEST_F(LineReading, AnAbortEndsTheReadBehindTheRunningCallback) {
 TEST_F(LineReading, AnAbortOnTheLastLineCounts) {
     EXPECT_EQ(run_data("a", [] { reader_abort(); }), 0);
     EXPECT_EQ(run_file(dir.write("a.txt", "a"), [] { reader_abort(); }), 0);
+}
+
+TEST_F(LineReading, AnAbortThatIsTakenBackEndsNothing) {
+    int lines = 0;
+    const auto go_on = [&] {
+        ++lines;
+        EXPECT_EQ(reader_take_abort_back(), 0);
+        reader_abort();
+        EXPECT_EQ(reader_take_abort_back(), 1);
+    };
+    EXPECT_EQ(run_data("a\nb\n", go_on), 1);
+    EXPECT_EQ(run_file(dir.write("a.txt", "a\nb\n"), go_on), 1);
+    EXPECT_EQ(lines, 4);
+    EXPECT_EQ(reader_take_abort_back(), 0) << "outside a read";
 }
 
 TEST_F(LineReading, AnAbortedReadClosesItsFile) {
