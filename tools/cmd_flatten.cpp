@@ -106,9 +106,21 @@ int renumber(Model* model) {
 
 int tessellate(Model* model) { return model_tessellate(model, TESSELLATION_LEVEL); }
 
+// What hangs below the model becomes flat before it is merged: its curves follow its own normals, not those that a
+// placement turned. Mirrors come first, as they do in the model itself.
+int bake_children(const Model* model) {
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (link.model != nullptr &&
+            !(bake_children(link.model) && model_bake_mirror(link.model) && tessellate(link.model))) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
 // Merged layers bring their texture coordinates as uvees; the map takes them to the corners, where later steps look.
 int flatten(Model* model) {
-    if (!model_flatten(model)) {
+    if (!bake_children(model) || !model_flatten(model)) {
         return 0;
     }
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
@@ -226,15 +238,16 @@ void add_flatten(CLI::App& program, int* status) {
         "  mirror         mirrored layers become layers of their own, NAME_mirror\n"
         "  tessellate     curved primitives become flat ones, each curved edge cut in two\n"
         "  triangulate    quads and polygons become triangles (part of flatten)\n"
-        "  flatten        triangulate, then the child models are merged in, their layers as NUMBER_NAME\n"
+        "  flatten        triangulate, then the child models are merged in, their mirrors and curves baked\n"
+        "                 as above, their layers as NUMBER_NAME\n"
         "  split-normals  a corner with the normal of another point gets a point of its own\n"
         "  uvees          texture coordinates are stored point by point\n"
         "  renumber       points are put in joint order and numbered from 1 (models with joints)\n"
         "New points have whole coordinates. A step that would need point ids above 32767 is refused, and nothing is\n"
         "written. What the format cannot hold is named in warnings, as by pelt-model write.\n\n"
         "Examples:\n"
-        "  pelt-model flatten mill.mod -o flat.mod\n"
-        "  pelt-model flatten vase.mod -o half.mod --only mirror,tessellate\n");
+        "  pelt-model flatten models/figure.mod -o models/flat.mod\n"
+        "  pelt-model flatten models/duck.mod -o models/half.mod --only mirror,tessellate\n");
     command->callback([options, status] { *status = run_flatten(*options); });
 }
 

@@ -20,7 +20,7 @@ int run_normals(const NormalsOptions& options) {
     if (model == nullptr) {
         return STATUS_BAD_MODEL;
     }
-    model_rebuild_normals(model.get());
+    model_rebuild_finite_normals(model.get());
     if (options.curved) {
         model_make_curved(model.get());
     }
@@ -37,8 +37,9 @@ void add_normals(CLI::App& program, int* status) {
     command->add_flag("--curved", options->curved, "make flat triangles and quads curved, along the new normals");
     command->footer(
         "Every point gets the average of the directions of the faces around it, each distinct direction counted once,\n"
-        "six at most. Normals that the file gave are overwritten. Child models stay as they are.\n\n"
-        "Example: pelt-model normals rock.mod -o round-rock.mod --curved\n");
+        "six at most. A face without a direction does not count, and where directions cancel each other the first is\n"
+        "taken. Normals that the file gave are overwritten. Child models stay as they are.\n\n"
+        "Example: pelt-model normals models/tree.mod -o models/round.mod --curved\n");
     command->callback([options, status] { *status = run_normals(*options); });
 }
 

@@ -3,34 +3,39 @@
 
 #include <set>
 #include <string>
+#include <unordered_map>
 
 #include "commands.h"
 #include "console.h"
 #include "formats/model_reader.h"
 #include "formats/model_writer.h"
-#include "tools/write_losses.h"
 #include "foundation/file_access.h"
-#include "foundation/load_error.h"
 #include "model_check.h"
 #include "output_file.h"
 #include "read_back.h"
 #include "system.h"
+#include "write_losses.h"
 
 namespace pelt::tool {
 
 namespace {
 
-// The first problem that a check finds is the one that ended the load, with its place uncut.
-void print_load_failure(const std::string& path) {
-    const std::string text = load_error_get() != nullptr ? load_error_get() : "Load failed";
-    const std::vector<Problem> problems = check_model_file(path, false);
-    print_report(problems.empty() ? path + ": " + text : problem_text(problems.front()));
-}
-
 void warn_of_losses(const Model* model, const std::string& input, bool is_refused) {
     for (const WriteLoss& loss : model_write_losses(model)) {
         const bool is_reason = is_refused && loss.unreadable;
         print_warning(input, loss.text + (is_reason ? " (the new file will not read back)" : ""));
+    }
+}
+
+// A joint's points are written together and dealt out by its count when they are read: those that a blend gave it, and
+// those that a step added, count as well.
+void count_points_of_joints(Model* model) {
+    std::unordered_map<const Joint*, int32_t> named;
+    for (const Point& point : list_elements<Point>(model->points)) {
+        ++named[point.joint_a];
+    }
+    for (Joint& joint : list_elements<Joint>(model->joints)) {
+        joint.point_count = named[&joint];
     }
 }
 
@@ -53,12 +58,13 @@ void warn_of_missing_files(const Model* model, const std::string& input, const s
 ModelOwner load_model(const std::string& path) {
     ModelOwner model(model_load(path.c_str()));
     if (model == nullptr) {
-        print_load_failure(path);
+        print_report(problem_text(find_load_failure(path)));
     }
     return model;
 }
 
-int save_model(const Model* model, const std::string& input, const ModelOutput& output) {
+int save_model(Model* model, const std::string& input, const ModelOutput& output) {
+    count_points_of_joints(model);
     const std::string text = model_write_text(model, file_part(output.path).c_str());
     const std::string refusal = refusal_of_text(text, model);
     warn_of_losses(model, input, !refusal.empty());

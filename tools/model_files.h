@@ -23,9 +23,10 @@ struct ModelOutput {
     bool force = false;  // also when the reader refuses what comes out
 };
 
-// Writes the model, with a warning for all that does not survive and for images and children that will not be found
-// beside the new file. What the reader would refuse is not written, unless forced. The status of the command.
-int save_model(const Model* model, const std::string& input, const ModelOutput& output);
+// Writes the model, each joint with the count of the points that name it, with a warning for all that does not survive
+// and for images and children that will not be found beside the new file. What the reader would refuse is not written,
+// unless forced. The status of the command.
+int save_model(Model* model, const std::string& input, const ModelOutput& output);
 
 // The image files that a written model names.
 std::set<std::string> image_names(const Model* model);

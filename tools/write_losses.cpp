@@ -146,7 +146,7 @@ bool is_of_a_blend(const Model& model, const Point& point) {
 void check_blends(Losses& losses, const Model& model) {
     const int32_t groups = list_count(&model.blends);
     if (groups > 0) {
-        lose(losses, "not written, their points are given to other joints: " + counted(groups, "blend group"));
+        lose(losses, "not written, their points keep the first joint alone: " + counted(groups, "blend group"));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "reduce/normals.h"
 
+#include <cmath>
 #include <vector>
 
 #include "scene/model.h"
@@ -27,6 +28,7 @@ struct Directions {
 
 struct Rebuild {
     const Model* model;
+    bool finite_only;                    // faces without a direction do not count
     std::vector<Directions> directions;  // by slot of the point
 };
 
@@ -67,19 +69,22 @@ bool corner_places(const Model* model, int32_t a, int32_t b, int32_t c, Vec3 out
     return true;
 }
 
-Face face_of(const Model* model, int32_t a, int32_t b, int32_t c) {
+bool is_finite(const Vec3& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
+
+Face face_of(const Rebuild& rebuild, int32_t a, int32_t b, int32_t c) {
     Vec3 places[3];
-    if (!corner_places(model, a, b, c, places)) {
+    if (!corner_places(rebuild.model, a, b, c, places)) {
         return {{}, false};
     }
     Face face{triangle_normal(places), true};
     vec_normalise(&face.normal);
+    face.valid = !rebuild.finite_only || is_finite(face.normal);
     return face;
 }
 
 // Notes a face once at each of its points, also where it names one twice.
 void note_face(Rebuild* rebuild, int32_t a, int32_t b, int32_t c) {
-    const Face face = face_of(rebuild->model, a, b, c);
+    const Face face = face_of(*rebuild, a, b, c);
     note_at(rebuild, a, face);
     if (b != a) {
         note_at(rebuild, b, face);
@@ -98,11 +103,11 @@ void note_triangle(Rebuild* rebuild, const Triangle& triangle) {
 }
 
 // The faces of a strip, each in the winding of the strip.
-std::vector<Face> strip_faces(const Model* model, const std::vector<int32_t>& strip) {
+std::vector<Face> strip_faces(const Rebuild& rebuild, const std::vector<int32_t>& strip) {
     std::vector<Face> faces;
     for (size_t i = 0; i + 2 < strip.size(); ++i) {
         const size_t turned = i % 2;
-        faces.push_back(face_of(model, strip[i + turned], strip[i + 1 - turned], strip[i + 2]));
+        faces.push_back(face_of(rebuild, strip[i + turned], strip[i + 1 - turned], strip[i + 2]));
     }
     return faces;
 }
@@ -117,7 +122,7 @@ void note_polygon(Rebuild* rebuild, const Polygon& polygon) {
     if (strip.size() < STRIP_MIN) {
         return;
     }
-    const std::vector<Face> faces = strip_faces(rebuild->model, strip);
+    const std::vector<Face> faces = strip_faces(*rebuild, strip);
     for (size_t i = 0; i < strip.size(); ++i) {
         // Intended: the first two vertices hear the same two faces.
         const size_t first = i < 2 ? 0 : i - 2;
@@ -128,13 +133,13 @@ void note_polygon(Rebuild* rebuild, const Polygon& polygon) {
     }
 }
 
-Vec3 normal_of(const Directions& directions) {
+Vec3 normal_of(const Directions& directions, bool finite_only) {
     if (directions.count == 0) {
         return {0.0f, 0.0f, 1.0f};
     }
     Vec3 normal = vec_average(directions.found, directions.count);
     vec_normalise(&normal);
-    return normal;
+    return finite_only && !is_finite(normal) ? directions.found[0] : normal;
 }
 
 void make_curved(Triangle* triangle) {
@@ -147,13 +152,11 @@ void make_curved(Triangle* triangle) {
     }
 }
 
-}  // namespace
-
-int model_rebuild_normals(Model* model) {
+int rebuild_normals(Model* model, bool finite_only) {
     if (model == nullptr) {
         return 1;
     }
-    Rebuild rebuild{model, std::vector<Directions>(static_cast<size_t>(model->points.capacity))};
+    Rebuild rebuild{model, finite_only, std::vector<Directions>(static_cast<size_t>(model->points.capacity))};
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
             note_triangle(&rebuild, triangle);
@@ -164,11 +167,17 @@ int model_rebuild_normals(Model* model) {
     }
     const ListElements<Point> points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
-        const Vec3 normal = normal_of(rebuild.directions[static_cast<size_t>(point.slot())]);
+        const Vec3 normal = normal_of(rebuild.directions[static_cast<size_t>(point.slot())], finite_only);
         model_set_normal(model, point.int_key(), normal.x, normal.y, normal.z);
     }
     return 1;
 }
+
+}  // namespace
+
+int model_rebuild_normals(Model* model) { return rebuild_normals(model, false); }
+
+int model_rebuild_finite_normals(Model* model) { return rebuild_normals(model, true); }
 
 int model_make_curved(Model* model) {
     if (model == nullptr) {

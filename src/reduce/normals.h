@@ -15,7 +15,12 @@ struct Model;
 // layer, triangles and quads before polygons) count. A point without a face gets (0, 0, 1). Lines do not count, nor
 // does a face with a point that does not exist. Overwrites the normals that were there and sets has_normals.
 // Time grows with points and corners, not with their product. Always 1, also for null.
+// A face without a direction makes the normals of its points non-finite.
 int model_rebuild_normals(Model* model);
+
+// The same with a normal of length 1 for every point: a face without a direction does not count, and where directions
+// cancel each other the first of them is taken.
+int model_rebuild_finite_normals(Model* model);
 
 // Makes each flat triangle and quad curved along all edges, with the normals at the ends of each edge as its control
 // normals. Polygons and what is curved already stay. 1; 0 for null.

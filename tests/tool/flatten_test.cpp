@@ -202,6 +202,39 @@ TEST_F(Flatten, TextureCoordinatesOfChildrenComeAlong) {
     }
 }
 
+TEST_F(Flatten, NoCurveIsLeftAlsoInMergedChildren) {
+    constexpr const char* CURVED = "points\n1 0 0 0\n2 41 0 0\n3 0 41 0\n4 41 41 0\nnormals\n1 0 0 1\n";
+    dir.write("wing.mod", std::string(CURVED) + "layer a 1 2 3 singlesided\ntriangles\n3 1 2 3\n"
+                          "layer b 1 2 3 singlesided mirror x\ntriangles\n3 1 2 3 1\n4 1 2 3 4\n"
+                          "child tip 0 0 7 1 1 1 0 0 0\n");
+    dir.write("tip.mod", std::string(CURVED) + "layer a 1 2 3 singlesided\ntriangles\n3 1 2 3\n");
+    const OwnedModel model = flattened(std::string(CURVED) + "layer a 1 2 3 singlesided\ntriangles\n4 1 2 3 4 2\n"
+                                                             "child wing 100 0 0 1 1 1 0 0 0\n");
+    Faces wing;
+    Faces tip;
+    for (const Face& quarter : QUARTERS) {
+        const auto moved = [&](int i, float x, float z) { return Place{quarter[i][0] + x, quarter[i][1], z}; };
+        wing.insert(face(moved(0, 100, 0), moved(1, 100, 0), moved(2, 100, 0)));
+        tip.insert(face(moved(0, 100, 7), moved(1, 100, 7), moved(2, 100, 7)));
+    }
+    EXPECT_EQ(faces_of(model.get(), "2_a"), wing);
+    EXPECT_EQ(faces_of(model.get(), "2_1_a"), tip);
+    for (const std::string& layer : layer_names(model.get())) {
+        EXPECT_GT(faces_of(model.get(), layer).size(), 1u) << layer;  // which looks for curves, too
+    }
+    EXPECT_EQ(faces_of(model.get(), "2_b").size(), faces_of(model.get(), "2_b_mirror").size());
+}
+
+TEST_F(Flatten, EachJointCountsThePointsThatNameIt) {
+    const OwnedModel model = flattened(
+        "joint hip 0 0 0 world 9\njoint knee 0 0 0 hip 0\npoints\n1 0 0 0\n2 41 0 0\n3 0 41 0\n"
+        "normals\n1 0 0 1\nlayer a 1 2 3 singlesided\ntriangles\n3 1 2 3\n");
+    EXPECT_EQ(faces_of(model.get(), "a"), QUARTERS);
+    EXPECT_EQ(list_count(&model->points), 6);
+    EXPECT_EQ(model_find_joint(model.get(), "hip")->point_count, 6);
+    EXPECT_EQ(model_find_joint(model.get(), "knee")->point_count, 0);
+}
+
 // ---- single steps ----
 
 TEST_F(Flatten, OnlyRunsTheStepsThatAreNamed) {

@@ -178,6 +178,32 @@ TEST_F(ToolFiles, LayersThatReadBackUnderOneNameAreRefused) {
     EXPECT_FALSE(dir.exists("new.mod"));
 }
 
+TEST_F(ToolFiles, EachJointIsWrittenWithTheCountOfThePointsThatNameIt) {
+    // Hip owns the first point, knee the second; the blend gives hip the third; the fourth says itself that it is knee's;
+    // the last is nobody's.
+    dir.write("j.mod", "joint hip 0 0 0 world 1\njoint knee 0 0 0 hip 1\nblend hip knee 1\n"
+                       "points\n10 1 0 0\n20 2 0 0\n30 3 0 0\n40 4 0 0 0.5 knee hip\n50 5 0 0\nnormals\n10 0 0 1\n");
+    dir.write("k.mod", "joint hip 0 0 0 world 7\njoint knee 0 0 0 hip 7\npoints\n10 1 0 0\n");
+    for (const char* command : {"write", "flatten", "normals"}) {
+        const RunResult run = tool({command, "j.mod", "-o", "new.mod"});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_FALSE(holds(run.err, "counts")) << command << " " << run.err;
+        EXPECT_TRUE(holds(run.err, "their points keep the first joint alone: 1 blend group")) << run.err;
+        const OwnedModel model = load("new.mod");
+        ASSERT_NE(model, nullptr) << command;
+        EXPECT_EQ(model_find_joint(model.get(), "hip")->point_count, 2);
+        EXPECT_EQ(model_find_joint(model.get(), "knee")->point_count, 2);
+        const char* const owners[] = {"", "hip", "knee", "hip", "knee", ""};  // by x
+        for (const Point& point : list_elements<Point>(model->points)) {
+            const char* owner = point.joint_a != nullptr ? point.joint_a->name : "";
+            EXPECT_STREQ(owner, owners[static_cast<int>(point.position.x)]) << command << " " << point.position.x;
+        }
+        EXPECT_EQ(tool({command, "k.mod", "-o", "new.mod"}).status, 0);
+        EXPECT_TRUE(holds(dir.read("new.mod"), "# 1 points for joint: hip\n")) << dir.read("new.mod");
+        EXPECT_TRUE(holds(dir.read("new.mod"), "# 0 points for joint: knee\n")) << dir.read("new.mod");
+    }
+}
+
 TEST_F(ToolFiles, FilesThatDoNotLieBesideTheNewOneAreNamed) {
     dir.make_dir("sub");
     dir.write("wing.mod", "");
@@ -341,6 +367,27 @@ TEST_F(ToolFiles, NormalsOfACubePointAwayFromItsCorners) {
     }
     for (const Triangle& triangle : list_elements<Triangle>(model_find_layer(model.get(), "cube")->triangles)) {
         EXPECT_EQ(triangle.curve_type, 0);
+    }
+}
+
+TEST_F(ToolFiles, NormalsAreNumbersWhateverTheFaces) {
+    // A face on a line, one of a single place, two that lie back to back, and one that shares points with the first.
+    dir.write("odd.mod", "points\n1 0 0 0\n2 1 2 3\n3 2 4 6\n4 9 9 9\n5 0 0 0\n6 5 0 0\n7 0 5 0\n8 2 9 6\n"
+                         "layer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n0 4 4 4\n0 5 6 7\n0 5 7 6\n0 1 3 8\n"
+                         "1 4 4 4 4\n2 1 2 3 2 1\n");
+    for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--curved"}}) {
+        std::vector<std::string> words{"normals", "odd.mod", "-o", "new.mod"};
+        words.insert(words.end(), more.begin(), more.end());
+        EXPECT_EQ(tool(words).status, 0);
+        const OwnedModel model = load("new.mod");
+        ASSERT_NE(model, nullptr) << dir.read("new.mod");
+        for (const Point& point : list_elements<Point>(model->points)) {
+            EXPECT_NEAR(std::hypot(point.normal.x, point.normal.y, point.normal.z), 1.0f, 1e-3);
+        }
+        // In the plane of (0, 0, 0), (2, 4, 6) and (2, 9, 6): across (2, 4, 6) and (0, 5, 0).
+        const Vec3& across = model_find_point(model.get(), 1)->normal;
+        EXPECT_NEAR(std::abs(across.x * -3 + across.z), std::sqrt(10.0f), 1e-2);
+        EXPECT_NEAR(std::abs(model_find_point(model.get(), 6)->normal.z), 1.0f, 1e-3);
     }
 }
 

@@ -215,6 +215,30 @@ TEST_F(Normals, collinear_points_poison_the_average) {
     EXPECT_TRUE(std::isnan(normal_at(model.get(), 1).x));
 }
 
+TEST_F(Normals, finite_normals_pass_over_faces_without_a_direction) {
+    put_points(model.get(), {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {0, 1, 0}, {1, 0, 0}});
+    put_triangle(model.get(), "body", {1, 2, 3});
+    put_triangle(model.get(), "body", {1, 4, 5});
+    EXPECT_EQ(model_rebuild_finite_normals(model.get()), 1);
+    expect_vector(normal_at(model.get(), 2), {0, 0, 1});
+    const Vec3 own = normal_at(model.get(), 4);
+    EXPECT_EQ(std::abs(own.z), 1.0f);
+    expect_vector(normal_at(model.get(), 1), own);
+    EXPECT_EQ(model_rebuild_finite_normals(nullptr), 1);
+}
+
+TEST_F(Normals, of_directions_that_cancel_each_other_finite_normals_take_the_first) {
+    put_points(model.get(), {{0, 0, 0}, {0, 1, 0}, {1, 0, 0}});
+    put_triangle(model.get(), "body", {1, 2, 3});
+    EXPECT_EQ(model_rebuild_normals(model.get()), 1);
+    const Vec3 front = normal_at(model.get(), 1);
+    put_triangle(model.get(), "body", {1, 3, 2});
+    EXPECT_EQ(model_rebuild_normals(model.get()), 1);
+    EXPECT_TRUE(std::isnan(normal_at(model.get(), 1).z)) << "as the other operation leaves it";
+    EXPECT_EQ(model_rebuild_finite_normals(model.get()), 1);
+    expect_vector(normal_at(model.get(), 1), front);
+}
+
 TEST_F(Normals, ids_that_16_bits_cut_are_taken_as_they_read_back) {
     put_points(model.get(), {{0, 0, 0}, {0, 1, 0}, {1, 0, 0}});
     put_point(model.get(), 40000, {0, 0, 9});

@@ -87,7 +87,7 @@ TEST_F(WriteLosses, BlendGroups) {
                                   "points\n1 0 0 0\n2 0 0 0\n3 0 0 0\nnormals\n1 0 0 1\n");
     const std::vector<WriteLoss> losses = model_write_losses(model.get());
     ASSERT_EQ(losses.size(), 2u);
-    EXPECT_EQ(losses[0].text, "not written, their points are given to other joints: 1 blend group");
+    EXPECT_EQ(losses[0].text, "not written, their points keep the first joint alone: 1 blend group");
     EXPECT_EQ(losses[1].text, "joint a counts 1 points and 2 name it: points are given to other joints");
 }
 
