@@ -1,5 +1,4 @@
 // pelt-model check: everything that is wrong with model files.
-#include <cstdio>
 #include <limits>
 #include <memory>
 
@@ -30,8 +29,7 @@ int check_one(const CheckOptions& options, const std::string& file) {
         ++printed;
     }
     if (problems.empty() && !options.quiet) {
-        clear_progress();
-        std::printf("%s: good\n", file.c_str());
+        print_line(file + ": good");
     }
     return problems.empty() ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
@@ -59,9 +57,9 @@ void add_check(CLI::App& program, int* status) {
     command->add_flag("-q,--quiet", options->quiet, "say nothing of good files");
     command->footer(
         "Loads each model, its images and its child models, and goes on where a load would end, so that one run\n"
-        "names every bad line. A problem is printed on standard error as FILE:LINE: TEXT, where an editor finds it.\n"
-        "Reported besides: images and child models that are missing, bad normals, and ids above 32767, which the\n"
-        "primitives cannot hold.\n\n"
+        "names every bad line, first of all the one that ends a load. A problem is printed on standard error as\n"
+        "FILE:LINE: TEXT, where an editor finds it. Reported besides: images and child models that are missing, bad\n"
+        "normals, and ids above 32767, which the primitives cannot hold.\n\n"
         "Example: pelt-model check --strict models/*.mod\n");
     command->callback([options, status] { *status = run_check(*options); });
 }

@@ -1,4 +1,5 @@
 // pelt-model info: what is in a model, as a table for people or as JSON for programs.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <map>
@@ -135,26 +136,32 @@ std::string number(const Vec3& place) { return number(place.x) + " " + number(pl
 
 using Row = std::vector<std::string>;
 
+// Characters, of a text that is shown.
+size_t width_of(const std::string& text) {
+    return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
 // The first column and those of texts stand to the left, numbers to the right.
-void print_table(const std::string& indent, const std::vector<Row>& rows, size_t first_number, size_t last_number) {
+void print_table(const std::string& indent, std::vector<Row> rows, size_t first_number, size_t last_number) {
     if (rows.size() < 2) {
         return;
     }
     std::vector<size_t> widths(rows.front().size(), 0);
-    for (const Row& row : rows) {
+    for (Row& row : rows) {
         for (size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], row[column].size());
+            row[column] = shown(row[column]);
+            widths[column] = std::max(widths[column], width_of(row[column]));
         }
     }
     for (const Row& row : rows) {
         std::string line = indent;
         for (size_t column = 0; column < row.size(); ++column) {
-            const std::string padding(widths[column] - row[column].size(), ' ');
+            const std::string padding(widths[column] - width_of(row[column]), ' ');
             const bool is_number = column >= first_number && column <= last_number;
             line += (column > 0 ? "  " : "") + (is_number ? padding + row[column] : row[column] + padding);
         }
         line.erase(line.find_last_not_of(' ') + 1);
-        std::printf("%s\n", line.c_str());
+        print_line(line);
     }
 }
 
@@ -199,18 +206,17 @@ void print_joints(const Model& model, const std::string& indent) {
 }
 
 void print_model(const Model& model, const std::string& indent) {
-    std::printf("%spoints %d  joints %d  blends %d  layers %d  children %d  normals %s  colours %s\n", indent.c_str(),
-                list_count(&model.points), list_count(&model.joints), list_count(&model.blends),
-                list_count(&model.layers), list_count(&model.children), model.has_normals ? "yes" : "no",
-                model.has_gouraud ? "yes" : "no");
-    std::printf("%sbox from %s to %s\n", indent.c_str(), number(model.bounds_min).c_str(),
-                number(model.bounds_max).c_str());
+    print_line(indent + "points " + std::to_string(list_count(&model.points)) + "  joints " +
+               std::to_string(list_count(&model.joints)) + "  blends " + std::to_string(list_count(&model.blends)) +
+               "  layers " + std::to_string(list_count(&model.layers)) + "  children " +
+               std::to_string(list_count(&model.children)) + "  normals " + (model.has_normals ? "yes" : "no") +
+               "  colours " + (model.has_gouraud ? "yes" : "no"));
+    print_line(indent + "box from " + number(model.bounds_min) + " to " + number(model.bounds_max));
     print_joints(model, indent);
     print_layers(model, indent);
     for (const ChildLink& link : list_elements<ChildLink>(model.children)) {
-        std::printf("%schild %s at %s, scale %s, rotation %s %s %s\n", indent.c_str(), link.name,
-                    number(link.position).c_str(), number(link.scale).c_str(), link.rotate[0], link.rotate[1],
-                    link.rotate[2]);
+        print_line(indent + "child " + link.name + " at " + number(link.position) + ", scale " + number(link.scale) +
+                   ", rotation " + link.rotate[0] + " " + link.rotate[1] + " " + link.rotate[2]);
         if (link.model != nullptr) {
             print_model(*link.model, indent + "  ");
         }
@@ -237,13 +243,13 @@ int run_info(const InfoOptions& options) {
             json.update(json_of(*model));
             all.push_back(std::move(json));
         } else {
-            std::printf("%s\n", file.c_str());
+            print_line(file);
             print_model(*model, "  ");
         }
     }
     if (options.json) {
-        // Names are in the encoding of the system, and what is no UTF-8 in them must not stop the output.
-        const std::string text = all.dump(JSON_INDENT, ' ', false, Json::error_handler_t::replace);
+        // What is no UTF-8 must not stop the output; and in ASCII no character is a command to a terminal.
+        const std::string text = all.dump(JSON_INDENT, ' ', true, Json::error_handler_t::replace);
         std::printf("%s\n", text.c_str());
     }
     return status;
@@ -261,7 +267,7 @@ void add_info(CLI::App& program, int* status) {
         "the child models with all that is in them.\n\n"
         "Examples:\n"
         "  pelt-model info models/mill.mod\n"
-        "  pelt-model info --json models/*.mod | jq '.[].points'\n");
+        "  pelt-model info --json models/*.mod\n");
     command->callback([options, status] { *status = run_info(*options); });
 }
 

@@ -1,5 +1,4 @@
 // pelt-model ps2-check: whether all images of models have their console companions.
-#include <cstdio>
 #include <memory>
 
 #include "commands.h"
@@ -29,8 +28,7 @@ int check_images(const std::string& file) {
         }
     }
     if (bad == 0) {
-        clear_progress();
-        std::printf("%s: good (%d images)\n", file.c_str(), images);
+        print_line(file + ": good (" + std::to_string(images) + " images)");
     }
     return bad == 0 ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
@@ -55,7 +53,7 @@ void add_ps2_check(CLI::App& program, int* status) {
         "Beside each image NAME.tga of a model and its children there must be a NAME.p2i. Where its depth is below 16\n"
         "it names a palette, whose .p2c file must lie in the current directory. Every image that lacks one is\n"
         "reported; one that cannot be loaded is not looked at (pelt-model check names it).\n\n"
-        "Example: pelt-model ps2-check models/mill.mod\n");
+        "Example: pelt-model ps2-check models/mill.mod   # status 1: the sample models have no PS2 files\n");
     command->callback([files, status] { *status = run_ps2_check(*files); });
 }
 

@@ -26,12 +26,12 @@ constexpr const char* FOOTER =
     "Examples:\n"
     "  pelt-model info models/mill.mod\n"
     "  pelt-model check --strict models/*.mod\n"
-    "  pelt-model flatten mill.mod -o flat.mod && pelt-model export flat.mod -o mill.obj\n";
+    "  pelt-model flatten models/figure.mod -o models/flat.mod && pelt-model export models/flat.mod -o figure.obj\n";
 
 std::string failure_message(const CLI::App* program, const CLI::Error& error) {
     const CLI::App* command = program->get_subcommands().empty() ? program : program->get_subcommands().front();
     const std::string help = command == program ? "pelt-model --help" : "pelt-model " + command->get_name() + " --help";
-    return "pelt-model: " + std::string(error.what()) + "\nTry '" + help + "' for more information.\n";
+    return "pelt-model: " + shown(error.what()) + "\nTry '" + help + "' for more information.\n";
 }
 
 // What was printed may not have arrived, such as on a full disk. A status that is not good was explained before.
@@ -74,7 +74,7 @@ int main(int argc, char** argv) {
     try {
         return run(prepare_system(argc, argv));
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "pelt-model: %s\n", error.what());
+        print_error(error.what());
         return STATUS_BAD_MODEL;
     }
 }

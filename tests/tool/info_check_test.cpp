@@ -203,8 +203,8 @@ TEST_F(Tool, CheckReportsAllImagesAndChildrenThatAreMissing) {
 TEST_F(Tool, CheckFindsCirclesOfChildren) {
     dir.write("b.mod", "\nchild m 0 0 0 1 1 1 0 0 0\n");
     EXPECT_EQ(problems("child b 0 0 0 1 1 1 0 0 0\nchild m 0 0 0 1 1 1 0 0 0\n"),
-              (Lines{"m.mod:2: child model names itself or a model above it: m.mod",
-                     "b.mod:2: child model names itself or a model above it: m.mod"}));
+              (Lines{"b.mod:2: child model names itself or a model above it: m.mod",
+                     "m.mod:2: child model names itself or a model above it: m.mod"}));
 }
 
 TEST_F(Tool, CheckFindsATreeThatIsTooDeep) {
@@ -249,6 +249,87 @@ TEST_F(Tool, CheckFindsIdsThat16BitsDoNotHold) {
 TEST_F(Tool, WhatAFileSaysIsNoCommandToTheTerminal) {
     EXPECT_EQ(problems("a\x1b[2J\x07\x7f b\tc \xc3\xa9\n", {"--strict"}),
               Lines{"m.mod:1: ignored: a?[2J?? b\tc \xc3\xa9"});
+}
+
+// Controls of one byte and of two in UTF-8, and bytes that are no UTF-8, which terminals of eight bits obey too.
+const std::string HOSTILE = "e\x1b[2J\x07\x7f\x9b" "1m\xc2\x9b" "2m\xff\xc0\x9b\xed\xa0\x80\xf4\x90\x80\x80\xc3";
+
+// Whether a terminal could take a part of the text for a command.
+bool is_harmless(const std::string& text) {
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool control = (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7F;
+        const bool two_byte_control = byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        const bool no_utf8 = byte == 0x9B || byte == 0xFF || byte == 0xC0 || byte == 0xED || byte == 0xF4;
+        if (control || two_byte_control || no_utf8) {
+            return false;
+        }
+    }
+    return true;
+}
+
+TEST_F(Tool, NoControlByteOfAFileReachesATerminal) {
+    const std::string name = "n\u00e9" + HOSTILE;
+    const std::string start = "joint " + name + " 1 2 3 world 1\njoint b 1 2 3 " + name +
+                              " 0\npoints\n1 0 0 0\nlayer " + name + " 1 2 3 singlesided\n";
+    dir.write("m.mod", start + "triangles\n0 1 1 1\n");
+    const RunResult info = pelt_model({"info", "m.mod"}, {dir.path()});
+    EXPECT_EQ(info.status, 0) << info.err;
+    EXPECT_TRUE(is_harmless(info.out)) << info.out;
+    EXPECT_TRUE(holds(info.out, "n\u00e9e?[2J???1m?2m?")) << info.out;
+
+    const RunResult json = pelt_model({"info", "--json", "m.mod"}, {dir.path()});
+    EXPECT_TRUE(is_harmless(json.out)) << json.out;
+    const std::string kept = Json::parse(json.out)[0]["joints"][0]["name"];
+    EXPECT_EQ(kept.substr(0, 10), "n\u00e9e\x1b[2J\x07\x7f") << "programs get what stands in the file";
+
+    dir.write("bad.mod", start + "child " + name + " 0 0 0 1 1 1 0 0 0\nimage " + name + " x y\n" + name + "\n");
+    for (const Lines& words : {Lines{"check", "--strict"}, {"info"}, {"ps2-check"}, {"write", "-o", "out.mod"}}) {
+        Lines all = words;
+        all.push_back("bad.mod");
+        const RunResult run = pelt_model(all, {dir.path()});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_TRUE(is_harmless(run.out + run.err)) << words[0] << " " << run.err;
+    }
+    dir.write("lossy.mod", start + "triangles\n0 1 1 1\ninvisible 1 0 0\n");
+    const RunResult lossy = pelt_model({"write", "-o", "out.mod", "lossy.mod"}, {dir.path()});
+    EXPECT_TRUE(is_harmless(lossy.err)) << lossy.err;
+    EXPECT_TRUE(holds(lossy.err, "n\u00e9e?[2J")) << lossy.err;
+}
+
+TEST_F(Tool, NoControlByteOfANameReachesATerminal) {
+    if (!test::run_options_are_served()) {
+        GTEST_SKIP() << "no such names are to be had here";
+    }
+    const std::string name = "n\u00e9" + HOSTILE + "\n.mod";
+    dir.write(name, GOOD_MODEL);
+    for (const Lines& words : {Lines{"check", name}, {"info", name}, {"info", "--json", name}, {"ps2-check", name},
+                               {"check", name + "x"}, {"info", name + "x"}, {"write", name, "-o", "none/" + name},
+                               {"write", name, "-o", "x/../" + name}, {"flatten", "a", "-o", "b", "--only", name},
+                               {name}, {"-" + name}}) {
+        const RunResult run = pelt_model(words, {dir.path()});
+        EXPECT_TRUE(is_harmless(run.out + run.err)) << words[0] << " " << run.out << run.err;
+    }
+    dir.write("b.mod", GOOD_MODEL);
+    const RunResult terminal = pelt_model({"check", "-q", name, "b.mod"}, {dir.path(), -1, true});
+    EXPECT_TRUE(holds(terminal.err, "[1/2] n\u00e9e?[2J")) << terminal.err;
+}
+
+TEST_F(Tool, WhatIsNoRegularFileIsNoFile) {
+    if (!test::run_options_are_served()) {
+        GTEST_SKIP() << "no pipes and devices with names to be had here";
+    }
+    ASSERT_EQ(test::run_program({"mkfifo", dir.file("pipe.mod")}).status, 0);
+    dir.make_dir("d.mod");
+    for (const char* name : {"pipe.mod", "d.mod", "/dev/zero", "/dev/null", "/dev/stdin", "", "m.mod/x.mod"}) {
+        for (const char* command : {"info", "check", "ps2-check"}) {
+            const RunResult run = pelt_model({command, name}, {dir.path()});
+            EXPECT_EQ(run.status, 1) << command << " " << name;
+            EXPECT_EQ(run.err, std::string(name) + ": could not find the file\n") << command;
+        }
+    }
+    EXPECT_EQ(problems("child pipe 0 0 0 1 1 1 0 0 0\nchild d 0 0 0 1 1 1 0 0 0\n"),
+              (Lines{"m.mod:1: Cannot find child model: pipe.mod", "m.mod:2: Cannot find child model: d.mod"}));
 }
 
 TEST_F(Tool, StrictReportsLinesThatAreIgnored) {
