@@ -71,7 +71,7 @@ void add_export(CLI::App& program, int* status) {
         "Exports points at rest, triangles, quads as two triangles, polygons, and lines, one group a layer. y and z\n"
         "change places. Normals, texture coordinates, materials and child models are not exported, and curved\n"
         "primitives come out flat: see pelt-model flatten --help for a model that holds them as geometry.\n\n"
-        "Example: pelt-model export tree.mod -o tree.obj\n");
+        "Example: pelt-model export models/tree.mod -o tree.obj\n");
     command->callback([options, status] { *status = run_export(*options); });
 }
 

@@ -30,7 +30,7 @@ void add_write(CLI::App& program, int* status) {
         "models themselves are not written. The format holds less than a model: a warning names all that does not\n"
         "survive, such as blend groups, reflection maps, repeat factors, colour keys and names with blanks.\n"
         "OUT is replaced only when the new file is complete and reads back; naming the input itself is allowed.\n\n"
-        "Example: pelt-model write old.mod -o tidy.mod\n");
+        "Example: pelt-model write models/tree.mod -o models/tidy.mod\n");
     command->callback([options, status] { *status = run_write(*options); });
 }
 
