@@ -103,8 +103,9 @@ protected:
     RunResult run_one(const std::string& command) const {
         Texts words;
         for (const std::string& word : words_of(command)) {
-            const Texts names = expanded(word);
-            words.insert(words.end(), names.begin(), names.end());
+            for (const std::string& name : expanded(word)) {
+                words.push_back(test::native_path(name));
+            }
         }
         EXPECT_EQ(words.front(), "pelt-model");
         words.erase(words.begin());
@@ -121,7 +122,7 @@ protected:
         const std::string& output = *(option + 1);
         EXPECT_TRUE(dir.exists(output)) << command;
         if (output.size() > 4 && output.substr(output.size() - 4) == ".mod") {
-            EXPECT_EQ(pelt_model({"info", output}, {dir.path()}).err, "") << command;
+            EXPECT_EQ(pelt_model({"info", test::native_path(output)}, {dir.path()}).err, "") << command;
         }
     }
 
