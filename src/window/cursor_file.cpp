@@ -1,10 +1,12 @@
 // Reads .cur files: a directory of pictures, each a bitmap of colours with a mask of one bit below it, rows from the
 // bottom. What surprises: the height in the bitmap counts both halves. Every offset and size in the file is taken for a
-// lie until it was held against the bytes that are there.
+// lie until it was held against the bytes that are there; of the files of X, which a library reads, nothing else is
+// done here.
 #include "window/cursor_file.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 namespace pelt {
 
@@ -15,6 +17,13 @@ constexpr size_t ENTRY_SIZE = 16;
 constexpr uint32_t BITMAP_HEADER_SIZE = 40;
 constexpr uint32_t FILE_TYPE_CURSOR = 2;
 constexpr uint32_t OPAQUE = 0xFF000000u;
+
+// The files of X: a head with its own length, entries of a kind, a size and a place, and pictures with a head each.
+constexpr size_t X_HEAD_SIZE = 16;
+constexpr size_t X_ENTRY_SIZE = 12;
+constexpr size_t X_PICTURE_HEAD_SIZE = 36;
+constexpr size_t X_PIXEL_SIZE = 4;
+constexpr uint32_t X_PICTURE = 0xFFFD0002u;
 
 struct Bytes {
     const uint8_t* data;
@@ -147,6 +156,16 @@ bool choose_entry(Bytes file, Entry* chosen) {
     return true;
 }
 
+// Bytes of the file that the picture of an entry stands in; 0 when the file does not hold all of it.
+size_t x_picture_bytes(Bytes file, const uint8_t* entry) {
+    const Bytes head = part(file, read_32(entry + 8), X_PICTURE_HEAD_SIZE);
+    if (head.data == nullptr) return 0;
+    const uint64_t pixels = uint64_t{read_32(head.data + 16)} * read_32(head.data + 20);
+    const size_t room = file.size - static_cast<size_t>(head.data - file.data) - X_PICTURE_HEAD_SIZE;
+    if (pixels > room / X_PIXEL_SIZE) return 0;
+    return X_PICTURE_HEAD_SIZE + static_cast<size_t>(pixels) * X_PIXEL_SIZE;
+}
+
 }  // namespace
 
 bool cursor_file_parse(const uint8_t* bytes, size_t size, CursorImage* image) {
@@ -164,6 +183,25 @@ bool cursor_file_parse(const uint8_t* bytes, size_t size, CursorImage* image) {
     image->hot_x = std::min(entry.hot_x, layout.width - 1);
     image->hot_y = std::min(entry.hot_y, layout.height - 1);
     read_pixels(layout, image->pixels);
+    return true;
+}
+
+bool cursor_file_x_is_sound(const uint8_t* bytes, size_t size) {
+    const Bytes file{bytes, size};
+    const Bytes head = part(file, 0, X_HEAD_SIZE);
+    if (head.data == nullptr || std::memcmp(head.data, "Xcur", 4) != 0) return false;
+    const size_t head_size = read_32(head.data + 4);
+    const size_t count = read_32(head.data + 12);
+    if (head_size < X_HEAD_SIZE || count > CURSOR_X_ENTRY_MAX) return false;
+    const Bytes entries = part(file, head_size, count * X_ENTRY_SIZE);
+    if (entries.data == nullptr) return false;
+    size_t needed = head_size + entries.size;
+    for (size_t at = 0; at < entries.size; at += X_ENTRY_SIZE) {
+        if (read_32(entries.data + at) != X_PICTURE) continue;
+        const size_t picture = x_picture_bytes(file, entries.data + at);
+        needed += picture;
+        if (picture == 0 || needed > size) return false;
+    }
     return true;
 }
 

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "window/builtin_cursors.h"
@@ -250,6 +251,96 @@ TEST(CursorFile, AnyChangedBytesAreReadInBoundsOrRefused) {
     }
     EXPECT_GT(accepted, 0);
     EXPECT_GT(refused, 0);
+}
+
+// ---- cursor files of X ----
+
+constexpr uint32_t X_PICTURE = 0xFFFD0002;
+
+Bytes x_picture(uint32_t width, uint32_t height, size_t pixels) {
+    Bytes out;
+    for (const uint32_t value : {uint32_t{36}, X_PICTURE, uint32_t{32}, uint32_t{1}, width, height}) put_32(&out, value);
+    for (int i = 0; i < 3; ++i) put_32(&out, 0);
+    out.resize(out.size() + 4 * pixels, 0xFF);
+    return out;
+}
+
+// A head, an entry for each place, and what stands behind them.
+Bytes x_file(const std::vector<uint32_t>& places, const Bytes& body, uint32_t kind = X_PICTURE) {
+    Bytes out = {'X', 'c', 'u', 'r'};
+    for (const size_t value : {size_t{16}, size_t{0x10000}, places.size()}) put_32(&out, static_cast<uint32_t>(value));
+    for (const uint32_t place : places) {
+        put_32(&out, kind);
+        put_32(&out, 32);
+        put_32(&out, place);
+    }
+    append(&out, body);
+    return out;
+}
+
+bool x_is_sound(const Bytes& bytes) {
+    const auto copy = std::make_unique<uint8_t[]>(bytes.size());
+    std::copy(bytes.begin(), bytes.end(), copy.get());
+    return cursor_file_x_is_sound(copy.get(), bytes.size());
+}
+
+Bytes two_pictures() {
+    Bytes body = x_picture(4, 2, 8);
+    append(&body, x_picture(3, 1, 3));
+    return x_file({16 + 24, 16 + 24 + 36 + 32}, body);
+}
+
+TEST(XCursorFile, PicturesThatStandInTheFileAreSound) { EXPECT_TRUE(x_is_sound(two_pictures())); }
+
+TEST(XCursorFile, CutShortAnywhereItIsNot) {
+    const Bytes whole = two_pictures();
+    for (size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_FALSE(x_is_sound(Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)))) << size;
+    }
+}
+
+TEST(XCursorFile, PictureWithoutItsPixelsIsRefusedWhateverItsSizesMultiplyTo) {
+    for (const auto& [width, height] : std::vector<std::pair<uint32_t, uint32_t>>{
+             {4, 3}, {32767, 32767}, {65536, 65536}, {0xFFFFFFFF, 0xFFFFFFFF}, {0x40000000, 4}, {0x80000001, 2}}) {
+        EXPECT_FALSE(x_is_sound(x_file({28}, x_picture(width, height, 8)))) << width << " x " << height;
+    }
+}
+
+TEST(XCursorFile, EntriesThatShareAPictureCountForEachOfThem) {
+    EXPECT_TRUE(x_is_sound(x_file({28}, x_picture(8, 8, 64))));
+    EXPECT_FALSE(x_is_sound(x_file({40, 40}, x_picture(8, 8, 64))));
+    // What lies idle behind the picture is room for a second.
+    EXPECT_TRUE(x_is_sound(x_file({40, 40}, x_picture(8, 8, 2 * 64 + 9))));
+}
+
+TEST(XCursorFile, EntriesOfOtherKindsAreNotLookedInto) {
+    constexpr uint32_t COMMENT = 0xFFFE0001;
+    EXPECT_TRUE(x_is_sound(x_file({0xFFFFFFFF, 7}, {}, COMMENT)));
+    EXPECT_FALSE(x_is_sound(x_file({0xFFFFFFFF, 7}, {})));
+}
+
+TEST(XCursorFile, EntriesAreHeldAgainstTheFileAndALimit) {
+    Bytes bytes = two_pictures();
+    set_32(&bytes, 12, 0xFFFFFFFF);
+    EXPECT_FALSE(x_is_sound(bytes));
+    const Bytes room(4097 * 40, 0);
+    std::vector<uint32_t> places(4096, 16 + 12 * 4096);
+    Bytes body = x_picture(1, 1, 1);
+    append(&body, room);
+    EXPECT_TRUE(x_is_sound(x_file(places, body)));
+    places.assign(4097, 16 + 12 * 4097);
+    EXPECT_FALSE(x_is_sound(x_file(places, body)));
+}
+
+TEST(XCursorFile, HeadMayBeLongerButNotShorterThanItsFields) {
+    Bytes bytes = x_file({}, {});
+    EXPECT_TRUE(x_is_sound(bytes));
+    set_32(&bytes, 4, 15);
+    EXPECT_FALSE(x_is_sound(bytes));
+    set_32(&bytes, 4, 17);
+    EXPECT_FALSE(x_is_sound(bytes));
+    bytes.push_back(0);
+    EXPECT_TRUE(x_is_sound(bytes));
 }
 
 }  // namespace

@@ -1,18 +1,15 @@
 // Cursors and the pointer on X11. What surprises: a cursor may be loaded before any display is known, so a cursor is
-// kept as pictures and turned into one of the server's when it is first shown. The bytes of a file come from outside;
-// they are read within a limit and taken apart here or, for the format of X itself, by libXcursor.
-#include <X11/Xcursor/Xcursor.h>
+// kept as pictures and turned into one of the server's when it is first shown.
 #include <X11/cursorfont.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
 #include "foundation/file_access.h"
 #include "window/builtin_cursors.h"
-#include "window/cursor_file.h"
 #include "window/x11/native_x11.h"
+#include "window/x11/pictures.h"
 
 namespace pelt {
 
@@ -77,63 +74,6 @@ NativeCursor keep(XcursorImages* images) {
     return reinterpret_cast<NativeCursor>(new X11Cursor{images, nullptr, None});
 }
 
-// Colours multiplied by their alpha, as the server wants them.
-uint32_t premultiplied(uint32_t pixel) {
-    const uint32_t alpha = pixel >> 24;
-    const auto scaled = [&](int shift) { return ((pixel >> shift & 0xFFu) * alpha + 127) / 255 << shift; };
-    return alpha << 24 | scaled(16) | scaled(8) | scaled(0);
-}
-
-XcursorImages* images_of_cur(const uint8_t* bytes, size_t size) {
-    CursorImage picture{};
-    if (!cursor_file_parse(bytes, size, &picture)) return nullptr;
-    XcursorImages* images = XcursorImagesCreate(1);
-    XcursorImage* image = XcursorImageCreate(picture.width, picture.height);
-    if (images != nullptr && image != nullptr) {
-        image->xhot = static_cast<XcursorDim>(picture.hot_x);
-        image->yhot = static_cast<XcursorDim>(picture.hot_y);
-        const int count = picture.width * picture.height;
-        for (int i = 0; i < count; ++i) image->pixels[i] = premultiplied(picture.pixels[i]);
-        images->images[images->nimage++] = image;
-    }
-    cursor_image_free(&picture);
-    return images;
-}
-
-// The bytes of a file for libXcursor, which reads them as a stream.
-struct MemoryFile {
-    const uint8_t* bytes;
-    size_t size, at;
-};
-
-int memory_read(XcursorFile* file, unsigned char* buffer, int length) {
-    auto* memory = static_cast<MemoryFile*>(file->closure);
-    if (length <= 0) return 0;
-    const size_t count = std::min(static_cast<size_t>(length), memory->size - memory->at);
-    std::memcpy(buffer, memory->bytes + memory->at, count);
-    memory->at += count;
-    return static_cast<int>(count);
-}
-
-int memory_write(XcursorFile*, unsigned char*, int) { return -1; }
-
-int memory_seek(XcursorFile* file, long offset, int whence) {
-    auto* memory = static_cast<MemoryFile*>(file->closure);
-    const long base = whence == SEEK_CUR ? static_cast<long>(memory->at)
-                      : whence == SEEK_END ? static_cast<long>(memory->size)
-                                           : 0;
-    const auto limit = static_cast<long>(memory->size);
-    if (offset < -base || offset > limit - base) return -1;
-    memory->at = static_cast<size_t>(base + offset);
-    return 0;
-}
-
-XcursorImages* images_of_xcursor(const uint8_t* bytes, size_t size) {
-    MemoryFile memory{bytes, size, 0};
-    XcursorFile file{&memory, memory_read, memory_write, memory_seek};
-    return XcursorXcFileLoadImages(&file, CURSOR_SIZE_WANTED);
-}
-
 // The whole file up to the limit; a longer one is no cursor.
 std::unique_ptr<uint8_t[]> read_file(const char* path, size_t* size) {
     const int slot = file_open(file_resolve(path).c_str(), "r");
@@ -163,7 +103,7 @@ void x11_define_cursor(X11Window* window) {
 
 NativeCursor native_cursor_load_builtin(int32_t group) {
     for (const BuiltinCursor& builtin : BUILTIN_CURSORS) {
-        if (builtin.group == group) return keep(images_of_cur(builtin.bytes, builtin.size));
+        if (builtin.group == group) return keep(x11_cursor_pictures(builtin.bytes, builtin.size));
     }
     return 0;
 }
@@ -171,9 +111,7 @@ NativeCursor native_cursor_load_builtin(int32_t group) {
 NativeCursor native_cursor_load_file(const char* path) {
     size_t size = 0;
     const std::unique_ptr<uint8_t[]> bytes = read_file(path, &size);
-    if (bytes == nullptr) return 0;
-    XcursorImages* images = images_of_cur(bytes.get(), size);
-    return keep(images != nullptr ? images : images_of_xcursor(bytes.get(), size));
+    return bytes != nullptr ? keep(x11_cursor_pictures(bytes.get(), size)) : 0;
 }
 
 void native_cursor_apply(NativeCursor cursor) {
