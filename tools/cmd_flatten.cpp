@@ -14,6 +14,7 @@
 #include "reduce/flatten_limits.h"
 #include "reduce/tessellate.h"
 #include "formats/texture_map.h"
+#include "foundation/key_hash.h"
 #include "foundation/load_error.h"
 #include "model_files.h"
 
@@ -52,7 +53,7 @@ void order_points_by_joint(Model* model) {
     model->points = ordered;
 }
 
-using NewNumbers = std::unordered_map<int32_t, int32_t>;
+using NewNumbers = std::unordered_map<int32_t, int32_t, KeyHash>;
 
 NewNumbers new_numbers(const Model* model) {
     NewNumbers numbers;

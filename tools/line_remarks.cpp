@@ -103,7 +103,7 @@ int32_t corner_count() {
 }
 
 void remark_primitive(const LineRemarks& remarks) {
-    std::unordered_set<int32_t> named;
+    std::unordered_set<int32_t, KeyHash> named;
     for (int32_t token = 1; token <= corner_count(); ++token) {
         const int32_t id = reader_int(token);
         if (id != 0 && !named.insert(id).second) {

@@ -8,6 +8,7 @@
 #include <unordered_set>
 
 #include "formats/model_lines.h"
+#include "foundation/key_hash.h"
 
 namespace pelt::tool {
 
@@ -26,8 +27,8 @@ struct LineRemarks {
     Remark remark;
     HighIds points = {};
     HighIds references = {};
-    std::unordered_set<int32_t> point_ids = {};               // of point lines
-    std::unordered_map<int32_t, int32_t> normal_lines = {};   // by point id, the last line that gave its normal
+    std::unordered_set<int32_t, KeyHash> point_ids = {};      // of point lines
+    std::unordered_map<int32_t, int32_t, KeyHash> normal_lines = {};  // by point id, the last line that gave it
 };
 
 // Looks at the line in hand of the read in progress, before it is carried out in this section of the file.

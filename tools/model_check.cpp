@@ -15,6 +15,7 @@
 #include "formats/model_lines.h"
 #include "formats/model_reader.h"
 #include "foundation/file_access.h"
+#include "foundation/key_hash.h"
 #include "foundation/load_error.h"
 #include "line_remarks.h"
 #include "scene/model.h"
@@ -53,7 +54,7 @@ struct TreeCheck {
     bool ended;
     std::vector<std::string> open_files;  // as for model_tree_refusal
     int32_t model_count;
-    std::unordered_map<std::string, ReadFile> files;  // by what tells one from another
+    std::unordered_map<std::string, ReadFile, KeyHash> files;  // by what tells one from another
     std::vector<Finding> findings;
 };
 

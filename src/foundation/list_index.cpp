@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 
+#include "foundation/key_hash.h"
+
 namespace pelt {
 
 namespace {
@@ -14,24 +16,13 @@ namespace {
 constexpr int32_t SCAN_LIMIT = 16;  // used slots up to which a key is looked for without an index
 constexpr uint32_t FIRST_INDEX_SIZE = 64;
 
-uint32_t mix(uint32_t value) {
-    value ^= value >> 16;
-    value *= 0x85ebca6bU;
-    value ^= value >> 13;
-    value *= 0xc2b2ae35U;
-    return value ^ (value >> 16);
-}
-
+// No file can hold keys that meet in one place: see key_hash.h.
 uint32_t hash_int(int32_t key) {
-    return mix(static_cast<uint32_t>(key));
+    return static_cast<uint32_t>(key_hash(key));
 }
 
 uint32_t hash_text(const char* text) {
-    uint32_t hash = 2166136261U;
-    for (; *text != '\0'; ++text) {
-        hash = (hash ^ static_cast<unsigned char>(*text)) * 16777619U;
-    }
-    return mix(hash);
+    return static_cast<uint32_t>(key_hash(text, list_key_length(text)));
 }
 
 uint32_t hash_of_slot(const KeyedList* list, int32_t slot) {

@@ -12,6 +12,7 @@
 
 #include "foundation/file_access.h"
 #include "foundation/file_find.h"
+#include "foundation/key_hash.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "images/shared_pixels.h"
@@ -32,8 +33,8 @@ int32_t next_image_id = 1;
 
 // Ids by path: one model can name one file in thousands of spellings, and each is an image of its own. The keys are the
 // paths of the entries themselves. Never destroyed: scripts may still run while the process ends.
-std::unordered_map<std::string_view, int32_t>& ids_by_path() {
-    static auto& ids = *new std::unordered_map<std::string_view, int32_t>;
+std::unordered_map<std::string_view, int32_t, KeyHash>& ids_by_path() {
+    static auto& ids = *new std::unordered_map<std::string_view, int32_t, KeyHash>;
     return ids;
 }
 

@@ -9,11 +9,12 @@
 #include <cstddef>
 #include <utility>
 
+#include "foundation/key_hash.h"
+
 namespace pelt {
 
 namespace {
 
-constexpr uint64_t HASH_FACTOR = 0x9E3779B97F4A7C15ULL;
 constexpr uint32_t FIRST_TABLE = 16;
 
 bool is_comparable(const Vec3& v) {
@@ -29,12 +30,7 @@ ExactKey key_of(const Vec3& v) {
 }
 
 size_t hash_of(const ExactKey& key) {
-    uint64_t hash = 0;
-    for (const uint32_t bits : key.bits) {
-        hash = (hash ^ bits) * HASH_FACTOR;
-        hash ^= hash >> 29;
-    }
-    return static_cast<size_t>(hash);
+    return static_cast<size_t>(key_hash(key.bits, sizeof key.bits));
 }
 
 // Where the key stands, or would be put. The table has a free place.

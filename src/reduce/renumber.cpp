@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "foundation/key_hash.h"
 #include "reduce/flatten.h"
 #include "reduce/flatten_limits.h"
 #include "scene/model.h"
@@ -49,7 +50,7 @@ KeyedList numbered_points(const PointOrder& order) {
 }
 
 // The new number of every old id; what is not in it becomes 0.
-using Numbers = std::unordered_map<int32_t, int16_t>;
+using Numbers = std::unordered_map<int32_t, int16_t, KeyHash>;
 
 Numbers old_ranks(const KeyedList& points) {
     Numbers numbers;

@@ -1,6 +1,7 @@
 // KeyedList: slots, keys, order, growth, and the paths by which a key is found.
 #include "foundation/keyed_list.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -781,6 +782,107 @@ TEST(KeyedListScale, HundredThousandScatteredKeysAreAllFound) {
         ASSERT_EQ(*static_cast<int32_t*>(list_find(&list, static_cast<int32_t>(int64_t{i} * 7919 % n) * 16 + 1)), i);
     }
     EXPECT_EQ(list_find(&list, 2), nullptr);
+}
+
+// Keys that meet in one place under a hash that everybody knows: a mixing of the bits that can be run backwards, and
+// FNV-1a of a text. However they were chosen, they must not meet here.
+
+// The longest stretch of taken places in the index of a list, which is what a search may have to go along.
+size_t longest_stretch(const KeyedList& list) {
+    const ListStorage* storage = list.storage;
+    size_t longest = 0;
+    size_t stretch = 0;
+    for (size_t place = 0; place <= 2 * size_t{storage->index_mask}; ++place) {
+        stretch = storage->index[place & storage->index_mask] != 0 ? stretch + 1 : 0;
+        longest = std::max(longest, stretch);
+    }
+    return longest;
+}
+
+// By chance it is about a hundred where two thirds of the places are taken.
+constexpr size_t STRETCH_BY_CHANCE = 1000;
+
+constexpr uint32_t inverse_of(uint32_t odd) {
+    uint32_t inverse = odd;
+    for (int i = 0; i < 5; ++i) inverse *= 2 - odd * inverse;
+    return inverse;
+}
+
+// The number that the mixing of MurmurHash3 turns into this one.
+uint32_t unmixed(uint32_t mixed) {
+    mixed ^= mixed >> 16;
+    mixed *= inverse_of(0xc2b2ae35U);
+    mixed ^= mixed >> 13 ^ mixed >> 26;
+    mixed *= inverse_of(0x85ebca6bU);
+    return mixed ^ mixed >> 16;
+}
+
+TEST(KeyedListIndex, IntegersChosenToCollideAreSpread) {
+    List list(4, KEY_INT);
+    for (uint32_t high = 1; list_count(&list) < 20000; ++high) {
+        const uint32_t key = unmixed(high << 15);
+        if (key <= static_cast<uint32_t>(INT_MAX_KEY)) {
+            add_int(&list, static_cast<int32_t>(key));
+        }
+    }
+    EXPECT_LT(longest_stretch(list), STRETCH_BY_CHANCE);
+}
+
+constexpr uint32_t FNV_FACTOR = 16777619U;
+constexpr uint32_t FNV_INVERSE = inverse_of(FNV_FACTOR);
+
+// Five letters that stand for a number; letter by letter, because half a million of them are tried.
+constexpr uint32_t HALF = 5;
+uint32_t letter_of(uint32_t number, uint32_t place) {
+    constexpr uint32_t POWERS[HALF] = {1, 26, 26 * 26, 26 * 26 * 26, 26 * 26 * 26 * 26};
+    return 'a' + number / POWERS[place] % 26;
+}
+std::string letters(uint32_t number) {
+    std::string text;
+    for (uint32_t place = 0; place < HALF; ++place) text += static_cast<char>(letter_of(number, place));
+    return text;
+}
+
+// Texts of ten letters that all take FNV-1a from one value to the other: those whose first half leads where the
+// second half comes from.
+std::vector<std::string> bridges(uint32_t from, uint32_t to) {
+    constexpr uint32_t HALVES = 1U << 18;
+    std::vector<uint64_t> first(HALVES);
+    for (uint32_t number = 0; number < HALVES; ++number) {
+        uint32_t hash = from;
+        for (uint32_t place = 0; place < HALF; ++place) hash = (hash ^ letter_of(number, place)) * FNV_FACTOR;
+        first[number] = uint64_t{hash} << 32 | number;
+    }
+    std::sort(first.begin(), first.end());
+    std::vector<std::string> texts;
+    for (uint32_t number = 0; number < HALVES; ++number) {
+        uint32_t hash = to;
+        for (uint32_t place = HALF; place-- > 0;) hash = hash * FNV_INVERSE ^ letter_of(number, place);
+        const auto found = std::lower_bound(first.begin(), first.end(), uint64_t{hash} << 32);
+        if (found != first.end() && *found >> 32 == hash) {
+            texts.push_back(letters(static_cast<uint32_t>(*found)) + letters(number));
+        }
+    }
+    return texts;
+}
+
+TEST(KeyedListIndex, TextsChosenToCollideAreSpread) {
+    constexpr uint32_t FNV_START = 2166136261U;
+    const std::vector<std::string> heads = bridges(FNV_START, 1);
+    const std::vector<std::string> middles = bridges(1, 2);
+    const std::vector<std::string> tails = bridges(2, 3);
+    List list(4, KEY_STRING);
+    for (const std::string& head : heads) {
+        for (const std::string& middle : middles) {
+            for (size_t i = 0; i < tails.size() && list_count(&list) < 2000; ++i) {
+                list_add(&list, (head + middle + tails[i]).c_str());
+            }
+        }
+    }
+    ASSERT_EQ(list_count(&list), 2000);
+    EXPECT_LT(longest_stretch(list), STRETCH_BY_CHANCE);
+    EXPECT_NE(list_find(&list, (heads[0] + middles[0] + tails[0]).c_str()), nullptr);
+    EXPECT_EQ(list_find(&list, (heads[0] + middles[0] + "zzzzzzzzzz").c_str()), nullptr);
 }
 
 }  // namespace
