@@ -51,8 +51,12 @@ void* walk_next(KeyedList* list, int32_t* int_key, const char** text_key) {
     return walk_element(list, int_key, text_key);
 }
 
-// Occupied slots before this one.
+// Occupied slots before this one. Without holes there is nothing to count: a model of many joints asks for the rank of
+// each.
 int32_t rank_of(const KeyedList* list, int32_t slot) {
+    if (list->count == list->storage->used) {
+        return slot;
+    }
     const uint64_t* occupied = list->storage->occupied;
     int32_t rank = 0;
     for (int32_t word = 0; word < slot / LIST_WORD_SLOTS; ++word) {
