@@ -5,8 +5,10 @@
 // back exactly, because reading normalises it, is none.
 #include "tools/write_losses.h"
 
+#include <algorithm>
 #include <cstring>
 #include <unordered_map>
+#include <utility>
 
 #include "formats/line_reader.h"
 #include "formats/model_writer.h"
@@ -134,13 +136,16 @@ void check_names(Losses& losses, const Model& model) {
     }
 }
 
-bool is_of_a_blend(const Model& model, const Point& point) {
+using JointPair = std::pair<const Joint*, const Joint*>;
+
+// The pairs of joints that the blend groups name: sorted, because each point is looked for among them.
+std::vector<JointPair> blended_pairs(const Model& model) {
+    std::vector<JointPair> pairs;
     for (const BlendWeight& blend : list_elements<BlendWeight>(model.blends)) {
-        if (blend.joint_a == point.joint_a && blend.joint_b == point.joint_b) {
-            return true;
-        }
+        pairs.emplace_back(blend.joint_a, blend.joint_b);
     }
-    return false;
+    std::sort(pairs.begin(), pairs.end());
+    return pairs;
 }
 
 void check_blends(Losses& losses, const Model& model) {
@@ -155,12 +160,14 @@ void check_second_joints(Losses& losses, const Model& model) {
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
         parents[&joint] = model_find_joint(&model, joint.parent_name);
     }
+    const std::vector<JointPair> blends = blended_pairs(model);
     Tally lost;
     const ListElements<Point> points = list_elements<Point>(model.points);
     for (PointWalk point = points.begin(); point != points.end(); ++point) {
         const auto parent = parents.find(point->joint_a);
         const Joint* read_back = parent != parents.end() ? parent->second : nullptr;
-        if (point->joint_b != read_back && !is_of_a_blend(model, *point)) {
+        if (point->joint_b != read_back &&
+            !std::binary_search(blends.begin(), blends.end(), JointPair{point->joint_a, point->joint_b})) {
             lost.note(point.int_key());
         }
     }

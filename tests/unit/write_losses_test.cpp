@@ -223,5 +223,22 @@ TEST_F(WriteLosses, ATransparencyThatOnlyAnEditCanMake) {
     EXPECT_EQ(only_loss(model), "layer a: a transparency outside 0.0 to 1.0");
 }
 
+// Each point is looked for among the groups: one that is in the middle of thousands, and one that is in none.
+TEST_F(WriteLosses, APointOfAGroupIsFoundAmongThousandsOfOthers) {
+    std::string joints;
+    for (int i = 0; i < 100; ++i) joints += "joint j" + std::to_string(i) + " 0 0 0 world 0\n";
+    std::string blends;
+    std::string points = "points\n";
+    for (int i = 0; i < 3000; ++i) {
+        blends += "blend j" + std::to_string(i % 100) + " j" + std::to_string((i + 1 + i / 100) % 100) + " 1\n";
+        points += std::to_string(i + 1) + " 0 0 0\n";
+    }
+    points += "3001 0 0 0 0.5 j7 j99\n3002 0 0 0 0.5 j7 j8\n";
+    const OwnedModel model = read(joints + blends + points);
+    std::string all;
+    for (const WriteLoss& loss : model_write_losses(model.get())) all += loss.text + "\n";
+    EXPECT_NE(all.find("second joint of their own lost: 1 point (first: 3001)\n"), std::string::npos) << all;
+}
+
 }  // namespace
 }  // namespace pelt
