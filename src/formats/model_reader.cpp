@@ -19,6 +19,7 @@
 #include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "scene/model.h"
+#include "scene/model_tree.h"
 
 namespace pelt {
 
@@ -75,7 +76,21 @@ bool is_good_normal(const Vec3& normal) {
 struct TreeRead {
     std::vector<std::string> open_files;  // the model in hand and those above it, the root first
     int32_t model_count;
+    ChildBudget* budget;
 };
+
+// A root costs what its file holds, and that is what was asked for; a child costs it again with every link.
+bool is_within_budget(TreeRead& tree, const Model* model, const char* path) {
+    if (model->parent == nullptr) {
+        return true;
+    }
+    tree.budget->bytes += model_record_bytes(model);
+    if (tree.budget->bytes <= MODEL_CHILD_BYTES_LIMIT) {
+        return true;
+    }
+    load_error_set_format("too many points and primitives in child models: %s", path);
+    return false;
+}
 
 Model* read_tree(TreeRead& tree, const char* path, Model* parent);
 
@@ -98,7 +113,7 @@ bool read_children(TreeRead& tree, Model* model) {
 }
 
 bool fill_model(TreeRead& tree, Model* model, const char* path) {
-    if (!model_read_file(model, path)) {
+    if (!model_read_file(model, path) || !is_within_budget(tree, model, path)) {
         return false;
     }
     bind_points(model);
@@ -137,8 +152,21 @@ void enter_tree(TreeRead& tree, const Model* parent) {
     for (const Model* model = parent; model != nullptr; model = model->parent) {
         const std::string path = std::string(model->path) + model->name + MODEL_EXTENSION;
         tree.open_files.insert(tree.open_files.begin(), file_resolve(path.c_str()));
-        tree.model_count = model->parent == nullptr ? model_count_children(model) + 1 : 0;
+        if (model->parent == nullptr) {
+            tree.model_count = model_count_children(model) + 1;
+            tree.budget->bytes += model_child_bytes(model);
+        }
     }
+}
+
+Model* read_model(const char* path, Model* parent, ChildBudget* budget) {
+    load_error_set(nullptr);
+    if (path == nullptr) {
+        return nullptr;
+    }
+    TreeRead tree{{}, 0, budget};
+    enter_tree(tree, parent);
+    return read_tree(tree, path, parent);
 }
 
 }  // namespace
@@ -159,8 +187,9 @@ const char* model_tree_refusal(const std::vector<std::string>& open_files, int32
     return nullptr;
 }
 
-Model* model_load(const char* path) {
-    Model* model = model_read(path, nullptr);
+Model* model_load(const char* path, ChildBudget* budget) {
+    ChildBudget own;
+    Model* model = read_model(path, nullptr, budget != nullptr ? budget : &own);
     if (model != nullptr) {
         model->opened_path = str_dup(path);
     }
@@ -168,13 +197,8 @@ Model* model_load(const char* path) {
 }
 
 Model* model_read(const char* path, Model* parent) {
-    load_error_set(nullptr);
-    if (path == nullptr) {
-        return nullptr;
-    }
-    TreeRead tree{{}, 0};
-    enter_tree(tree, parent);
-    return read_tree(tree, path, parent);
+    ChildBudget own;
+    return read_model(path, parent, &own);
 }
 
 int model_read_file(Model* model, const char* path) {

@@ -9,8 +9,14 @@ namespace pelt {
 
 struct Model;
 
+// What the children of models that are loaded together have taken of MODEL_CHILD_BYTES_LIMIT.
+struct ChildBudget {
+    int64_t bytes = 0;
+};
+
 // A new root model with all its children, or null with the reason in the load-error record (where there is one).
-Model* model_load(const char* path);
+// Without a budget the model has one for itself.
+Model* model_load(const char* path, ChildBudget* budget = nullptr);
 Model* model_read(const char* path, Model* parent);
 
 // Why a load takes no further file at its place of a tree of models, as a text with one "%s" for the path; null when it

@@ -50,6 +50,28 @@ bool holds(const Model* model, const Model* searched, ModelSet* seen) {
     return false;
 }
 
+// A list takes its first slots whole; what it has room for beyond its elements is mostly never touched.
+int64_t list_bytes(const KeyedList& list) {
+    constexpr int32_t FIRST_SLOTS = 16;
+    if (list.capacity < 1) {
+        return 0;
+    }
+    const int64_t slots = std::max(list_count(&list), FIRST_SLOTS);
+    return slots * list.element_size + static_cast<int64_t>(sizeof(ListStorage));
+}
+
+int64_t layer_bytes(const Layer& layer) {
+    int64_t bytes = list_bytes(layer.triangles) + list_bytes(layer.polygons) + list_bytes(layer.lines) +
+                    list_bytes(layer.uvees) + list_bytes(layer.images);
+    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
+        bytes += list_bytes(polygon.vertices);
+    }
+    for (const Line& line : list_elements<Line>(layer.lines)) {
+        bytes += list_bytes(line.vertices);
+    }
+    return bytes;
+}
+
 }  // namespace
 
 TreeSize model_tree_size(const Model* model) {
@@ -71,6 +93,25 @@ bool model_tree_holds(const Model* model, const Model* searched) {
 bool model_tree_fits(const Model* model) {
     const TreeSize size = model_tree_size(model);
     return size.depth <= MODEL_TREE_DEPTH_LIMIT && size.nodes <= MODEL_TREE_NODE_LIMIT;
+}
+
+int64_t model_record_bytes(const Model* model) {
+    int64_t bytes = static_cast<int64_t>(sizeof(Model)) + list_bytes(model->points) + list_bytes(model->joints) +
+                    list_bytes(model->blends) + list_bytes(model->layers) + list_bytes(model->children);
+    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+        bytes += layer_bytes(layer);
+    }
+    return bytes;
+}
+
+int64_t model_child_bytes(const Model* model) {
+    int64_t bytes = 0;
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (link.model != nullptr && !link.borrowed) {
+            bytes += model_record_bytes(link.model) + model_child_bytes(link.model);
+        }
+    }
+    return bytes;
 }
 
 }  // namespace pelt

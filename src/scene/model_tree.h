@@ -22,4 +22,11 @@ bool model_tree_holds(const Model* model, const Model* searched);
 // True when depth and nodes keep within MODEL_TREE_DEPTH_LIMIT and MODEL_TREE_NODE_LIMIT.
 bool model_tree_fits(const Model* model);
 
+// Bytes that the records of one model take: points, primitives with their corners, joints, layers and the rest, without
+// texts, images and children.
+int64_t model_record_bytes(const Model* model);
+
+// The same of all models that it owns below itself.
+int64_t model_child_bytes(const Model* model);
+
 }  // namespace pelt

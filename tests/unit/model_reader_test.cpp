@@ -13,6 +13,7 @@ namespace pelt {
 namespace {
 
 using test::FOUR_POINTS;
+using test::LAYER;
 using test::layer;
 using test::link;
 using test::ModelPtr;
@@ -319,6 +320,71 @@ TEST_F(ModelChildren, AnotherCaseOfTheOwnNameIsTheSameFile) {
     EXPECT_EQ(error(), "child model names itself or a model above it: " + dir.file("SHIP.mod"));
 }
 #endif
+
+// What the tree has left is said by a budget that is nearly spent: a real one takes half a gigabyte.
+class ChildBudgetTest : public test::ModelFileTest {
+protected:
+    ModelPtr load_with(int64_t left) {
+        ChildBudget budget{MODEL_CHILD_BYTES_LIMIT - left};
+        return ModelPtr(model_load(path.c_str(), &budget));
+    }
+    static int64_t bytes_of(const std::string& file) {
+        const ModelPtr model(model_load(file.c_str()));
+        return model_record_bytes(model.get());
+    }
+};
+
+TEST_F(ChildBudgetTest, EachLinkTakesThePointsAndPrimitivesOfItsModelOnceMore) {
+    const std::string leaf = dir.write("leaf.mod", TRIANGLE);
+    const std::string branch = dir.write("branch.mod", "child leaf 0 0 0 1 1 1 0 0 0\n");
+    path = dir.write("root.mod", TRIANGLE + "child leaf 0 0 0 1 1 1 0 0 0\nchild leaf 0 0 0 1 1 1 0 0 0\n"
+                                            "child branch 0 0 0 1 1 1 0 0 0\n");
+    const int64_t branch_alone = bytes_of(branch);
+    const int64_t needed = 3 * bytes_of(leaf) + branch_alone;
+    EXPECT_NE(load_with(needed), nullptr) << error();
+    EXPECT_EQ(load_with(needed - 1), nullptr);
+    EXPECT_EQ(error(), "too many points and primitives in child models: " + leaf);
+    EXPECT_NE(load_with(needed), nullptr) << "a refused load left something behind";
+}
+
+TEST_F(ChildBudgetTest, TheRootItselfTakesNothing) {
+    path = dir.write("root.mod", TRIANGLE);
+    EXPECT_NE(load_with(0), nullptr) << error();
+}
+
+TEST_F(ChildBudgetTest, ModelsThatAreLoadedTogetherShareIt) {
+    const std::string leaf = dir.write("leaf.mod", TRIANGLE);
+    path = dir.write("root.mod", "child leaf 0 0 0 1 1 1 0 0 0\n");
+    ChildBudget budget{MODEL_CHILD_BYTES_LIMIT - bytes_of(leaf)};
+    EXPECT_NE(ModelPtr(model_load(path.c_str(), &budget)), nullptr);
+    EXPECT_EQ(ModelPtr(model_load(path.c_str(), &budget)), nullptr);
+}
+
+TEST_F(ChildBudgetTest, AnHonestTreeIsFarFromIt) {
+    // Thirty models with as many points as primitives can name, and twice as many triangles.
+    const auto large = static_cast<int64_t>(32767 * sizeof(Point) + 2 * 32767 * sizeof(Triangle));
+    EXPECT_GT(MODEL_CHILD_BYTES_LIMIT, 30 * large);
+}
+
+TEST_F(ChildBudgetTest, EveryKindOfRecordCounts) {
+    const ModelPtr bare = load_good(FOUR_POINTS + LAYER);
+    const int64_t least = model_record_bytes(bare.get());
+    const std::string lines[] = {"joint j 0 0 0 world 0\n",  "child k 0 0 0 1 1 1 0 0 0\n", "layer b 1 2 3 d\n",
+                                 "triangles\n0 1 2 3\n",      "triangles\n2 1 2 3 4\n",       "lines\n2 1 2\n",
+                                 "uvees\n1 0.5 0.5\n",        "blend a b 1\n"};
+    for (const std::string& line : lines) {
+        std::string many;
+        for (int i = 0; i < 40; ++i) {
+            // A name of its own for what is refused twice.
+            const size_t name = line.find_first_of("jb", line.find(' '));
+            const bool named = line[0] == 'j' || line.compare(0, 5, "layer") == 0;
+            many += named ? line.substr(0, name) + "n" + std::to_string(i) + line.substr(name + 1) : line;
+        }
+        const ModelPtr model(model_create("ship.mod", nullptr));
+        ASSERT_EQ(model_read_data(model.get(), (FOUR_POINTS + LAYER + many).c_str()), 1) << line << error();
+        EXPECT_GT(model_record_bytes(model.get()), least) << line;
+    }
+}
 
 TEST_F(ModelChildren, ACircleThroughAnotherSpellingEndsAtTheDepthLimit) {
     EXPECT_EQ(load(child(test::native_path("./ship"))), nullptr);
