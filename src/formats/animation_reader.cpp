@@ -1,8 +1,9 @@
 // Scene lists and clip files: which models make up an animated scene, and the keys that move each of them.
 //
-// What surprises: every clip file is read twice, so that all arrays have their size before they are filled, and the
-// second pass reads further clip files from inside its line callback. After such a nested read the outer reader cannot
-// be stopped until its next line.
+// What surprises: a clip file is read twice, so that all arrays have their size before they are filled, and the second
+// pass reads further clip files from inside its line callback. After such a nested read the outer reader cannot be
+// stopped until its next line. A file that is pulled in again is not read again: its clips share one set of keys, and
+// only the times of its frames and its sub-clips, which depend on where it stands, are made for each.
 #include "formats/animation_reader.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <exception>
 #include <filesystem>
 #include <limits>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -39,6 +41,7 @@ inline constexpr int32_t NO_SLOT = -1;
 
 inline constexpr int32_t TOKENS_PER_TRACK = 3;
 inline constexpr int32_t SUBCLIP_TOKEN_LIMIT = 3;  // a line of more tokens is a frame
+inline constexpr const char* BAD_DATA = "bad animation data";
 inline constexpr const char* CHILD_PREFIX = "child";
 inline constexpr size_t CHILD_PREFIX_SIZE = 5;
 inline constexpr int32_t CHILD_OFFSET_LIMIT = 127;
@@ -50,29 +53,48 @@ char* error_text = nullptr;
 
 void set_error_text(const std::string& text) { animation_set_error(text.c_str()); }
 
+struct SubclipLine {
+    float time;
+    std::optional<std::string> file;
+    float hold;
+};
+
+// What a clip file says, wherever in the tree it stands.
+struct ClipFile {
+    bool has_track_line = false;
+    int32_t names_count = 0;
+    int32_t slots[ANIMATION_NAME_LIMIT] = {};  // by column
+    int32_t frame_count = 0;    // lines of each kind, as the first pass counts them
+    int32_t subclip_count = 0;
+    int32_t last_tokens = 0;    // of the last frame line
+    float latest = -std::numeric_limits<float>::infinity();  // highest time of a frame line
+    std::string error;          // why the first pass broke off; empty when it did not
+    bool complete = false;      // the second pass came to the end
+    const AnimationClip* owner = nullptr;  // the clip that holds the keys; null until the file was read
+    std::vector<float> times;              // of the frames that the second pass read
+    std::vector<SubclipLine> subclips;     // the same
+};
+
 // What the reads of one clip and all its sub-clips share.
 struct ClipTree {
     Model* model;
     std::string directory;
+    int64_t* keys;                        // of the whole animation so far, see ANIMATION_KEY_LIMIT
     std::vector<std::string> open_files;  // those in their second pass, outermost first
+    std::map<std::string, ClipFile> files;
     int32_t subclips = 0;
-    bool failed = false;  // too many sub-clips: every read of the tree is to end
+    bool failed = false;  // too many sub-clips or keys: every read of the tree is to end
 };
 
-// The two passes over one clip file.
+// One clip on its way from a file.
 struct ClipRead {
     ClipTree* tree;
+    ClipFile* file;
     AnimationClip* clip;
     float start;
     float end = 0.0f;
-    bool has_track_line = false;
-    int32_t names_count = 0;
-    int32_t slots[ANIMATION_NAME_LIMIT] = {};   // by column
-    int32_t places[ANIMATION_NAME_LIMIT] = {};  // the same, among the tracks of the clip
+    int32_t places[ANIMATION_NAME_LIMIT] = {};  // of the columns, among the tracks of the clip
     int32_t slot_count = 0;
-    int32_t frame_count = 0;    // counted in the first pass, filled in the second
-    int32_t subclip_count = 0;  // the same
-    int32_t last_tokens = 0;    // of the last frame line
 };
 
 int32_t model_slot_count(const Model* model) {
@@ -107,54 +129,69 @@ int32_t resolve_name(const ClipRead* read, const char* name) {
 }
 
 void read_track_line(ClipRead* read) {
-    read->has_track_line = true;
-    read->names_count = reader_token_count() - 1;
-    if (read->names_count > ANIMATION_NAME_LIMIT) {
+    ClipFile* file = read->file;
+    file->has_track_line = true;
+    file->names_count = reader_token_count() - 1;
+    if (file->names_count > ANIMATION_NAME_LIMIT) {
         animation_set_error("Too many names (memory buffer over-run)");
         reader_abort();
         return;
     }
-    for (int32_t i = 0; i < read->names_count; ++i) {
-        read->slots[i] = resolve_name(read, reader_text(i + 1));
-        if (read->slots[i] == NO_SLOT) {
+    for (int32_t i = 0; i < file->names_count; ++i) {
+        file->slots[i] = resolve_name(read, reader_text(i + 1));
+        if (file->slots[i] == NO_SLOT) {
             reader_abort();
             return;
         }
     }
 }
 
+// Every clip of the tree is to end with this text.
+void fail_tree(ClipTree* tree, const char* text) {
+    tree->failed = true;
+    animation_set_error(text);
+}
+
+void claim_subclips(ClipTree* tree, int32_t count) {
+    tree->subclips += count;
+    if (tree->subclips > ANIMATION_SUBCLIP_LIMIT) fail_tree(tree, "Too many sub-clips");
+}
+
+void claim_keys(ClipTree* tree, int64_t count) {
+    *tree->keys += count;
+    if (*tree->keys > ANIMATION_KEY_LIMIT) fail_tree(tree, "Too many keys");
+}
+
 void count_line(void* context) {
     ClipRead* read = static_cast<ClipRead*>(context);
+    ClipFile* file = read->file;
     if (reader_token_equals("names", 0)) {
         read_track_line(read);
     } else if (reader_token_count() > SUBCLIP_TOKEN_LIMIT) {
-        if (read->frame_count == std::numeric_limits<int32_t>::max()) return reader_abort();
-        ++read->frame_count;
-        read->last_tokens = reader_token_count();
-        const float time = reader_float(0) + read->start;
-        if (time > read->end) read->end = time;
+        if (file->frame_count == std::numeric_limits<int32_t>::max()) return reader_abort();
+        ++file->frame_count;
+        file->last_tokens = reader_token_count();
+        file->latest = std::max(file->latest, reader_float(0));
     } else {
-        ++read->subclip_count;
-        if (++read->tree->subclips > ANIMATION_SUBCLIP_LIMIT) {
-            read->tree->failed = true;
-            animation_set_error("Too many sub-clips");
-            reader_abort();
-        }
+        ++file->subclip_count;
+        claim_subclips(read->tree, 1);
+        if (read->tree->failed) reader_abort();
     }
 }
 
 // Without a track line column i fills slot i; columns that the model has no track for are passed over.
-void number_columns(ClipRead* read) {
-    read->names_count = read->last_tokens > 0 ? (read->last_tokens - 1) / TOKENS_PER_TRACK : 0;
-    for (int32_t i = 0; i < read->names_count; ++i) read->slots[i] = i < read->slot_count ? i : NO_SLOT;
+void number_columns(ClipFile* file, int32_t slot_count) {
+    file->names_count = file->last_tokens > 0 ? (file->last_tokens - 1) / TOKENS_PER_TRACK : 0;
+    for (int32_t i = 0; i < file->names_count; ++i) file->slots[i] = i < slot_count ? i : NO_SLOT;
 }
 
 // Keys are kept for the tracks that have columns alone: a table of all slots for each frame would be as large as the
 // model times the file.
 void list_tracks(ClipRead* read) {
     std::vector<int32_t> tracks;
-    for (int32_t i = 0; i < read->names_count; ++i) {
-        if (read->slots[i] != NO_SLOT) tracks.push_back(read->slots[i]);
+    const ClipFile& file = *read->file;
+    for (int32_t i = 0; i < file.names_count; ++i) {
+        if (file.slots[i] != NO_SLOT) tracks.push_back(file.slots[i]);
     }
     std::sort(tracks.begin(), tracks.end());
     tracks.erase(std::unique(tracks.begin(), tracks.end()), tracks.end());
@@ -165,18 +202,20 @@ void list_tracks(ClipRead* read) {
         clip->track_count = static_cast<int32_t>(tracks.size());
         std::copy(tracks.begin(), tracks.end(), clip->tracks);
     }
-    for (int32_t i = 0; i < read->names_count; ++i) read->places[i] = animation_track(read->clip, read->slots[i]);
+    for (int32_t i = 0; i < file.names_count; ++i) read->places[i] = animation_track(read->clip, file.slots[i]);
 }
 
 void prepare_clip(ClipRead* read, const std::string& path, float hold) {
     AnimationClip* clip = read->clip;
+    const float latest = read->file->latest + read->start;
+    if (latest > read->end) read->end = latest;
     clip->name = str_dup(path.c_str());
     clip->start_time = read->start;
     clip->end_time = read->end;
     clip->hold_time = hold;
     clip->slot_count = read->slot_count;
-    clip->subclip_count = read->subclip_count;
-    clip->frame_count = read->frame_count;
+    clip->subclip_count = read->file->subclip_count;
+    clip->frame_count = read->file->frame_count;
     if (clip->subclip_count > 0) {
         clip->subclips =
             static_cast<AnimationClip*>(std::calloc(static_cast<size_t>(clip->subclip_count), sizeof(AnimationClip)));
@@ -212,49 +251,60 @@ AnimationKey translation_key(int32_t token) {
 // track replaces goes with the rest.
 bool fill_frame(const ClipRead* read, AnimationFrame* frame) {
     const size_t table_size = std::max<size_t>(static_cast<size_t>(read->clip->track_count), 1);
-    const size_t key_count = static_cast<size_t>(read->names_count);
+    const ClipFile& file = *read->file;
+    const size_t key_count = static_cast<size_t>(file.names_count);
     void* block = std::calloc(1, table_size * sizeof(AnimationKey*) + key_count * sizeof(AnimationKey));
     if (block == nullptr) return false;
     frame->time = reader_float(0) + read->start;
     frame->keys = static_cast<AnimationKey**>(block);
     AnimationKey* key = reinterpret_cast<AnimationKey*>(frame->keys + table_size);
-    for (int32_t column = 0; column < read->names_count; ++column) {
+    for (int32_t column = 0; column < file.names_count; ++column) {
         const int32_t place = read->places[column];
         if (place == NO_SLOT) continue;
         const int32_t token = TOKENS_PER_TRACK * column + 1;
-        *key = read->slots[column] == TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
+        *key = file.slots[column] == TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
         frame->keys[place] = key++;
     }
     return true;
 }
 
 void read_frame_line(ClipRead* read) {
+    ClipFile* file = read->file;
     // More frames than the first pass counted: the file was written to in between.
-    const bool grown = read->frame_count >= read->clip->frame_count;
-    if (grown || reader_token_count() != TOKENS_PER_TRACK * read->names_count + 1 ||
-        !fill_frame(read, &read->clip->frames[read->frame_count++])) {
-        animation_set_error("bad animation data");
+    const auto frame = static_cast<int32_t>(file->times.size());
+    if (frame >= read->clip->frame_count || reader_token_count() != TOKENS_PER_TRACK * file->names_count + 1 ||
+        !fill_frame(read, &read->clip->frames[frame])) {
+        animation_set_error(BAD_DATA);
         reader_abort();
+        return;
     }
+    file->times.push_back(reader_float(0));
 }
 
 float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float start, float hold);
 
 // The shift of the enclosing clip is not added to that of a sub-clip; intended. Its failure does not end this read.
+void read_subclip(ClipRead* read, const SubclipLine& line, AnimationClip* subclip) {
+    if (!line.file) return;
+    const float length = read_clip(read->tree, subclip, line.file->c_str(), line.time, line.hold);
+    if (line.hold == HOLD_NONE && length > read->end) read->end = length;
+}
+
+std::optional<std::string> token_text(int32_t token) {
+    const char* text = reader_text(token);
+    return text == nullptr ? std::nullopt : std::optional<std::string>(text);
+}
+
 void read_subclip_line(ClipRead* read) {
-    if (read->subclip_count >= read->clip->subclip_count) {
-        animation_set_error("bad animation data");
+    std::vector<SubclipLine>& lines = read->file->subclips;
+    if (lines.size() >= static_cast<size_t>(read->clip->subclip_count)) {
+        animation_set_error(BAD_DATA);
         reader_abort();
         return;
     }
-    AnimationClip* subclip = &read->clip->subclips[read->subclip_count++];
-    const float time = reader_float(0);
-    const char* file = reader_text(1);
     const float hold = reader_token_count() == SUBCLIP_TOKEN_LIMIT ? reader_float(2) : HOLD_NONE;
-    if (file == nullptr) return;
-    const std::string name = file;  // no accessor serves this line any more once a nested read has run
-    const float length = read_clip(read->tree, subclip, name.c_str(), time, hold);
-    if (hold == HOLD_NONE && length > read->end) read->end = length;
+    lines.push_back({reader_float(0), token_text(1), hold});
+    read_subclip(read, lines.back(), &read->clip->subclips[lines.size() - 1]);
 }
 
 void fill_line(void* context) {
@@ -281,25 +331,77 @@ std::string file_identity(const std::string& path) {
     }
 }
 
+void fill_from_file(ClipRead* read, const std::string& path) {
+    ClipFile* file = read->file;
+    file->owner = read->clip;
+    file->complete = reader_run_file(path.c_str(), COMMENT_CHARS, COMMENT_COUNT, fill_line, read) != 0;
+}
+
+// What the second pass over the file would do once more.
+void fill_from_owner(ClipRead* read) {
+    const ClipFile& file = *read->file;
+    AnimationClip* clip = read->clip;
+    clip->shares_keys = 1;
+    const auto frame_count = std::min(file.times.size(), static_cast<size_t>(clip->frame_count));
+    for (size_t i = 0; i < frame_count; ++i) {
+        clip->frames[i].time = file.times[i] + read->start;
+        clip->frames[i].keys = file.owner->frames[i].keys;
+    }
+    const auto subclip_count = std::min(file.subclips.size(), static_cast<size_t>(clip->subclip_count));
+    for (size_t i = 0; i < subclip_count && !read->tree->failed; ++i) {
+        read_subclip(read, file.subclips[i], &clip->subclips[i]);
+    }
+    if (!file.complete && !read->tree->failed) animation_set_error(BAD_DATA);
+}
+
 bool fill_clip(ClipRead* read, const std::string& path, const std::string& identity) {
-    read->frame_count = 0;
-    read->subclip_count = 0;
     read->tree->open_files.push_back(identity);
-    const int complete = reader_run_file(path.c_str(), COMMENT_CHARS, COMMENT_COUNT, fill_line, read);
+    if (read->file->owner == nullptr) {
+        fill_from_file(read, path);
+    } else {
+        fill_from_owner(read);
+    }
     read->tree->open_files.pop_back();
     animation_index_frames(read->clip);
-    return complete != 0 && !read->tree->failed;
+    return read->file->complete && !read->tree->failed;
+}
+
+// The first pass over a file, or what it came to when it was made before. False when the clip is to stay as it is.
+bool count_file(ClipRead* read, const std::string& path, const std::string& identity) {
+    ClipTree* tree = read->tree;
+    const auto known = tree->files.find(identity);
+    if (known != tree->files.end()) {
+        read->file = &known->second;
+        if (!read->file->error.empty()) {
+            animation_set_error(read->file->error.c_str());
+            return false;
+        }
+        claim_subclips(tree, read->file->subclip_count);
+        claim_keys(tree, read->file->frame_count);
+        return !tree->failed;
+    }
+    ClipFile counted;
+    read->file = &counted;
+    const int complete = reader_run_file(path.c_str(), COMMENT_CHARS, COMMENT_COUNT, count_line, read);
+    // Without a text the file is not there, which may be so for the moment, or the tree has failed as a whole.
+    if (complete == 0 && (animation_error() == nullptr || tree->failed)) return false;
+    if (complete == 0) counted.error = animation_error();
+    if (!counted.has_track_line) number_columns(&counted, read->slot_count);
+    read->file = &tree->files.emplace(identity, std::move(counted)).first->second;
+    if (complete != 0) claim_keys(tree, int64_t{read->file->frame_count} * (1 + read->file->names_count));
+    return complete != 0 && !tree->failed;
 }
 
 float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float start, float hold) {
     animation_set_error(nullptr);
-    ClipRead read{.tree = tree, .clip = clip, .start = start, .slot_count = model_slot_count(tree->model)};
+    ClipRead read{.tree = tree, .file = nullptr, .clip = clip, .start = start,
+                  .slot_count = model_slot_count(tree->model)};
     const std::string path = path_join(tree->directory.c_str(), file);
     const std::string identity = file_identity(path);
     const std::vector<std::string>& open = tree->open_files;
     if (std::find(open.begin(), open.end(), identity) != open.end()) return 0.0f;  // a clip inside itself
-    if (reader_run_file(path.c_str(), COMMENT_CHARS, COMMENT_COUNT, count_line, &read) == 0) return 0.0f;
-    if (!read.has_track_line) number_columns(&read);
+    // As deep as the table of open files lets a tree be, whether its files are read or known.
+    if (open.size() >= FILE_TABLE_SIZE || !count_file(&read, path, identity)) return 0.0f;
     prepare_clip(&read, path, hold);
     if (!fill_clip(&read, path, identity)) return 0.0f;
     if (read.end > clip->end_time) clip->end_time = read.end;
@@ -307,11 +409,17 @@ float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float sta
     return clip->end_time;
 }
 
+float read_clip_tree(Model* model, AnimationClip* clip, const char* directory, const char* file, float start,
+                     float hold, int64_t* keys) {
+    ClipTree tree{.model = model, .directory = directory, .keys = keys, .open_files = {}, .files = {}};
+    return read_clip(&tree, clip, file, start, hold);
+}
+
 void release_clip(AnimationClip* clip) {
     for (int32_t i = 0; i < clip->subclip_count; ++i) release_clip(&clip->subclips[i]);
     std::free(clip->subclips);
     str_free(clip->name);
-    for (int32_t i = 0; i < clip->frame_count; ++i) std::free(clip->frames[i].keys);
+    for (int32_t i = 0; i < clip->frame_count && !clip->shares_keys; ++i) std::free(clip->frames[i].keys);
     std::free(clip->frames);
     std::free(clip->tracks);
 }
@@ -331,11 +439,6 @@ using SceneRows = std::vector<SceneRow>;
 // Which row each row hangs on, -1 for "world".
 using RowParents = std::vector<int32_t>;
 
-std::optional<std::string> row_text(int32_t token) {
-    const char* text = reader_text(token);
-    return text == nullptr ? std::nullopt : std::optional<std::string>(text);
-}
-
 // Rows beyond the limit are passed over without a word; intended.
 void read_row(void* context) {
     SceneRows* rows = static_cast<SceneRows*>(context);
@@ -343,10 +446,10 @@ void read_row(void* context) {
     SceneRow row{.model_directory = reader_text(0), .model_file = reader_text(1), .clip_directory = {}, .clip_file = {},
                  .parent = {}, .parent_joint = {}};
     if (reader_token_count() >= 4) {
-        row.clip_directory = row_text(2);
-        row.clip_file = row_text(3);
-        row.parent = row_text(4);
-        row.parent_joint = row_text(5);
+        row.clip_directory = token_text(2);
+        row.clip_file = token_text(3);
+        row.parent = token_text(4);
+        row.parent_joint = token_text(5);
     }
     rows->push_back(std::move(row));
 }
@@ -357,10 +460,16 @@ void set_missing_clip(const SceneRow& row) {
     set_error_text("could not find animation file: " + directory + *row.clip_file);
 }
 
+// What the rows of a scene share. Neither many rows nor many files make more of it.
+struct SceneBudget {
+    ChildBudget children;
+    int64_t keys = 0;
+};
+
 // Loads the model and the clip of a row and appends them to the set. Leaves nothing behind when it fails.
-bool load_row(const SceneRow& row, AnimationSet* set) {
+bool load_row(const SceneRow& row, AnimationSet* set, SceneBudget* budget) {
     const std::string path = path_join(row.model_directory.c_str(), row.model_file.c_str());
-    Model* model = model_load(path.c_str());
+    Model* model = model_load(path.c_str(), &budget->children);
     if (model == nullptr) {
         if (load_error_get() != nullptr) animation_set_error(load_error_get());
         return false;
@@ -368,10 +477,14 @@ bool load_row(const SceneRow& row, AnimationSet* set) {
     ModelAnimation* animation = nullptr;
     if (row.clip_directory && row.clip_file) {
         animation = animation_create(model);
-        const float length = animation_read_clip(model, &animation->clip, row.clip_directory->c_str(),
-                                                 row.clip_file->c_str(), 0.0f, HOLD_NONE);
+        const float length = read_clip_tree(model, &animation->clip, row.clip_directory->c_str(),
+                                            row.clip_file->c_str(), 0.0f, HOLD_NONE, &budget->keys);
         if (length == 0.0f) {
-            set_missing_clip(row);  // replaces whatever the clip reader said; intended
+            if (budget->keys > ANIMATION_KEY_LIMIT) {
+                set_error_text("too many keys in the animation: " + *row.clip_file);
+            } else {
+                set_missing_clip(row);  // replaces whatever the clip reader said; intended
+            }
             animation_release(animation);
             model_release(model);
             return false;
@@ -430,8 +543,9 @@ bool link_rows(const SceneRows& rows, AnimationSet* set) {
 }
 
 bool load_rows(const SceneRows& rows, AnimationSet* set) {
+    SceneBudget budget;
     for (const SceneRow& row : rows) {
-        if (!load_row(row, set)) return false;
+        if (!load_row(row, set, &budget)) return false;
     }
     return link_rows(rows, set);
 }
@@ -480,8 +594,8 @@ int animation_release(ModelAnimation* animation) {
 float animation_read_clip(Model* model, AnimationClip* clip, const char* directory, const char* file, float start,
                           float hold) {
     if (model == nullptr || clip == nullptr || directory == nullptr || file == nullptr) return 0.0f;
-    ClipTree tree{.model = model, .directory = directory, .open_files = {}};
-    return read_clip(&tree, clip, file, start, hold);
+    int64_t keys = 0;
+    return read_clip_tree(model, clip, directory, file, start, hold, &keys);
 }
 
 AnimationClip* animation_clip(ModelAnimation* animation) {

@@ -11,6 +11,10 @@ struct Model;
 inline constexpr int ANIMATION_ROW_LIMIT = 24;
 inline constexpr int ANIMATION_NAME_LIMIT = 128;
 inline constexpr int ANIMATION_SUBCLIP_LIMIT = 4096;  // in a whole tree of clips
+
+// Keys of all rows of a scene list: the columns of each frame line, counted once for each file and row, and one more for
+// each frame of each clip that is made of the file.
+inline constexpr int64_t ANIMATION_KEY_LIMIT = int64_t{1} << 24;
 inline constexpr float HOLD_NONE = -1.0f;
 
 // Slot 0: x, y, z of a translation and 1.0. Any other slot: a quaternion.
@@ -37,6 +41,7 @@ struct AnimationClip {
     int32_t slot_count;       // tracks that a sample may ask for: 0 to slot_count - 1
     int32_t track_count;      // tracks that the file has columns for
     int32_t* tracks;          // their slots, rising, up to slot_count; null when there are none
+    int32_t shares_keys;      // 1: the keys belong to another clip of the same tree, which was read from the same file
 };
 
 struct ModelAnimation {

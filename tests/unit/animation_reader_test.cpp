@@ -579,6 +579,116 @@ TEST_F(Clip, TreeThatMultipliesFailsSoon) {
     EXPECT_EQ(read("0.0 c1\n2.0 1 1 1\n"), 0.0f);
 }
 
+// A file that is pulled in more than once.
+
+TEST_F(Clip, SubclipsOfOneFileShareItsKeysAndHaveTheirOwnTimes) {
+    dir.write("sub", "names hip\n0.0 10 0 0\n1.5 20 0 0\n");
+    EXPECT_EQ(read("1.0 sub\n0.25 ./sub\n2.0 sub 2.5\n"), 2.5f);
+    ASSERT_EQ(clip->subclip_count, 3);
+    const AnimationClip* first = &clip->subclips[0];
+    const AnimationClip* second = &clip->subclips[1];
+    EXPECT_EQ(first->frames[1].keys, second->frames[1].keys);
+    EXPECT_EQ(first->frames[1].keys, clip->subclips[2].frames[1].keys);
+    EXPECT_EQ(first->frames[1].time, 2.5f);
+    EXPECT_EQ(second->frames[0].time, 0.25f);
+    EXPECT_EQ(second->frames[1].time, 1.75f);
+    EXPECT_EQ(second->frames[1].latest, 1.75f);
+    EXPECT_EQ(second->end_time, 1.75f);
+    EXPECT_EQ(second->track_count, 1);
+    EXPECT_EQ(std::string(second->name), dir.path() + "/./sub");
+    EXPECT_EQ(clip->subclips[2].hold_time, 2.5f);
+    Mat4 out{};
+    EXPECT_EQ(animation_sample(1.75f, &clip->subclips[1], JOINTS, &out), 1);
+    EXPECT_NEAR(out.m[9], std::sin(20.0 / 180.0 * std::numbers::pi), 1e-5);
+}
+
+TEST_F(Clip, SharedFileThatFailsHalfWayFailsAlikeEachTime) {
+    dir.write("leaf", "1.0 1 1 1\n");
+    dir.write("sub", "names hip\n0.0 10 0 0\n7.0 leaf\n2.0 30 0 0 0\n3.0 leaf\n");
+    EXPECT_EQ(read("names translate\n9.0 1 1 1\n0.0 sub\n1.0 sub\n"), 9.0f);
+    EXPECT_EQ(error(), "bad animation data");
+    for (const int i : {0, 1}) {
+        const AnimationClip& sub = clip->subclips[i];
+        EXPECT_EQ(sub.frame_count, 2);
+        EXPECT_NE(sub.frames[0].keys, nullptr);
+        EXPECT_EQ(sub.frames[1].keys, nullptr);
+        EXPECT_EQ(sub.end_time, 2.0f + static_cast<float>(i));
+        ASSERT_EQ(sub.subclip_count, 2);
+        EXPECT_EQ(sub.subclips[0].end_time, 8.0f);
+        EXPECT_EQ(sub.subclips[1].name, nullptr);
+    }
+}
+
+TEST_F(Clip, SharedFileWithABadNameFailsAlikeEachTime) {
+    dir.write("sub", "names nobody\n1.0 1 1 1\n");
+    EXPECT_EQ(read("names translate\n2.0 1 1 1\n0.0 sub\n1.0 sub\n"), 2.0f);
+    EXPECT_EQ(error(), "Invalid animation name");
+    EXPECT_EQ(clip->subclips[0].name, nullptr);
+    EXPECT_EQ(clip->subclips[1].name, nullptr);
+}
+
+// What a shared file pulls in depends on where it stands.
+TEST_F(Clip, SharedFileIsAsDeepAsItsPlaceAllows) {
+    dir.write("leaf", "1.0 1 1 1\n");
+    dir.write("pair", "0.0 leaf\n1.0 1 1 1\n");
+    dir.write("c3", "0.0 pair\n1.0 1 1 1\n");
+    dir.write("c2", "0.0 c3\n1.0 1 1 1\n");
+    dir.write("c1", "0.0 c2\n1.0 1 1 1\n");
+    const auto pair_below_c1 = [](const AnimationClip& c1) -> const AnimationClip& {
+        return c1.subclips[0].subclips[0].subclips[0];
+    };
+    for (const bool deep_first : {true, false}) {
+        EXPECT_EQ(read(deep_first ? "0.0 c1\n0.0 pair\n2.0 1 1 1\n" : "0.0 pair\n0.0 c1\n2.0 1 1 1\n"), 2.0f);
+        const AnimationClip& deep = pair_below_c1(clip->subclips[deep_first ? 0 : 1]);
+        const AnimationClip& shallow = clip->subclips[deep_first ? 1 : 0];
+        EXPECT_EQ(deep.end_time, 1.0f);
+        EXPECT_EQ(deep.subclips[0].name, nullptr) << "the sixth open file";
+        EXPECT_NE(shallow.subclips[0].name, nullptr);
+        EXPECT_EQ(shallow.subclips[0].end_time, 1.0f);
+    }
+}
+
+TEST_F(Clip, SubclipsOfSharedFilesAreCountedInTheWholeTree) {
+    dir.write("sub", "1.0 1 1 1\n");
+    dir.write("third", repeated("0.0 sub\n", 1364));
+    EXPECT_EQ(read("0.0 third\n0.0 third\n0.0 third\n5.0 1 1 1\n"), 5.0f);
+    dir.write("third", repeated("0.0 sub\n", 1365));
+    EXPECT_EQ(read("0.0 third\n0.0 third\n0.0 third\n5.0 1 1 1\n"), 0.0f);
+    EXPECT_EQ(error(), "Too many sub-clips");
+}
+
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__)
+TEST_F(Clip, KeysOfOneFileAreHeldOnceHoweverOftenItIsPulledIn) {
+    constexpr int FRAMES = 1000;
+    constexpr size_t COLUMNS = 80;
+    std::string sub = "names" + repeated(" hip", COLUMNS) + "\n";
+    for (int i = 0; i < FRAMES; ++i) sub += std::to_string(i) + repeated(" 0 0 0", COLUMNS) + "\n";
+    dir.write("sub", sub);
+    const auto bytes_of = [&](int subclips) {
+        animation_release(animation);
+        animation = animation_create(model);
+        clip = animation_clip(animation);
+        dir.write("main", repeated("0.0 sub\n", subclips));
+        const struct mallinfo2 before = mallinfo2();
+        EXPECT_EQ(animation_read_clip(model, clip, dir.path().c_str(), "main", 0.0f, HOLD_NONE), FRAMES - 1.0f);
+        const struct mallinfo2 after = mallinfo2();
+        return after.uordblks + after.hblkhd - before.uordblks - before.hblkhd;
+    };
+    const size_t once = bytes_of(1);
+    EXPECT_GT(once, FRAMES * COLUMNS * sizeof(AnimationKey));
+    EXPECT_LT(bytes_of(200) - once, 199 * (FRAMES * sizeof(AnimationFrame) + 1024));
+}
+#endif
+
+#ifdef __linux__
+TEST_F(Clip, FileThatIsPulledInOftenIsReadOnce) {
+    growth = {dir.write("sub", "0.0 1 1 1\n1.0 2 2 2\n"), "", 0};
+    EXPECT_EQ(read(repeated("0.0 sub\n", 50)), 1.0f);
+    EXPECT_EQ(growth.opens, 2) << "once for each pass";
+    growth = {};
+}
+#endif
+
 #ifdef __linux__
 class GrowingClip : public Clip {
 protected:
@@ -822,6 +932,20 @@ TEST_F(SceneList, QuotedTokensMayHoldBlanks) {
 TEST_F(SceneList, LengthOfTheSceneIsThatOfItsLongestClip) {
     ASSERT_NE(load(row("body.mod", "wave", "world") + row("arm.mod", "walk", "world")), nullptr);
     EXPECT_EQ(set->duration, 5.0f);
+}
+
+// 20,000 frames in each of 500 clips are ten of the sixteen million keys that a scene may have.
+TEST_F(SceneList, RowsTogetherHaveALimitOfKeys) {
+    std::string sub;
+    for (int i = 0; i < 20000; ++i) sub += std::to_string(i) + " 1 1 1\n";
+    dir.write("clips/sub", sub);
+    std::string many;
+    for (int i = 0; i < 500; ++i) many += "0.0 sub\n";
+    dir.write("clips/many", many);
+    EXPECT_NE(load(row("body.mod", "many", "world")), nullptr) << error();
+    expect_failure(row("body.mod", "many", "world") + row("arm.mod", "many", "world"),
+                   "too many keys in the animation: many");
+    EXPECT_NE(load(row("body.mod", "walk", "world")), nullptr) << error();
 }
 
 TEST_F(SceneList, SubclipsComeFromTheClipDirectoryOfTheRow) {
