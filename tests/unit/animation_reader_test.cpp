@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "formats/model_reader.h"
+#include "foundation/file_access.h"
 #include "motion/animation_sample.h"
 #include "scene/model.h"
 #include "support/temp_dir.h"
@@ -595,7 +596,7 @@ TEST_F(Clip, SubclipsOfOneFileShareItsKeysAndHaveTheirOwnTimes) {
     EXPECT_EQ(second->frames[1].latest, 1.75f);
     EXPECT_EQ(second->end_time, 1.75f);
     EXPECT_EQ(second->track_count, 1);
-    EXPECT_EQ(std::string(second->name), dir.path() + "/./sub");
+    EXPECT_EQ(std::string(second->name), dir.path() + PATH_SEPARATOR + "./sub");
     EXPECT_EQ(clip->subclips[2].hold_time, 2.5f);
     Mat4 out{};
     EXPECT_EQ(animation_sample(1.75f, &clip->subclips[1], JOINTS, &out), 1);
