@@ -27,7 +27,8 @@ bool is_control(char32_t c) {
 size_t take_character(const std::string& text, size_t place, char32_t* code) {
     constexpr char32_t SMALLEST[] = {0, 0, 0x80, 0x800, 0x10000};  // that a character of so many bytes may stand for
     const auto first = static_cast<unsigned char>(text[place]);
-    const size_t size = first < 0x80 ? 1 : first < 0xC0 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 0;
+    const size_t longer = first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 0;
+    const size_t size = first < 0x80 ? 1 : first < 0xC0 ? 0 : longer;
     if (size == 0 || place + size > text.size()) {
         return 0;
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <sstream>
 #include <string>
@@ -82,7 +83,7 @@ TEST_F(CheckAndLoad, AByteOrderMarkCountsAtTheStartOfTheFileAlone) {
 // Puts in what readers disagree on.
 std::string mutated(std::string text, std::mt19937& random) {
     static const std::string PIECES[] = {"\r",  "\r\n", "\n",     "\xEF\xBB\xBF", "\"",  "\"\"", "\t", " ",  "#",   "-",
-                                         "1.5", "99",   "points", "none",         "\x80", ".",   "0",  "\n1", "\n#", "x"};
+                                         "1.5", "99",   "points", "none",         "\x80", ".",   "0",  "\n1", "\n#"};
     const auto below = [&](size_t limit) { return limit == 0 ? 0 : random() % limit; };
     for (size_t change = 1 + below(4); change > 0; --change) {
         const size_t place = below(text.size() + 1);

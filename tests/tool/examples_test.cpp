@@ -1,11 +1,13 @@
 // Every example that the program and its documents give is run, on the models that come along, to its end.
 //
-// The examples are found in the texts: lines that begin with "pelt-model", in the help alone or behind "Example:", in
-// the documents between lines of "```". "# status N" behind one says that it ends so, else it ends with 0; && joins two.
+// The examples are found in the texts: lines that begin with "pelt-model", in the help alone or behind "Example:",
+// in the documents between lines of "```". "# status N" behind one says that it ends so, else it ends with 0; && joins two.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <string>
 
@@ -92,7 +94,8 @@ protected:
         Texts names;
         for (const auto& entry : fs::directory_iterator(test::path_of(dir.file(word.substr(0, star))))) {
             const std::string name = word.substr(0, star) + test::name_of(entry.path().filename());
-            if (name.size() >= word.size() && name.substr(name.size() - (word.size() - star - 1)) == word.substr(star + 1)) {
+            const std::string end = word.substr(star + 1);
+            if (name.size() >= word.size() && name.substr(name.size() - end.size()) == end) {
                 names.push_back(name);
             }
         }

@@ -259,7 +259,8 @@ bool is_harmless(const std::string& text) {
     for (size_t i = 0; i < text.size(); ++i) {
         const auto byte = static_cast<unsigned char>(text[i]);
         const bool control = (byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7F;
-        const bool two_byte_control = byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\xFF');
+        const bool two_byte_control = byte == 0xC2 && next < 0xA0;
         const bool no_utf8 = byte == 0x9B || byte == 0xFF || byte == 0xC0 || byte == 0xED || byte == 0xF4;
         if (control || two_byte_control || no_utf8) {
             return false;

@@ -179,8 +179,8 @@ TEST_F(ToolFiles, LayersThatReadBackUnderOneNameAreRefused) {
 }
 
 TEST_F(ToolFiles, EachJointIsWrittenWithTheCountOfThePointsThatNameIt) {
-    // Hip owns the first point, knee the second; the blend gives hip the third; the fourth says itself that it is knee's;
-    // the last is nobody's.
+    // Hip owns the first point, knee the second; the blend gives hip the third; the fourth says itself that it is
+    // knee's; the last is nobody's.
     dir.write("j.mod", "joint hip 0 0 0 world 1\njoint knee 0 0 0 hip 1\nblend hip knee 1\n"
                        "points\n10 1 0 0\n20 2 0 0\n30 3 0 0\n40 4 0 0 0.5 knee hip\n50 5 0 0\nnormals\n10 0 0 1\n");
     dir.write("k.mod", "joint hip 0 0 0 world 7\njoint knee 0 0 0 hip 7\npoints\n10 1 0 0\n");
