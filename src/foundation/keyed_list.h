@@ -30,7 +30,6 @@ struct ListStorage {
     int32_t index_count;              // places of the index that are taken
     int32_t used;                     // slots from this one on have never been occupied
     int32_t full_words;               // every slot in this many leading words of the bitmap is occupied
-    int32_t empty_words;              // every slot in this many leading words of the bitmap is free
     int32_t first_key;                // see consecutive
     bool consecutive;                 // KEY_INT: each occupied slot s holds the key first_key + s; no index is needed
 };

@@ -150,7 +150,6 @@ bool list_storage_copy(const KeyedList* source, KeyedList* destination) {
     std::memcpy(to->occupied, from->occupied, static_cast<size_t>(word_count(source->capacity)) * sizeof(uint64_t));
     to->used = from->used;
     to->full_words = from->full_words;
-    to->empty_words = from->empty_words;
     to->first_key = from->first_key;
     to->consecutive = from->consecutive;
     return true;
@@ -165,7 +164,6 @@ int32_t list_slot_take(KeyedList* list) {
     const int32_t word = slot / LIST_WORD_SLOTS;
     storage->occupied[word] |= uint64_t{1} << (slot % LIST_WORD_SLOTS);
     storage->used = slot < storage->used ? storage->used : slot + 1;
-    storage->empty_words = word < storage->empty_words ? word : storage->empty_words;
     ++list->count;
     return slot;
 }
@@ -182,25 +180,17 @@ int32_t list_next_slot_beyond(const KeyedList* list, int32_t slot) {
     if (!list_has_storage(list)) {
         return 0;
     }
-    ListStorage* storage = list->storage;
+    const ListStorage* storage = list->storage;
     slot = slot < 0 ? 0 : slot;
     if (slot >= storage->used || list->count == 0) {
         return list->capacity;
     }
-    // A search from the front is remembered, so that emptying a list from its front stays linear.
-    const bool from_front = slot <= storage->empty_words * LIST_WORD_SLOTS;
-    int32_t word = from_front ? storage->empty_words : slot / LIST_WORD_SLOTS;
-    uint64_t bits = storage->occupied[word];
-    if (!from_front) {
-        bits &= ~uint64_t{0} << (slot % LIST_WORD_SLOTS);
-    }
+    int32_t word = slot / LIST_WORD_SLOTS;
+    uint64_t bits = storage->occupied[word] & (~uint64_t{0} << (slot % LIST_WORD_SLOTS));
     for (const int32_t words = word_count(storage->used); bits == 0; bits = storage->occupied[word]) {
         if (++word >= words) {
             return list->capacity;
         }
-    }
-    if (from_front) {
-        storage->empty_words = word;
     }
     return word * LIST_WORD_SLOTS + std::countr_zero(bits);
 }
