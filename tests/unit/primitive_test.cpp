@@ -14,6 +14,9 @@
 namespace pelt {
 namespace {
 
+// As the program starts, before any test.
+const int32_t FIRST_IDS[] = {next_triangle_id, next_polygon_id, next_line_id};
+
 class PrimitiveTest : public ::testing::Test {
 protected:
     PrimitiveTest() : model(model_create("made.mod", nullptr)) {
@@ -47,6 +50,12 @@ protected:
 
     Model* model;
 };
+
+TEST_F(PrimitiveTest, IdsStartAtOne) {
+    for (const int32_t id : FIRST_IDS) {
+        EXPECT_EQ(1, id);
+    }
+}
 
 TEST_F(PrimitiveTest, TriangleWithoutNormalsTakesItsCornersAsNormals) {
     const int32_t id = next_triangle_id;
