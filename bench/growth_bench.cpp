@@ -8,7 +8,7 @@
 
 #include "bench/report.h"
 #include "formats/model_reader.h"
-#include "formats/write_losses.h"
+#include "tools/write_losses.h"
 #include "motion/transform_state.h"
 #include "scene/model.h"
 #include "support/animation_fixture.h"

@@ -435,12 +435,12 @@ TEST_F(TriangleDraw, APointOnAnAxisOfTheScreenReflectsByItsSideAlone) {
     const Vec3 normal = {0, 0, 1};
     const Vec3 *positions[4] = {&places[0], &places[1], &places[2], &places[3]};
     const Vec3 *normals[4] = {&normal, &normal, &normal, &normal};
-    float uvs[4][2];
+    TextureCoords uvs[4];
     reflection_coords(positions, normals, uvs, 4);
     const float expected[4][2] = {{1.625f, 1.5f}, {1.375f, 1.5f}, {1.5f, 1.375f}, {1.5f, 1.625f}};
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(uvs[i][0], expected[i][0]) << i;
-        EXPECT_EQ(uvs[i][1], expected[i][1]) << i;
+        EXPECT_EQ(uvs[i].u, expected[i][0]) << i;
+        EXPECT_EQ(uvs[i].v, expected[i][1]) << i;
     }
 }
 
