@@ -6,8 +6,8 @@
 // of its text. Each time is the best of several rounds in which the candidates take turns, so that a busy machine
 // disturbs them little. A ratio over its goal makes the exit code 1.
 //
-// With an argument, "begin" or "end", it makes steps there in one clip of 10,000 frames and measures nothing, so that the
-// instructions of scene_evaluate can be counted.
+// With an argument, "begin" or "end", it makes steps there in one clip of 10,000 frames and measures nothing, so that
+// the instructions of scene_evaluate can be counted.
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -69,7 +69,7 @@ Model* make_figure(int points, Skin skin) {
 // A translation, and two turns for each joint, in every frame.
 std::string clip_text(int joints, int frames) {
     std::string text = "names translate";
-    for (int i = 0; i < joints; ++i) text.append(" ").append(joint_name(i));
+    for (int i = 0; i < joints; ++i) { text.append(" ").append(joint_name(i)); }
     for (int frame = 0; frame < frames; ++frame) {
         char words[64];
         std::snprintf(words, sizeof words, "\n%.1f %d 0 -%d", static_cast<double>(frame) * 0.1, frame, frame % 50);
@@ -119,9 +119,13 @@ struct Scene {
 // The floor: arrays, and nothing but the transforms of places and normals.
 struct Arrays {
     explicit Arrays(int points)
-        : skins(JOINTS), normal_matrices(JOINTS), joints(static_cast<size_t>(points)),
-          places(static_cast<size_t>(points)), normals(static_cast<size_t>(points)),
-          posed_places(static_cast<size_t>(points)), posed_normals(static_cast<size_t>(points)) {
+        : skins(JOINTS),
+          normal_matrices(JOINTS),
+          joints(static_cast<size_t>(points)),
+          places(static_cast<size_t>(points)),
+          normals(static_cast<size_t>(points)),
+          posed_places(static_cast<size_t>(points)),
+          posed_normals(static_cast<size_t>(points)) {
         for (size_t i = 0; i < JOINTS; ++i) {
             mat_identity(&skins[i]);
             mat_rotate(&skins[i], static_cast<float>(i), 10.0f, 20.0f);
@@ -136,7 +140,7 @@ struct Arrays {
         for (size_t i = 0; i < joints.size(); ++i) {
             mat_transform_point(&skins[joints[i]], &places[i], &posed_places[i]);
             mat_transform_point(&normal_matrices[joints[i]], &normals[i], &posed_normals[i]);
-            if (skin == Skin::ONE_JOINT) continue;
+            if (skin == Skin::ONE_JOINT) { continue; }
             const size_t other = (joints[i] + 1) % JOINTS;
             Vec3 place, normal;
             mat_transform_point(&skins[other], &places[i], &place);
@@ -163,14 +167,14 @@ double seconds_since(double start) { return bench::processor_seconds() - start; 
 // Seconds of one step.
 double time_steps(Scene* scene, int frame) {
     const double start = bench::processor_seconds();
-    for (int i = 0; i < STEPS; ++i) scene->step(frame);
+    for (int i = 0; i < STEPS; ++i) { scene->step(frame); }
     return seconds_since(start) / STEPS;
 }
 
 double time_floor(std::vector<Arrays>* figures, Skin skin) {
     const double start = bench::processor_seconds();
     for (int i = 0; i < STEPS; ++i) {
-        for (Arrays& figure : *figures) figure.pose(skin);
+        for (Arrays& figure : *figures) { figure.pose(skin); }
     }
     return seconds_since(start) / STEPS;
 }
@@ -235,7 +239,7 @@ bool measure_load(const test::TempDir& dir) {
         const float length =
             animation_read_clip(model, &animation->clip, dir.path().c_str(), "loaded", 0.0f, HOLD_NONE);
         load = std::min(load, seconds_since(start));
-        if (length <= 0.0f || animation->clip.frame_count != FRAMES) std::exit(2);
+        if (length <= 0.0f || animation->clip.frame_count != FRAMES) { std::exit(2); }
         animation_release(animation);
         const double scan_start = bench::processor_seconds();
         volatile double sum = scan(path) + scan(path);
@@ -253,11 +257,11 @@ int main(int argc, char** argv) {
     if (argc > 1) {
         Scene scene(dir, 1, Skin::ONE_JOINT, 1, LONG_FRAMES);  // hardly any points, so that the keys count
         const int first = std::strcmp(argv[1], "end") == 0 ? LONG_FRAMES - 3 : 0;
-        for (int i = 0; i < 200; ++i) scene.step(first);
+        for (int i = 0; i < 200; ++i) { scene.step(first); }
         // The figure moves by one in each frame: it is where that part of the clip puts it.
         for (const ModelState& state : list_elements<ModelState>(scene.session.model_states)) {
             const float x = state.matrix.m[3];
-            if (x > static_cast<float>(first) && x < static_cast<float>(first + 1)) return 0;
+            if (x > static_cast<float>(first) && x < static_cast<float>(first + 1)) { return 0; }
             std::fprintf(stderr, "the figure stands at %g\n", static_cast<double>(x));
         }
         return 2;

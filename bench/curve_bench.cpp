@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "bench/report.h"
-#include "surfaces/patch.h"
 #include "render/scene_draw.h"
 #include "support/drawing_scene.h"
+#include "surfaces/patch.h"
 
 namespace {
 
@@ -39,11 +39,11 @@ void add_sheet(drawing_scene::Scene& scene) {
     const auto id = [](int x, int y) { return 1 + y * (COLUMNS + 1) + x; };
     for (int y = 0; y <= rows; ++y) {
         for (int x = 0; x <= COLUMNS; ++x) {
-            const Vec3 normal = drawing_scene::unit(height(x - 1, y) - height(x + 1, y),
-                                                    height(x, y - 1) - height(x, y + 1), 2.0f);
-            Point* point = scene.add_point(id(x, y), {static_cast<float>(x), static_cast<float>(y), height(x, y)},
-                                           normal);
-            for (int i = 0; i < 3; ++i) point->gouraud[i] = static_cast<unsigned char>((x + y + i) % 256);
+            const Vec3 normal =
+                drawing_scene::unit(height(x - 1, y) - height(x + 1, y), height(x, y - 1) - height(x, y + 1), 2.0f);
+            Point* point =
+                scene.add_point(id(x, y), {static_cast<float>(x), static_cast<float>(y), height(x, y)}, normal);
+            for (int i = 0; i < 3; ++i) { point->gouraud[i] = static_cast<unsigned char>((x + y + i) % 256); }
         }
     }
     for (int y = 0; y < rows; ++y) {
@@ -66,7 +66,7 @@ std::vector<Net> nets_of(const drawing_scene::Scene& scene) {
             corners[i] = point->position;
             normals[i] = point->normal;
         }
-        for (int i = 0; i < 6; ++i) normals[4 + i] = normals[(i + 1) / 2 % 3];
+        for (int i = 0; i < 6; ++i) { normals[4 + i] = normals[(i + 1) / 2 % 3]; }
         TrianglePatch patch;
         patch_build_triangle(corners, normals, &patch);
         nets.emplace_back();
@@ -81,9 +81,9 @@ std::vector<Weights> weights_of_grid() {
     for (int row = 0; row <= PATCH_LOD_LIMIT + 1; ++row) {
         for (int i = 0; i <= PATCH_LOD_LIMIT + 1 - row; ++i) {
             const float u = static_cast<float>(i) * step, v = static_cast<float>(row) * step, w = 1.0f - u - v;
-            out.push_back({{w * w * w, 3 * w * w * v, 3 * w * w * u, 3 * w * v * v, 6 * w * u * v, 3 * w * u * u,
-                            v * v * v, 3 * u * v * v, 3 * u * u * v, u * u * u, w * w, u * u, v * v, w * u, u * v,
-                            w * v}});
+            out.push_back(
+                {{w * w * w, 3 * w * w * v, 3 * w * w * u, 3 * w * v * v, 6 * w * u * v, 3 * w * u * u, v * v * v,
+                  3 * u * v * v, 3 * u * u * v, u * u * u, w * w, u * u, v * v, w * u, u * v, w * v}});
         }
     }
     return out;

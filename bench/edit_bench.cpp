@@ -16,9 +16,9 @@
 #include <string>
 
 #include "bench/report.h"
+#include "formats/model_reader.h"
 #include "reduce/bake_mirror.h"
 #include "reduce/normals.h"
-#include "formats/model_reader.h"
 #include "scene/model.h"
 #include "support/temp_dir.h"
 
@@ -53,9 +53,7 @@ void append_sheet(std::string& places, std::string& normals, int first_id, int c
 std::string face_lines(int sheet, bool own_normals) {
     std::string faces = "triangles\n";
     for (int i = 0; i + COLUMNS + 1 < sheet; ++i) {
-        if (i % COLUMNS == COLUMNS - 1) {
-            continue;
-        }
+        if (i % COLUMNS == COLUMNS - 1) { continue; }
         if (own_normals) {
             append(faces, "0 %d %d %d\n", i + COLUMNS + 1, i + 2, i + COLUMNS + 2);
         } else {
@@ -70,12 +68,10 @@ std::string model_text(int points, Mirrored mirrored) {
     std::string places = "points\n";
     std::string normals = "normals\n";
     append_sheet(places, normals, 1, sheet, 1);
-    if (mirrored == Mirrored::THERE) {
-        append_sheet(places, normals, 1 + sheet, sheet, -1);
-    }
+    if (mirrored == Mirrored::THERE) { append_sheet(places, normals, 1 + sheet, sheet, -1); }
     return places + normals + "layer skin 127 100 80 singlesided mirror x\n" +
-           face_lines(sheet, mirrored == Mirrored::MISSING) +
-           "layer shirt 127 100 80 singlesided mirror x\n" + face_lines(sheet, true);
+           face_lines(sheet, mirrored == Mirrored::MISSING) + "layer shirt 127 100 80 singlesided mirror x\n" +
+           face_lines(sheet, true);
 }
 
 template <typename Work>

@@ -80,7 +80,7 @@ int most_frequent_query() {
     std::map<std::string, int> counts;
     int most = 0;
     for (const recording_gl::Call& call : recording_gl::calls()) {
-        if (std::strncmp(recording_gl::function_name(call.function), "glGet", 5) != 0) continue;
+        if (std::strncmp(recording_gl::function_name(call.function), "glGet", 5) != 0) { continue; }
         most = std::max(most, ++counts[recording_gl::call_text(call)]);
     }
     return most;
@@ -101,10 +101,11 @@ bool measure_reflection(unsigned char* texels) {
         scene.session.display_reflect = 0;
         without = std::min(without, time_frame());
     }
-    const bool fast = bench::row("frame with a reflection map", "the same without", with, without, "ms",
-                                 REFLECTION_GOAL);
+    const bool fast =
+        bench::row("frame with a reflection map", "the same without", with, without, "ms", REFLECTION_GOAL);
     return bench::row("queries of one state variable, reflecting", "primitives", queries, bench::TRIANGLES, "calls",
-                      QUERY_GOAL) && fast;
+                      QUERY_GOAL) &&
+           fast;
 }
 
 int pack(const char* path, unsigned char* texels) {
@@ -119,7 +120,7 @@ int pack(const char* path, unsigned char* texels) {
 
 int main(int argc, char** argv) {
     unsigned char* texels = bench::texels_at_fixed_address(bench::TEXTURE_BYTES);
-    if (argc == 3 && std::strcmp(argv[1], "--pack") == 0) return pack(argv[2], texels);
+    if (argc == 3 && std::strcmp(argv[1], "--pack") == 0) { return pack(argv[2], texels); }
     bool met = measure_replay("frame of 64,000 textured triangles", Kind::PLAIN, REPLAY_GOAL, texels);
     met = measure_replay("the same with vertex colours", Kind::GOURAUD, REPLAY_GOAL, texels) && met;
     met = measure_replay("the same, every point posed", Kind::POSED, POSED_GOAL, texels) && met;

@@ -50,17 +50,19 @@ inline pelt::Model* make_model(pelt::Session* session, Kind kind, unsigned char*
     pelt::Model* model = pelt::model_create("ring.mod", nullptr);
     add_points(model);
     if (kind == Kind::GOURAUD) {
-        for (int i = 1; i <= POINTS; ++i) pelt::model_set_gouraud(model, i, i & 255, 100, 200, 0);
+        for (int i = 1; i <= POINTS; ++i) { pelt::model_set_gouraud(model, i, i & 255, 100, 200, 0); }
     }
     if (kind == Kind::POSED) {
-        for (pelt::Point& point : pelt::list_elements<pelt::Point>(model->points)) pelt::point_state(session, &point);
+        for (pelt::Point& point : pelt::list_elements<pelt::Point>(model->points)) {
+            pelt::point_state(session, &point);
+        }
     }
     pelt::model_add_layer(model, "skin", 127, 100, 80, 1, 0, 0);
     pelt::Layer* layer = pelt::model_find_layer(model, "skin");
     auto* image = static_cast<pelt::LayerImage*>(pelt::list_add(&layer->images, 1));
     *image = pelt::LayerImage{};
     for (const int slot : {pelt::IMAGE_SLOT_BASE, pelt::IMAGE_SLOT_REFLECTION}) {
-        if (slot == pelt::IMAGE_SLOT_REFLECTION && kind != Kind::REFLECTING) continue;
+        if (slot == pelt::IMAGE_SLOT_REFLECTION && kind != Kind::REFLECTING) { continue; }
         image->width[slot] = image->height[slot] = TEXTURE_SIDE;
         image->bytes_per_pixel[slot] = 3;
         image->pixels[slot] = texels;

@@ -3,7 +3,7 @@
 
 int main() {
     const bench::GlxWindow window = bench::open_glx_window(400, 300);
-    if (window.display == nullptr) return 2;
+    if (window.display == nullptr) { return 2; }
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glXSwapBuffers(window.display, window.window);
     XSync(window.display, False);

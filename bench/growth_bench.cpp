@@ -8,11 +8,11 @@
 
 #include "bench/report.h"
 #include "formats/model_reader.h"
-#include "tools/write_losses.h"
 #include "motion/transform_state.h"
 #include "scene/model.h"
 #include "support/animation_fixture.h"
 #include "support/temp_dir.h"
+#include "tools/write_losses.h"
 
 namespace {
 
@@ -42,20 +42,20 @@ std::string joints_text(int joints) {
         text += "joint j" + std::to_string(i) + " 0 0 " + std::to_string(i) + " j" + std::to_string(i - 1) + " 1\n";
     }
     text += "points\n";
-    for (int i = 1; i <= joints; ++i) text += std::to_string(i) + " 0 0 0\n";
+    for (int i = 1; i <= joints; ++i) { text += std::to_string(i) + " 0 0 0\n"; }
     return text;
 }
 
 std::string blends_text(int blends) {
     std::string text;
-    for (int i = 0; i < BLENDED_JOINTS; ++i) text += "joint j" + std::to_string(i) + " 0 0 0 world 0\n";
+    for (int i = 0; i < BLENDED_JOINTS; ++i) { text += "joint j" + std::to_string(i) + " 0 0 0 world 0\n"; }
     for (int i = 0; i < blends; ++i) {
         const int a = i % BLENDED_JOINTS;
         const int b = (i / BLENDED_JOINTS + a + 1) % BLENDED_JOINTS;
         text += "blend j" + std::to_string(a) + " j" + std::to_string(b) + " 1\n";
     }
     text += "points\n";
-    for (int i = 1; i <= blends; ++i) text += std::to_string(i) + " 0 0 0\n";
+    for (int i = 1; i <= blends; ++i) { text += std::to_string(i) + " 0 0 0\n"; }
     return text;
 }
 
@@ -137,8 +137,9 @@ int main() {
     bool met = measure({"load and pose 200,000 joints", "half of them", HALF_GOAL}, joints, half_joints, time_pose);
     const std::string blends = dir.write("blends.mod", blends_text(BLENDS));
     const std::string half_blends = dir.write("half_blends.mod", blends_text(BLENDS / 2));
-    met = measure({"losses of a model of 60,000 blends", "half of them", HALF_GOAL}, blends, half_blends, time_losses) &&
-          met;
+    met =
+        measure({"losses of a model of 60,000 blends", "half of them", HALF_GOAL}, blends, half_blends, time_losses) &&
+        met;
     const std::string chosen = dir.write("chosen.mod", ids_text(true));
     const std::string chance = dir.write("chance.mod", ids_text(false));
     met = measure({"load 60,000 points whose ids were chosen to collide", "ids by chance", CHANCE_GOAL}, chosen, chance,

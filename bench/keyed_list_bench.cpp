@@ -49,30 +49,20 @@ Keys make_keys(int32_t n, Order order) {
 
 void fill(KeyedList* list, const Keys& keys) {
     if (keys.texts.empty()) {
-        for (int32_t key : keys.numbers) {
-            benchmark::DoNotOptimize(list_add(list, key));
-        }
+        for (int32_t key : keys.numbers) { benchmark::DoNotOptimize(list_add(list, key)); }
     }
-    for (const std::vector<char>& text : keys.texts) {
-        benchmark::DoNotOptimize(list_add(list, text.data()));
-    }
+    for (const std::vector<char>& text : keys.texts) { benchmark::DoNotOptimize(list_add(list, text.data())); }
 }
 
 void find_all(const KeyedList* list, const Keys& keys) {
     if (keys.texts.empty()) {
-        for (int32_t key : keys.numbers) {
-            benchmark::DoNotOptimize(list_find(list, key));
-        }
+        for (int32_t key : keys.numbers) { benchmark::DoNotOptimize(list_find(list, key)); }
     }
-    for (const std::vector<char>& text : keys.texts) {
-        benchmark::DoNotOptimize(list_find(list, text.data()));
-    }
+    for (const std::vector<char>& text : keys.texts) { benchmark::DoNotOptimize(list_find(list, text.data())); }
 }
 
 void remove_all(KeyedList* list, const Keys& keys) {
-    for (int32_t key : keys.numbers) {
-        benchmark::DoNotOptimize(list_remove(list, key));
-    }
+    for (int32_t key : keys.numbers) { benchmark::DoNotOptimize(list_remove(list, key)); }
 }
 
 double add_and_find(const Keys& keys, Order order) {

@@ -99,7 +99,7 @@ double floor_pass(const std::string& path) {
             const char* end = at;
             const bool number = *at == '-' || (*at >= '0' && *at <= '9');
             bool whole = true;
-            for (; *end != ' ' && *end != '\n' && *end != '\0'; ++end) whole = whole && *end != '.';
+            for (; *end != ' ' && *end != '\n' && *end != '\0'; ++end) { whole = whole && *end != '.'; }
             if (number && whole) {
                 int value = 0;
                 std::from_chars(at, end, value);
@@ -172,8 +172,8 @@ bool measure(const pelt::test::TempDir& dir, const Names& names, Corners corners
         time_half = std::min(time_half, time_load(half));
         base = std::min(base, time_floor(whole, texture));
     }
-    const bool near_floor = bench::row(names.floor, "read, cut, convert; texture bytes", time * 1e3, base * 1e3, "ms",
-                                       FLOOR_GOAL);
+    const bool near_floor =
+        bench::row(names.floor, "read, cut, convert; texture bytes", time * 1e3, base * 1e3, "ms", FLOOR_GOAL);
     return bench::row(names.half, "half the size", time * 1e3, time_half * 1e3, "ms", HALF_GOAL) && near_floor;
 }
 

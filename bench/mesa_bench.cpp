@@ -21,7 +21,7 @@ size_t drawn_pixels() {
     glReadBuffer(GL_BACK);
     glReadPixels(0, 0, bench::WIDTH, bench::HEIGHT, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
     size_t count = 0;
-    for (size_t i = 0; i < bytes.size(); i += 4) count += (bytes[i] | bytes[i + 1] | bytes[i + 2]) != 0 ? 1 : 0;
+    for (size_t i = 0; i < bytes.size(); i += 4) { count += (bytes[i] | bytes[i + 1] | bytes[i + 2]) != 0 ? 1 : 0; }
     return count;
 }
 

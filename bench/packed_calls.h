@@ -19,13 +19,13 @@ inline unsigned char* texels_at_fixed_address(size_t size) {
         std::exit(2);
     }
     auto* texels = static_cast<unsigned char*>(block);
-    for (size_t i = 0; i < size; ++i) texels[i] = static_cast<unsigned char>(i % 251);
+    for (size_t i = 0; i < size; ++i) { texels[i] = static_cast<unsigned char>(i % 251); }
     return texels;
 }
 
 inline bool write_calls(const char* path, const recording_gl::Packed& calls) {
     FILE* file = std::fopen(path, "wb");
-    if (file == nullptr) return false;
+    if (file == nullptr) { return false; }
     const size_t written = std::fwrite(calls.data(), sizeof calls[0], calls.size(), file);
     return std::fclose(file) == 0 && written == calls.size();
 }
@@ -33,7 +33,7 @@ inline bool write_calls(const char* path, const recording_gl::Packed& calls) {
 inline recording_gl::Packed read_calls(const char* path) {
     recording_gl::Packed calls;
     FILE* file = std::fopen(path, "rb");
-    if (file == nullptr) return calls;
+    if (file == nullptr) { return calls; }
     uint32_t words[4096];
     for (size_t count; (count = std::fread(words, sizeof words[0], 4096, file)) > 0;) {
         calls.insert(calls.end(), words, words + count);

@@ -31,9 +31,11 @@ void append(std::string& text, const char* format, auto... values) {
 std::string model_text(int triangles) {
     const int points = triangles / 2;
     std::string text = "points\n";
-    for (int i = 0; i < points; ++i) append(text, "%d %d %d %d\n", i + 1, i % COLUMNS * 10, i / COLUMNS * 10, i % 7);
+    for (int i = 0; i < points; ++i) {
+        append(text, "%d %d %d %d\n", i + 1, i % COLUMNS * 10, i / COLUMNS * 10, i % 7);
+    }
     text += "normals\n";
-    for (int i = 0; i < points; ++i) append(text, "%d 0.6 0.0 0.8\n", i + 1);
+    for (int i = 0; i < points; ++i) { append(text, "%d 0.6 0.0 0.8\n", i + 1); }
     text += "layer skin 127 100 80 singlesided\ntriangles\n";
     for (int i = 0; i < points; ++i) {
         const int corners[4] = {i, (i + 1) % points, (i + COLUMNS) % points, (i + COLUMNS + 1) % points};
@@ -79,5 +81,7 @@ int main() {
         time_few = std::min(time_few, time_scene(few));
     }
     return bench::row("load 1,000 models of 500 triangles", "as many triangles in 16 models", time_many, time_few, "ms",
-                      GOAL) ? 0 : 1;
+                      GOAL)
+               ? 0
+               : 1;
 }

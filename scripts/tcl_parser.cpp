@@ -14,17 +14,11 @@
 
 namespace {
 
-int line_of(const char* text, const char* place) {
-    return static_cast<int>(std::count(text, place, '\n'));
-}
+int line_of(const char* text, const char* place) { return static_cast<int>(std::count(text, place, '\n')); }
 
-Tcl_Obj* text_of(const char* start, int length) {
-    return Tcl_NewStringObj(start, length);
-}
+Tcl_Obj* text_of(const char* start, int length) { return Tcl_NewStringObj(start, length); }
 
-void append(Tcl_Obj* list, Tcl_Obj* element) {
-    Tcl_ListObjAppendElement(nullptr, list, element);
-}
+void append(Tcl_Obj* list, Tcl_Obj* element) { Tcl_ListObjAppendElement(nullptr, list, element); }
 
 Tcl_Obj* reference(const char* kind, Tcl_Obj* text, int line) {
     Tcl_Obj* words[] = {Tcl_NewStringObj(kind, -1), text, Tcl_NewIntObj(line)};
@@ -108,9 +102,7 @@ int parse_expr(ClientData, Tcl_Interp* interp, int count, Tcl_Obj* const words[]
     int length = 0;
     const char* text = Tcl_GetStringFromObj(words[1], &length);
     Tcl_Parse parse;
-    if (Tcl_ParseExpr(interp, text, length, &parse) != TCL_OK) {
-        return refuse(interp, text, text);
-    }
+    if (Tcl_ParseExpr(interp, text, length, &parse) != TCL_OK) { return refuse(interp, text, text); }
     Tcl_SetObjResult(interp, references(text, parse.tokenPtr, parse.numTokens));
     Tcl_FreeParse(&parse);
     return TCL_OK;
@@ -119,9 +111,7 @@ int parse_expr(ClientData, Tcl_Interp* interp, int count, Tcl_Obj* const words[]
 }  // namespace
 
 extern "C" int Tclparser_Init(Tcl_Interp* interp) {
-    if (Tcl_InitStubs(interp, "8.6", 0) == nullptr) {
-        return TCL_ERROR;
-    }
+    if (Tcl_InitStubs(interp, "8.6", 0) == nullptr) { return TCL_ERROR; }
     Tcl_CreateObjCommand(interp, "parse_script", parse_script, nullptr, nullptr);
     Tcl_CreateObjCommand(interp, "parse_expr", parse_expr, nullptr, nullptr);
     return TCL_OK;

@@ -28,9 +28,7 @@ int check_one(const CheckOptions& options, const std::string& file) {
         print_report(problem_text(problem));
         ++printed;
     }
-    if (problems.empty() && !options.quiet) {
-        print_line(file + ": good");
-    }
+    if (problems.empty() && !options.quiet) { print_line(file + ": good"); }
     return problems.empty() ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
 

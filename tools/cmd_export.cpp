@@ -21,18 +21,14 @@ bool is_numbered_from_one(const Model* model) {
     int32_t number = 0;
     const ListElements<Point> points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
-        if (point.int_key() != ++number) {
-            return false;
-        }
+        if (point.int_key() != ++number) { return false; }
     }
     return true;
 }
 
 bool has_polygons(const Model* model) {
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        if (list_count(&layer.polygons) > 0) {
-            return true;
-        }
+        if (list_count(&layer.polygons) > 0) { return true; }
     }
     return false;
 }
@@ -42,16 +38,15 @@ void warn(const Model* model, const std::string& input) {
         print_warning(input, "child models are not exported; flatten the model first");
     }
     if (has_polygons(model) && !is_numbered_from_one(model)) {
-        print_warning(input, "polygons name points by their ids, which here are not the numbers of their lines; "
-                             "flatten the model first");
+        print_warning(input,
+                      "polygons name points by their ids, which here are not the numbers of their lines; "
+                      "flatten the model first");
     }
 }
 
 int run_export(const ExportOptions& options) {
     const ModelOwner model = load_model(options.input);
-    if (model == nullptr) {
-        return STATUS_BAD_MODEL;
-    }
+    if (model == nullptr) { return STATUS_BAD_MODEL; }
     warn(model.get(), options.input);
     const std::string name = file_part(options.output);
     const bool written = write_replacing(options.output, model_write_obj_text(model.get(), name.c_str()));

@@ -9,14 +9,14 @@
 
 #include "commands.h"
 #include "console.h"
-#include "reduce/bake_mirror.h"
-#include "reduce/flatten.h"
-#include "reduce/flatten_limits.h"
-#include "reduce/tessellate.h"
 #include "formats/texture_map.h"
 #include "foundation/key_hash.h"
 #include "foundation/load_error.h"
 #include "model_files.h"
+#include "reduce/bake_mirror.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
+#include "reduce/tessellate.h"
 
 namespace pelt::tool {
 
@@ -46,9 +46,7 @@ void order_points_by_joint(Model* model) {
     std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.rank < b.rank; });
     KeyedList ordered{};
     list_init(&ordered, sizeof(Point), KEY_INT);
-    for (const Place& place : places) {
-        *static_cast<Point*>(list_add(&ordered, place.id)) = *place.point;
-    }
+    for (const Place& place : places) { *static_cast<Point*>(list_add(&ordered, place.id)) = *place.point; }
     list_free(&model->points);
     model->points = ordered;
 }
@@ -59,9 +57,7 @@ NewNumbers new_numbers(const Model* model) {
     NewNumbers numbers;
     int32_t number = 0;
     const ListElements<Point> points = list_elements<Point>(model->points);
-    for (auto point = points.begin(); point != points.end(); ++point) {
-        numbers[point.int_key()] = ++number;
-    }
+    for (auto point = points.begin(); point != points.end(); ++point) { numbers[point.int_key()] = ++number; }
     return numbers;
 }
 
@@ -81,9 +77,7 @@ void renumber_lines_and_uvees(Model* model, const NewNumbers& numbers) {
         list_init(&uvees, sizeof(Uvee), KEY_INT);
         for (const Uvee& old : list_elements<Uvee>(layer.uvees)) {
             const int32_t number = number_of(numbers, old.point);
-            if (number > 0) {
-                *static_cast<Uvee*>(list_add(&uvees, number)) = Uvee{number, old.u, old.v};
-            }
+            if (number > 0) { *static_cast<Uvee*>(list_add(&uvees, number)) = Uvee{number, old.u, old.v}; }
         }
         list_free(&layer.uvees);
         layer.uvees = uvees;
@@ -96,9 +90,7 @@ int renumber(Model* model) {
     }
     order_points_by_joint(model);
     const NewNumbers numbers = new_numbers(model);
-    if (!model_renumber_points(model)) {
-        return 0;
-    }
+    if (!model_renumber_points(model)) { return 0; }
     renumber_lines_and_uvees(model, numbers);
     return 1;
 }
@@ -121,12 +113,8 @@ int bake_children(const Model* model) {
 
 // Merged layers bring their texture coordinates as uvees; the map takes them to the corners, where later steps look.
 int flatten(Model* model) {
-    if (!bake_children(model) || !model_flatten(model)) {
-        return 0;
-    }
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        layer_map_uvees(model, layer.name);
-    }
+    if (!bake_children(model) || !model_flatten(model)) { return 0; }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { layer_map_uvees(model, layer.name); }
     return 1;
 }
 
@@ -137,9 +125,12 @@ struct Step {
 };
 
 constexpr Step STEPS[] = {
-    {"mirror", model_bake_mirror, true},        {"tessellate", tessellate, true},
-    {"triangulate", model_triangulate, false},  {"flatten", flatten, true},
-    {"split-normals", model_split_normals, true}, {"uvees", model_store_uvees, true},
+    {"mirror", model_bake_mirror, true},
+    {"tessellate", tessellate, true},
+    {"triangulate", model_triangulate, false},
+    {"flatten", flatten, true},
+    {"split-normals", model_split_normals, true},
+    {"uvees", model_store_uvees, true},
     {"renumber", renumber, true},
 };
 
@@ -152,15 +143,11 @@ struct FlattenOptions {
 std::vector<const Step*> chosen_steps(const FlattenOptions& options) {
     std::vector<const Step*> chosen;
     for (const Step& step : STEPS) {
-        if (options.only.empty() && step.in_pipeline) {
-            chosen.push_back(&step);
-        }
+        if (options.only.empty() && step.in_pipeline) { chosen.push_back(&step); }
     }
     for (const std::string& name : options.only) {
         for (const Step& step : STEPS) {
-            if (name == step.name) {
-                chosen.push_back(&step);
-            }
+            if (name == step.name) { chosen.push_back(&step); }
         }
     }
     return chosen;
@@ -168,25 +155,17 @@ std::vector<const Step*> chosen_steps(const FlattenOptions& options) {
 
 bool has_lines(const Model* model) {
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        if (list_count(&layer.lines) > 0) {
-            return true;
-        }
+        if (list_count(&layer.lines) > 0) { return true; }
     }
     return false;
 }
 
 void warn_of_children(const Model* model, const std::string& input) {
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (link.model == nullptr) {
-            continue;
-        }
+        if (link.model == nullptr) { continue; }
         const std::string name = std::string("child ") + link.name + ": ";
-        if (list_count(&link.model->joints) > 0) {
-            print_warning(input, name + "its joints are not carried over");
-        }
-        if (has_lines(link.model)) {
-            print_warning(input, name + "its lines are not carried over");
-        }
+        if (list_count(&link.model->joints) > 0) { print_warning(input, name + "its joints are not carried over"); }
+        if (has_lines(link.model)) { print_warning(input, name + "its lines are not carried over"); }
         warn_of_children(link.model, input);
     }
 }
@@ -195,23 +174,19 @@ bool ids_fit(const Model* model) { return model_highest_point(model) <= POINT_ID
 
 int run_flatten(const FlattenOptions& options) {
     const ModelOwner model = load_model(options.input);
-    if (model == nullptr) {
-        return STATUS_BAD_MODEL;
-    }
+    if (model == nullptr) { return STATUS_BAD_MODEL; }
     const bool has_children = list_count(&model->children) > 0;
     if (!ids_fit(model.get())) {
         print_report(options.input + ": point ids above " + std::to_string(POINT_ID_LIMIT) + "; nothing is written");
         return STATUS_BAD_MODEL;
     }
     for (const Step* step : chosen_steps(options)) {
-        if (has_children && step->run == flatten) {
-            warn_of_children(model.get(), options.input);
-        }
+        if (has_children && step->run == flatten) { warn_of_children(model.get(), options.input); }
         load_error_set(nullptr);
         if (!step->run(model.get()) || !ids_fit(model.get())) {
             const char* reason = load_error_get();
-            print_report(options.input + ": " + step->name + ": " +
-                         (reason != nullptr ? reason : "the step failed") + "; nothing is written");
+            print_report(options.input + ": " + step->name + ": " + (reason != nullptr ? reason : "the step failed") +
+                         "; nothing is written");
             return STATUS_BAD_MODEL;
         }
     }
@@ -226,9 +201,7 @@ void add_flatten(CLI::App& program, int* status) {
     command->add_option("IN", options->input, "model file (.mod)")->required();
     add_model_output(command, &options->output);
     std::vector<std::string> names;
-    for (const Step& step : STEPS) {
-        names.emplace_back(step.name);
-    }
+    for (const Step& step : STEPS) { names.emplace_back(step.name); }
     command->add_option("--only", options->only, "run these steps alone, in the order given")
         ->delimiter(',')
         ->allow_extra_args(false)  // the word behind the steps is the model

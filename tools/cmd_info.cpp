@@ -31,9 +31,7 @@ LayerCounts count_layer(const Layer& layer) {
     LayerCounts counts;
     for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         ++(triangle.quad ? counts.quads : counts.triangles);
-        if (triangle.curve_type != 0) {
-            ++counts.curved[triangle.curve_type];
-        }
+        if (triangle.curve_type != 0) { ++counts.curved[triangle.curve_type]; }
     }
     return counts;
 }
@@ -49,9 +47,7 @@ Json json_of(const Vec3& place) { return Json::array({place.x, place.y, place.z}
 
 Json json_of_image(const Layer& layer, int slot) {
     const char* name = image_name(layer, slot);
-    if (name[0] == '\0') {
-        return nullptr;
-    }
+    if (name[0] == '\0') { return nullptr; }
     const LayerImage* image = layer_first_image(&layer);
     return Json{{"file", name}, {"width", image->width[slot]}, {"height", image->height[slot]}};
 }
@@ -59,9 +55,7 @@ Json json_of_image(const Layer& layer, int slot) {
 Json json_of(const Layer& layer) {
     const LayerCounts counts = count_layer(layer);
     Json curved = Json::object();
-    for (const auto& [type, count] : counts.curved) {
-        curved[std::to_string(type)] = count;
-    }
+    for (const auto& [type, count] : counts.curved) { curved[std::to_string(type)] = count; }
     Json json;
     json["name"] = layer.name;
     json["colour"] = layer.colour;
@@ -109,9 +103,7 @@ Json json_of(const Model& model) {
     json["has_colours"] = model.has_gouraud != 0;
     json["box"] = Json{{"min", json_of(model.bounds_min)}, {"max", json_of(model.bounds_max)}};
     json["layers"] = Json::array();
-    for (const Layer& layer : list_elements<Layer>(model.layers)) {
-        json["layers"].push_back(json_of(layer));
-    }
+    for (const Layer& layer : list_elements<Layer>(model.layers)) { json["layers"].push_back(json_of(layer)); }
     json["children"] = Json::array();
     for (const ChildLink& link : list_elements<ChildLink>(model.children)) {
         json["children"].push_back(json_of(link));
@@ -143,9 +135,7 @@ size_t width_of(const std::string& text) {
 
 // The first column and those of texts stand to the left, numbers to the right.
 void print_table(const std::string& indent, std::vector<Row> rows, size_t first_number, size_t last_number) {
-    if (rows.size() < 2) {
-        return;
-    }
+    if (rows.size() < 2) { return; }
     std::vector<size_t> widths(rows.front().size(), 0);
     for (Row& row : rows) {
         for (size_t column = 0; column < row.size(); ++column) {
@@ -178,9 +168,7 @@ std::string images_text(const Layer& layer) {
     std::string text;
     for (int slot = 0; slot < LAYER_IMAGE_SLOTS; ++slot) {
         const char* name = image_name(layer, slot);
-        if (name[0] != '\0') {
-            text += (text.empty() ? "" : " ") + std::string(PREFIXES[slot]) + name;
-        }
+        if (name[0] != '\0') { text += (text.empty() ? "" : " ") + std::string(PREFIXES[slot]) + name; }
     }
     return text.empty() ? "-" : text;
 }
@@ -217,9 +205,7 @@ void print_model(const Model& model, const std::string& indent) {
     for (const ChildLink& link : list_elements<ChildLink>(model.children)) {
         print_line(indent + "child " + link.name + " at " + number(link.position) + ", scale " + number(link.scale) +
                    ", rotation " + link.rotate[0] + " " + link.rotate[1] + " " + link.rotate[2]);
-        if (link.model != nullptr) {
-            print_model(*link.model, indent + "  ");
-        }
+        if (link.model != nullptr) { print_model(*link.model, indent + "  "); }
     }
 }
 

@@ -2,8 +2,8 @@
 #include <memory>
 
 #include "commands.h"
-#include "reduce/normals.h"
 #include "model_files.h"
+#include "reduce/normals.h"
 
 namespace pelt::tool {
 
@@ -17,13 +17,9 @@ struct NormalsOptions {
 
 int run_normals(const NormalsOptions& options) {
     const ModelOwner model = load_model(options.input);
-    if (model == nullptr) {
-        return STATUS_BAD_MODEL;
-    }
+    if (model == nullptr) { return STATUS_BAD_MODEL; }
     model_rebuild_finite_normals(model.get());
-    if (options.curved) {
-        model_make_curved(model.get());
-    }
+    if (options.curved) { model_make_curved(model.get()); }
     return save_model(model.get(), options.input, options.output);
 }
 

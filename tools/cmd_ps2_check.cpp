@@ -14,9 +14,7 @@ namespace {
 // While one model is loaded, the registry holds its images and those of its children, and no others.
 int check_images(const std::string& file) {
     const ModelOwner model = load_model(file);
-    if (model == nullptr) {
-        return STATUS_BAD_MODEL;
-    }
+    if (model == nullptr) { return STATUS_BAD_MODEL; }
     int images = 0;
     int bad = 0;
     for (const ImageData& image : list_elements<ImageData>(*image_registry())) {
@@ -27,9 +25,7 @@ int check_images(const std::string& file) {
             print_report(file + ": " + load_error_get());
         }
     }
-    if (bad == 0) {
-        print_line(file + ": good (" + std::to_string(images) + " images)");
-    }
+    if (bad == 0) { print_line(file + ": good (" + std::to_string(images) + " images)"); }
     return bad == 0 ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
 

@@ -29,15 +29,11 @@ size_t take_character(const std::string& text, size_t place, char32_t* code) {
     const auto first = static_cast<unsigned char>(text[place]);
     const size_t longer = first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 0;
     const size_t size = first < 0x80 ? 1 : first < 0xC0 ? 0 : longer;
-    if (size == 0 || place + size > text.size()) {
-        return 0;
-    }
+    if (size == 0 || place + size > text.size()) { return 0; }
     char32_t value = size == 1 ? first : first & (0x7Fu >> size);
     for (size_t i = 1; i < size; ++i) {
         const auto next = static_cast<unsigned char>(text[place + i]);
-        if ((next & 0xC0) != 0x80) {
-            return 0;
-        }
+        if ((next & 0xC0) != 0x80) { return 0; }
         value = value << 6 | (next & 0x3Fu);
     }
     *code = value;

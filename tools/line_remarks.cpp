@@ -43,17 +43,15 @@ void tell_high_ids(const LineRemarks& remarks, const HighIds& high, const char* 
 
 bool is_known_word(const char* word) {
     static const std::unordered_set<std::string> WORDS = {
-        "points", "normals", "layer",  "transparency", "reflect", "invisible", "joint",       "blend",
-        "triangles", "lines", "goraud", "gouraud",      "uvees",   "image",     "mirrorimage", "child"};
+        "points",    "normals", "layer",  "transparency", "reflect", "invisible", "joint",       "blend",
+        "triangles", "lines",   "goraud", "gouraud",      "uvees",   "image",     "mirrorimage", "child"};
     return WORDS.count(word) != 0;
 }
 
 // Integers that are written as something else read as 0.
 void remark_no_integers(const LineRemarks& remarks, int32_t first, int32_t count, const char* text) {
     for (int32_t token = first; token < first + count && token < reader_token_count(); ++token) {
-        if (!reader_is_int(token)) {
-            remarks.remark(reader_line_number(), text + std::string(reader_text(token)));
-        }
+        if (!reader_is_int(token)) { remarks.remark(reader_line_number(), text + std::string(reader_text(token))); }
     }
 }
 
@@ -66,13 +64,9 @@ void remark_layer(const LineRemarks& remarks) {
     const bool mirrored = reader_token_count() == MIRRORED_COUNT && reader_token_equals("mirror", MIRROR);
     std::string words;
     for (int32_t token = sided ? MIRROR : SIDES; token < reader_token_count(); ++token) {
-        if (token < MIRROR || !mirrored) {
-            words += std::string(" ") + reader_text(token);
-        }
+        if (token < MIRROR || !mirrored) { words += std::string(" ") + reader_text(token); }
     }
-    if (!words.empty()) {
-        remarks.remark(reader_line_number(), "ignored in a layer line:" + words);
-    }
+    if (!words.empty()) { remarks.remark(reader_line_number(), "ignored in a layer line:" + words); }
 }
 
 void remark_statement(const LineRemarks& remarks) {
@@ -95,8 +89,10 @@ void remark_point(LineRemarks& remarks) {
 // How many corners a primitive of the type in hand names, from token 1 on.
 int32_t corner_count() {
     switch (reader_int(0)) {
-        case 0: case 3: return 3;
-        case 1: case 4: return 4;
+        case 0:
+        case 3: return 3;
+        case 1:
+        case 4: return 4;
         case 2: return reader_token_count() - 1;
         default: return 0;
     }
@@ -127,18 +123,10 @@ void remark_data(LineRemarks& remarks, LineMode mode) {
 
 void remark_line(LineRemarks& remarks, LineMode mode) {
     const bool is_data = reader_is_int(0);
-    if (is_data) {
-        note_high_ids(remarks, mode, reader_line_number());
-    }
-    if (is_data && mode == LINE_MODE_NORMALS) {
-        remarks.normal_lines[reader_int(0)] = reader_line_number();
-    }
-    if (!remarks.strict) {
-        return;
-    }
-    if (reader_has_more_tokens()) {
-        remarks.remark(reader_line_number(), "fields behind the 256th are ignored");
-    }
+    if (is_data) { note_high_ids(remarks, mode, reader_line_number()); }
+    if (is_data && mode == LINE_MODE_NORMALS) { remarks.normal_lines[reader_int(0)] = reader_line_number(); }
+    if (!remarks.strict) { return; }
+    if (reader_has_more_tokens()) { remarks.remark(reader_line_number(), "fields behind the 256th are ignored"); }
     if (is_data) {
         remark_data(remarks, mode);
     } else {
@@ -165,9 +153,7 @@ void remark_cut_lines(const LineRemarks& remarks, const std::string& path) {
     bool told = false;
     for (int32_t line = 1; file_gets(piece, sizeof piece, file) != nullptr; ++line) {
         const bool goes_on = full && piece[0] != '\0';
-        if (goes_on && !told) {
-            remarks.remark(line - 1, "a line of more than 1023 bytes is read in pieces");
-        }
+        if (goes_on && !told) { remarks.remark(line - 1, "a line of more than 1023 bytes is read in pieces"); }
         told = goes_on;
         full = std::strlen(piece) == sizeof piece - 1;
     }

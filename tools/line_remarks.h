@@ -27,7 +27,7 @@ struct LineRemarks {
     Remark remark;
     HighIds points = {};
     HighIds references = {};
-    std::unordered_set<int32_t, KeyHash> point_ids = {};      // of point lines
+    std::unordered_set<int32_t, KeyHash> point_ids = {};              // of point lines
     std::unordered_map<int32_t, int32_t, KeyHash> normal_lines = {};  // by point id, the last line that gave it
 };
 

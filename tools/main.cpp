@@ -37,9 +37,7 @@ std::string failure_message(const CLI::App* program, const CLI::Error& error) {
 // What was printed may not have arrived, such as on a full disk. A status that is not good was explained before.
 int finish(int status) {
     errno = 0;
-    if ((std::fflush(stdout) == 0 && std::ferror(stdout) == 0) || status != STATUS_GOOD) {
-        return status;
-    }
+    if ((std::fflush(stdout) == 0 && std::ferror(stdout) == 0) || status != STATUS_GOOD) { return status; }
     print_error(std::string("cannot write standard output: ") + std::strerror(errno != 0 ? errno : EIO));
     return STATUS_BAD_MODEL;
 }
@@ -56,11 +54,9 @@ int run(const std::vector<std::string>& words) {
     }
     try {
         std::vector<const char*> argv;
-        for (const std::string& word : words) argv.push_back(word.c_str());
+        for (const std::string& word : words) { argv.push_back(word.c_str()); }
         program.parse(static_cast<int>(argv.size()), argv.data());
-    } catch (const CLI::ParseError& error) {
-        return finish(program.exit(error) == 0 ? STATUS_GOOD : STATUS_WRONG_USE);
-    }
+    } catch (const CLI::ParseError& error) { return finish(program.exit(error) == 0 ? STATUS_GOOD : STATUS_WRONG_USE); }
     if (program.get_subcommands().empty()) {
         std::fputs("pelt-model: a command is required\nTry 'pelt-model --help' for more information.\n", stderr);
         return STATUS_WRONG_USE;

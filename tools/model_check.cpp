@@ -50,7 +50,7 @@ struct ReadFile {
 
 struct TreeCheck {
     bool strict;
-    bool go_on;   // behind the first refusal
+    bool go_on;  // behind the first refusal
     bool ended;
     std::vector<std::string> open_files;  // as for model_tree_refusal
     int32_t model_count;
@@ -104,9 +104,7 @@ const char* silent_refusal(const FileCheck& check) {
     for (const SilentRefusal& refusal : SILENT_REFUSALS) {
         const bool fits = refusal.word != nullptr ? !is_data && reader_token_equals(refusal.word, 0)
                                                   : is_data && refusal.mode == check.context.mode;
-        if (fits) {
-            return refusal.text;
-        }
+        if (fits) { return refusal.text; }
     }
     return nullptr;
 }
@@ -124,12 +122,8 @@ void check_line(void* context) {
     load_error_watch(nullptr, nullptr);  // the text alone: its place is told beside it
     load_error_set(nullptr);
     model_parse_line(&check.context);
-    if (reader_take_abort_back()) {
-        refuse_line(check, silent);
-    }
-    if (check.tree->ended) {
-        reader_abort();
-    }
+    if (reader_take_abort_back()) { refuse_line(check, silent); }
+    if (check.tree->ended) { reader_abort(); }
     while (check.child_lines.size() < static_cast<size_t>(list_count(&check.context.model->children))) {
         check.child_lines.push_back(reader_line_number());
     }
@@ -174,9 +168,7 @@ ReadFile read_file(TreeCheck& tree, const std::string& path) {
     }
     check_normals(check);
     remark_file(check.remarks, model);
-    if (tree.strict) {
-        remark_cut_lines(check.remarks, path);
-    }
+    if (tree.strict) { remark_cut_lines(check.remarks, path); }
     ReadFile read{check.number, path, named_children(check), {}};
     model_release(model);
     return read;
@@ -256,9 +248,7 @@ std::string load_text() { return load_error_get() != nullptr ? load_error_get() 
 // What ended a load that left this text. A reason that only the whole tree shows has no place.
 Finding end_of_load(const std::vector<Finding>& findings, const std::string& path, const std::string& text) {
     const auto refusal = std::find_if(findings.begin(), findings.end(), [](const Finding& f) { return f.refused; });
-    if (refusal != findings.end() && tells_of(text, refusal->problem.text)) {
-        return *refusal;
-    }
+    if (refusal != findings.end() && tells_of(text, refusal->problem.text)) { return *refusal; }
     return {0, true, {path, 0, text.empty() ? NO_TEXT : text}};
 }
 
@@ -271,25 +261,19 @@ std::string problem_text(const Problem& problem) {
 
 Problem find_load_failure(const std::string& path) {
     const std::string text = load_text();
-    if (!file_exists(path.c_str())) {
-        return {path, 0, "could not find the file"};
-    }
+    if (!file_exists(path.c_str())) { return {path, 0, "could not find the file"}; }
     return end_of_load(find_all(path, false, false), path, text).problem;
 }
 
 std::vector<Problem> check_model_file(const std::string& path, bool strict) {
-    if (!file_exists(path.c_str())) {
-        return {Problem{path, 0, "could not find the file"}};
-    }
+    if (!file_exists(path.c_str())) { return {Problem{path, 0, "could not find the file"}}; }
     Model* model = model_load(path.c_str());
     const bool loads = model != nullptr;
     const std::string text = load_text();
     model_release(model);
     std::vector<Finding> findings = find_all(path, strict, true);
     std::vector<Problem> problems;
-    if (!loads) {
-        problems.push_back(end_of_load(findings, path, text).problem);
-    }
+    if (!loads) { problems.push_back(end_of_load(findings, path, text).problem); }
     std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
         return std::pair(a.file_number, a.problem.line) < std::pair(b.file_number, b.problem.line);
     });
@@ -297,9 +281,7 @@ std::vector<Problem> check_model_file(const std::string& path, bool strict) {
         const Problem& problem = finding.problem;
         const bool told = !loads && problem.file == problems[0].file && problem.line == problems[0].line &&
                           problem.text == problems[0].text;
-        if (!told) {
-            problems.push_back(problem);
-        }
+        if (!told) { problems.push_back(problem); }
     }
     return problems;
 }

@@ -31,12 +31,8 @@ void warn_of_losses(const Model* model, const std::string& input, bool is_refuse
 // those that a step added, count as well.
 void count_points_of_joints(Model* model) {
     std::unordered_map<const Joint*, int32_t> named;
-    for (const Point& point : list_elements<Point>(model->points)) {
-        ++named[point.joint_a];
-    }
-    for (Joint& joint : list_elements<Joint>(model->joints)) {
-        joint.point_count = named[&joint];
-    }
+    for (const Point& point : list_elements<Point>(model->points)) { ++named[point.joint_a]; }
+    for (Joint& joint : list_elements<Joint>(model->joints)) { joint.point_count = named[&joint]; }
 }
 
 // Images and children are looked for in the directory of the file that names them.
@@ -57,9 +53,7 @@ void warn_of_missing_files(const Model* model, const std::string& input, const s
 
 ModelOwner load_model(const std::string& path) {
     ModelOwner model(model_load(path.c_str()));
-    if (model == nullptr) {
-        print_report(problem_text(find_load_failure(path)));
-    }
+    if (model == nullptr) { print_report(problem_text(find_load_failure(path))); }
     return model;
 }
 
@@ -68,15 +62,11 @@ int save_model(Model* model, const std::string& input, const ModelOutput& output
     const std::string text = model_write_text(model, file_part(output.path).c_str());
     const std::string refusal = refusal_of_text(text, model);
     warn_of_losses(model, input, !refusal.empty());
-    if (output.path != "-") {
-        warn_of_missing_files(model, input, output.path);
-    }
+    if (output.path != "-") { warn_of_missing_files(model, input, output.path); }
     if (!refusal.empty()) {
         print_report(output.path + ": the new file does not read back: " + refusal +
                      (output.force ? "" : "; nothing is written (--force writes it)"));
-        if (!output.force) {
-            return STATUS_BAD_MODEL;
-        }
+        if (!output.force) { return STATUS_BAD_MODEL; }
     }
     return write_replacing(output.path, text) ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
@@ -85,9 +75,7 @@ std::set<std::string> image_names(const Model* model) {
     std::set<std::string> names;
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
         if (const LayerImage* image = layer_first_image(&layer)) {
-            for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) {
-                names.insert(image->names[slot]);
-            }
+            for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) { names.insert(image->names[slot]); }
         }
     }
     names.erase("");

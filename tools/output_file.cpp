@@ -32,9 +32,7 @@ bool write_directly(const std::string& path, std::FILE* stream, const std::strin
 
 bool write_to_device(const std::string& path, const std::string& content) {
     std::FILE* stream = open_file(path_of(path), "wb");
-    if (stream == nullptr) {
-        return refuse(path, std::strerror(errno));
-    }
+    if (stream == nullptr) { return refuse(path, std::strerror(errno)); }
     const bool written = write_directly(path, stream, content);
     return std::fclose(stream) == 0 && written;
 }
@@ -42,21 +40,13 @@ bool write_to_device(const std::string& path, const std::string& content) {
 }  // namespace
 
 bool write_replacing(const std::string& path, const std::string& content) {
-    if (path == "-") {
-        return write_directly("standard output", stdout, content);
-    }
+    if (path == "-") { return write_directly("standard output", stdout, content); }
     std::error_code unimportant;
     const fs::file_status status = fs::status(path_of(path), unimportant);
-    if (fs::is_directory(status)) {
-        return refuse(path, "it is a directory");
-    }
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        return write_to_device(path, content);
-    }
+    if (fs::is_directory(status)) { return refuse(path, "it is a directory"); }
+    if (fs::exists(status) && !fs::is_regular_file(status)) { return write_to_device(path, content); }
     const FileReplacement result = file_replace(path.c_str(), content.data(), content.size());
-    if (result.error == 0) {
-        return true;
-    }
+    if (result.error == 0) { return true; }
     const std::string former = result.former.empty() ? "" : "; what it held is in " + result.former;
     return refuse(path, std::strerror(result.error) + former);
 }

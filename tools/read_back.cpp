@@ -26,9 +26,8 @@ struct ReadBack {
 
 std::set<std::string> missing_images_of(const Model* model) {
     std::set<std::string> missing = image_names(model);
-    std::erase_if(missing, [&](const std::string& name) {
-        return file_exists((std::string(model->path) + name).c_str()) != 0;
-    });
+    std::erase_if(missing,
+                  [&](const std::string& name) { return file_exists((std::string(model->path) + name).c_str()) != 0; });
     return missing;
 }
 
@@ -47,9 +46,7 @@ std::string as_in_a_file(const std::string& text) {
     std::string data;
     for (size_t i = 0; i < text.size(); ++i) {
         const bool is_line_end = text[i] == '\n';
-        if (is_line_end && (i == 0 || text[i - 1] == '\n')) {
-            data += ' ';
-        }
+        if (is_line_end && (i == 0 || text[i - 1] == '\n')) { data += ' '; }
         const bool is_lone_return = text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n');
         data += is_lone_return ? NO_SEPARATOR : text[i];
     }
@@ -60,9 +57,7 @@ void carry_out_line(void* context) {
     ReadBack& read = *static_cast<ReadBack*>(context);
     read.line = reader_line_number();
     load_error_watch(nullptr, nullptr);  // the text alone: the place in it would be that of no file
-    if (!names_missing_image(read)) {
-        model_parse_line(&read.context);
-    }
+    if (!names_missing_image(read)) { model_parse_line(&read.context); }
 }
 
 }  // namespace

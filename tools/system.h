@@ -14,9 +14,7 @@ std::vector<std::string> prepare_system(int argc, char** argv);
 
 // A name as the standard library's paths take it, and back. Left to itself it would take a name of Windows for one in a
 // code page; elsewhere the bytes stay as they are.
-inline std::filesystem::path path_of(const std::string& name) {
-    return std::u8string(name.begin(), name.end());
-}
+inline std::filesystem::path path_of(const std::string& name) { return std::u8string(name.begin(), name.end()); }
 inline std::string name_of(const std::filesystem::path& path) {
     const std::u8string text = path.u8string();
     return {text.begin(), text.end()};

@@ -22,9 +22,7 @@ void put_back_code_page() { SetConsoleOutputCP(old_code_page); }
 
 std::string narrow(const wchar_t* word) {
     const int size = WideCharToMultiByte(CP_UTF8, 0, word, -1, nullptr, 0, nullptr, nullptr);
-    if (size <= 0) {
-        return {};
-    }
+    if (size <= 0) { return {}; }
     std::string text(static_cast<size_t>(size), '\0');
     WideCharToMultiByte(CP_UTF8, 0, word, -1, text.data(), size, nullptr, nullptr);
     text.pop_back();
@@ -37,18 +35,12 @@ std::vector<std::string> prepare_system(int argc, char** argv) {
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
     old_code_page = GetConsoleOutputCP();
-    if (old_code_page != 0 && SetConsoleOutputCP(CP_UTF8) != 0) {
-        std::atexit(put_back_code_page);
-    }
+    if (old_code_page != 0 && SetConsoleOutputCP(CP_UTF8) != 0) { std::atexit(put_back_code_page); }
     int count = 0;
     wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
-    if (words == nullptr) {
-        return {argv, argv + argc};
-    }
+    if (words == nullptr) { return {argv, argv + argc}; }
     std::vector<std::string> result;
-    for (int i = 0; i < count; ++i) {
-        result.push_back(narrow(words[i]));
-    }
+    for (int i = 0; i < count; ++i) { result.push_back(narrow(words[i])); }
     LocalFree(words);
     return result;
 }

@@ -27,7 +27,7 @@ constexpr int WEIGHT_DECIMALS = 3;
 constexpr int SCALE_DECIMALS = 3;
 constexpr int UVEE_DECIMALS = 4;
 constexpr int TRANSPARENCY_DECIMALS = 4;
-constexpr int CURVE_TYPE_OF_QUAD = 4;     // what a curved quad reads back as
+constexpr int CURVE_TYPE_OF_QUAD = 4;  // what a curved quad reads back as
 constexpr size_t NUMBER_SIZE = 512;
 
 void lose(Losses& losses, const std::string& text) { losses.push_back(WriteLoss{text, false}); }
@@ -40,9 +40,7 @@ std::string counted(int32_t count, const std::string& noun) {
 
 std::string of_layer(const Layer& layer) { return "layer " + std::string(layer.name) + ": "; }
 
-bool has_surface(const Layer& layer) {
-    return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0;
-}
+bool has_surface(const Layer& layer) { return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0; }
 
 // How often something was met, and where first.
 struct Tally {
@@ -93,9 +91,7 @@ bool loses_normal(const Vec3& normal) {
 bool is_refused_normal(const Vec3& normal) {
     const Vec3 back = normal_read_back(normal);
     for (const float value : {back.x, back.y, back.z}) {
-        if (!(value >= -1.0f && value <= 1.0f)) {
-            return true;
-        }
+        if (!(value >= -1.0f && value <= 1.0f)) { return true; }
     }
     return back.x == 0.0f && back.y == 0.0f && back.z == 0.0f;
 }
@@ -116,23 +112,17 @@ void check_names(Losses& losses, const Model& model) {
         check_name(losses, "parent joint", joint.parent_name);
     }
     for (const Layer& layer : list_elements<Layer>(model.layers)) {
-        if (model_writer_skips_layer(&model, layer.name)) {
-            continue;
-        }
+        if (model_writer_skips_layer(&model, layer.name)) { continue; }
         check_name(losses, "layer", layer.name);
         if (const LayerImage* image = layer_first_image(&layer)) {
             for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) {
-                if (image->names[slot][0] != '\0') {
-                    check_name(losses, "image", image->names[slot]);
-                }
+                if (image->names[slot][0] != '\0') { check_name(losses, "image", image->names[slot]); }
             }
         }
     }
     for (const ChildLink& link : list_elements<ChildLink>(model.children)) {
         check_name(losses, "child", link.name);
-        for (const auto& rotation : link.rotate) {
-            check_name(losses, "rotation of a child", rotation);
-        }
+        for (const auto& rotation : link.rotate) { check_name(losses, "rotation of a child", rotation); }
     }
 }
 
@@ -171,22 +161,16 @@ void check_second_joints(Losses& losses, const Model& model) {
             lost.note(point.int_key());
         }
     }
-    if (lost.count > 0) {
-        lose(losses, "second joint of their own lost: " + lost.places("point"));
-    }
+    if (lost.count > 0) { lose(losses, "second joint of their own lost: " + lost.places("point")); }
 }
 
 void check_world_weights(Losses& losses, const Model& model) {
     Tally lost;
     const ListElements<Point> points = list_elements<Point>(model.points);
     for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (point->joint_a == nullptr && point->weight != 1.0f) {
-            lost.note(point.int_key());
-        }
+        if (point->joint_a == nullptr && point->weight != 1.0f) { lost.note(point.int_key()); }
     }
-    if (lost.count > 0) {
-        lose(losses, "weight lost, it reads back as 1: " + lost.places("world point"));
-    }
+    if (lost.count > 0) { lose(losses, "weight lost, it reads back as 1: " + lost.places("world point")); }
 }
 
 void check_normals_flag(Losses& losses, const Model& model) {
@@ -200,26 +184,18 @@ void check_normals(Losses& losses, const Model& model) {
     Tally refused;
     const ListElements<Point> points = list_elements<Point>(model.points);
     for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (is_refused_normal(point->normal)) {
-            refused.note(point.int_key());
-        }
+        if (is_refused_normal(point->normal)) { refused.note(point.int_key()); }
     }
-    if (refused.count > 0) {
-        break_file(losses, "a normal of no length or direction: " + refused.places("point"));
-    }
+    if (refused.count > 0) { break_file(losses, "a normal of no length or direction: " + refused.places("point")); }
 }
 
 void check_fractions(Losses& losses, const Model& model) {
     Tally lost;
     const ListElements<Point> points = list_elements<Point>(model.points);
     for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (loses_fraction(point->position)) {
-            lost.note(point.int_key());
-        }
+        if (loses_fraction(point->position)) { lost.note(point.int_key()); }
     }
-    if (lost.count > 0) {
-        lose(losses, "fractions of the position lost: " + lost.places("point"));
-    }
+    if (lost.count > 0) { lose(losses, "fractions of the position lost: " + lost.places("point")); }
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
         if (loses_fraction(joint.position)) {
             lose(losses, "joint " + std::string(joint.name) + " loses the fractions of its position");
@@ -234,9 +210,7 @@ void check_fractions(Losses& losses, const Model& model) {
 
 void check_joint_counts(Losses& losses, const Model& model) {
     std::unordered_map<const Joint*, int32_t> named;
-    for (const Point& point : list_elements<Point>(model.points)) {
-        ++named[point.joint_a];
-    }
+    for (const Point& point : list_elements<Point>(model.points)) { ++named[point.joint_a]; }
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
         const int32_t stored = joint.point_count > 0 ? joint.point_count : 0;
         if (stored != named[&joint]) {
@@ -279,18 +253,14 @@ void check_rounding(Losses& losses, const Model& model) {
     append_rounding(text, uvees, "uvee", UVEE_DECIMALS);
     append_rounding(text, transparencies, "transparency", TRANSPARENCY_DECIMALS);
     append_rounding(text, scales, "child scale", SCALE_DECIMALS);
-    if (!text.empty()) {
-        lose(losses, "rounded: " + text);
-    }
+    if (!text.empty()) { lose(losses, "rounded: " + text); }
 }
 
 // ---- layers ----
 
 void check_colour_key(Losses& losses, const Model&, const Layer& layer) {
     const int32_t* key = layer.invisible_colour;
-    if (!layer.invisible || (key[0] == 0 && key[1] == 0 && key[2] == 0)) {
-        return;
-    }
+    if (!layer.invisible || (key[0] == 0 && key[1] == 0 && key[2] == 0)) { return; }
     const std::string text = of_layer(layer) + "the colour key " + std::to_string(key[0]) + " " +
                              std::to_string(key[1]) + " " + std::to_string(key[2]);
     if (key[0] > 1 || key[1] > 1 || key[2] > 1) {
@@ -315,8 +285,8 @@ bool has_ring_controls(const Triangle& triangle) {
 // Whether the writer's short look at the normals finds that they are others than the corners.
 bool normals_are_written(const Triangle& triangle) {
     const bool curved = triangle.curve_type != 0;
-    return triangle.normals[0] != triangle.points[0] ||
-           (triangle.quad && triangle.normals[3] != triangle.points[3]) || (curved && !has_ring_controls(triangle));
+    return triangle.normals[0] != triangle.points[0] || (triangle.quad && triangle.normals[3] != triangle.points[3]) ||
+           (curved && !has_ring_controls(triangle));
 }
 
 void check_curve_types(Losses& losses, const Model&, const Layer& layer) {
@@ -330,9 +300,7 @@ void check_curve_types(Losses& losses, const Model&, const Layer& layer) {
             ++retyped;
         }
     }
-    if (retyped > 0) {
-        lose(losses, of_layer(layer) + "curve type lost: " + counted(retyped, "curved primitive"));
-    }
+    if (retyped > 0) { lose(losses, of_layer(layer) + "curve type lost: " + counted(retyped, "curved primitive")); }
     if (shifted > 0) {
         break_file(losses, of_layer(layer) + counted(shifted, "curved primitive") +
                                " with normals or controls of their own come out without their curve type, which "
@@ -365,9 +333,7 @@ void check_corner_normals(Losses& losses, const Model&, const Layer& layer) {
 bool repeat_matters(const Layer& layer) {
     for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
-            if (list_find(&layer.uvees, triangle.points[corner]) == nullptr) {
-                return true;
-            }
+            if (list_find(&layer.uvees, triangle.points[corner]) == nullptr) { return true; }
         }
     }
     return list_count(&layer.polygons) > 0;
@@ -375,9 +341,7 @@ bool repeat_matters(const Layer& layer) {
 
 void check_images(Losses& losses, const Model&, const Layer& layer) {
     const LayerImage* image = layer_first_image(&layer);
-    if (image == nullptr) {
-        return;
-    }
+    if (image == nullptr) { return; }
     if (image->names[IMAGE_SLOT_REFLECTION][0] != '\0') {
         lose(losses, of_layer(layer) + "the reflection map " + image->names[IMAGE_SLOT_REFLECTION] + " is not written");
     }
@@ -400,17 +364,15 @@ void check_uvees(Losses& losses, const Model& model, const Layer& layer) {
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         lost += !surface || list_find(&model.points, uvee.int_key()) == nullptr;
     }
-    if (lost > 0) {
-        lose(losses, of_layer(layer) + "not written: " + counted(lost, "uvee"));
-    }
+    if (lost > 0) { lose(losses, of_layer(layer) + "not written: " + counted(lost, "uvee")); }
 }
 
 // ---- primitives that the reader refuses or cuts ----
 
 struct VertexRow {
-    size_t bytes;     // of the line that is written
+    size_t bytes;  // of the line that is written
     int32_t count;
-    bool all_known;   // each vertex is a point of the model itself
+    bool all_known;  // each vertex is a point of the model itself
 };
 
 void take_vertex(VertexRow& row, const Model& model, int32_t id) {
@@ -437,9 +399,7 @@ void note_row(RowTally& tally, const VertexRow& row, int32_t least) {
 
 bool names_known_points(const Model& model, const Triangle& triangle) {
     for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
-        if (list_find(&model.points, triangle.points[corner]) == nullptr) {
-            return false;
-        }
+        if (list_find(&model.points, triangle.points[corner]) == nullptr) { return false; }
     }
     return true;
 }
@@ -490,8 +450,8 @@ void check_transparency(Losses& losses, const Model&, const Layer& layer) {
 }
 
 constexpr void (*MODEL_CHECKS[])(Losses&, const Model&) = {
-    check_names,        check_blends,  check_second_joints, check_world_weights, check_normals_flag,
-    check_normals,      check_fractions, check_joint_counts, check_rounding,
+    check_names,   check_blends,    check_second_joints, check_world_weights, check_normals_flag,
+    check_normals, check_fractions, check_joint_counts,  check_rounding,
 };
 
 constexpr void (*LAYER_CHECKS[])(Losses&, const Model&, const Layer&) = {
@@ -503,20 +463,14 @@ constexpr void (*LAYER_CHECKS[])(Losses&, const Model&, const Layer&) = {
 
 std::vector<WriteLoss> model_write_losses(const Model* model) {
     Losses losses;
-    if (model == nullptr) {
-        return losses;
-    }
-    for (const auto check : MODEL_CHECKS) {
-        check(losses, *model);
-    }
+    if (model == nullptr) { return losses; }
+    for (const auto check : MODEL_CHECKS) { check(losses, *model); }
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
         if (model_writer_skips_layer(model, layer.name)) {
             lose(losses, of_layer(layer) + "has no triangle and no line and is left out");
             continue;
         }
-        for (const auto check : LAYER_CHECKS) {
-            check(losses, *model, layer);
-        }
+        for (const auto check : LAYER_CHECKS) { check(losses, *model, layer); }
     }
     return losses;
 }

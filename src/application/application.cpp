@@ -1,6 +1,5 @@
 // The one process-wide record. It is plain storage, zero from the start and never released, so that callbacks of a
 // process that is ending still find it.
-
 #include "application/application.h"
 
 namespace pelt {
@@ -11,8 +10,6 @@ Application the_application;
 
 }  // namespace
 
-Application* application() {
-    return &the_application;
-}
+Application* application() { return &the_application; }
 
 }  // namespace pelt

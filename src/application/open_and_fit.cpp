@@ -1,6 +1,5 @@
 // The fixed orders of view and scene around a load. What surprises: opening a file closes the old scene before it
 // looks at the new one (though not before it looks at the name), and neither opening nor reloading resets the zoom.
-
 #include "application/open_and_fit.h"
 
 #include "application/session_lifecycle.h"
@@ -15,14 +14,10 @@ namespace {
 
 using Loader = int32_t (*)(Session* session, const char* path);
 
-int32_t load_animation(Session* session, const char* path) {
-    return session_load_animation(session, path, 0);
-}
+int32_t load_animation(Session* session, const char* path) { return session_load_animation(session, path, 0); }
 
 int32_t open_and_fit(Application* app, const char* path, Loader load) {
-    if (app == nullptr || path == nullptr) {
-        return 0;
-    }
+    if (app == nullptr || path == nullptr) { return 0; }
     Session* session = &app->session;
     ViewState* view = &app->view;
     session_close_all(session);
@@ -42,31 +37,21 @@ int32_t open_and_fit(Application* app, const char* path, Loader load) {
 
 int32_t file_open_model(Application* app, const char* path) {
     // A path that no model can have is known before there is anything to close for it.
-    if (app != nullptr && path != nullptr && !path_fits(path)) {
-        return session_load_model(&app->session, path);
-    }
+    if (app != nullptr && path != nullptr && !path_fits(path)) { return session_load_model(&app->session, path); }
     return open_and_fit(app, path, session_load_model);
 }
 
-int32_t animate_open(Application* app, const char* path) {
-    return open_and_fit(app, path, load_animation);
-}
+int32_t animate_open(Application* app, const char* path) { return open_and_fit(app, path, load_animation); }
 
 int32_t file_add(Application* app, const char* path) {
-    if (app == nullptr || path == nullptr) {
-        return 0;
-    }
+    if (app == nullptr || path == nullptr) { return 0; }
     const int32_t id = session_load_model(&app->session, path);
-    if (id > 0) {
-        view_fit_scene(&app->view, &app->session);
-    }
+    if (id > 0) { view_fit_scene(&app->view, &app->session); }
     return id;
 }
 
 void file_reload(Application* app) {
-    if (app == nullptr) {
-        return;
-    }
+    if (app == nullptr) { return; }
     ViewState* view = &app->view;
     const Vec3 focus = view->focus;
     const float zoom = view->zoom;

@@ -1,7 +1,6 @@
 // The life of the scene: set up, reset, load, reload, rename, find. What surprises: almost every step reports to the
 // script, and a script may load, reload or reset from there. So nothing here keeps a pointer into the scene across a
 // report, and a reload works on variables of its own, which it puts back only when it fails.
-
 #include "application/session_lifecycle.h"
 
 #include <algorithm>
@@ -64,9 +63,7 @@ std::string reload_path(const Model* model) {
 // Intended: what an earlier failure left stays in force where this scene says nothing about it, and a left-over
 // animation even wins over the models of this scene.
 void list_what_stands(const Session* session, ReloadWork* work) {
-    if (list_count(&session->root_models) == 0) {
-        return;
-    }
+    if (list_count(&session->root_models) == 0) { return; }
     if (session->animation_path != nullptr) {
         work->animation_path = session->animation_path;
         return;
@@ -83,18 +80,14 @@ int reload_animation(Session* session, ReloadWork* work) {
         reload_left_over() = std::move(*work);
         return 0;
     }
-    if (!work->paths.empty() && reload_left_over().paths.empty()) {
-        reload_left_over().paths = std::move(work->paths);
-    }
+    if (!work->paths.empty() && reload_left_over().paths.empty()) { reload_left_over().paths = std::move(work->paths); }
     scene_evaluate(session);
     return 1;
 }
 
 int reload_models(Session* session, ReloadWork* work) {
     size_t loaded = 0;
-    for (const std::string& path : work->paths) {
-        loaded += session_load_model(session, path.c_str()) > 0 ? 1 : 0;
-    }
+    for (const std::string& path : work->paths) { loaded += session_load_model(session, path.c_str()) > 0 ? 1 : 0; }
     if (loaded < work->paths.size()) {
         session_close_all(session);
         reload_left_over() = std::move(*work);
@@ -114,22 +107,16 @@ int32_t enter_model(Session* session, Model* model) {
 void enter_animation(Session* session, const AnimationSet* set, int keep_radius) {
     for (int32_t row = 0; row < set->count && row < ANIMATION_ROW_LIMIT; ++row) {
         session_add_root(session, set->models[row], set->animations[row]);
-        if (!keep_radius) {
-            session_grow_radius(session, set->models[row]);
-        }
+        if (!keep_radius) { session_grow_radius(session, set->models[row]); }
     }
     session->anim_end = set->duration;
-    if (session->anim_time > session->anim_end) {
-        session->anim_time = session->anim_end;
-    }
+    if (session->anim_time > session->anim_end) { session->anim_time = session->anim_end; }
 }
 
 }  // namespace
 
 void session_init(Session* session) {
-    if (session == nullptr) {
-        return;
-    }
+    if (session == nullptr) { return; }
     file_table_init();
     *session = Session{};
     init_lists(session);
@@ -139,9 +126,7 @@ void session_init(Session* session) {
 }
 
 void session_reset(Session* session, int restore_display) {
-    if (session == nullptr) {
-        return;
-    }
+    if (session == nullptr) { return; }
     selection_clear(session);
     clipboard_clear(session);
     session_close_all(session);
@@ -151,23 +136,17 @@ void session_reset(Session* session, int restore_display) {
                             &session->joint_states, &session->child_states, &session->root_models}) {
         list_clear(list);
     }
-    if (restore_display) {
-        session_restore_display(session);
-    }
+    if (restore_display) { session_restore_display(session); }
     session->anim_step = DEFAULT_STEP_SECONDS;
     session_clear_bounds(session);
 }
 
 int32_t session_load_model(Session* session, const char* path) {
-    if (session == nullptr || path == nullptr) {
-        return 0;
-    }
+    if (session == nullptr || path == nullptr) { return 0; }
     const std::string name = path;  // the report may run what releases the text
     session_status(session, "Loading...");
     load_error_set(nullptr);
-    if (Model* model = model_load(name.c_str())) {
-        return enter_model(session, model);
-    }
+    if (Model* model = model_load(name.c_str())) { return enter_model(session, model); }
     session_message(session, load_error_get());
     session_message(session, "Load failed");
     return 0;
@@ -178,9 +157,7 @@ int32_t session_add_model(Session* session, Model* model) {
 }
 
 int session_load_animation(Session* session, const char* path, int keep_radius) {
-    if (session == nullptr || path == nullptr) {
-        return 0;
-    }
+    if (session == nullptr || path == nullptr) { return 0; }
     const std::string name = path;  // may be the path that closing the scene releases
     session_close_all(session);
     session_status(session, "Loading...");
@@ -199,9 +176,7 @@ int session_load_animation(Session* session, const char* path, int keep_radius) 
 }
 
 int session_reload(Session* session) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     ReloadWork work = std::exchange(reload_left_over(), ReloadWork{});
     list_what_stands(session, &work);
     session_close_all(session);
@@ -209,13 +184,9 @@ int session_reload(Session* session) {
 }
 
 int session_rename_model(Session* session, int32_t id, const char* path) {
-    if (session == nullptr || path == nullptr) {
-        return 0;
-    }
+    if (session == nullptr || path == nullptr) { return 0; }
     const ModelState* state = static_cast<ModelState*>(list_find(&session->model_states, id));
-    if (state == nullptr) {
-        return 0;
-    }
+    if (state == nullptr) { return 0; }
     if (!path_fits(path)) {
         load_error_set_format(PATH_TOO_LONG, path);
         session_message(session, load_error_get());
@@ -224,46 +195,32 @@ int session_rename_model(Session* session, int32_t id, const char* path) {
     return model_rename(state->model, path);
 }
 
-void session_save_model(Session* session) {
-    session_message(session, "Save not implemented");
-}
+void session_save_model(Session* session) { session_message(session, "Save not implemented"); }
 
 int32_t session_find_model(Session* session, const char* name) {
-    if (session == nullptr || name == nullptr) {
-        return 0;
-    }
+    if (session == nullptr || name == nullptr) { return 0; }
     list_clear(&session->file_list);
     for (const ModelState& state : list_elements<ModelState>(session->model_states)) {
-        if (state.model != nullptr && str_equal(state.model->name, name)) {
-            return state.id;
-        }
+        if (state.model != nullptr && str_equal(state.model->name, name)) { return state.id; }
     }
     for (const ChildState& state : list_elements<ChildState>(session->child_states)) {
         const Model* model = state.link != nullptr ? state.link->model : nullptr;
-        if (model != nullptr && str_equal(model->name, name)) {
-            return state.id;
-        }
+        if (model != nullptr && str_equal(model->name, name)) { return state.id; }
     }
     return 0;
 }
 
 const char* session_find_images(Session* session, int32_t id) {
-    if (session == nullptr) {
-        return nullptr;
-    }
+    if (session == nullptr) { return nullptr; }
     const ModelState* state = static_cast<ModelState*>(list_find(&session->model_states, id));
     return state != nullptr && state->model != nullptr ? model_image_names(state->model) : nullptr;
 }
 
 int session_replace_model(Session* session, const char* name) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     // Made first: closing may release the text of the name.
     Model* model = model_create(name, nullptr);
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     session_close_all(session);
     return session_add_model(session, model);
 }

@@ -1,7 +1,6 @@
 // Boxes, sizes and centres. What surprises: of a model's box only two opposite corners are transformed, so that under
 // a rotation the box is that of these two points and may collapse; and children stand where their links place them
 // at rest, whatever an animation does with them.
-
 #include "edit/bounds.h"
 
 #include <algorithm>
@@ -19,25 +18,15 @@ constexpr float RADIUS_OF_SIZE = 2.0f;  // the radius is this many times the lar
 
 Box sorted_box(const Vec3& a, const Vec3& b) {
     Box box{a, b};
-    if (b.x < a.x) {
-        std::swap(box.lower.x, box.upper.x);
-    }
-    if (b.y < a.y) {
-        std::swap(box.lower.y, box.upper.y);
-    }
-    if (b.z < a.z) {
-        std::swap(box.lower.z, box.upper.z);
-    }
+    if (b.x < a.x) { std::swap(box.lower.x, box.upper.x); }
+    if (b.y < a.y) { std::swap(box.lower.y, box.upper.y); }
+    if (b.z < a.z) { std::swap(box.lower.z, box.upper.z); }
     return box;
 }
 
 void widen_axis(float value, float* lower, float* upper) {
-    if (value < *lower) {
-        *lower = value;
-    }
-    if (value > *upper) {
-        *upper = value;
-    }
+    if (value < *lower) { *lower = value; }
+    if (value > *upper) { *upper = value; }
 }
 
 void widen_box(Box* box, const Box& by) {
@@ -63,18 +52,14 @@ Mat4 link_matrix(const ChildLink& link, const Mat4& parent) {
 
 // A link without a model counts as a box of no size at the origin: intended.
 Box bounds_below(const Model* model, const Mat4& matrix, int32_t level) {
-    if (model == nullptr) {
-        return Box{};
-    }
+    if (model == nullptr) { return Box{}; }
     Vec3 first;
     Vec3 second;
     mat_transform_point(&matrix, &model->bounds_min, &first);
     mat_transform_point(&matrix, &model->bounds_max, &second);
     Box box = sorted_box(first, second);
     bool have = list_count(&model->points) > 0;
-    if (level >= MODEL_TREE_DEPTH_LIMIT) {
-        return box;
-    }
+    if (level >= MODEL_TREE_DEPTH_LIMIT) { return box; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         const Box child = bounds_below(link.model, link_matrix(link, matrix), level + 1);
         if (have) {
@@ -118,13 +103,9 @@ Box model_bounds(const Model* model, const Mat4* matrix) {
     return bounds_below(model, matrix != nullptr ? *matrix : identity, 0);
 }
 
-Vec3 model_size(const Model* model, const Mat4* matrix) {
-    return box_size(model_bounds(model, matrix));
-}
+Vec3 model_size(const Model* model, const Mat4* matrix) { return box_size(model_bounds(model, matrix)); }
 
-Vec3 model_centre(const Model* model, const Mat4* matrix) {
-    return box_centre(model_bounds(model, matrix));
-}
+Vec3 model_centre(const Model* model, const Mat4* matrix) { return box_centre(model_bounds(model, matrix)); }
 
 float model_largest_extent(const Model* model, const Mat4* matrix) {
     const Box box = model_bounds(model, matrix);
@@ -136,9 +117,7 @@ float model_largest_extent(const Model* model, const Mat4* matrix) {
 }
 
 Vec3 scene_centre(Session* session) {
-    if (session == nullptr) {
-        return Vec3{};
-    }
+    if (session == nullptr) { return Vec3{}; }
     JoinedBox joined;
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
         const ModelState* state = model_state(session, root.model);
@@ -149,16 +128,12 @@ Vec3 scene_centre(Session* session) {
 }
 
 Vec3 selection_centre(Session* session) {
-    if (session == nullptr) {
-        return Vec3{};
-    }
+    if (session == nullptr) { return Vec3{}; }
     JoinedBox joined;
     const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         const Model* model = selection_entry_model(session, entry.int_key(), &*entry);
-        if (model == nullptr) {
-            continue;
-        }
+        if (model == nullptr) { continue; }
         // A state is looked up and not made here: asking for a centre changes nothing.
         const ModelState* state =
             static_cast<const ModelState*>(list_at(&session->model_states, model->state_index, 0));
@@ -167,14 +142,10 @@ Vec3 selection_centre(Session* session) {
     return box_centre(joined.box);
 }
 
-float session_get_radius(const Session* session) {
-    return session != nullptr ? session->radius : 0.0f;
-}
+float session_get_radius(const Session* session) { return session != nullptr ? session->radius : 0.0f; }
 
 void session_grow_radius(Session* session, Model* model) {
-    if (session == nullptr || model == nullptr) {
-        return;
-    }
+    if (session == nullptr || model == nullptr) { return; }
     const Vec3 size = model_size(model, nullptr);
     const ModelState* state = model_state(session, model);
     const Vec3 translate = state != nullptr ? state->translate : Vec3{};
@@ -183,9 +154,7 @@ void session_grow_radius(Session* session, Model* model) {
     const float z = size.z + translate.z;
     const float radius = std::max({x, y, z}) * RADIUS_OF_SIZE;
     const bool finite = std::isfinite(x) && std::isfinite(y) && std::isfinite(z) && std::isfinite(radius);
-    if (finite && radius > session->radius) {
-        session->radius = radius;
-    }
+    if (finite && radius > session->radius) { session->radius = radius; }
 }
 
 }  // namespace pelt

@@ -1,7 +1,6 @@
 // Lays models flat. What surprises: only the first step of a chain starts from the flattened place of a point; every
 // later one starts from where the point was before, so the outcome depends on the order of the primitives. An edge
 // that stands upright on the plane has no direction in it and gives a non-finite place: intended, as is the rest.
-
 #include "edit/pancake.h"
 
 #include <algorithm>
@@ -19,9 +18,7 @@ void flatten_polygon(Model* model, KeyedList* flattened, const Polygon& polygon)
     std::vector<int16_t> ids;
     ids.reserve(static_cast<size_t>(list_count(&polygon.vertices)));
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(ids.size()) >= polygon.vertex_count) {
-            break;
-        }
+        if (static_cast<int>(ids.size()) >= polygon.vertex_count) { break; }
         ids.push_back(vertex.point);
     }
     pancake_chain(model, flattened, ids.data(), static_cast<int>(ids.size()));
@@ -45,45 +42,31 @@ void add_flattened(KeyedList* flattened, int32_t id, const Point& point) {
 }  // namespace
 
 int selection_pancake(Session* session) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
-        if (!model_pancake(selection_entry_model(session, entry.int_key(), &*entry))) {
-            return 0;
-        }
+        if (!model_pancake(selection_entry_model(session, entry.int_key(), &*entry))) { return 0; }
     }
     return 1;
 }
 
 int model_pancake(Model* model) {
-    if (model == nullptr || list_count(&model->layers) == 0) {
-        return 0;
-    }
+    if (model == nullptr || list_count(&model->layers) == 0) { return 0; }
     KeyedList flattened{};
     list_init(&flattened, sizeof(Point), KEY_INT);
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        flatten_layer(model, &flattened, layer);
-    }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { flatten_layer(model, &flattened, layer); }
     const ListElements<Point> points = list_elements<Point>(flattened);
     for (auto point = points.begin(); point != points.end(); ++point) {
-        if (Point* stored = model_find_point(model, point.int_key())) {
-            *stored = *point;
-        }
+        if (Point* stored = model_find_point(model, point.int_key())) { *stored = *point; }
     }
     list_free(&flattened);
     return 1;
 }
 
 int pancake_chain(Model* model, KeyedList* flattened, const int16_t* ids, int count) {
-    if (flattened == nullptr || ids == nullptr || count < 1) {
-        return 0;
-    }
+    if (flattened == nullptr || ids == nullptr || count < 1) { return 0; }
     const Point* first = model_find_point(model, ids[0]);
-    if (first == nullptr) {
-        return 0;
-    }
+    if (first == nullptr) { return 0; }
     const Point* base = static_cast<const Point*>(list_find(flattened, ids[0]));
     if (base == nullptr) {
         add_flattened(flattened, ids[0], *first);
@@ -105,9 +88,7 @@ int pancake_chain(Model* model, KeyedList* flattened, const int16_t* ids, int co
 }
 
 void pancake_point(const Point* a, const Point* b, Point* out) {
-    if (a == nullptr || b == nullptr || out == nullptr) {
-        return;
-    }
+    if (a == nullptr || b == nullptr || out == nullptr) { return; }
     const float x = b->position.x - a->position.x;
     const float y = b->position.y - a->position.y;
     const float z = b->position.z - a->position.z;

@@ -1,7 +1,6 @@
 // The selection and what is done with it. What surprises: an entry outlives the model that it names, since closing a
 // scene leaves the selection alone. So no entry is followed before the states confirm that its id still stands for
 // that very model; one that does not is answered like a model without a state.
-
 #include "edit/selection.h"
 
 #include <cmath>
@@ -24,17 +23,13 @@ const Vec3 ORIGIN{0.0f, 0.0f, 0.0f};
 
 void init_set(SelectionSet* set) {
     list_init(&set->models, sizeof(SelectedModel), KEY_INT);
-    for (int i = 0; i < UNUSED_LISTS; ++i) {
-        list_init(&set->unused[i], UNUSED_ELEMENT_SIZES[i], KEY_INT);
-    }
+    for (int i = 0; i < UNUSED_LISTS; ++i) { list_init(&set->unused[i], UNUSED_ELEMENT_SIZES[i], KEY_INT); }
     list_init(&set->children, sizeof(SelectedChild), KEY_INT);
 }
 
 int clear_set(SelectionSet* set) {
     list_clear(&set->models);
-    for (KeyedList& list : set->unused) {
-        list_clear(&list);
-    }
+    for (KeyedList& list : set->unused) { list_clear(&list); }
     list_clear(&set->children);
     set->centre = ORIGIN;
     set->axis = ORIGIN;
@@ -62,9 +57,7 @@ bool is_entry_model(const SelectedModel* entry, const Model* model) {
 
 int store_entry(Session* session, int32_t id, Model* model) {
     SelectedModel* entry = static_cast<SelectedModel*>(list_add(&session->selection.models, id));
-    if (entry == nullptr) {
-        return 0;
-    }
+    if (entry == nullptr) { return 0; }
     *entry = SelectedModel{model, model != nullptr ? model->serial : 0};
     return 1;
 }
@@ -73,26 +66,18 @@ int store_entry(Session* session, int32_t id, Model* model) {
 // for which the work fails.
 template <typename Work>
 int for_each_selected(Session* session, Work work) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         Model* model = selection_entry_model(session, entry.int_key(), &*entry);
-        if (model == nullptr || !work(model)) {
-            return 0;
-        }
+        if (model == nullptr || !work(model)) { return 0; }
     }
     return 1;
 }
 
-bool is_zero(const Vec3& v) {
-    return v.x == 0.0f && v.y == 0.0f && v.z == 0.0f;
-}
+bool is_zero(const Vec3& v) { return v.x == 0.0f && v.y == 0.0f && v.z == 0.0f; }
 
-bool is_finite(const Vec3& v) {
-    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
-}
+bool is_finite(const Vec3& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
 
 void set_row(Mat4* m, int row, const Vec3& v) {
     m->m[4 * row] = v.x;
@@ -121,9 +106,7 @@ Mat4 axis_frame(const Vec3& axis) {
 // The rotation of the texts about the centre and in the frame of the axis. Intended: with a centre of zero the axis
 // has no effect, even when it is set.
 Mat4 rotation_about(const Vec3& centre, const Vec3& axis, const Mat4& turn) {
-    if (is_zero(centre)) {
-        return turn;
-    }
+    if (is_zero(centre)) { return turn; }
     Mat4 result;
     mat_identity(&result);
     mat_translate(&result, -centre.x, -centre.y, -centre.z);
@@ -150,27 +133,21 @@ int32_t find_root_key(const Session* session, int32_t state_id) {
     for (auto root = roots.begin(); root != roots.end(); ++root) {
         const int32_t slot = root->model != nullptr ? root->model->state_index : -1;
         const ModelState* state = static_cast<const ModelState*>(list_at(&session->model_states, slot, 0));
-        if (state != nullptr && state->id == state_id) {
-            return root.int_key();
-        }
+        if (state != nullptr && state->id == state_id) { return root.int_key(); }
     }
     return 0;
 }
 
 bool trees_fit(const Session* session, const Model* changed) {
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
-        if (model_tree_holds(root.model, changed) && !model_tree_fits(root.model)) {
-            return false;
-        }
+        if (model_tree_holds(root.model, changed) && !model_tree_fits(root.model)) { return false; }
     }
     return true;
 }
 
 // Lends the model of the state to the parent, unless the parent would then be its own descendant or a tree too large.
 int lend_child(Session* session, Model* parent, const ModelState* state) {
-    if (model_tree_holds(state->model, parent)) {
-        return 0;
-    }
+    if (model_tree_holds(state->model, parent)) { return 0; }
     ChildLink* link = model_add_child(parent, state->model, state->model->name, state->translate.x, state->translate.y,
                                       state->translate.z, state->scale.x, state->scale.y, state->scale.z,
                                       state->rotate[0], state->rotate[1], state->rotate[2]);
@@ -185,27 +162,19 @@ int lend_child(Session* session, Model* parent, const ModelState* state) {
 }  // namespace
 
 void selection_init(Session* session) {
-    if (session == nullptr) {
-        return;
-    }
+    if (session == nullptr) { return; }
     init_set(&session->selection);
     init_set(&session->clipboard);
     selection_clear(session);
     clipboard_clear(session);
 }
 
-int selection_clear(Session* session) {
-    return session != nullptr ? clear_set(&session->selection) : 0;
-}
+int selection_clear(Session* session) { return session != nullptr ? clear_set(&session->selection) : 0; }
 
-int clipboard_clear(Session* session) {
-    return session != nullptr ? clear_set(&session->clipboard) : 0;
-}
+int clipboard_clear(Session* session) { return session != nullptr ? clear_set(&session->clipboard) : 0; }
 
 int selection_all(Session* session) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     selection_clear(session);
     for (const ModelState& state : list_elements<ModelState>(session->model_states)) {
         store_entry(session, state.id, state.model);
@@ -214,12 +183,8 @@ int selection_all(Session* session) {
 }
 
 int selection_add_model(Session* session, int32_t id) {
-    if (session == nullptr) {
-        return 0;
-    }
-    if (const ModelState* state = find_model_state(session, id)) {
-        return store_entry(session, id, state->model);
-    }
+    if (session == nullptr) { return 0; }
+    if (const ModelState* state = find_model_state(session, id)) { return store_entry(session, id, state->model); }
     if (const ChildState* child = find_child_state(session, id)) {
         return store_entry(session, id, child->link->model);
     }
@@ -228,21 +193,15 @@ int selection_add_model(Session* session, int32_t id) {
 
 int selection_add_child(Session* session, int32_t id) {
     const ChildState* child = session != nullptr ? find_child_state(session, id) : nullptr;
-    if (child == nullptr) {
-        return 0;
-    }
+    if (child == nullptr) { return 0; }
     static_cast<SelectedChild*>(list_add(&session->selection.children, id))->link = child->link;
     return 1;
 }
 
 Model* selection_entry_model(const Session* session, int32_t key, const SelectedModel* entry) {
-    if (session == nullptr || entry == nullptr) {
-        return nullptr;
-    }
+    if (session == nullptr || entry == nullptr) { return nullptr; }
     const ModelState* state = find_model_state(session, key);
-    if (state != nullptr && is_entry_model(entry, state->model)) {
-        return state->model;
-    }
+    if (state != nullptr && is_entry_model(entry, state->model)) { return state->model; }
     const ChildState* child = find_child_state(session, key);
     const bool is_child = child != nullptr && child->link != nullptr && is_entry_model(entry, child->link->model);
     return is_child ? child->link->model : nullptr;
@@ -254,24 +213,18 @@ ChildLink* selection_entry_child(const Session* session, int32_t key, const Sele
 }
 
 Model* selection_current_model(Session* session) {
-    if (session == nullptr) {
-        return nullptr;
-    }
+    if (session == nullptr) { return nullptr; }
     int32_t key = 0;
     const SelectedModel* first = static_cast<SelectedModel*>(list_first(&session->selection.models, &key));
     return selection_entry_model(session, key, first);
 }
 
 int selection_copy(Session* session) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     const SelectionSet& from = session->selection;
     SelectionSet& to = session->clipboard;
     replace_list(&from.models, &to.models);
-    for (int i = 0; i < UNUSED_LISTS; ++i) {
-        replace_list(&from.unused[i], &to.unused[i]);
-    }
+    for (int i = 0; i < UNUSED_LISTS; ++i) { replace_list(&from.unused[i], &to.unused[i]); }
     replace_list(&from.children, &to.children);
     session->clipboard_cut = 0;
     return 1;
@@ -279,24 +232,18 @@ int selection_copy(Session* session) {
 
 // Intended: nothing leaves the selection or the scene.
 int selection_cut(Session* session) {
-    if (!selection_copy(session)) {
-        return 0;
-    }
+    if (!selection_copy(session)) { return 0; }
     session->clipboard_cut = 1;
     return 1;
 }
 
 // Intended: the clipboard has no reader.
-int selection_paste() {
-    return 1;
-}
+int selection_paste() { return 1; }
 
 int selection_translate(Session* session, float x, float y, float z, int relative) {
     return for_each_selected(session, [=](Model* model) {
         ModelState* state = model_state(session, model);
-        if (state == nullptr) {
-            return false;
-        }
+        if (state == nullptr) { return false; }
         const Vec3 from = relative ? state->translate : ORIGIN;
         state->translate = Vec3{from.x + x, from.y + y, from.z + z};
         model_state_rebuild(state);
@@ -308,9 +255,7 @@ int selection_translate(Session* session, float x, float y, float z, int relativ
 int selection_scale(Session* session, float x, float y, float z, int relative) {
     return for_each_selected(session, [=](Model* model) {
         ModelState* state = model_state(session, model);
-        if (state == nullptr) {
-            return false;
-        }
+        if (state == nullptr) { return false; }
         const Vec3 from = relative ? state->scale : Vec3{1.0f, 1.0f, 1.0f};
         state->scale = Vec3{from.x * x, from.y * y, from.z * z};
         model_state_rebuild(state);
@@ -319,18 +264,14 @@ int selection_scale(Session* session, float x, float y, float z, int relative) {
 }
 
 int selection_rotate(Session* session, const char* a, const char* b, const char* c, int relative) {
-    if (session == nullptr || a == nullptr || b == nullptr || c == nullptr) {
-        return 0;
-    }
+    if (session == nullptr || a == nullptr || b == nullptr || c == nullptr) { return 0; }
     Mat4 turn;
     mat_identity(&turn);
     mat_rotate_text(&turn, a, b, c);  // a bad text leaves what was built before it
     const Mat4 rotation = rotation_about(session->selection.centre, session->selection.axis, turn);
     return for_each_selected(session, [=](Model* model) {
         ModelState* state = model_state(session, model);
-        if (state == nullptr) {
-            return false;
-        }
+        if (state == nullptr) { return false; }
         if (relative) {
             mat_multiply(&state->rotation, &rotation, &state->rotation);
         } else {
@@ -342,17 +283,13 @@ int selection_rotate(Session* session, const char* a, const char* b, const char*
 }
 
 int selection_set_centre(Session* session, float x, float y, float z) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     session->selection.centre = Vec3{x, y, z};
     return 1;
 }
 
 int selection_set_axis(Session* session, float x, float y, float z) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     const Vec3& centre = session->selection.centre;
     session->selection.axis = Vec3{x - centre.x, y - centre.y, z - centre.z};
     vec_normalise(&session->selection.axis);
@@ -360,27 +297,19 @@ int selection_set_axis(Session* session, float x, float y, float z) {
 }
 
 int selection_delete(Session* session) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         const int32_t id = entry.int_key();
         const ModelState* state = find_model_state(session, id);
-        if (state == nullptr || !is_entry_model(&*entry, state->model)) {
-            return 0;
-        }
-        if (!session_remove_root(session, find_root_key(session, id))) {
-            return 0;
-        }
+        if (state == nullptr || !is_entry_model(&*entry, state->model)) { return 0; }
+        if (!session_remove_root(session, find_root_key(session, id))) { return 0; }
     }
     return selection_clear(session);
 }
 
 int selection_add_data(Session* session, const char* text) {
-    if (text == nullptr) {
-        return 0;
-    }
+    if (text == nullptr) { return 0; }
     return for_each_selected(session, [=](Model* model) {
         // A joint of this name is the one record that reading may write anew, without a thought for its state.
         session_forget_joint(session, static_cast<Joint*>(list_find(&model->joints, "world")));
@@ -389,9 +318,7 @@ int selection_add_data(Session* session, const char* text) {
 }
 
 int selection_add_child_model(Session* session, int32_t id) {
-    if (session == nullptr || list_find(&session->selection.models, id) != nullptr) {
-        return 0;
-    }
+    if (session == nullptr || list_find(&session->selection.models, id) != nullptr) { return 0; }
     const int added = for_each_selected(session, [=](Model* model) {
         const ModelState* state = find_model_state(session, id);
         return state != nullptr && state->model != nullptr && lend_child(session, model, state) != 0;

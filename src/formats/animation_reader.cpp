@@ -64,12 +64,12 @@ struct ClipFile {
     bool has_track_line = false;
     int32_t names_count = 0;
     int32_t slots[ANIMATION_NAME_LIMIT] = {};  // by column
-    int32_t frame_count = 0;    // lines of each kind, as the first pass counts them
+    int32_t frame_count = 0;                   // lines of each kind, as the first pass counts them
     int32_t subclip_count = 0;
-    int32_t last_tokens = 0;    // of the last frame line
+    int32_t last_tokens = 0;                                 // of the last frame line
     float latest = -std::numeric_limits<float>::infinity();  // highest time of a frame line
-    std::string error;          // why the first pass broke off; empty when it did not
-    bool complete = false;      // the second pass came to the end
+    std::string error;                                       // why the first pass broke off; empty when it did not
+    bool complete = false;                                   // the second pass came to the end
     const AnimationClip* owner = nullptr;  // the clip that holds the keys; null until the file was read
     std::vector<float> times;              // of the frames that the second pass read
     std::vector<SubclipLine> subclips;     // the same
@@ -103,19 +103,19 @@ int32_t model_slot_count(const Model* model) {
 
 // Track number of a name, whatever the model has room for; NO_SLOT with the error set.
 int32_t find_slot(const Model* model, const char* name) {
-    if (str_equal(name, "translate")) return TRANSLATE_SLOT;
-    if (str_equal(name, "rotate")) return ROTATE_SLOT;
+    if (str_equal(name, "translate")) { return TRANSLATE_SLOT; }
+    if (str_equal(name, "rotate")) { return ROTATE_SLOT; }
     const int32_t joint = model_joint_index(model, name);
-    if (joint >= 0) return joint + FIRST_JOINT_SLOT;
+    if (joint >= 0) { return joint + FIRST_JOINT_SLOT; }
     const int32_t first_child_slot = model_count_joints(model) + FIRST_JOINT_SLOT;
     if (std::strncmp(name, CHILD_PREFIX, CHILD_PREFIX_SIZE) == 0) {
         const int32_t offset = text_to_int(name + CHILD_PREFIX_SIZE);
-        if (offset >= 0 && offset <= CHILD_OFFSET_LIMIT) return first_child_slot + offset;
+        if (offset >= 0 && offset <= CHILD_OFFSET_LIMIT) { return first_child_slot + offset; }
         animation_set_error("Child offset out of range");
         return NO_SLOT;
     }
     const int32_t child = model_child_index(model, name);
-    if (child >= 0) return first_child_slot + child;
+    if (child >= 0) { return first_child_slot + child; }
     animation_set_error("Invalid animation name");
     return NO_SLOT;
 }
@@ -123,7 +123,7 @@ int32_t find_slot(const Model* model, const char* name) {
 // A slot equal to the count passes; intended. The frames have room for it and no sample asks for it.
 int32_t resolve_name(const ClipRead* read, const char* name) {
     const int32_t slot = find_slot(read->tree->model, name);
-    if (slot <= read->slot_count) return slot;
+    if (slot <= read->slot_count) { return slot; }
     animation_set_error("Slot overrun...");
     return NO_SLOT;
 }
@@ -154,12 +154,12 @@ void fail_tree(ClipTree* tree, const char* text) {
 
 void claim_subclips(ClipTree* tree, int32_t count) {
     tree->subclips += count;
-    if (tree->subclips > ANIMATION_SUBCLIP_LIMIT) fail_tree(tree, "Too many sub-clips");
+    if (tree->subclips > ANIMATION_SUBCLIP_LIMIT) { fail_tree(tree, "Too many sub-clips"); }
 }
 
 void claim_keys(ClipTree* tree, int64_t count) {
     *tree->keys += count;
-    if (*tree->keys > ANIMATION_KEY_LIMIT) fail_tree(tree, "Too many keys");
+    if (*tree->keys > ANIMATION_KEY_LIMIT) { fail_tree(tree, "Too many keys"); }
 }
 
 void count_line(void* context) {
@@ -168,21 +168,21 @@ void count_line(void* context) {
     if (reader_token_equals("names", 0)) {
         read_track_line(read);
     } else if (reader_token_count() > SUBCLIP_TOKEN_LIMIT) {
-        if (file->frame_count == std::numeric_limits<int32_t>::max()) return reader_abort();
+        if (file->frame_count == std::numeric_limits<int32_t>::max()) { return reader_abort(); }
         ++file->frame_count;
         file->last_tokens = reader_token_count();
         file->latest = std::max(file->latest, reader_float(0));
     } else {
         ++file->subclip_count;
         claim_subclips(read->tree, 1);
-        if (read->tree->failed) reader_abort();
+        if (read->tree->failed) { reader_abort(); }
     }
 }
 
 // Without a track line column i fills slot i; columns that the model has no track for are passed over.
 void number_columns(ClipFile* file, int32_t slot_count) {
     file->names_count = file->last_tokens > 0 ? (file->last_tokens - 1) / TOKENS_PER_TRACK : 0;
-    for (int32_t i = 0; i < file->names_count; ++i) file->slots[i] = i < slot_count ? i : NO_SLOT;
+    for (int32_t i = 0; i < file->names_count; ++i) { file->slots[i] = i < slot_count ? i : NO_SLOT; }
 }
 
 // Keys are kept for the tracks that have columns alone: a table of all slots for each frame would be as large as the
@@ -191,24 +191,24 @@ void list_tracks(ClipRead* read) {
     std::vector<int32_t> tracks;
     const ClipFile& file = *read->file;
     for (int32_t i = 0; i < file.names_count; ++i) {
-        if (file.slots[i] != NO_SLOT) tracks.push_back(file.slots[i]);
+        if (file.slots[i] != NO_SLOT) { tracks.push_back(file.slots[i]); }
     }
     std::sort(tracks.begin(), tracks.end());
     tracks.erase(std::unique(tracks.begin(), tracks.end()), tracks.end());
     if (!tracks.empty()) {
         AnimationClip* clip = read->clip;
         clip->tracks = static_cast<int32_t*>(std::calloc(tracks.size(), sizeof(int32_t)));
-        if (clip->tracks == nullptr) return;
+        if (clip->tracks == nullptr) { return; }
         clip->track_count = static_cast<int32_t>(tracks.size());
         std::copy(tracks.begin(), tracks.end(), clip->tracks);
     }
-    for (int32_t i = 0; i < file.names_count; ++i) read->places[i] = animation_track(read->clip, file.slots[i]);
+    for (int32_t i = 0; i < file.names_count; ++i) { read->places[i] = animation_track(read->clip, file.slots[i]); }
 }
 
 void prepare_clip(ClipRead* read, const std::string& path, float hold) {
     AnimationClip* clip = read->clip;
     const float latest = read->file->latest + read->start;
-    if (latest > read->end) read->end = latest;
+    if (latest > read->end) { read->end = latest; }
     clip->name = str_dup(path.c_str());
     clip->start_time = read->start;
     clip->end_time = read->end;
@@ -219,12 +219,14 @@ void prepare_clip(ClipRead* read, const std::string& path, float hold) {
     if (clip->subclip_count > 0) {
         clip->subclips =
             static_cast<AnimationClip*>(std::calloc(static_cast<size_t>(clip->subclip_count), sizeof(AnimationClip)));
-        if (clip->subclips == nullptr) clip->subclip_count = 0;  // the second pass then fails
+        if (clip->subclips == nullptr) {
+            clip->subclip_count = 0;  // the second pass then fails
+        }
     }
     if (clip->frame_count > 0) {
         clip->frames =
             static_cast<AnimationFrame*>(std::calloc(static_cast<size_t>(clip->frame_count), sizeof(AnimationFrame)));
-        if (clip->frames == nullptr) clip->frame_count = 0;
+        if (clip->frames == nullptr) { clip->frame_count = 0; }
     }
     list_tracks(read);
 }
@@ -254,13 +256,13 @@ bool fill_frame(const ClipRead* read, AnimationFrame* frame) {
     const ClipFile& file = *read->file;
     const size_t key_count = static_cast<size_t>(file.names_count);
     void* block = std::calloc(1, table_size * sizeof(AnimationKey*) + key_count * sizeof(AnimationKey));
-    if (block == nullptr) return false;
+    if (block == nullptr) { return false; }
     frame->time = reader_float(0) + read->start;
     frame->keys = static_cast<AnimationKey**>(block);
     AnimationKey* key = reinterpret_cast<AnimationKey*>(frame->keys + table_size);
     for (int32_t column = 0; column < file.names_count; ++column) {
         const int32_t place = read->places[column];
-        if (place == NO_SLOT) continue;
+        if (place == NO_SLOT) { continue; }
         const int32_t token = TOKENS_PER_TRACK * column + 1;
         *key = file.slots[column] == TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
         frame->keys[place] = key++;
@@ -285,9 +287,9 @@ float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float sta
 
 // The shift of the enclosing clip is not added to that of a sub-clip; intended. Its failure does not end this read.
 void read_subclip(ClipRead* read, const SubclipLine& line, AnimationClip* subclip) {
-    if (!line.file) return;
+    if (!line.file) { return; }
     const float length = read_clip(read->tree, subclip, line.file->c_str(), line.time, line.hold);
-    if (line.hold == HOLD_NONE && length > read->end) read->end = length;
+    if (line.hold == HOLD_NONE && length > read->end) { read->end = length; }
 }
 
 std::optional<std::string> token_text(int32_t token) {
@@ -326,9 +328,7 @@ std::string file_identity(const std::string& path) {
     const std::string found = file_resolve(path.c_str());
     try {
         return std::filesystem::canonical(found).string();
-    } catch (const std::exception&) {
-        return found;
-    }
+    } catch (const std::exception&) { return found; }
 }
 
 void fill_from_file(ClipRead* read, const std::string& path) {
@@ -351,7 +351,7 @@ void fill_from_owner(ClipRead* read) {
     for (size_t i = 0; i < subclip_count && !read->tree->failed; ++i) {
         read_subclip(read, file.subclips[i], &clip->subclips[i]);
     }
-    if (!file.complete && !read->tree->failed) animation_set_error(BAD_DATA);
+    if (!file.complete && !read->tree->failed) { animation_set_error(BAD_DATA); }
 }
 
 bool fill_clip(ClipRead* read, const std::string& path, const std::string& identity) {
@@ -384,28 +384,30 @@ bool count_file(ClipRead* read, const std::string& path, const std::string& iden
     read->file = &counted;
     const int complete = reader_run_file(path.c_str(), COMMENT_CHARS, COMMENT_COUNT, count_line, read);
     // Without a text the file is not there, which may be so for the moment, or the tree has failed as a whole.
-    if (complete == 0 && (animation_error() == nullptr || tree->failed)) return false;
-    if (complete == 0) counted.error = animation_error();
-    if (!counted.has_track_line) number_columns(&counted, read->slot_count);
+    if (complete == 0 && (animation_error() == nullptr || tree->failed)) { return false; }
+    if (complete == 0) { counted.error = animation_error(); }
+    if (!counted.has_track_line) { number_columns(&counted, read->slot_count); }
     read->file = &tree->files.emplace(identity, std::move(counted)).first->second;
-    if (complete != 0) claim_keys(tree, int64_t{read->file->frame_count} * (1 + read->file->names_count));
+    if (complete != 0) { claim_keys(tree, int64_t{read->file->frame_count} * (1 + read->file->names_count)); }
     return complete != 0 && !tree->failed;
 }
 
 float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float start, float hold) {
     animation_set_error(nullptr);
-    ClipRead read{.tree = tree, .file = nullptr, .clip = clip, .start = start,
-                  .slot_count = model_slot_count(tree->model)};
+    ClipRead read{
+        .tree = tree, .file = nullptr, .clip = clip, .start = start, .slot_count = model_slot_count(tree->model)};
     const std::string path = path_join(tree->directory.c_str(), file);
     const std::string identity = file_identity(path);
     const std::vector<std::string>& open = tree->open_files;
-    if (std::find(open.begin(), open.end(), identity) != open.end()) return 0.0f;  // a clip inside itself
+    if (std::find(open.begin(), open.end(), identity) != open.end()) {
+        return 0.0f;  // a clip inside itself
+    }
     // As deep as the table of open files lets a tree be, whether its files are read or known.
-    if (open.size() >= FILE_TABLE_SIZE || !count_file(&read, path, identity)) return 0.0f;
+    if (open.size() >= FILE_TABLE_SIZE || !count_file(&read, path, identity)) { return 0.0f; }
     prepare_clip(&read, path, hold);
-    if (!fill_clip(&read, path, identity)) return 0.0f;
-    if (read.end > clip->end_time) clip->end_time = read.end;
-    if (hold != HOLD_NONE) clip->end_time = hold;
+    if (!fill_clip(&read, path, identity)) { return 0.0f; }
+    if (read.end > clip->end_time) { clip->end_time = read.end; }
+    if (hold != HOLD_NONE) { clip->end_time = hold; }
     return clip->end_time;
 }
 
@@ -416,10 +418,10 @@ float read_clip_tree(Model* model, AnimationClip* clip, const char* directory, c
 }
 
 void release_clip(AnimationClip* clip) {
-    for (int32_t i = 0; i < clip->subclip_count; ++i) release_clip(&clip->subclips[i]);
+    for (int32_t i = 0; i < clip->subclip_count; ++i) { release_clip(&clip->subclips[i]); }
     std::free(clip->subclips);
     str_free(clip->name);
-    for (int32_t i = 0; i < clip->frame_count && !clip->shares_keys; ++i) std::free(clip->frames[i].keys);
+    for (int32_t i = 0; i < clip->frame_count && !clip->shares_keys; ++i) { std::free(clip->frames[i].keys); }
     std::free(clip->frames);
     std::free(clip->tracks);
 }
@@ -442,9 +444,13 @@ using RowParents = std::vector<int32_t>;
 // Rows beyond the limit are passed over without a word; intended.
 void read_row(void* context) {
     SceneRows* rows = static_cast<SceneRows*>(context);
-    if (reader_token_count() < 2 || rows->size() >= static_cast<size_t>(ANIMATION_ROW_LIMIT)) return;
-    SceneRow row{.model_directory = reader_text(0), .model_file = reader_text(1), .clip_directory = {}, .clip_file = {},
-                 .parent = {}, .parent_joint = {}};
+    if (reader_token_count() < 2 || rows->size() >= static_cast<size_t>(ANIMATION_ROW_LIMIT)) { return; }
+    SceneRow row{.model_directory = reader_text(0),
+                 .model_file = reader_text(1),
+                 .clip_directory = {},
+                 .clip_file = {},
+                 .parent = {},
+                 .parent_joint = {}};
     if (reader_token_count() >= 4) {
         row.clip_directory = token_text(2);
         row.clip_file = token_text(3);
@@ -471,7 +477,7 @@ bool load_row(const SceneRow& row, AnimationSet* set, SceneBudget* budget) {
     const std::string path = path_join(row.model_directory.c_str(), row.model_file.c_str());
     Model* model = model_load(path.c_str(), &budget->children);
     if (model == nullptr) {
-        if (load_error_get() != nullptr) animation_set_error(load_error_get());
+        if (load_error_get() != nullptr) { animation_set_error(load_error_get()); }
         return false;
     }
     ModelAnimation* animation = nullptr;
@@ -501,13 +507,13 @@ bool load_row(const SceneRow& row, AnimationSet* set, SceneBudget* budget) {
 bool link_row(const SceneRows& rows, size_t index, AnimationSet* set, RowParents* parents) {
     const SceneRow& row = rows[index];
     ModelAnimation* animation = set->animations[index];
-    if (!row.parent || *row.parent == "world") return true;
+    if (!row.parent || *row.parent == "world") { return true; }
     for (size_t other = 0; other < rows.size(); ++other) {
-        if (other == index || animation == nullptr || rows[other].model_file != *row.parent) continue;
+        if (other == index || animation == nullptr || rows[other].model_file != *row.parent) { continue; }
         animation->parent_animation = set->animations[other];
         animation->parent_model = set->models[other];
         (*parents)[index] = static_cast<int32_t>(other);
-        if (!row.parent_joint) continue;
+        if (!row.parent_joint) { continue; }
         animation->parent_joint = model_find_joint(set->models[other], row.parent_joint->c_str());
         if (animation->parent_joint == nullptr) {
             set_error_text("could not find parent joint: " + *row.parent_joint);
@@ -515,7 +521,7 @@ bool link_row(const SceneRows& rows, size_t index, AnimationSet* set, RowParents
         }
         animation->parent_slot = model_joint_index(set->models[other], row.parent_joint->c_str()) + FIRST_JOINT_SLOT;
     }
-    if (animation != nullptr && animation->parent_model != nullptr) return true;
+    if (animation != nullptr && animation->parent_model != nullptr) { return true; }
     set_error_text("could not find parent: " + *row.parent);
     return false;
 }
@@ -523,7 +529,7 @@ bool link_row(const SceneRows& rows, size_t index, AnimationSet* set, RowParents
 bool hangs_on_itself(const RowParents& parents, size_t index) {
     int32_t row = parents[index];
     for (size_t steps = 0; steps < parents.size() && row >= 0; ++steps) {
-        if (row == static_cast<int32_t>(index)) return true;
+        if (row == static_cast<int32_t>(index)) { return true; }
         row = parents[static_cast<size_t>(row)];
     }
     return false;
@@ -532,10 +538,10 @@ bool hangs_on_itself(const RowParents& parents, size_t index) {
 bool link_rows(const SceneRows& rows, AnimationSet* set) {
     RowParents parents(rows.size(), -1);
     for (size_t index = 0; index < rows.size(); ++index) {
-        if (!link_row(rows, index, set, &parents)) return false;
+        if (!link_row(rows, index, set, &parents)) { return false; }
     }
     for (size_t index = 0; index < rows.size(); ++index) {
-        if (!hangs_on_itself(parents, index)) continue;
+        if (!hangs_on_itself(parents, index)) { continue; }
         set_error_text("could not find parent: " + *rows[index].parent);
         return false;
     }
@@ -545,7 +551,7 @@ bool link_rows(const SceneRows& rows, AnimationSet* set) {
 bool load_rows(const SceneRows& rows, AnimationSet* set) {
     SceneBudget budget;
     for (const SceneRow& row : rows) {
-        if (!load_row(row, set, &budget)) return false;
+        if (!load_row(row, set, &budget)) { return false; }
     }
     return link_rows(rows, set);
 }
@@ -566,16 +572,16 @@ AnimationSet* animation_load(const char* path) {
         return nullptr;
     }
     SceneRows rows;
-    if (reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, read_row, &rows) == 0) return nullptr;
+    if (reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, read_row, &rows) == 0) { return nullptr; }
     AnimationSet* set = static_cast<AnimationSet*>(std::calloc(1, sizeof(AnimationSet)));
-    if (load_rows(rows, set)) return set;
+    if (load_rows(rows, set)) { return set; }
     release_rows(set);
     std::free(set);
     return nullptr;
 }
 
 ModelAnimation* animation_create(const Model* model) {
-    if (model == nullptr) return nullptr;
+    if (model == nullptr) { return nullptr; }
     ModelAnimation* animation = static_cast<ModelAnimation*>(std::calloc(1, sizeof(ModelAnimation)));
     animation->enabled = 1;
     animation->joint_count = model_count_joints(model);
@@ -585,7 +591,7 @@ ModelAnimation* animation_create(const Model* model) {
 }
 
 int animation_release(ModelAnimation* animation) {
-    if (animation == nullptr) return 1;
+    if (animation == nullptr) { return 1; }
     release_clip(&animation->clip);
     std::free(animation);
     return 1;
@@ -593,19 +599,17 @@ int animation_release(ModelAnimation* animation) {
 
 float animation_read_clip(Model* model, AnimationClip* clip, const char* directory, const char* file, float start,
                           float hold) {
-    if (model == nullptr || clip == nullptr || directory == nullptr || file == nullptr) return 0.0f;
+    if (model == nullptr || clip == nullptr || directory == nullptr || file == nullptr) { return 0.0f; }
     int64_t keys = 0;
     return read_clip_tree(model, clip, directory, file, start, hold, &keys);
 }
 
-AnimationClip* animation_clip(ModelAnimation* animation) {
-    return animation == nullptr ? nullptr : &animation->clip;
-}
+AnimationClip* animation_clip(ModelAnimation* animation) { return animation == nullptr ? nullptr : &animation->clip; }
 
 int32_t animation_track(const AnimationClip* clip, int32_t slot) {
-    if (clip == nullptr || slot < 0) return -1;
+    if (clip == nullptr || slot < 0) { return -1; }
     // Most files have their columns in the order of the slots and leave none out.
-    if (slot < clip->track_count && clip->tracks[slot] == slot) return slot;
+    if (slot < clip->track_count && clip->tracks[slot] == slot) { return slot; }
     const int32_t* end = clip->tracks + clip->track_count;
     const int32_t* found = std::lower_bound(static_cast<const int32_t*>(clip->tracks), end, slot);
     return found != end && *found == slot ? static_cast<int32_t>(found - clip->tracks) : -1;
@@ -613,7 +617,7 @@ int32_t animation_track(const AnimationClip* clip, int32_t slot) {
 
 // A time that is no number stops a walk over the frames, as one behind all others does.
 void animation_index_frames(AnimationClip* clip) {
-    if (clip == nullptr) return;
+    if (clip == nullptr) { return; }
     float latest = -std::numeric_limits<float>::infinity();
     for (int32_t i = 0; i < clip->frame_count; ++i) {
         const float time = clip->frames[i].time;

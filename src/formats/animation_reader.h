@@ -12,8 +12,8 @@ inline constexpr int ANIMATION_ROW_LIMIT = 24;
 inline constexpr int ANIMATION_NAME_LIMIT = 128;
 inline constexpr int ANIMATION_SUBCLIP_LIMIT = 4096;  // in a whole tree of clips
 
-// Keys of all rows of a scene list: the columns of each frame line, counted once for each file and row, and one more for
-// each frame of each clip that is made of the file.
+// Keys of all rows of a scene list: the columns of each frame line, counted once for each file and row, and one more
+// for each frame of each clip that is made of the file.
 inline constexpr int64_t ANIMATION_KEY_LIMIT = int64_t{1} << 24;
 inline constexpr float HOLD_NONE = -1.0f;
 
@@ -30,12 +30,12 @@ struct AnimationFrame {
 
 // What one clip file becomes. A clip whose file could not be read is all zero and moves nothing.
 struct AnimationClip {
-    char* name;           // path of the file; heap text
-    float hold_time;      // the one time that is shown, HOLD_NONE for a clip that runs
-    float start_time;     // shift of the file's times
-    float end_time;       // absolute seconds, sub-clips included
+    char* name;        // path of the file; heap text
+    float hold_time;   // the one time that is shown, HOLD_NONE for a clip that runs
+    float start_time;  // shift of the file's times
+    float end_time;    // absolute seconds, sub-clips included
     int32_t frame_count;
-    AnimationFrame* frames;   // in file order; null when there are none
+    AnimationFrame* frames;  // in file order; null when there are none
     int32_t subclip_count;
     AnimationClip* subclips;  // in file order; null when there are none
     int32_t slot_count;       // tracks that a sample may ask for: 0 to slot_count - 1
@@ -46,9 +46,9 @@ struct AnimationClip {
 
 struct ModelAnimation {
     int32_t enabled;
-    Model* parent_model;                // not owned; emptied when that model goes
-    ModelAnimation* parent_animation;   // not owned
-    Joint* parent_joint;                // not owned
+    Model* parent_model;               // not owned; emptied when that model goes
+    ModelAnimation* parent_animation;  // not owned
+    Joint* parent_joint;               // not owned
     int32_t parent_slot;
     AnimationClip clip;
     int32_t slot_count;

@@ -6,8 +6,8 @@
 
 #include <cstring>
 
-#include "foundation/text.h"
 #include "formats/texture_map.h"
+#include "foundation/text.h"
 #include "images/image_registry.h"
 #include "scene/model.h"
 
@@ -31,17 +31,13 @@ LayerImage* record_with_empty_slot(Layer* layer, int slot) {
         return image;
     }
     image = static_cast<LayerImage*>(list_add(&layer->images, IMAGE_RECORD_KEY));
-    if (image != nullptr) {
-        *image = LayerImage{};
-    }
+    if (image != nullptr) { *image = LayerImage{}; }
     return image;
 }
 
 bool load_slot(const Layer& layer, LayerImage& image, int slot, const char* path) {
     image.pixels[slot] = image_load(path, &image.width[slot], &image.height[slot]);
-    if (image.pixels[slot] == nullptr) {
-        return false;
-    }
+    if (image.pixels[slot] == nullptr) { return false; }
     image.image_id[slot] = image_find(path)->id;
     image.bytes_per_pixel[slot] = RGB_BYTES;
     if (layer.invisible && slot != IMAGE_SLOT_REFLECTION) {
@@ -74,9 +70,7 @@ size_t append_names(const Model& model, char* text, size_t position) {
         }
     }
     for (const ChildLink& link : list_elements<ChildLink>(model.children)) {
-        if (link.model != nullptr) {
-            position = append_names(*link.model, text, position);
-        }
+        if (link.model != nullptr) { position = append_names(*link.model, text, position); }
     }
     return position;
 }
@@ -84,36 +78,24 @@ size_t append_names(const Model& model, char* text, size_t position) {
 }  // namespace
 
 int model_add_image(Model* model, const char* layer, int slot, const char* name, int axis_u, int axis_v) {
-    if (layer == nullptr || name == nullptr || name[0] == '\0' || slot < 0 || slot >= LAYER_IMAGE_SLOTS) {
-        return 0;
-    }
+    if (layer == nullptr || name == nullptr || name[0] == '\0' || slot < 0 || slot >= LAYER_IMAGE_SLOTS) { return 0; }
     Layer* target = model_find_layer(model, layer);
     LayerImage* image = target != nullptr ? record_with_empty_slot(target, slot) : nullptr;
-    if (image == nullptr) {
-        return 0;
-    }
+    if (image == nullptr) { return 0; }
     char path[IMAGE_PATH_SIZE];
     model_file_path(model, name, path, sizeof path);
     str_copy(name, image->names[slot]);
-    if (!load_slot(*target, *image, slot, path)) {
-        return 0;
-    }
-    if (slot != IMAGE_SLOT_BASE) {
-        return 1;
-    }
+    if (!load_slot(*target, *image, slot, path)) { return 0; }
+    if (slot != IMAGE_SLOT_BASE) { return 1; }
     target->image_axis_u = axis_u;
     target->image_axis_v = axis_v;
     return layer_map_uvees(model, layer);
 }
 
 int model_set_image_repeat(Model* model, const char* layer, int flag, float u, float v) {
-    if (model == nullptr || layer == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || layer == nullptr) { return 0; }
     auto* target = static_cast<Layer*>(list_find(&model->layers, layer));
-    if (target == nullptr) {
-        return 0;
-    }
+    if (target == nullptr) { return 0; }
     target->image_repeat = flag;
     if (flag != 0) {
         target->repeat_u = u;
@@ -124,9 +106,7 @@ int model_set_image_repeat(Model* model, const char* layer, int flag, float u, f
 
 const char* model_image_names(const Model* model) {
     static char text[NAMES_TEXT_SIZE];
-    if (model == nullptr || append_names(*model, text, 0) == 0) {
-        return nullptr;
-    }
+    if (model == nullptr || append_names(*model, text, 0) == 0) { return nullptr; }
     return text;
 }
 

@@ -55,9 +55,7 @@ bool is_blank(char c) { return c == ' ' || c == '\t'; }
 
 bool is_comment(const LineReader& reader) {
     for (int32_t i = 0; i < reader.comment_count; ++i) {
-        if (reader.line[0] == reader.comment_chars[i]) {
-            return true;
-        }
+        if (reader.line[0] == reader.comment_chars[i]) { return true; }
     }
     return false;
 }
@@ -92,9 +90,7 @@ inline const char* copy_bare_word(const char* from, char*& end, WordShape& shape
     char* to = end;
     uint64_t value = 0;
     shape.negative = *from == '-';
-    if (shape.negative) {
-        *to++ = *from++;
-    }
+    if (shape.negative) { *to++ = *from++; }
     const char* const digits = from;
     from = copy_digits(from, to, value);
     shape.digits = from - digits;
@@ -108,18 +104,14 @@ inline const char* copy_bare_word(const char* from, char*& end, WordShape& shape
         shape.digits += shape.decimals;
     }
     shape.number = ends_word(*from);
-    for (; !ends_word(*from); ++from) {
-        *to++ = *from;
-    }
+    for (; !ends_word(*from); ++from) { *to++ = *from; }
     shape.value = value;
     end = to;
     return from;
 }
 
 const char* copy_quoted_text(const char* from, char*& to) {
-    for (; *from != '\0' && *from != '"'; ++from) {
-        *to++ = *from;
-    }
+    for (; *from != '\0' && *from != '"'; ++from) { *to++ = *from; }
     return from;
 }
 
@@ -164,9 +156,7 @@ inline void store_bare_word(ReaderTokens& tokens, const char* text, const WordSh
 
 // Whether the text begins with a token, behind blanks.
 bool holds_token(const char* text) {
-    while (is_blank(*text)) {
-        ++text;
-    }
+    while (is_blank(*text)) { ++text; }
     return *text == '"' ? text[1] != '\0' && text[1] != '"' : *text != '\0';
 }
 
@@ -176,22 +166,16 @@ bool split_line(LineReader& reader) {
     ReaderTokens& tokens = reader.tokens;
     tokens.count = 0;
     reader.more = false;
-    if (is_comment(reader)) {
-        return false;
-    }
+    if (is_comment(reader)) { return false; }
     const char* at = reader.line;
     char* to = reader.texts;
     while (tokens.count < READER_TOKEN_LIMIT) {
-        while (is_blank(*at)) {
-            ++at;
-        }
+        while (is_blank(*at)) { ++at; }
         const bool quoted = *at == '"';
         WordShape shape;
         char* const text = to;
         at = quoted ? copy_quoted_text(at + 1, to) : copy_bare_word(at, to, shape);
-        if (to == text) {
-            break;
-        }
+        if (to == text) { break; }
         *to++ = '\0';
         tokens.texts[tokens.count] = text;
         if (quoted || to - text > READER_TOKEN_SIZE) {
@@ -200,9 +184,7 @@ bool split_line(LineReader& reader) {
         } else {
             store_bare_word(tokens, text, shape);
         }
-        if (*at == '\0') {
-            break;
-        }
+        if (*at == '\0') { break; }
         ++at;  // the delimiter; behind a closing quote the next token may start at once
         reader.more = tokens.count == READER_TOKEN_LIMIT && holds_token(at);
     }
@@ -210,9 +192,7 @@ bool split_line(LineReader& reader) {
 }
 
 void count_line(LineReader& reader) {
-    if (reader.line_number < std::numeric_limits<int32_t>::max()) {
-        ++reader.line_number;
-    }
+    if (reader.line_number < std::numeric_limits<int32_t>::max()) { ++reader.line_number; }
 }
 
 void drop_byte_order_mark(char* line) {
@@ -224,13 +204,9 @@ void drop_byte_order_mark(char* line) {
 // Every physical line counts, also an empty one.
 bool next_file_line(LineReader& reader) {
     while (file_gets(reader.line, READER_LINE_SIZE, reader.file) != nullptr) {
-        if (reader.line_number == 0) {
-            drop_byte_order_mark(reader.line);
-        }
+        if (reader.line_number == 0) { drop_byte_order_mark(reader.line); }
         count_line(reader);
-        if (split_line(reader)) {
-            return true;
-        }
+        if (split_line(reader)) { return true; }
     }
     return false;
 }
@@ -251,9 +227,7 @@ bool next_data_line(LineReader& reader) {
         reader.data += *reader.data == '\n' ? 1 : 0;
         if (length > 0) {
             count_line(reader);
-            if (split_line(reader)) {
-                return true;
-            }
+            if (split_line(reader)) { return true; }
         }
     }
     return false;
@@ -289,9 +263,7 @@ const ReaderTokens* reader_tokens = &NO_TOKENS;
 
 int reader_run_file(const char* path, const char* comment_chars, int32_t comment_count, LineCallback callback,
                     void* context) {
-    if (!arguments_usable(path, comment_chars, comment_count, callback)) {
-        return 0;
-    }
+    if (!arguments_usable(path, comment_chars, comment_count, callback)) { return 0; }
     const int file = file_open(path, "r");
     if (file < 0) {
         make_current(nullptr);
@@ -301,9 +273,7 @@ int reader_run_file(const char* path, const char* comment_chars, int32_t comment
     start(reader, path, comment_chars, comment_count);
     reader.file = file;
     make_current(&reader);
-    while (!reader.abort && next_file_line(reader)) {
-        hand_over(reader, callback, context);
-    }
+    while (!reader.abort && next_file_line(reader)) { hand_over(reader, callback, context); }
     // A stream that broke off is not a file read to its end.
     const bool broken = file_error(file) != 0;
     file_close(file);
@@ -313,34 +283,24 @@ int reader_run_file(const char* path, const char* comment_chars, int32_t comment
 
 int reader_run_data(const char* text, const char* comment_chars, int32_t comment_count, LineCallback callback,
                     void* context) {
-    if (!arguments_usable(text, comment_chars, comment_count, callback)) {
-        return 0;
-    }
+    if (!arguments_usable(text, comment_chars, comment_count, callback)) { return 0; }
     LineReader reader;
     start(reader, DATA_NAME, comment_chars, comment_count);
     reader.data = text;
-    if (std::strncmp(text, BYTE_ORDER_MARK, BYTE_ORDER_MARK_SIZE) == 0) {
-        reader.data += BYTE_ORDER_MARK_SIZE;
-    }
+    if (std::strncmp(text, BYTE_ORDER_MARK, BYTE_ORDER_MARK_SIZE) == 0) { reader.data += BYTE_ORDER_MARK_SIZE; }
     make_current(&reader);
-    while (!reader.abort && next_data_line(reader)) {
-        hand_over(reader, callback, context);
-    }
+    while (!reader.abort && next_data_line(reader)) { hand_over(reader, callback, context); }
     make_current(nullptr);
     return reader.abort ? 0 : 1;
 }
 
 void reader_abort() {
-    if (current_reader != nullptr) {
-        current_reader->abort = true;
-    }
+    if (current_reader != nullptr) { current_reader->abort = true; }
 }
 
 int reader_take_abort_back() {
     const bool aborted = current_reader != nullptr && current_reader->abort;
-    if (aborted) {
-        current_reader->abort = false;
-    }
+    if (aborted) { current_reader->abort = false; }
     return aborted ? 1 : 0;
 }
 

@@ -37,9 +37,7 @@ void fail(const char* text) {
 
 // For operations that set their own text, or none.
 void require(bool done) {
-    if (!done) {
-        reader_abort();
-    }
+    if (!done) { reader_abort(); }
 }
 
 // The code of an axis word; anything else fails and gives 0, and the line goes on.
@@ -47,9 +45,7 @@ int axis_word(int32_t index) {
     static constexpr const char* WORDS[] = {"x", "y", "z", "-x", "-y", "-z"};
     int code = AXIS_X;
     for (const char* word : WORDS) {
-        if (reader_token_equals(word, index)) {
-            return code;
-        }
+        if (reader_token_equals(word, index)) { return code; }
         ++code;
     }
     fail("Bad image axis definition");
@@ -57,9 +53,7 @@ int axis_word(int32_t index) {
 }
 
 bool has_tokens(bool enough, const char* error) {
-    if (!enough) {
-        fail(error);
-    }
+    if (!enough) { fail(error); }
     return enough;
 }
 
@@ -67,9 +61,7 @@ bool has_tokens(bool enough, const char* error) {
 
 void parse_layer(ModelFileContext& file) {
     const int32_t count = reader_token_count();
-    if (!has_tokens(count >= 6, "Bad layer definition")) {
-        return;
-    }
+    if (!has_tokens(count >= 6, "Bad layer definition")) { return; }
     str_copy(reader_text(1), file.layer);  // the current layer from here on, whether or not the rest succeeds
     int mirror = 0;
     int mirror_axis = AXIS_X;
@@ -103,8 +95,8 @@ void parse_invisible(ModelFileContext& file) {
 
 void parse_joint(ModelFileContext& file) {
     if (has_tokens(reader_token_count() == 7, "Bad joint definition")) {
-        require(model_add_joint(file.model, reader_text(1), reader_int(2), reader_int(3), reader_int(4),
-                                reader_text(5), reader_int(6)));
+        require(model_add_joint(file.model, reader_text(1), reader_int(2), reader_int(3), reader_int(4), reader_text(5),
+                                reader_int(6)));
     }
 }
 
@@ -122,9 +114,7 @@ bool is_repeat_factor(float factor) { return factor >= -REPEAT_MAX && factor <= 
 
 void parse_image(ModelFileContext& file) {
     const int32_t count = reader_token_count();
-    if (!has_tokens(count >= 4, BAD_IMAGE)) {
-        return;
-    }
+    if (!has_tokens(count >= 4, BAD_IMAGE)) { return; }
     const int axis_u = axis_word(2);
     const int axis_v = axis_word(3);
     const bool repeated = count > 4;
@@ -149,16 +139,10 @@ void parse_mirror_image(ModelFileContext& file) {
 
 void parse_child(ModelFileContext& file) {
     bool numbers = reader_token_count() == 11;
-    for (int32_t token = 2; numbers && token <= 7; ++token) {
-        numbers = !reader_is_text(token);
-    }
-    if (!has_tokens(numbers, BAD_CHILD)) {
-        return;
-    }
+    for (int32_t token = 2; numbers && token <= 7; ++token) { numbers = !reader_is_text(token); }
+    if (!has_tokens(numbers, BAD_CHILD)) { return; }
     char rotate[3][ROTATION_TEXT_SIZE];
-    for (int axis = 0; axis < 3; ++axis) {
-        str_copy(reader_text(8 + axis), rotate[axis]);
-    }
+    for (int axis = 0; axis < 3; ++axis) { str_copy(reader_text(8 + axis), rotate[axis]); }
     Mat4 unused;
     if (!mat_rotate_text(&unused, rotate[0], rotate[1], rotate[2])) {
         fail(BAD_CHILD);  // the link is added all the same: intended
@@ -172,22 +156,16 @@ void parse_child(ModelFileContext& file) {
 
 // The integers of the tokens from one index on; a token that is missing or no integer counts as 0.
 void read_ints(int32_t* out, int32_t first, int32_t count) {
-    for (int32_t i = 0; i < count; ++i) {
-        out[i] = reader_int(first + i);
-    }
+    for (int32_t i = 0; i < count; ++i) { out[i] = reader_int(first + i); }
 }
 
 void parse_point(ModelFileContext& file) {
     const int32_t count = reader_token_count();
-    if (!has_tokens(count >= 4, "Bad point definition")) {
-        return;
-    }
+    if (!has_tokens(count >= 4, "Bad point definition")) { return; }
     const int32_t id = reader_int(0);
     const float weight = count >= 5 ? reader_float(4) : 1.0f;
     bool done = model_set_point(file.model, id, reader_int(1), reader_int(2), reader_int(3), weight) != 0;
-    if (done && count >= 7) {
-        done = model_set_point_joints(file.model, id, reader_text(5), reader_text(6)) != 0;
-    }
+    if (done && count >= 7) { done = model_set_point_joints(file.model, id, reader_text(5), reader_text(6)) != 0; }
     require(done);
 }
 
@@ -210,9 +188,7 @@ Vec3 normal_of_angles(float a, float b) {
 
 void parse_normal(ModelFileContext& file) {
     const int32_t count = reader_token_count();
-    if (!has_tokens(count == 3 || count == 4, "Bad normal definition")) {
-        return;
-    }
+    if (!has_tokens(count == 3 || count == 4, "Bad normal definition")) { return; }
     const Vec3 normal = count == 4 ? Vec3{reader_float(1), reader_float(2), reader_float(3)}
                                    : normal_of_angles(reader_float(1), reader_float(2));
     require(model_set_normal(file.model, reader_int(0), normal.x, normal.y, normal.z));
@@ -265,7 +241,7 @@ struct PrimitiveForm {
     int32_t curve_token;  // 0 for a form that is always flat
     int32_t curve_type;   // when the line does not say
     int32_t normals_at;
-    int32_t controls_at;  // 0 for none
+    int32_t controls_at;                      // 0 for none
     int32_t default_controls[CONTROL_LIMIT];  // places among the corners: the ends of each edge
 };
 
@@ -291,15 +267,9 @@ PrimitiveParts flat_parts(const PrimitiveForm& form, int32_t count) {
 }
 
 PrimitiveParts curved_parts(const PrimitiveForm& form, int32_t count) {
-    if (count == form.curve_token) {
-        return {true, false, false, false};
-    }
-    if (count == form.normals_at) {
-        return {true, true, false, false};
-    }
-    if (count == form.controls_at) {
-        return {true, true, true, false};
-    }
+    if (count == form.curve_token) { return {true, false, false, false}; }
+    if (count == form.normals_at) { return {true, true, false, false}; }
+    if (count == form.controls_at) { return {true, true, true, false}; }
     return {count >= form.controls_at + 2 * form.corners, true, true, true};
 }
 
@@ -314,9 +284,7 @@ void parse_primitive(ModelFileContext& file, const PrimitiveForm& form) {
     int32_t normals[CORNER_LIMIT] = {};
     int32_t controls[CONTROL_LIMIT] = {};
     read_ints(points, 1, form.corners);
-    if (parts.normals) {
-        read_ints(normals, form.normals_at, form.corners);
-    }
+    if (parts.normals) { read_ints(normals, form.normals_at, form.corners); }
     if (parts.controls) {
         read_ints(controls, form.controls_at, 2 * form.corners);
     } else {
@@ -364,21 +332,14 @@ struct Keyword {
 };
 
 constexpr Keyword KEYWORDS[] = {
-    {"points", LINE_MODE_POINTS, nullptr},
-    {"normals", LINE_MODE_NORMALS, nullptr},
-    {"layer", LINE_MODE_NONE, parse_layer},
-    {"transparency", LINE_MODE_NONE, parse_transparency},
-    {"reflect", LINE_MODE_NONE, parse_reflect},
-    {"invisible", LINE_MODE_NONE, parse_invisible},
-    {"joint", LINE_MODE_NONE, parse_joint},
-    {"blend", LINE_MODE_NONE, parse_blend},
-    {"triangles", LINE_MODE_TRIANGLES, nullptr},
-    {"lines", LINE_MODE_LINES, nullptr},
+    {"points", LINE_MODE_POINTS, nullptr},       {"normals", LINE_MODE_NORMALS, nullptr},
+    {"layer", LINE_MODE_NONE, parse_layer},      {"transparency", LINE_MODE_NONE, parse_transparency},
+    {"reflect", LINE_MODE_NONE, parse_reflect},  {"invisible", LINE_MODE_NONE, parse_invisible},
+    {"joint", LINE_MODE_NONE, parse_joint},      {"blend", LINE_MODE_NONE, parse_blend},
+    {"triangles", LINE_MODE_TRIANGLES, nullptr}, {"lines", LINE_MODE_LINES, nullptr},
     {"goraud", LINE_MODE_GOURAUD, nullptr},  // both spellings occur in models
-    {"gouraud", LINE_MODE_GOURAUD, nullptr},
-    {"uvees", LINE_MODE_UVEES, nullptr},
-    {"image", LINE_MODE_NONE, parse_image},
-    {"mirrorimage", LINE_MODE_NONE, parse_mirror_image},
+    {"gouraud", LINE_MODE_GOURAUD, nullptr},     {"uvees", LINE_MODE_UVEES, nullptr},
+    {"image", LINE_MODE_NONE, parse_image},      {"mirrorimage", LINE_MODE_NONE, parse_mirror_image},
     {"child", LINE_MODE_NONE, parse_child},
 };
 
@@ -392,9 +353,7 @@ void model_parse_line(ModelFileContext* file) {
     for (const Keyword& keyword : KEYWORDS) {
         if (reader_token_equals(keyword.word, 0)) {
             file->mode = keyword.mode;
-            if (keyword.statement != nullptr) {
-                keyword.statement(*file);
-            }
+            if (keyword.statement != nullptr) { keyword.statement(*file); }
             return;
         }
     }

@@ -81,13 +81,9 @@ struct TreeRead {
 
 // A root costs what its file holds, and that is what was asked for; a child costs it again with every link.
 bool is_within_budget(TreeRead& tree, const Model* model, const char* path) {
-    if (model->parent == nullptr) {
-        return true;
-    }
+    if (model->parent == nullptr) { return true; }
     tree.budget->bytes += model_record_bytes(model);
-    if (tree.budget->bytes <= MODEL_CHILD_BYTES_LIMIT) {
-        return true;
-    }
+    if (tree.budget->bytes <= MODEL_CHILD_BYTES_LIMIT) { return true; }
     load_error_set_format("too many points and primitives in child models: %s", path);
     return false;
 }
@@ -96,26 +92,20 @@ Model* read_tree(TreeRead& tree, const char* path, Model* parent);
 
 bool read_children(TreeRead& tree, Model* model) {
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (link.model != nullptr) {
-            continue;
-        }
+        if (link.model != nullptr) { continue; }
         const std::string path = std::string(model->path) + link.name + MODEL_EXTENSION;
         if (!file_exists(path.c_str())) {
             load_error_set_format("Cannot find child model: %s", path.c_str());
             return false;
         }
         link.model = read_tree(tree, path.c_str(), model);
-        if (link.model == nullptr) {
-            return false;
-        }
+        if (link.model == nullptr) { return false; }
     }
     return true;
 }
 
 bool fill_model(TreeRead& tree, Model* model, const char* path) {
-    if (!model_read_file(model, path) || !is_within_budget(tree, model, path)) {
-        return false;
-    }
+    if (!model_read_file(model, path) || !is_within_budget(tree, model, path)) { return false; }
     bind_points(model);
     return model_test_normals(model) && read_children(tree, model);
 }
@@ -161,9 +151,7 @@ void enter_tree(TreeRead& tree, const Model* parent) {
 
 Model* read_model(const char* path, Model* parent, ChildBudget* budget) {
     load_error_set(nullptr);
-    if (path == nullptr) {
-        return nullptr;
-    }
+    if (path == nullptr) { return nullptr; }
     TreeRead tree{{}, 0, budget};
     enter_tree(tree, parent);
     return read_tree(tree, path, parent);
@@ -178,21 +166,15 @@ const char* model_tree_refusal(const std::vector<std::string>& open_files, int32
         return "child model names itself or a model above it: %s";
     }
     // With no file open this one is the root, which is no level of children.
-    if (open_files.size() > MODEL_TREE_DEPTH_LIMIT) {
-        return "child models nested too deeply: %s";
-    }
-    if (model_count >= MODEL_TREE_NODE_LIMIT) {
-        return "too many child models: %s";
-    }
+    if (open_files.size() > MODEL_TREE_DEPTH_LIMIT) { return "child models nested too deeply: %s"; }
+    if (model_count >= MODEL_TREE_NODE_LIMIT) { return "too many child models: %s"; }
     return nullptr;
 }
 
 Model* model_load(const char* path, ChildBudget* budget) {
     ChildBudget own;
     Model* model = read_model(path, nullptr, budget != nullptr ? budget : &own);
-    if (model != nullptr) {
-        model->opened_path = str_dup(path);
-    }
+    if (model != nullptr) { model->opened_path = str_dup(path); }
     return model;
 }
 

@@ -60,9 +60,7 @@ void put_point(TextOutput& out, const WrittenPoint& written, bool with_weight) {
     const Point& point = *written.point;
     text_put(out, "%-3d   %5d %5d %5d",
              {written.id, whole(point.position.x), whole(point.position.y), whole(point.position.z)});
-    if (with_weight && point.weight != 1.0f) {
-        text_put(out, "   %.3f", {point.weight});
-    }
+    if (with_weight && point.weight != 1.0f) { text_put(out, "   %.3f", {point.weight}); }
     text_put(out, "\n");
 }
 
@@ -79,8 +77,7 @@ void put_points(TextOutput& out, const Model& model) {
     text_put(out, "points\n");
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
         // The count is the stored one, whatever number of points follows: intended.
-        text_put(out, "#\n# %d points for joint: %s\n#\n",
-                 {joint.point_count, text_for_comment(joint.name).c_str()});
+        text_put(out, "#\n# %d points for joint: %s\n#\n", {joint.point_count, text_for_comment(joint.name).c_str()});
         put_group(&joint);
     }
     text_put(out, "#\n# world points\n#\n");
@@ -116,24 +113,19 @@ constexpr int QUAD_RING[] = {0, 1, 1, 3, 3, 2, 2, 0};
 bool has_own_controls(const Triangle& triangle) {
     const int* ring = triangle.quad ? QUAD_RING : TRIANGLE_RING;
     for (int i = 0; i < 2 * triangle_corners(&triangle); ++i) {
-        if (triangle.controls[i] != triangle.points[ring[i]]) {
-            return true;
-        }
+        if (triangle.controls[i] != triangle.points[ring[i]]) { return true; }
     }
     return false;
 }
 
 // Intended: of a triangle only the first corner is compared, of a quad the first and the last.
 bool has_own_normals(const Triangle& triangle) {
-    return triangle.normals[0] != triangle.points[0] ||
-           (triangle.quad && triangle.normals[3] != triangle.points[3]);
+    return triangle.normals[0] != triangle.points[0] || (triangle.quad && triangle.normals[3] != triangle.points[3]);
 }
 
 void put_ids(TextOutput& out, const int16_t* ids, int count) {
     text_put(out, " ");
-    for (int i = 0; i < count; ++i) {
-        text_put(out, " %4d", {int32_t{ids[i]}});
-    }
+    for (int i = 0; i < count; ++i) { text_put(out, " %4d", {int32_t{ids[i]}}); }
 }
 
 // Intended: the curve type of a quad, and of a triangle above type 3, is written nowhere.
@@ -153,9 +145,7 @@ void put_triangle(TextOutput& out, const Triangle& triangle) {
         }
         put_ids(out, triangle.normals, corners);
     }
-    if (own_controls) {
-        put_ids(out, triangle.controls, 2 * corners);
-    }
+    if (own_controls) { put_ids(out, triangle.controls, 2 * corners); }
     text_put(out, "\n");
 }
 
@@ -183,9 +173,7 @@ void put_uvees(TextOutput& out, const Model& model, const Layer& layer) {
     const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         const int32_t slot = list_index_of(&model.points, uvee.int_key(), 0);
-        if (slot >= 0) {
-            by_slot.emplace_back(slot, &*uvee);
-        }
+        if (slot >= 0) { by_slot.emplace_back(slot, &*uvee); }
     }
     std::sort(by_slot.begin(), by_slot.end());
     text_put(out, "uvees\n");
@@ -209,39 +197,27 @@ void put_layer_head(TextOutput& out, const Layer& layer) {
     text_put(out, "\nlayer %s %d %d %d %s",
              {layer.name, layer.colour[0], layer.colour[1], layer.colour[2],
               layer.singlesided ? "singlesided" : "doublesided"});
-    if (layer.mirror) {
-        text_put(out, " mirror %s", {axis_word(layer.mirror_axis)});
-    }
+    if (layer.mirror) { text_put(out, " mirror %s", {axis_word(layer.mirror_axis)}); }
     text_put(out, "\n");
     if (layer.invisible) {
         const int32_t* key = layer.invisible_colour;
         text_put(out, "invisible %d %d %d\n", {key[0], key[1], key[2]});  // in bytes: intended
     }
-    if (layer.transparency != 0.0f) {
-        text_put(out, "transparency %.4f\n", {layer.transparency});
-    }
+    if (layer.transparency != 0.0f) { text_put(out, "transparency %.4f\n", {layer.transparency}); }
 }
 
 void put_layer(TextOutput& out, const Model& model, const Layer& layer) {
     put_layer_head(out, layer);
     if (list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0) {
         text_put(out, "triangles\n");
-        for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-            put_triangle(out, triangle);
-        }
-        for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-            put_polygon(out, polygon);
-        }
-        if (list_count(&layer.uvees) > 0) {
-            put_uvees(out, model, layer);
-        }
+        for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) { put_triangle(out, triangle); }
+        for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { put_polygon(out, polygon); }
+        if (list_count(&layer.uvees) > 0) { put_uvees(out, model, layer); }
         put_images(out, layer);
     }
     if (list_count(&layer.lines) > 0) {
         text_put(out, "lines\n");
-        for (const Line& line : list_elements<Line>(layer.lines)) {
-            put_line(out, line);
-        }
+        for (const Line& line : list_elements<Line>(layer.lines)) { put_line(out, line); }
     }
 }
 
@@ -258,13 +234,9 @@ void put_model(TextOutput& out, const Model& model, const char* file_name) {
     put_joints(out, model);
     put_points(out, model);
     put_normals(out, model);
-    if (model.has_gouraud) {
-        put_colours(out, model);
-    }
+    if (model.has_gouraud) { put_colours(out, model); }
     for (const Layer& layer : list_elements<Layer>(model.layers)) {
-        if (!model_writer_skips_layer(&model, layer.name)) {
-            put_layer(out, model, layer);
-        }
+        if (!model_writer_skips_layer(&model, layer.name)) { put_layer(out, model, layer); }
     }
     put_children(out, model);
 }
@@ -282,22 +254,16 @@ bool model_writer_skips_layer(const Model* model, const char* layer) {
 
 std::string model_file_name(const Model* model) {
     const std::string name = model != nullptr ? model->name : "";
-    if (name.empty()) {
-        return NAMELESS_FILE;
-    }
+    if (name.empty()) { return NAMELESS_FILE; }
     const bool has_extension = name.size() >= EXTENSION_SIZE && name[name.size() - EXTENSION_SIZE] == '.';
     return has_extension ? name : name + ".mod";
 }
 
 void model_write(const Model* model) {
-    if (model == nullptr) {
-        return;
-    }
+    if (model == nullptr) { return; }
     const std::string name = model_file_name(model);
     const int slot = file_open(name.c_str(), "w");
-    if (slot < 0) {
-        return;
-    }
+    if (slot < 0) { return; }
     TextOutput out = text_output_to_slot(&slot);
     put_model(out, *model, name.c_str());
     text_finish(out);  // whether it succeeded is not looked at
@@ -305,9 +271,7 @@ void model_write(const Model* model) {
 }
 
 int model_write_stream(const Model* model, const char* file_name, std::FILE* stream) {
-    if (model == nullptr || stream == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || stream == nullptr) { return 0; }
     TextOutput out = text_output_to_stream(stream);
     put_model(out, *model, file_name);
     return text_finish(out) ? 1 : 0;

@@ -51,9 +51,7 @@ void put_faces(ObjExport& file, const Layer& layer) {
     for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         const int16_t* points = triangle.points;
         put_face(file, points[0], points[1], points[2]);
-        if (triangle.quad) {
-            put_face(file, points[2], points[1], points[3]);
-        }
+        if (triangle.quad) { put_face(file, points[2], points[1], points[3]); }
     }
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
         text_put(file.out, "f ");
@@ -98,14 +96,10 @@ int model_export(const Model* model, int format, const char* path) {
 }
 
 int model_write_obj(const Model* model, const char* path) {
-    if (model == nullptr || path == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || path == nullptr) { return 0; }
     const std::string name = path_set_extension(path, OBJ_EXTENSION);
     const int slot = file_open(name.c_str(), "w");
-    if (slot < 0) {
-        return 0;
-    }
+    if (slot < 0) { return 0; }
     TextOutput out = text_output_to_slot(&slot);
     put_obj(out, *model, name.c_str());
     text_finish(out);  // whether it succeeded is not looked at
@@ -114,9 +108,7 @@ int model_write_obj(const Model* model, const char* path) {
 }
 
 int model_write_obj_stream(const Model* model, const char* file_name, std::FILE* stream) {
-    if (model == nullptr || stream == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || stream == nullptr) { return 0; }
     TextOutput out = text_output_to_stream(stream);
     put_obj(out, *model, file_name);
     return text_finish(out) ? 1 : 0;

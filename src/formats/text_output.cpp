@@ -62,13 +62,9 @@ Field read_field(const char*& format) {
 
 void put_padded(std::string& to, const Field& field, const char* text, size_t length) {
     const size_t padding = field.width > length ? field.width - length : 0;
-    if (!field.left) {
-        to.append(padding, ' ');
-    }
+    if (!field.left) { to.append(padding, ' '); }
     to.append(text, length);
-    if (field.left) {
-        to.append(padding, ' ');
-    }
+    if (field.left) { to.append(padding, ' '); }
 }
 
 void put_value(std::string& to, const Field& field, char letter, const TextValue& value) {
@@ -81,17 +77,13 @@ void put_value(std::string& to, const Field& field, char letter, const TextValue
         case 'f':
             put_padded(to, field, number, float_to_text(value.number, field.decimals, number, sizeof number));
             break;
-        default:
-            put_padded(to, field, value.text, std::char_traits<char>::length(value.text));
-            break;
+        default: put_padded(to, field, value.text, std::char_traits<char>::length(value.text)); break;
     }
 }
 
 }  // namespace
 
-TextOutput text_output_to_slot(const int* slot) {
-    return TextOutput{take_to_slot, const_cast<int*>(slot), {}, false};
-}
+TextOutput text_output_to_slot(const int* slot) { return TextOutput{take_to_slot, const_cast<int*>(slot), {}, false}; }
 
 TextOutput text_output_to_stream(std::FILE* stream) { return TextOutput{take_to_stream, stream, {}, false}; }
 
@@ -108,9 +100,7 @@ void text_put(TextOutput& out, const char* format, std::initializer_list<TextVal
         const Field field = read_field(format);
         put_value(out.waiting, field, *format++, *value++);
     }
-    if (out.waiting.size() >= HAND_ON_SIZE) {
-        hand_on(out);
-    }
+    if (out.waiting.size() >= HAND_ON_SIZE) { hand_on(out); }
 }
 
 bool text_finish(TextOutput& out) {

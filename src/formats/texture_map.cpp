@@ -25,9 +25,7 @@ Layer* find_layer(const Model* model, const char* name) {
     return model != nullptr && name != nullptr ? static_cast<Layer*>(list_find(&model->layers, name)) : nullptr;
 }
 
-bool has_surface(const Layer& layer) {
-    return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0;
-}
+bool has_surface(const Layer& layer) { return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0; }
 
 // A box that starts at the first place it takes in. A missing point spoils it for good.
 struct Box {
@@ -93,16 +91,12 @@ template <typename Action>
 bool for_each_corner(const Layer& layer, const Action& action) {
     for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
-            if (!action(triangle.points[corner], triangle.uvs[corner][0], triangle.uvs[corner][1])) {
-                return false;
-            }
+            if (!action(triangle.points[corner], triangle.uvs[corner][0], triangle.uvs[corner][1])) { return false; }
         }
     }
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
         for (PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-            if (!action(vertex.point, vertex.u, vertex.v)) {
-                return false;
-            }
+            if (!action(vertex.point, vertex.u, vertex.v)) { return false; }
         }
     }
     return true;
@@ -119,9 +113,7 @@ void survey_layer(const Model* model, const Layer& layer, Survey& survey) {
     survey.ids.for_each([&](int16_t id) {
         const Point* point = model_find_point(model, id);
         take_in(survey.box, point);
-        if (point == nullptr) {
-            survey.missing.add(id);
-        }
+        if (point == nullptr) { survey.missing.add(id); }
     });
     for (const Line& line : list_elements<Line>(layer.lines)) {
         for (const int32_t& stored : list_elements<int32_t>(line.vertices)) {
@@ -131,9 +123,7 @@ void survey_layer(const Model* model, const Layer& layer, Survey& survey) {
 }
 
 bool store_bounds(Layer& layer, const Survey& survey) {
-    if (!has_surface(layer) || survey.box.empty || survey.box.spoiled) {
-        return false;
-    }
+    if (!has_surface(layer) || survey.box.empty || survey.box.spoiled) { return false; }
     layer.bounds_min = survey.box.low;
     layer.bounds_max = survey.box.high;
     return true;
@@ -153,19 +143,15 @@ PlanarAxis planar_axis(int code, const Vec3& low, const Vec3& high) {
         float Vec3::*component;
         bool reversed;
     };
-    static constexpr Form FORMS[] = {{nullptr, false},   {&Vec3::x, true}, {&Vec3::y, false}, {&Vec3::z, true},
+    static constexpr Form FORMS[] = {{nullptr, false},  {&Vec3::x, true}, {&Vec3::y, false}, {&Vec3::z, true},
                                      {&Vec3::x, false}, {&Vec3::y, true}, {&Vec3::z, false}};
     const Form& form = FORMS[code >= AXIS_X && code <= AXIS_MINUS_Z ? code : 0];
-    if (form.component == nullptr) {
-        return PlanarAxis{nullptr, false, 0.0f, 0.0f};
-    }
+    if (form.component == nullptr) { return PlanarAxis{nullptr, false, 0.0f, 0.0f}; }
     return PlanarAxis{form.component, form.reversed, low.*form.component, high.*form.component - low.*form.component};
 }
 
 float planar_coordinate(const PlanarAxis& axis, const Vec3& place) {
-    if (axis.component == nullptr) {
-        return 0.0f;
-    }
+    if (axis.component == nullptr) { return 0.0f; }
     const float share = (place.*axis.component - axis.low) / axis.extent;
     return axis.reversed ? 1.0f - share : share;
 }
@@ -207,14 +193,10 @@ bool map_corners(const Model* model, const Layer& layer, const Survey& survey) {
     std::vector<UvPair> mapped(last >= first ? last - first + 1 : 0);
     const auto place_of = [&](int16_t id) -> UvPair& { return mapped[static_cast<uint16_t>(id) - first]; };
     survey.ids.for_each([&](int16_t id) {
-        if (const Point* point = model_find_point(model, id)) {
-            place_of(id) = map_point(map, id, point->position);
-        }
+        if (const Point* point = model_find_point(model, id)) { place_of(id) = map_point(map, id, point->position); }
     });
     return for_each_corner(layer, [&](int16_t id, float& u, float& v) {
-        if (survey.missing.has(id)) {
-            return false;
-        }
+        if (survey.missing.has(id)) { return false; }
         const UvPair& uv = place_of(id);
         u = uv.u;
         v = uv.v;
@@ -226,9 +208,7 @@ bool map_corners(const Model* model, const Layer& layer, const Survey& survey) {
 
 int layer_map_uvees(Model* model, const char* layer) {
     Layer* target = find_layer(model, layer);
-    if (target == nullptr || layer_first_image(target) == nullptr || !has_surface(*target)) {
-        return 0;
-    }
+    if (target == nullptr || layer_first_image(target) == nullptr || !has_surface(*target)) { return 0; }
     Survey survey;
     survey_layer(model, *target, survey);
     // A line with a missing point spoils the box alone: the map then goes by the box as it was.
@@ -238,9 +218,7 @@ int layer_map_uvees(Model* model, const char* layer) {
 
 int layer_compute_bounds(Model* model, const char* layer) {
     Layer* target = find_layer(model, layer);
-    if (target == nullptr) {
-        return 0;
-    }
+    if (target == nullptr) { return 0; }
     Survey survey;
     survey_layer(model, *target, survey);
     return store_bounds(*target, survey) ? 1 : 0;
@@ -253,9 +231,7 @@ UvPair planar_uv(float x, float y, float z, const Vec3* bounds_min, const Vec3* 
 }
 
 float fold_uv(float x) {
-    if (!std::isfinite(x)) {
-        return 0.0f;
-    }
+    if (!std::isfinite(x)) { return 0.0f; }
     if (x > FOLD_PERIOD) {
         // Exact, as is every step of taking 2 away. A multiple of 2 ends at 0 here and at 2 there, which folds to 0.
         x = std::fmod(x, FOLD_PERIOD);

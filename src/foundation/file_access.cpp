@@ -21,12 +21,12 @@ constexpr size_t BUFFER_SIZE = 65536;
 struct FileEntry {
     bool in_use;
     bool reading;
-    bool at_end;          // a read met the end of the file
-    bool failed;          // a read met an error
-    std::FILE* stream;    // owned by the slot, as is the buffer
-    char* buffer;         // what was read ahead, or the stream's own buffer for writing
-    size_t position;      // next byte of the buffer to hand out
-    size_t size;          // bytes of the buffer that were filled
+    bool at_end;        // a read met the end of the file
+    bool failed;        // a read met an error
+    std::FILE* stream;  // owned by the slot, as is the buffer
+    char* buffer;       // what was read ahead, or the stream's own buffer for writing
+    size_t position;    // next byte of the buffer to hand out
+    size_t size;        // bytes of the buffer that were filled
 };
 
 FileEntry file_table[FILE_TABLE_SIZE];
@@ -44,9 +44,7 @@ FileEntry* read_entry(int slot) {
 
 // Reads a block from the stream straight to where it is wanted.
 size_t read_block(FileEntry* entry, char* destination, size_t size) {
-    if (entry->at_end || entry->failed) {
-        return 0;
-    }
+    if (entry->at_end || entry->failed) { return 0; }
     const size_t count = std::fread(destination, 1, size, entry->stream);
     if (count == 0) {
         entry->failed = std::ferror(entry->stream) != 0;
@@ -105,9 +103,7 @@ FileEntry make_entry(const char* path, bool reading) {
 int file_table_init() {
     if (!file_table_ready) {
         file_count = 0;
-        for (FileEntry& entry : file_table) {
-            entry = FileEntry{};
-        }
+        for (FileEntry& entry : file_table) { entry = FileEntry{}; }
         file_table_ready = true;
     }
     return 1;
@@ -115,21 +111,13 @@ int file_table_init() {
 
 int file_open(const char* path, const char* mode) {
     const bool reading = str_equal(mode, "r");
-    if (path == nullptr || (!reading && !str_equal(mode, "w"))) {
-        return -1;
-    }
+    if (path == nullptr || (!reading && !str_equal(mode, "w"))) { return -1; }
     file_table_init();
-    if (file_count == FILE_TABLE_SIZE) {
-        return -1;
-    }
+    if (file_count == FILE_TABLE_SIZE) { return -1; }
     const FileEntry entry = make_entry(path, reading);
-    if (!entry.in_use) {
-        return -1;
-    }
+    if (!entry.in_use) { return -1; }
     int slot = 0;
-    while (file_table[slot].in_use) {
-        ++slot;
-    }
+    while (file_table[slot].in_use) { ++slot; }
     file_table[slot] = entry;
     ++file_count;
     return slot;
@@ -137,9 +125,7 @@ int file_open(const char* path, const char* mode) {
 
 int file_close(int slot) {
     FileEntry* entry = open_entry(slot);
-    if (entry == nullptr) {
-        return 0;
-    }
+    if (entry == nullptr) { return 0; }
     std::fclose(entry->stream);
     std::free(entry->buffer);
     *entry = FileEntry{};
@@ -149,9 +135,7 @@ int file_close(int slot) {
 
 size_t file_read(int slot, void* buffer, size_t size, size_t count) {
     FileEntry* entry = read_entry(slot);
-    if (entry == nullptr || buffer == nullptr || size == 0 || count == 0 || count > SIZE_MAX / size) {
-        return 0;
-    }
+    if (entry == nullptr || buffer == nullptr || size == 0 || count == 0 || count > SIZE_MAX / size) { return 0; }
     const size_t wanted = size * count;
     size_t done = entry->size - entry->position;
     done = done < wanted ? done : wanted;
@@ -159,9 +143,7 @@ size_t file_read(int slot, void* buffer, size_t size, size_t count) {
     entry->position += done;
     while (done < wanted) {
         const size_t block = read_block(entry, static_cast<char*>(buffer) + done, wanted - done);
-        if (block == 0) {
-            break;
-        }
+        if (block == 0) { break; }
         done += block;
     }
     return done / size;
@@ -169,32 +151,24 @@ size_t file_read(int slot, void* buffer, size_t size, size_t count) {
 
 size_t file_write(int slot, const void* buffer, size_t size, size_t count) {
     const FileEntry* entry = open_entry(slot);
-    if (entry == nullptr || entry->reading || buffer == nullptr || size == 0 || count == 0) {
-        return 0;
-    }
+    if (entry == nullptr || entry->reading || buffer == nullptr || size == 0 || count == 0) { return 0; }
     return std::fwrite(buffer, size, count, entry->stream);
 }
 
 char* file_gets(char* buffer, int size, int slot) {
     FileEntry* entry = read_entry(slot);
-    if (entry == nullptr || buffer == nullptr || size < 2) {
-        return nullptr;
-    }
+    if (entry == nullptr || buffer == nullptr || size < 2) { return nullptr; }
     size_t length = 0;
     const auto limit = static_cast<size_t>(size) - 1;
     bool ended = take_line(entry, buffer, limit, &length);
-    if (!ended && (length == 0 || entry->failed)) {
-        return nullptr;
-    }
+    if (!ended && (length == 0 || entry->failed)) { return nullptr; }
     // A CR that the limit parted from its LF goes with it as well.
     if (!ended && length == limit && buffer[length - 1] == '\r' && has_bytes(entry) &&
         entry->buffer[entry->position] == '\n') {
         ++entry->position;
         ended = true;
     }
-    if (ended && length > 0 && buffer[length - 1] == '\r') {
-        --length;
-    }
+    if (ended && length > 0 && buffer[length - 1] == '\r') { --length; }
     buffer[length] = '\0';
     return buffer;
 }
@@ -217,20 +191,14 @@ int file_exists(const char* path) {
 int file_write_all(const char* path, const void* data, size_t size) {
     file_table_init();
     // A full table refuses it, though no slot is taken for long.
-    if (path == nullptr || (data == nullptr && size > 0) || file_count == FILE_TABLE_SIZE) {
-        return 0;
-    }
+    if (path == nullptr || (data == nullptr && size > 0) || file_count == FILE_TABLE_SIZE) { return 0; }
     return file_replace(path, data, size).opened ? 1 : 0;
 }
 
 char* file_read_all(const char* path, size_t* size) {
-    if (size != nullptr) {
-        *size = 0;
-    }
+    if (size != nullptr) { *size = 0; }
     const int slot = file_open(path, "r");
-    if (slot < 0) {
-        return nullptr;
-    }
+    if (slot < 0) { return nullptr; }
     char* content = nullptr;
     size_t total = 0;
     for (size_t capacity = BUFFER_SIZE;; capacity *= 2) {
@@ -241,9 +209,7 @@ char* file_read_all(const char* path, size_t* size) {
         }
         content = larger;
         total += file_read(slot, content + total, 1, capacity - 1 - total);
-        if (total < capacity - 1) {
-            break;
-        }
+        if (total < capacity - 1) { break; }
     }
     file_close(slot);
     if (total == 0) {
@@ -252,9 +218,7 @@ char* file_read_all(const char* path, size_t* size) {
     }
     content[total] = '\0';
     auto* fitted = static_cast<char*>(std::realloc(content, total + 1));
-    if (size != nullptr) {
-        *size = total;
-    }
+    if (size != nullptr) { *size = total; }
     return fitted != nullptr ? fitted : content;
 }
 

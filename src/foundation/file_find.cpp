@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <dirent.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -30,25 +30,17 @@ mode_t format_of(const char* path) {
     return stat(path, &status) == 0 ? (status.st_mode & S_IFMT) : mode_t{0};
 }
 
-bool is_regular(const char* path) {
-    return format_of(path) == S_IFREG;
-}
+bool is_regular(const char* path) { return format_of(path) == S_IFREG; }
 
-bool is_separator(char c) {
-    return c == '/' || c == '\\';
-}
+bool is_separator(char c) { return c == '/' || c == '\\'; }
 
 // Cuts a path at both separators; those that follow each other count as one.
 std::vector<std::string> split_path(const char* path) {
     std::vector<std::string> components;
     for (const char* start = path; *start != '\0';) {
         const char* end = start;
-        while (*end != '\0' && !is_separator(*end)) {
-            ++end;
-        }
-        if (end != start) {
-            components.emplace_back(start, end);
-        }
+        while (*end != '\0' && !is_separator(*end)) { ++end; }
+        if (end != start) { components.emplace_back(start, end); }
         start = *end == '\0' ? end : end + 1;
     }
     return components;
@@ -58,9 +50,7 @@ std::vector<std::string> split_path(const char* path) {
 std::vector<std::string> names_ignoring_case(const std::string& directory, const std::string& name) {
     std::vector<std::string> names;
     DIR* listing = opendir(directory.empty() ? "." : directory.c_str());
-    if (listing == nullptr) {
-        return names;
-    }
+    if (listing == nullptr) { return names; }
     while (const dirent* entry = readdir(listing)) {
         if (str_equal_ignoring_case(entry->d_name, name.c_str()) && name != entry->d_name) {
             names.emplace_back(entry->d_name);
@@ -85,27 +75,17 @@ bool complete(Search& search, size_t component, std::string& found) {
     const auto leads_on = [&](const std::string& candidate) {
         found.resize(length);
         found += candidate;
-        if (format_of(found.c_str()) != (is_last ? S_IFREG : S_IFDIR)) {
-            return false;
-        }
-        if (is_last) {
-            return true;
-        }
+        if (format_of(found.c_str()) != (is_last ? S_IFREG : S_IFDIR)) { return false; }
+        if (is_last) { return true; }
         found += '/';
         return complete(search, component + 1, found);
     };
-    if (leads_on(name)) {
-        return true;
-    }
-    if (search.listings <= 0) {
-        return false;
-    }
+    if (leads_on(name)) { return true; }
+    if (search.listings <= 0) { return false; }
     --search.listings;
     found.resize(length);
     for (const std::string& candidate : names_ignoring_case(found, name)) {
-        if (leads_on(candidate)) {
-            return true;
-        }
+        if (leads_on(candidate)) { return true; }
     }
     return false;
 }
@@ -120,26 +100,20 @@ std::string find_ignoring_case(const char* path) {
 
 // The descriptor as a stream when it is what may be used, else null.
 std::FILE* stream_of(int descriptor, const char* mode) {
-    if (descriptor < 0) {
-        return nullptr;
-    }
+    if (descriptor < 0) { return nullptr; }
     struct stat status;
     const bool reading = *mode == 'r';
-    const bool usable = fstat(descriptor, &status) == 0 &&
-                        (S_ISREG(status.st_mode) || (!reading && S_ISCHR(status.st_mode)));
+    const bool usable =
+        fstat(descriptor, &status) == 0 && (S_ISREG(status.st_mode) || (!reading && S_ISCHR(status.st_mode)));
     std::FILE* stream = usable ? fdopen(descriptor, mode) : nullptr;
-    if (stream == nullptr) {
-        close(descriptor);
-    }
+    if (stream == nullptr) { close(descriptor); }
     return stream;
 }
 
 }  // namespace
 
 std::string file_resolve(const char* path) {
-    if (path == nullptr || *path == '\0') {
-        return {};
-    }
+    if (path == nullptr || *path == '\0') { return {}; }
     return is_regular(path) ? std::string(path) : find_ignoring_case(path);
 }
 
@@ -155,9 +129,7 @@ bool file_stream_identity(std::FILE* stream, FileIdentity* identity) {
     const auto in_nanoseconds = [](const timespec& time) { return int64_t{time.tv_sec} * SECOND + time.tv_nsec; };
     struct stat status;
     timespec now;
-    if (fstat(fileno(stream), &status) != 0 || clock_gettime(CLOCK_REALTIME, &now) != 0) {
-        return false;
-    }
+    if (fstat(fileno(stream), &status) != 0 || clock_gettime(CLOCK_REALTIME, &now) != 0) { return false; }
     const int64_t modified = in_nanoseconds(status.st_mtim);
     const int64_t changed = in_nanoseconds(status.st_ctim);
     const bool settled = std::max(modified, changed) < in_nanoseconds(now) - LONGEST_STEP;
@@ -168,14 +140,10 @@ bool file_stream_identity(std::FILE* stream, FileIdentity* identity) {
 std::string file_name_to_write(const char* path) {
     std::string name = path;
     const size_t backslash = name.rfind('\\');
-    if (backslash == std::string::npos || is_regular(path)) {
-        return name;
-    }
+    if (backslash == std::string::npos || is_regular(path)) { return name; }
     const size_t slash = name.rfind('/');
     const bool in_directory_only = slash != std::string::npos && slash > backslash;
-    if (in_directory_only && format_of(name.substr(0, slash).c_str()) == S_IFDIR) {
-        return name;
-    }
+    if (in_directory_only && format_of(name.substr(0, slash).c_str()) == S_IFDIR) { return name; }
     std::replace(name.begin(), name.end(), '\\', '/');
     return name;
 }

@@ -27,23 +27,17 @@ bool is_regular(const wchar_t* name) {
 bool widen(UINT code_page, DWORD flags, const char* text, std::wstring* wide) {
     const int length = static_cast<int>(std::strlen(text));
     const int needed = MultiByteToWideChar(code_page, flags, text, length, nullptr, 0);
-    if (needed <= 0) {
-        return false;
-    }
+    if (needed <= 0) { return false; }
     wide->resize(static_cast<size_t>(needed));
     return MultiByteToWideChar(code_page, flags, text, length, wide->data(), needed) == needed;
 }
 
 // The stream when it is what may be used, else null. A stream has to be open before it can be told from a device.
 std::FILE* usable(std::FILE* stream, bool devices_too) {
-    if (stream == nullptr) {
-        return nullptr;
-    }
+    if (stream == nullptr) { return nullptr; }
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
     const DWORD type = GetFileType(handle);
-    if (type == FILE_TYPE_DISK || (devices_too && type == FILE_TYPE_CHAR)) {
-        return stream;
-    }
+    if (type == FILE_TYPE_DISK || (devices_too && type == FILE_TYPE_CHAR)) { return stream; }
     std::fclose(stream);
     return nullptr;
 }
@@ -53,9 +47,7 @@ std::FILE* usable(std::FILE* stream, bool devices_too) {
 std::wstring file_system_name(const char* path) {
     constexpr size_t LENGTH_LIMIT = 32767;  // no path of the system is longer
     std::wstring name;
-    if (path == nullptr || *path == '\0' || std::strlen(path) > LENGTH_LIMIT) {
-        return name;
-    }
+    if (path == nullptr || *path == '\0' || std::strlen(path) > LENGTH_LIMIT) { return name; }
     if (!widen(CP_UTF8, MB_ERR_INVALID_CHARS, path, &name)) {
         widen(CP_ACP, 0, path, &name);  // text of an old file that is not UTF-8
     }
@@ -88,8 +80,8 @@ bool file_stream_identity(std::FILE* stream, FileIdentity* identity) {
     const int64_t changed = times.ChangeTime.QuadPart;
     const bool settled = std::max(modified, changed) < joined(time.dwHighDateTime, time.dwLowDateTime) - LONGEST_STEP;
     const auto file = static_cast<uint64_t>(joined(about.nFileIndexHigh, about.nFileIndexLow));
-    *identity = FileIdentity{about.dwVolumeSerialNumber, file,
-                             joined(about.nFileSizeHigh, about.nFileSizeLow), modified, changed, settled};
+    *identity = FileIdentity{
+        about.dwVolumeSerialNumber, file, joined(about.nFileSizeHigh, about.nFileSizeLow), modified, changed, settled};
     return file != 0;  // some file systems number nothing
 }
 

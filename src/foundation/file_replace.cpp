@@ -44,12 +44,8 @@ int last_error() { return errno != 0 ? errno : EIO; }
 int write_at(int descriptor, off_t place, const char* data, size_t size) {
     while (size > 0) {
         const ssize_t written = pwrite(descriptor, data, size, place);
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written <= 0) {
-            return written < 0 ? last_error() : ENOSPC;
-        }
+        if (written < 0 && errno == EINTR) { continue; }
+        if (written <= 0) { return written < 0 ? last_error() : ENOSPC; }
         place += written;
         data += written;
         size -= static_cast<size_t>(written);
@@ -65,9 +61,7 @@ int write_from(int descriptor, Content content, size_t start, size_t end) {
 int write_to_device(int descriptor, Content content) {
     while (content.size > 0) {
         const ssize_t written = write(descriptor, content.data, content.size);
-        if (written <= 0) {
-            return written < 0 ? last_error() : ENOSPC;
-        }
+        if (written <= 0) { return written < 0 ? last_error() : ENOSPC; }
         content.data += written;
         content.size -= static_cast<size_t>(written);
     }
@@ -106,9 +100,7 @@ int make_temporary(const std::string& directory, mode_t permissions, std::string
     for (int attempt = 0; attempt < NAME_ATTEMPTS; ++attempt) {
         *name = directory + ".pelt-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp";
         const int descriptor = open(name->c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
-        if (descriptor >= 0 || errno != EEXIST) {
-            return descriptor;
-        }
+        if (descriptor >= 0 || errno != EEXIST) { return descriptor; }
     }
     return -1;
 }
@@ -117,9 +109,7 @@ int make_temporary(const std::string& directory, mode_t permissions, std::string
 
 bool take_owner_and_group(int descriptor, const struct stat& old) {
     struct stat own;
-    if (fstat(descriptor, &own) != 0) {
-        return false;
-    }
+    if (fstat(descriptor, &own) != 0) { return false; }
     return (own.st_uid == old.st_uid && own.st_gid == old.st_gid) || fchown(descriptor, old.st_uid, old.st_gid) == 0;
 }
 
@@ -128,23 +118,15 @@ using Attributes = std::map<std::string, std::string>;
 // Extended attributes, of which the access list is one. False when they cannot be told.
 bool read_attributes(int descriptor, Attributes* attributes) {
     const ssize_t size = flistxattr(descriptor, nullptr, 0);
-    if (size <= 0) {
-        return size == 0 || errno == ENOTSUP;
-    }
+    if (size <= 0) { return size == 0 || errno == ENOTSUP; }
     std::string names(static_cast<size_t>(size), '\0');
-    if (flistxattr(descriptor, names.data(), names.size()) != size) {
-        return false;
-    }
+    if (flistxattr(descriptor, names.data(), names.size()) != size) { return false; }
     for (size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
         const char* name = names.c_str() + start;
         const ssize_t length = fgetxattr(descriptor, name, nullptr, 0);
-        if (length < 0) {
-            return false;
-        }
+        if (length < 0) { return false; }
         std::string value(static_cast<size_t>(length), '\0');
-        if (length > 0 && fgetxattr(descriptor, name, value.data(), value.size()) != length) {
-            return false;
-        }
+        if (length > 0 && fgetxattr(descriptor, name, value.data(), value.size()) != length) { return false; }
         attributes->emplace(name, std::move(value));
     }
     return true;
@@ -153,37 +135,28 @@ bool read_attributes(int descriptor, Attributes* attributes) {
 // A new file may have got an access list of its directory's, which the old one need not have.
 bool take_attributes(int from, int to) {
     Attributes wanted, own;
-    if (!read_attributes(from, &wanted) || !read_attributes(to, &own)) {
-        return false;
-    }
+    if (!read_attributes(from, &wanted) || !read_attributes(to, &own)) { return false; }
     for (const auto& [name, value] : own) {
-        if (wanted.count(name) == 0 && fremovexattr(to, name.c_str()) != 0) {
-            return false;
-        }
+        if (wanted.count(name) == 0 && fremovexattr(to, name.c_str()) != 0) { return false; }
     }
     for (const auto& [name, value] : wanted) {
         const auto present = own.find(name);
         const bool same = present != own.end() && present->second == value;
-        if (!same && fsetxattr(to, name.c_str(), value.data(), value.size(), 0) != 0) {
-            return false;
-        }
+        if (!same && fsetxattr(to, name.c_str(), value.data(), value.size(), 0) != 0) { return false; }
     }
     return true;
 }
 
 // The permissions last, because a new owner or access list changes them.
 bool take_everything(int from, const struct stat& old, int to) {
-    return take_owner_and_group(to, old) && take_attributes(from, to) &&
-           fchmod(to, old.st_mode & PERMISSION_BITS) == 0;
+    return take_owner_and_group(to, old) && take_attributes(from, to) && fchmod(to, old.st_mode & PERMISSION_BITS) == 0;
 }
 
 // ---- a new file that takes the name ----
 
 int write_and_close(int descriptor, Content content) {
     int error = write_from(descriptor, content, 0, content.size);
-    if (error == 0) {
-        error = bring_to_disk(descriptor);
-    }
+    if (error == 0) { error = bring_to_disk(descriptor); }
     // Some file systems tell of a full disk only here.
     return close(descriptor) == 0 || error != 0 ? error : last_error();
 }
@@ -205,9 +178,7 @@ FileReplacement not_opened() { return {false, last_error(), {}}; }
 FileReplacement make_file(const std::string& name, Content content) {
     std::string temporary;
     const int descriptor = make_temporary(directory_of(name), PERMISSIONS, &temporary);
-    if (descriptor < 0) {
-        return not_opened();
-    }
+    if (descriptor < 0) { return not_opened(); }
     const int error = write_and_close(descriptor, content);
     if (error != 0) {
         unlink(temporary.c_str());
@@ -221,9 +192,7 @@ FileReplacement make_file(const std::string& name, Content content) {
 bool write_beside(const std::string& target, int old_descriptor, const struct stat& old, Content content, int* error) {
     std::string temporary;
     const int descriptor = make_temporary(directory_of(target), PERMISSIONS_OF_OWNER, &temporary);
-    if (descriptor < 0) {
-        return false;
-    }
+    if (descriptor < 0) { return false; }
     if (!take_everything(old_descriptor, old, descriptor)) {
         close(descriptor);
         unlink(temporary.c_str());
@@ -249,16 +218,10 @@ int copy_bytes(int from, int to) {
     std::vector<char> block(BLOCK_SIZE);
     for (off_t place = 0;;) {
         const ssize_t size = pread(from, block.data(), block.size(), place);
-        if (size < 0 && errno == EINTR) {
-            continue;
-        }
-        if (size <= 0) {
-            return size == 0 ? 0 : last_error();
-        }
+        if (size < 0 && errno == EINTR) { continue; }
+        if (size <= 0) { return size == 0 ? 0 : last_error(); }
         const int error = write_at(to, place, block.data(), static_cast<size_t>(size));
-        if (error != 0) {
-            return error;
-        }
+        if (error != 0) { return error; }
         place += size;
     }
 }
@@ -270,13 +233,9 @@ void drop_copy(const Copy& copy) {
 
 int make_copy_in(const std::string& directory, int descriptor, Copy* copy) {
     copy->descriptor = make_temporary(directory, PERMISSIONS_OF_OWNER, &copy->name);
-    if (copy->descriptor < 0) {
-        return last_error();
-    }
+    if (copy->descriptor < 0) { return last_error(); }
     int error = copy_bytes(descriptor, copy->descriptor);
-    if (error == 0) {
-        error = bring_to_disk(copy->descriptor);
-    }
+    if (error == 0) { error = bring_to_disk(copy->descriptor); }
     if (error != 0) {
         drop_copy(*copy);
         return error;
@@ -299,26 +258,20 @@ int make_copy(const std::string& target, int descriptor, Copy* copy) {
 
 int put_back(const Copy& copy, int descriptor, off_t old_size) {
     int error = copy_bytes(copy.descriptor, descriptor);
-    if (error == 0) {
-        error = cut(descriptor, old_size);
-    }
+    if (error == 0) { error = cut(descriptor, old_size); }
     return error == 0 ? bring_to_disk(descriptor) : error;
 }
 
 int overwrite(int descriptor, Content content, size_t kept) {
     int error = write_from(descriptor, content, 0, kept);
-    if (error == 0) {
-        error = cut(descriptor, static_cast<off_t>(content.size));
-    }
+    if (error == 0) { error = cut(descriptor, static_cast<off_t>(content.size)); }
     return error == 0 ? bring_to_disk(descriptor) : error;
 }
 
 FileReplacement write_in_place(const std::string& target, int descriptor, Content content, off_t old_size) {
     Copy copy{};
     int error = make_copy(target, descriptor, &copy);
-    if (error != 0) {
-        return {true, error, {}};
-    }
+    if (error != 0) { return {true, error, {}}; }
     // The new end first, because only that needs room: where there is none, what was there is not touched at all.
     const size_t kept = std::min(static_cast<size_t>(old_size), content.size);
     bool is_whole = true;
@@ -344,9 +297,7 @@ std::string followed(std::string name) {
     for (int link = 0; link < LINK_LIMIT; ++link) {
         char target[PATH_MAX];
         const ssize_t length = readlink(name.c_str(), target, sizeof target);
-        if (length <= 0 || static_cast<size_t>(length) == sizeof target) {
-            break;
-        }
+        if (length <= 0 || static_cast<size_t>(length) == sizeof target) { break; }
         const std::string next(target, static_cast<size_t>(length));
         name = next.front() == '/' ? next : directory_of(name) + next;
     }
@@ -360,15 +311,9 @@ bool is_name_of(const std::string& name, const struct stat& file) {
 
 FileReplacement write_open_file(int descriptor, const std::string& name, Content content) {
     struct stat old;
-    if (fstat(descriptor, &old) != 0) {
-        return not_opened();
-    }
-    if (S_ISCHR(old.st_mode)) {
-        return {true, write_to_device(descriptor, content), {}};
-    }
-    if (!S_ISREG(old.st_mode)) {
-        return {false, EINVAL, {}};
-    }
+    if (fstat(descriptor, &old) != 0) { return not_opened(); }
+    if (S_ISCHR(old.st_mode)) { return {true, write_to_device(descriptor, content), {}}; }
+    if (!S_ISREG(old.st_mode)) { return {false, EINVAL, {}}; }
     const std::string target = followed(name);
     int error = 0;
     // Another file in the place of one with several names would part it from the rest.
@@ -395,9 +340,7 @@ FileReplacement file_replace(const char* path, const void* data, size_t size) {
         return errno == ENOENT && !name.empty() ? make_file(followed(name), content) : not_opened();
     }
     const int descriptor = open_old(name.c_str());
-    if (descriptor < 0) {
-        return not_opened();
-    }
+    if (descriptor < 0) { return not_opened(); }
     FileReplacement result = write_open_file(descriptor, name, content);
     close(descriptor);
     return result;

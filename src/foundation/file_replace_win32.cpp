@@ -36,19 +36,14 @@ int last_error() {
         case ERROR_PATH_NOT_FOUND:
         case ERROR_INVALID_NAME:
         case ERROR_BAD_PATHNAME:
-        case ERROR_BAD_NETPATH:
-            return ENOENT;
+        case ERROR_BAD_NETPATH: return ENOENT;
         case ERROR_ACCESS_DENIED:
         case ERROR_SHARING_VIOLATION:
-        case ERROR_LOCK_VIOLATION:
-            return EACCES;
-        case ERROR_WRITE_PROTECT:
-            return EROFS;
+        case ERROR_LOCK_VIOLATION: return EACCES;
+        case ERROR_WRITE_PROTECT: return EROFS;
         case ERROR_DISK_FULL:
-        case ERROR_HANDLE_DISK_FULL:
-            return ENOSPC;
-        default:
-            return EIO;
+        case ERROR_HANDLE_DISK_FULL: return ENOSPC;
+        default: return EIO;
     }
 }
 
@@ -61,12 +56,8 @@ int write_content(HANDLE file, Content content) {
     while (content.size > 0) {
         DWORD written = 0;
         const auto wanted = static_cast<DWORD>(std::min(content.size, BLOCK_SIZE));
-        if (WriteFile(file, content.data, wanted, &written, nullptr) == 0) {
-            return last_error();
-        }
-        if (written == 0) {
-            return ENOSPC;
-        }
+        if (WriteFile(file, content.data, wanted, &written, nullptr) == 0) { return last_error(); }
+        if (written == 0) { return ENOSPC; }
         content.data += written;
         content.size -= written;
     }
@@ -77,9 +68,7 @@ int bring_to_disk(HANDLE file) { return FlushFileBuffers(file) != 0 ? 0 : last_e
 
 int write_and_close(HANDLE file, Content content) {
     int error = write_content(file, content);
-    if (error == 0) {
-        error = bring_to_disk(file);
-    }
+    if (error == 0) { error = bring_to_disk(file); }
     return CloseHandle(file) != 0 || error != 0 ? error : last_error();
 }
 
@@ -104,9 +93,7 @@ HANDLE make_temporary(const std::wstring& folder, std::wstring* name) {
     for (int attempt = 0; attempt < NAME_ATTEMPTS; ++attempt) {
         *name = folder + L".pelt-" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(attempt) + L".tmp";
         const HANDLE file = open_file(*name, GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
-        if (file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) {
-            return file;
-        }
+        if (file != INVALID_HANDLE_VALUE || GetLastError() != ERROR_FILE_EXISTS) { return file; }
     }
     return INVALID_HANDLE_VALUE;
 }
@@ -118,9 +105,7 @@ FileReplacement not_opened() { return {false, last_error(), {}}; }
 FileReplacement make_file(const std::wstring& name, Content content) {
     std::wstring temporary;
     const HANDLE file = make_temporary(folder_of(name), &temporary);
-    if (file == INVALID_HANDLE_VALUE) {
-        return not_opened();
-    }
+    if (file == INVALID_HANDLE_VALUE) { return not_opened(); }
     const int error = write_and_close(file, content);
     if (error != 0) {
         DeleteFileW(temporary.c_str());
@@ -149,9 +134,7 @@ std::vector<unsigned char> owner_of(const std::wstring& name) {
 bool same_owner(const std::wstring& a, const std::wstring& b) {
     std::vector<unsigned char> record_a = owner_of(a);
     std::vector<unsigned char> record_b = owner_of(b);
-    if (record_a.empty() || record_b.empty()) {
-        return record_a.empty() == record_b.empty();
-    }
+    if (record_a.empty() || record_b.empty()) { return record_a.empty() == record_b.empty(); }
     PSID owner_a = nullptr, owner_b = nullptr;
     BOOL unused = FALSE;
     return GetSecurityDescriptorOwner(record_a.data(), &owner_a, &unused) != 0 &&
@@ -161,9 +144,7 @@ bool same_owner(const std::wstring& a, const std::wstring& b) {
 
 // The access list and named streams of the old file go over to the new one in this.
 bool take_place(const std::wstring& temporary, const std::wstring& target) {
-    if (ReplaceFileW(target.c_str(), temporary.c_str(), nullptr, 0, nullptr, nullptr) != 0) {
-        return true;
-    }
+    if (ReplaceFileW(target.c_str(), temporary.c_str(), nullptr, 0, nullptr, nullptr) != 0) { return true; }
     // It can fail when the old file is gone already.
     return GetFileAttributesW(target.c_str()) == INVALID_FILE_ATTRIBUTES &&
            MoveFileExW(temporary.c_str(), target.c_str(), MOVEFILE_WRITE_THROUGH) != 0;
@@ -174,15 +155,11 @@ bool take_place(const std::wstring& temporary, const std::wstring& target) {
 bool write_beside(const std::wstring& target, Content content, DWORD attributes, int* error) {
     std::wstring temporary;
     const HANDLE file = make_temporary(folder_of(target), &temporary);
-    if (file == INVALID_HANDLE_VALUE) {
-        return false;
-    }
+    if (file == INVALID_HANDLE_VALUE) { return false; }
     *error = write_and_close(file, content);
     SetFileAttributesW(temporary.c_str(), attributes & KEPT_ATTRIBUTES);
     const bool taken = *error == 0 && same_owner(temporary, target) && take_place(temporary, target);
-    if (!taken) {
-        DeleteFileW(temporary.c_str());
-    }
+    if (!taken) { DeleteFileW(temporary.c_str()); }
     return taken || *error != 0;
 }
 
@@ -203,17 +180,13 @@ int copy_bytes(HANDLE from, HANDLE to) {
             return last_error();
         }
         const int error = write_content(to, Content{block.data(), size});
-        if (size == 0 || error != 0) {
-            return error;
-        }
+        if (size == 0 || error != 0) { return error; }
     }
 }
 
 int copy_whole(HANDLE from, HANDLE to) {
     int error = go_to_start(from);
-    if (error == 0) {
-        error = go_to_start(to);
-    }
+    if (error == 0) { error = go_to_start(to); }
     return error == 0 ? copy_bytes(from, to) : error;
 }
 
@@ -224,25 +197,17 @@ void drop_copy(const Copy& copy) {
 
 int make_copy_in(const std::wstring& folder, HANDLE file, Copy* copy) {
     copy->file = make_temporary(folder, &copy->name);
-    if (copy->file == INVALID_HANDLE_VALUE) {
-        return last_error();
-    }
+    if (copy->file == INVALID_HANDLE_VALUE) { return last_error(); }
     int error = copy_whole(file, copy->file);
-    if (error == 0) {
-        error = bring_to_disk(copy->file);
-    }
-    if (error != 0) {
-        drop_copy(*copy);
-    }
+    if (error == 0) { error = bring_to_disk(copy->file); }
+    if (error != 0) { drop_copy(*copy); }
     return error;
 }
 
 // Beside the file, or in the folder for such files.
 int make_copy(const std::wstring& target, HANDLE file, Copy* copy) {
     const int error = make_copy_in(folder_of(target), file, copy);
-    if (error == 0) {
-        return 0;
-    }
+    if (error == 0) { return 0; }
     wchar_t folder[MAX_PATH + 2];
     const DWORD length = GetTempPathW(MAX_PATH + 2, folder);
     return length > 0 && length <= MAX_PATH + 1 ? make_copy_in(folder, file, copy) : error;
@@ -250,20 +215,14 @@ int make_copy(const std::wstring& target, HANDLE file, Copy* copy) {
 
 int put_back(const Copy& copy, HANDLE file, LONGLONG old_size) {
     int error = copy_whole(copy.file, file);
-    if (error == 0) {
-        error = set_length(file, old_size);
-    }
+    if (error == 0) { error = set_length(file, old_size); }
     return error == 0 ? bring_to_disk(file) : error;
 }
 
 int overwrite(HANDLE file, Content content) {
     int error = go_to_start(file);
-    if (error == 0) {
-        error = write_content(file, content);
-    }
-    if (error == 0) {
-        error = set_length(file, static_cast<LONGLONG>(content.size));
-    }
+    if (error == 0) { error = write_content(file, content); }
+    if (error == 0) { error = set_length(file, static_cast<LONGLONG>(content.size)); }
     return error == 0 ? bring_to_disk(file) : error;
 }
 
@@ -277,14 +236,10 @@ std::string narrow(const std::wstring& name) {
 
 FileReplacement write_in_place(const std::wstring& target, HANDLE file, Content content) {
     LARGE_INTEGER old{};
-    if (GetFileSizeEx(file, &old) == 0) {
-        return {true, last_error(), {}};
-    }
+    if (GetFileSizeEx(file, &old) == 0) { return {true, last_error(), {}}; }
     Copy copy{};
     int error = make_copy(target, file, &copy);
-    if (error != 0) {
-        return {true, error, {}};
-    }
+    if (error != 0) { return {true, error, {}}; }
     // The new length first, because only that needs room: where there is none, what was there is not touched at all.
     const auto size = static_cast<LONGLONG>(content.size);
     bool is_whole = true;
@@ -323,13 +278,9 @@ FileReplacement write_over_disk_file(HANDLE file, const std::wstring& name, Cont
     if (may_be_replaced(file, attributes)) {
         int error = 0;
         CloseHandle(file);  // nobody may have the file open whose place is taken
-        if (write_beside(name, content, attributes, &error)) {
-            return {true, error, {}};
-        }
+        if (write_beside(name, content, attributes, &error)) { return {true, error, {}}; }
         file = open_old(name);
-        if (file == INVALID_HANDLE_VALUE) {
-            return not_opened();
-        }
+        if (file == INVALID_HANDLE_VALUE) { return not_opened(); }
     }
     FileReplacement result = write_in_place(name, file, content);
     CloseHandle(file);
@@ -341,17 +292,13 @@ FileReplacement write_over_disk_file(HANDLE file, const std::wstring& name, Cont
 FileReplacement file_replace(const char* path, const void* data, size_t size) {
     const Content content{static_cast<const char*>(data), size};
     const std::wstring name = file_system_name(path);
-    if (name.empty()) {
-        return {false, ENOENT, {}};
-    }
+    if (name.empty()) { return {false, ENOENT, {}}; }
     const HANDLE file = open_old(name);
     if (file == INVALID_HANDLE_VALUE) {
         return GetLastError() == ERROR_FILE_NOT_FOUND ? make_file(name, content) : not_opened();
     }
     const DWORD type = GetFileType(file);
-    if (type == FILE_TYPE_DISK) {
-        return write_over_disk_file(file, name, content);
-    }
+    if (type == FILE_TYPE_DISK) { return write_over_disk_file(file, name, content); }
     const bool is_device = type == FILE_TYPE_CHAR;
     const int error = is_device ? write_content(file, content) : EINVAL;
     CloseHandle(file);

@@ -2,7 +2,8 @@
 // round for each eight bytes and three at the end are enough where the values never leave the program.
 //
 // What surprises: sums of table entries are no strong hash for one who sees values of it. Nobody does, and whatever the
-// keys, they spread so that open addressing with linear probing takes constant time in the mean, at a fifth of the cost.
+// keys, they spread so that open addressing with linear probing takes constant time in the mean, at a fifth of the
+// cost.
 #include "foundation/key_hash.h"
 
 #include <bit>
@@ -55,16 +56,12 @@ uint64_t sip_end(SipState& state) {
 // Bytes as a number, the first one lowest; at most eight.
 uint64_t word_of(const unsigned char* bytes, size_t size) {
     uint64_t word = 0;
-    for (size_t i = 0; i < size; ++i) {
-        word |= uint64_t{bytes[i]} << (8 * i);
-    }
+    for (size_t i = 0; i < size; ++i) { word |= uint64_t{bytes[i]} << (8 * i); }
     return word;
 }
 
 // The last word holds what is left, and the length in its highest byte.
-uint64_t last_word(uint64_t rest, size_t size) {
-    return rest | static_cast<uint64_t>(size) << 56;
-}
+uint64_t last_word(uint64_t rest, size_t size) { return rest | static_cast<uint64_t>(size) << 56; }
 
 const HashSecret& process_secret() {
     static const HashSecret secret = hash_secret_draw();
@@ -94,9 +91,7 @@ uint64_t hash_bytes(const HashSecret& secret, const void* bytes, size_t size) {
     const auto* at = static_cast<const unsigned char*>(bytes);
     SipState state = sip_start(secret);
     size_t left = size;
-    for (; left >= WORD_BYTES; left -= WORD_BYTES, at += WORD_BYTES) {
-        sip_take(state, word_of(at, WORD_BYTES));
-    }
+    for (; left >= WORD_BYTES; left -= WORD_BYTES, at += WORD_BYTES) { sip_take(state, word_of(at, WORD_BYTES)); }
     sip_take(state, last_word(word_of(at, left), size));
     return sip_end(state);
 }
@@ -114,9 +109,7 @@ HashSecret hash_secret_draw() {
     }
 }
 
-uint64_t key_hash(const void* bytes, size_t size) {
-    return hash_bytes(process_secret(), bytes, size);
-}
+uint64_t key_hash(const void* bytes, size_t size) { return hash_bytes(process_secret(), bytes, size); }
 
 uint64_t key_hash(int32_t key) {
     static const IntTable table = int_table();

@@ -21,17 +21,17 @@ inline constexpr size_t KEY_TEXT_SIZE = 32;
 // slot can be inlined. Block 0 holds slots 0 to 15, block 1 the next 16, and each further block as many as all before
 // it. A block is its elements followed by their keys.
 struct ListStorage {
-    unsigned char** blocks;           // small_blocks, or a heap array once there are more of them
+    unsigned char** blocks;  // small_blocks, or a heap array once there are more of them
     unsigned char* small_blocks[2];
-    uint64_t* occupied;               // one bit a slot: small_occupied, or a heap array beyond 64 slots
+    uint64_t* occupied;  // one bit a slot: small_occupied, or a heap array beyond 64 slots
     uint64_t small_occupied;
-    uint32_t* index;                  // open addressing: slot + 1, or 0 for a free place; null while there is no need
-    uint32_t index_mask;              // places of the index, less 1
-    int32_t index_count;              // places of the index that are taken
-    int32_t used;                     // slots from this one on have never been occupied
-    int32_t full_words;               // every slot in this many leading words of the bitmap is occupied
-    int32_t first_key;                // see consecutive
-    bool consecutive;                 // KEY_INT: each occupied slot s holds the key first_key + s; no index is needed
+    uint32_t* index;      // open addressing: slot + 1, or 0 for a free place; null while there is no need
+    uint32_t index_mask;  // places of the index, less 1
+    int32_t index_count;  // places of the index that are taken
+    int32_t used;         // slots from this one on have never been occupied
+    int32_t full_words;   // every slot in this many leading words of the bitmap is occupied
+    int32_t first_key;    // see consecutive
+    bool consecutive;     // KEY_INT: each occupied slot s holds the key first_key + s; no index is needed
 };
 
 // A plain record: it may be copied byte by byte to hand the list on (the source must then be forgotten).
@@ -115,14 +115,10 @@ inline bool list_slot_occupied(const ListStorage* storage, int32_t slot) {
 inline int32_t list_block_of(int32_t slot) {
     return static_cast<int32_t>(std::bit_width(static_cast<uint32_t>(slot) | 8U)) - 4;
 }
-inline int32_t list_block_start(int32_t block) {
-    return static_cast<int32_t>((8U << block) & ~15U);
-}
+inline int32_t list_block_start(int32_t block) { return static_cast<int32_t>((8U << block) & ~15U); }
 
 inline void* list_at(const KeyedList* list, int32_t index, int by_rank) {
-    if (by_rank != 0) {
-        return list_at_rank(list, index);
-    }
+    if (by_rank != 0) { return list_at_rank(list, index); }
     if (list == nullptr || index < 0 || index >= list->capacity || !list_slot_occupied(list->storage, index)) {
         return nullptr;
     }
@@ -133,9 +129,7 @@ inline void* list_at(const KeyedList* list, int32_t index, int by_rank) {
 
 // The reading of a model is to a quarter the finding of ids that run on: inlined, that is one subtraction.
 inline void* list_find(const KeyedList* list, int32_t key) {
-    if (list == nullptr || list->storage == nullptr || !list->storage->consecutive) {
-        return list_find_any(list, key);
-    }
+    if (list == nullptr || list->storage == nullptr || !list->storage->consecutive) { return list_find_any(list, key); }
     const int64_t slot = static_cast<int64_t>(key) - list->storage->first_key;
     return slot >= 0 && slot < list->capacity ? list_at(list, static_cast<int32_t>(slot), 0) : nullptr;
 }

@@ -15,13 +15,9 @@ constexpr int32_t LAST_CAPACITY = 1 << 30;  // doubling this would leave 32 bits
 constexpr int32_t BLOCK_LIMIT = 27;         // blocks that make up LAST_CAPACITY
 constexpr int32_t SMALL_BLOCKS = 2;
 
-int32_t block_count(const KeyedList* list) {
-    return list->capacity < 1 ? 0 : list_block_of(list->capacity - 1) + 1;
-}
+int32_t block_count(const KeyedList* list) { return list->capacity < 1 ? 0 : list_block_of(list->capacity - 1) + 1; }
 
-int32_t word_count(int32_t capacity) {
-    return (capacity + LIST_WORD_SLOTS - 1) / LIST_WORD_SLOTS;
-}
+int32_t word_count(int32_t capacity) { return (capacity + LIST_WORD_SLOTS - 1) / LIST_WORD_SLOTS; }
 
 size_t block_bytes(const KeyedList* list, int32_t block) {
     const int32_t slots = list_block_slots(block);
@@ -42,17 +38,11 @@ ListStorage* storage_new() {
 bool occupied_reserve(ListStorage* storage, int32_t old_capacity, int32_t capacity) {
     const int32_t old_words = word_count(old_capacity);
     const int32_t words = word_count(capacity);
-    if (words <= 1 || words == old_words) {
-        return true;
-    }
+    if (words <= 1 || words == old_words) { return true; }
     auto* occupied = static_cast<uint64_t*>(std::calloc(static_cast<size_t>(words), sizeof(uint64_t)));
-    if (occupied == nullptr) {
-        return false;
-    }
+    if (occupied == nullptr) { return false; }
     std::memcpy(occupied, storage->occupied, static_cast<size_t>(old_words) * sizeof(uint64_t));
-    if (storage->occupied != &storage->small_occupied) {
-        std::free(storage->occupied);
-    }
+    if (storage->occupied != &storage->small_occupied) { std::free(storage->occupied); }
     storage->occupied = occupied;
     return true;
 }
@@ -61,39 +51,27 @@ bool occupied_reserve(ListStorage* storage, int32_t old_capacity, int32_t capaci
 // what 32 bits count or of the memory.
 bool grow(KeyedList* list) {
     ListStorage* storage = list->storage;
-    if (list->capacity >= LAST_CAPACITY) {
-        return false;
-    }
+    if (list->capacity >= LAST_CAPACITY) { return false; }
     const int32_t capacity = list->capacity == 0 ? LIST_FIRST_CAPACITY : list->capacity * 2;
     const int32_t block = block_count(list);
     if (block == SMALL_BLOCKS && storage->blocks == storage->small_blocks) {
         auto** blocks = static_cast<unsigned char**>(std::calloc(BLOCK_LIMIT, sizeof(unsigned char*)));
-        if (blocks == nullptr) {
-            return false;
-        }
+        if (blocks == nullptr) { return false; }
         std::memcpy(blocks, storage->small_blocks, sizeof storage->small_blocks);
         storage->blocks = blocks;
     }
-    if (!occupied_reserve(storage, list->capacity, capacity)) {
-        return false;
-    }
+    if (!occupied_reserve(storage, list->capacity, capacity)) { return false; }
     storage->blocks[block] = static_cast<unsigned char*>(std::calloc(1, block_bytes(list, block)));
-    if (storage->blocks[block] == nullptr) {
-        return false;
-    }
+    if (storage->blocks[block] == nullptr) { return false; }
     list->capacity = capacity;
     return true;
 }
 
 // The lowest free slot, or the capacity. Without holes that is the first slot never used, and nothing is searched.
 int32_t lowest_free_slot(ListStorage* storage, int32_t count) {
-    if (count == storage->used) {
-        return storage->used;
-    }
+    if (count == storage->used) { return storage->used; }
     int32_t word = storage->full_words;
-    while (~storage->occupied[word] == 0) {
-        ++word;
-    }
+    while (~storage->occupied[word] == 0) { ++word; }
     storage->full_words = word;
     return word * LIST_WORD_SLOTS + std::countr_one(storage->occupied[word]);
 }
@@ -104,27 +82,17 @@ bool list_storage_ensure(KeyedList* list) {
     if (list->storage == nullptr) {
         list->capacity = 0;
         list->storage = storage_new();
-        if (list->storage != nullptr && !grow(list)) {
-            list_storage_release(list);
-        }
+        if (list->storage != nullptr && !grow(list)) { list_storage_release(list); }
     }
     return list->storage != nullptr;
 }
 
 void list_storage_release(KeyedList* list) {
     ListStorage* storage = list->storage;
-    if (storage == nullptr) {
-        return;
-    }
-    for (int32_t block = 0; block < block_count(list); ++block) {
-        std::free(storage->blocks[block]);
-    }
-    if (storage->blocks != storage->small_blocks) {
-        std::free(storage->blocks);
-    }
-    if (storage->occupied != &storage->small_occupied) {
-        std::free(storage->occupied);
-    }
+    if (storage == nullptr) { return; }
+    for (int32_t block = 0; block < block_count(list); ++block) { std::free(storage->blocks[block]); }
+    if (storage->blocks != storage->small_blocks) { std::free(storage->blocks); }
+    if (storage->occupied != &storage->small_occupied) { std::free(storage->occupied); }
     std::free(storage->index);
     std::free(storage);
     list->storage = nullptr;
@@ -135,13 +103,9 @@ bool list_storage_copy(const KeyedList* source, KeyedList* destination) {
     destination->capacity = 0;
     destination->storage = storage_new();
     while (destination->storage != nullptr && destination->capacity < source->capacity) {
-        if (!grow(destination)) {
-            list_storage_release(destination);
-        }
+        if (!grow(destination)) { list_storage_release(destination); }
     }
-    if (destination->storage == nullptr) {
-        return false;
-    }
+    if (destination->storage == nullptr) { return false; }
     const ListStorage* from = source->storage;
     ListStorage* to = destination->storage;
     for (int32_t block = 0; block < block_count(source); ++block) {
@@ -158,9 +122,7 @@ bool list_storage_copy(const KeyedList* source, KeyedList* destination) {
 int32_t list_slot_take(KeyedList* list) {
     ListStorage* storage = list->storage;
     const int32_t slot = lowest_free_slot(storage, list->count);
-    if (slot >= list->capacity && !grow(list)) {
-        return -1;
-    }
+    if (slot >= list->capacity && !grow(list)) { return -1; }
     const int32_t word = slot / LIST_WORD_SLOTS;
     storage->occupied[word] |= uint64_t{1} << (slot % LIST_WORD_SLOTS);
     storage->used = slot < storage->used ? storage->used : slot + 1;
@@ -177,20 +139,14 @@ void list_slot_release(KeyedList* list, int32_t slot) {
 }
 
 int32_t list_next_slot_beyond(const KeyedList* list, int32_t slot) {
-    if (!list_has_storage(list)) {
-        return 0;
-    }
+    if (!list_has_storage(list)) { return 0; }
     const ListStorage* storage = list->storage;
     slot = slot < 0 ? 0 : slot;
-    if (slot >= storage->used || list->count == 0) {
-        return list->capacity;
-    }
+    if (slot >= storage->used || list->count == 0) { return list->capacity; }
     int32_t word = slot / LIST_WORD_SLOTS;
     uint64_t bits = storage->occupied[word] & (~uint64_t{0} << (slot % LIST_WORD_SLOTS));
     for (const int32_t words = word_count(storage->used); bits == 0; bits = storage->occupied[word]) {
-        if (++word >= words) {
-            return list->capacity;
-        }
+        if (++word >= words) { return list->capacity; }
     }
     return word * LIST_WORD_SLOTS + std::countr_zero(bits);
 }

@@ -16,9 +16,7 @@ inline bool list_has_storage(const KeyedList* list) {
     return list != nullptr && list->element_size >= 1 && list->storage != nullptr;
 }
 
-inline int32_t list_block_slots(int32_t block) {
-    return block == 0 ? LIST_FIRST_CAPACITY : list_block_start(block);
-}
+inline int32_t list_block_slots(int32_t block) { return block == 0 ? LIST_FIRST_CAPACITY : list_block_start(block); }
 
 // Where the keys begin in a block: behind the elements, aligned for integers.
 inline size_t list_keys_offset(const KeyedList* list, int32_t slots) {

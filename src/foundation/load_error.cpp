@@ -16,7 +16,7 @@ namespace {
 constexpr size_t RECORD_SIZE = 256;
 
 struct LoadError {
-    const char* file_name;        // place of the read in progress, owned by the reader; null when none
+    const char* file_name;  // place of the read in progress, owned by the reader; null when none
     const int32_t* line_number;
     bool is_set;
     char text[RECORD_SIZE];
@@ -56,14 +56,10 @@ void load_error_set_format(const char* format, const char* parameter) {
     }
     std::string text = format;
     const size_t place = text.find("%s");
-    if (place != std::string::npos) {
-        text.replace(place, 2, parameter != nullptr ? parameter : "");
-    }
+    if (place != std::string::npos) { text.replace(place, 2, parameter != nullptr ? parameter : ""); }
     load_error_set(text.c_str());
 }
 
-const char* load_error_get() {
-    return load_error.is_set ? load_error.text : nullptr;
-}
+const char* load_error_get() { return load_error.is_set ? load_error.text : nullptr; }
 
 }  // namespace pelt

@@ -18,7 +18,7 @@ namespace {
 
 constexpr Mat4 mat_identity_constant = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
 constexpr double TURN_RADIANS = 6.2831854;  // as it stands: the sines of whole turns are not quite 0
-constexpr float PI = 3.1415927F;
+constexpr float PI = 3.1415927f;
 
 Mat4 mat_scratch;  // the factor of a translation, scale or rotation
 Mat4 mat_gl_result;
@@ -39,27 +39,19 @@ SineCosine sine_cosine(float degrees) {
     double cosine = std::cos(radians);
     double sine = std::sin(radians);
     // A guard against a library whose values leave -1 to 1.
-    if (std::fabs(cosine) > 1.0) {
-        cosine = -std::cos(-radians);
-    }
-    if (std::fabs(sine) > 1.0) {
-        sine = -std::sin(-radians);
-    }
+    if (std::fabs(cosine) > 1.0) { cosine = -std::cos(-radians); }
+    if (std::fabs(sine) > 1.0) { sine = -std::sin(-radians); }
     return {static_cast<float>(sine), static_cast<float>(cosine)};
 }
 
 // Whether the characters of a rotation text are allowed: '-', a digit or an axis letter in front, '-', '.' or digits
 // behind.
 bool is_rotation_text(const char* text) {
-    if (text == nullptr) {
-        return false;
-    }
+    if (text == nullptr) { return false; }
     for (const char* c = text; *c != '\0'; ++c) {
         const bool is_axis = *c >= 'x' && *c <= 'z';
         const bool allowed = *c == '-' || (*c >= '0' && *c <= '9') || (c == text ? is_axis : *c == '.');
-        if (!allowed) {
-            return false;
-        }
+        if (!allowed) { return false; }
     }
     return true;
 }
@@ -70,18 +62,12 @@ float turned_by(float ax, float ay, float bx, float by) {
 
 }  // namespace
 
-void mat_identity(Mat4* m) {
-    *m = mat_identity_constant;
-}
+void mat_identity(Mat4* m) { *m = mat_identity_constant; }
 
-void mat_copy(const Mat4* source, Mat4* destination) {
-    *destination = *source;
-}
+void mat_copy(const Mat4* source, Mat4* destination) { *destination = *source; }
 
 void mat_copy_words(const float* source, float* destination) {
-    for (int i = 0; i < 16; ++i) {
-        destination[i] = source[i];
-    }
+    for (int i = 0; i < 16; ++i) { destination[i] = source[i]; }
 }
 
 const Mat4* mat_snapshot(const Mat4* source) {
@@ -101,9 +87,7 @@ const Mat4* mat_to_gl(const Mat4* source) {
 
 void mat_transpose(const Mat4* source, Mat4* destination) {
     for (int row = 0; row < 4; ++row) {
-        for (int column = 0; column < 4; ++column) {
-            destination->m[4 * column + row] = source->m[4 * row + column];
-        }
+        for (int column = 0; column < 4; ++column) { destination->m[4 * column + row] = source->m[4 * row + column]; }
     }
 }
 
@@ -117,9 +101,7 @@ void mat_print(const Mat4* m) {
 void mat_multiply(const Mat4* a, const Mat4* b, Mat4* out) {
     Mat4 result;
     for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 4; ++j) {
-            result.m[4 * i + j] = dot_column_row(a->m + j, b->m + 4 * i);
-        }
+        for (int j = 0; j < 4; ++j) { result.m[4 * i + j] = dot_column_row(a->m + j, b->m + 4 * i); }
     }
     *out = result;
 }
@@ -145,9 +127,7 @@ void mat_rotate(Mat4* m, float x, float y, float z) {
     static constexpr int places[3][4] = {{5, 6, 9, 10}, {0, 8, 2, 10}, {0, 1, 4, 5}};
     const float angles[3] = {x, y, z};
     for (int axis = 0; axis < 3; ++axis) {
-        if (angles[axis] == 0.0F) {
-            continue;
-        }
+        if (angles[axis] == 0.0f) { continue; }
         const SineCosine turn = sine_cosine(angles[axis]);
         mat_identity(&mat_scratch);
         mat_scratch.m[places[axis][0]] = turn.cosine;
@@ -163,13 +143,11 @@ int mat_rotate_text(Mat4* m, const char* text_0, const char* text_1, const char*
     mat_identity(m);
     for (int position = 0; position < 3; ++position) {
         const char* text = texts[position];
-        if (!is_rotation_text(text)) {
-            return 0;
-        }
+        if (!is_rotation_text(text)) { return 0; }
         const bool names_axis = *text >= 'x' && *text <= 'z';
         const int axis = names_axis ? *text - 'x' : position;
         const float angle = to_float(text_to_double(names_axis ? text + 1 : text));
-        mat_rotate(m, axis == 0 ? angle : 0.0F, axis == 1 ? angle : 0.0F, axis == 2 ? angle : 0.0F);
+        mat_rotate(m, axis == 0 ? angle : 0.0f, axis == 1 ? angle : 0.0f, axis == 2 ? angle : 0.0f);
     }
     return 1;
 }
@@ -183,15 +161,13 @@ void mat_inverse(const Mat4* source, Mat4* destination) {
         int pivot = i;
         for (int j = i + 1; j < 4; ++j) {
             // Against the diagonal and not the best row so far: the last row that beats it wins. Intended.
-            if (std::fabs(a[i][i]) < std::fabs(a[j][i])) {
-                pivot = j;
-            }
+            if (std::fabs(a[i][i]) < std::fabs(a[j][i])) { pivot = j; }
         }
         if (pivot != i) {
             std::swap(a[i], a[pivot]);
             std::swap(b[i], b[pivot]);
         }
-        if (a[i][i] == 0.0F) {
+        if (a[i][i] == 0.0f) {
             mat_identity(destination);
             return;
         }
@@ -211,9 +187,7 @@ void mat_inverse(const Mat4* source, Mat4* destination) {
     std::memcpy(destination->m, b, sizeof b);
 }
 
-void mat_transform_point(const Mat4* m, const Vec3* p, Vec3* out) {
-    mat_transform_point_w(m, p, 0.0F, out);
-}
+void mat_transform_point(const Mat4* m, const Vec3* p, Vec3* out) { mat_transform_point_w(m, p, 0.0f, out); }
 
 Vec3* mat_transform_point_w(const Mat4* m, const Vec3* p, float w, Vec3* out) {
     const float* e = m->m;
@@ -223,7 +197,7 @@ Vec3* mat_transform_point_w(const Mat4* m, const Vec3* p, float w, Vec3* out) {
     out->x = from.x * e[0] + from.y * e[1] + from.z * e[2] + e[3];
     out->y = from.x * e[4] + from.y * e[5] + from.z * e[6] + e[7];
     out->z = from.x * e[8] + from.y * e[9] + from.z * e[10] + e[11];
-    if (divisor != 1.0F) {  // hardly ever, and three divisions are a third of this function
+    if (divisor != 1.0f) {  // hardly ever, and three divisions are a third of this function
         out->x /= divisor;
         out->y /= divisor;
         out->z /= divisor;
@@ -243,7 +217,7 @@ Vec3* vec_normalise(Vec3* v) {
 }
 
 Vec3 vec_average(const Vec3* points, int n) {
-    Vec3 sum{0.0F, 0.0F, 0.0F};
+    Vec3 sum{0.0f, 0.0f, 0.0f};
     for (int i = 0; i < n && points != nullptr; ++i) {
         sum.x += points[i].x;
         sum.y += points[i].y;
@@ -271,43 +245,39 @@ Vec3 plane_normal(const Vec3* a, const Vec3* b, const Vec3* c) {
 }
 
 Vec3 triangle_normal(const Vec3* triangle) {
-    if (triangle == nullptr) {
-        return {0.0F, 0.0F, 1.0F};
-    }
+    if (triangle == nullptr) { return {0.0f, 0.0f, 1.0f}; }
     const Vec3& corner_a = triangle[0];
     const Vec3& corner_b = triangle[1];
     const Vec3& corner_c = triangle[2];
     const Vec3 a{corner_a.x - corner_c.x, corner_a.y - corner_c.y, corner_a.z - corner_c.z};
     const Vec3 b{corner_b.x - corner_a.x, corner_b.y - corner_a.y, corner_b.z - corner_a.z};
-    if (a.x == 0.0F && b.x == 0.0F) {
-        return {turns_clockwise(corner_a.y, corner_a.z, corner_b.y, corner_b.z, corner_c.y, corner_c.z) ? 1.0F : -1.0F,
-                0.0F, 0.0F};
+    if (a.x == 0.0f && b.x == 0.0f) {
+        return {turns_clockwise(corner_a.y, corner_a.z, corner_b.y, corner_b.z, corner_c.y, corner_c.z) ? 1.0f : -1.0f,
+                0.0f, 0.0f};
     }
-    if (a.y == 0.0F && b.y == 0.0F) {  // the sense of this axis is opposite, as its pair of coordinates is
-        return {0.0F,
-                turns_clockwise(corner_a.x, corner_a.z, corner_b.x, corner_b.z, corner_c.x, corner_c.z) ? -1.0F : 1.0F,
-                0.0F};
+    if (a.y == 0.0f && b.y == 0.0f) {  // the sense of this axis is opposite, as its pair of coordinates is
+        return {0.0f,
+                turns_clockwise(corner_a.x, corner_a.z, corner_b.x, corner_b.z, corner_c.x, corner_c.z) ? -1.0f : 1.0f,
+                0.0f};
     }
-    if (a.z == 0.0F && b.z == 0.0F) {
-        return {0.0F, 0.0F,
-                turns_clockwise(corner_a.x, corner_a.y, corner_b.x, corner_b.y, corner_c.x, corner_c.y) ? 1.0F : -1.0F};
+    if (a.z == 0.0f && b.z == 0.0f) {
+        return {0.0f, 0.0f,
+                turns_clockwise(corner_a.x, corner_a.y, corner_b.x, corner_b.y, corner_c.x, corner_c.y) ? 1.0f : -1.0f};
     }
     const Vec3 n{a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
     const float largest = std::fmax(std::fabs(n.x), std::fmax(std::fabs(n.y), std::fabs(n.z)));
-    return {n.x / largest * -1.0F, n.y / largest * -1.0F, n.z / largest * -1.0F};
+    return {n.x / largest * -1.0f, n.y / largest * -1.0f, n.z / largest * -1.0f};
 }
 
 int turns_clockwise(float ax, float ay, float bx, float by, float cx, float cy) {
     const float first = turned_by(ax, ay, bx, by);
     const float second = turned_by(bx, by, cx, cy);
-    if (second < first && first - PI < second) {
-        return 1;
-    }
-    return first < 0.0F && first + PI < second ? 1 : 0;
+    if (second < first && first - PI < second) { return 1; }
+    return first < 0.0f && first + PI < second ? 1 : 0;
 }
 
 void vec_scale_to_largest(float* r, float* g, float* b, float* largest) {
-    *largest = std::fmax(std::fmax(0.0F, *r), std::fmax(*g, *b));
+    *largest = std::fmax(std::fmax(0.0f, *r), std::fmax(*g, *b));
     *r /= *largest;
     *g /= *largest;
     *b /= *largest;

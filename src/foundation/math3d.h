@@ -21,9 +21,9 @@ void mat_copy(const Mat4* source, Mat4* destination);
 void mat_copy_words(const float* source, float* destination);
 // Copies lying in one static matrix each, valid until the next call of the same function.
 const Mat4* mat_snapshot(const Mat4* source);
-const Mat4* mat_to_gl(const Mat4* source);  // the transpose
+const Mat4* mat_to_gl(const Mat4* source);                  // the transpose
 void mat_transpose(const Mat4* source, Mat4* destination);  // two different matrices
-void mat_print(const Mat4* m);  // four lines on standard output, transposed
+void mat_print(const Mat4* m);                              // four lines on standard output, transposed
 
 // out = b times a: the second argument stands on the left. out may be a or b.
 void mat_multiply(const Mat4* a, const Mat4* b, Mat4* out);

@@ -20,15 +20,11 @@ char file_name_buffer[PATH_BUFFER_SIZE];
 char file_dir_buffer[PATH_BUFFER_SIZE];
 char extension_buffer[PATH_BUFFER_SIZE];
 
-bool is_separator(char c, PathRules rules) {
-    return c == '\\' || (c == '/' && rules.slash_separates);
-}
+bool is_separator(char c, PathRules rules) { return c == '\\' || (c == '/' && rules.slash_separates); }
 
 // Length of the text up to and with its last separator among the first length bytes; 0 without one.
 size_t directory_length(const char* path, size_t length, PathRules rules) {
-    while (length > 0 && !is_separator(path[length - 1], rules)) {
-        --length;
-    }
+    while (length > 0 && !is_separator(path[length - 1], rules)) { --length; }
     return length;
 }
 
@@ -40,23 +36,17 @@ bool copy_whole(const char* path, char (&buffer)[PATH_BUFFER_SIZE]) {
 char* cut_name(char* path, PathRules rules) {
     const size_t length = std::strlen(path);
     const size_t extension = length < EXTENSION_SIZE ? 0 : length - EXTENSION_SIZE;
-    if (length >= EXTENSION_SIZE && path[extension] == '.') {
-        path[extension] = '\0';
-    }
+    if (length >= EXTENSION_SIZE && path[extension] == '.') { path[extension] = '\0'; }
     return str_lower(path + directory_length(path, extension, rules));
 }
 
-char* lower_if(bool lower, char* path) {
-    return lower ? str_lower(path) : path;
-}
+char* lower_if(bool lower, char* path) { return lower ? str_lower(path) : path; }
 
 }  // namespace
 
 std::string path_join(const char* directory, const char* file) {
     std::string path = directory != nullptr ? directory : "";
-    if (!path.empty() && path.back() != '/' && path.back() != '\\') {
-        path += PATH_SEPARATOR;
-    }
+    if (!path.empty() && path.back() != '/' && path.back() != '\\') { path += PATH_SEPARATOR; }
     return path + (file != nullptr ? file : "");
 }
 
@@ -68,9 +58,7 @@ const char* path_base_name(const char* path, PathRules rules) {
 }
 
 const char* path_directory(const char* path, PathRules rules) {
-    if (!copy_whole(path, path_buffer)) {
-        return nullptr;
-    }
+    if (!copy_whole(path, path_buffer)) { return nullptr; }
     path_buffer[directory_length(path_buffer, std::strlen(path_buffer), rules)] = '\0';
     return lower_if(rules.lower_directory, path_buffer);
 }

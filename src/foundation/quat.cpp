@@ -14,7 +14,7 @@ namespace pelt {
 namespace {
 
 constexpr double HALF_TURN = 3.1415926535;
-constexpr float SPREAD = 0.05F;  // nearness of 1 at which two quaternions count as equal or opposite
+constexpr float SPREAD = 0.05f;  // nearness of 1 at which two quaternions count as equal or opposite
 
 // 20.12 integers of the fixed-point forms.
 constexpr int64_t FIXED_ONE = 4096;
@@ -22,17 +22,11 @@ constexpr int64_t FIXED_HALF = 2048;
 constexpr int64_t FIXED_SPREAD = 206;
 constexpr int64_t DEGREES = 360;
 
-int64_t to_fixed(float value) {
-    return float_to_int(static_cast<double>(value) * 4096.0);
-}
+int64_t to_fixed(float value) { return float_to_int(static_cast<double>(value) * 4096.0); }
 
-float from_fixed(int64_t value) {
-    return static_cast<float>(static_cast<double>(value) / 4096.0);
-}
+float from_fixed(int64_t value) { return static_cast<float>(static_cast<double>(value) / 4096.0); }
 
-int64_t multiply_fixed(int64_t a, int64_t b) {
-    return a * b / FIXED_ONE;
-}
+int64_t multiply_fixed(int64_t a, int64_t b) { return a * b / FIXED_ONE; }
 
 // Sine of an angle of 4096 units a turn, by whole degrees.
 int64_t sine_fixed(int64_t angle) {
@@ -60,7 +54,7 @@ void quat_from_matrix(const Mat4* m, float* x, float* y, float* z, float* w) {
     } else {
         result = {(e[9] - e[6]) / k, (e[2] - e[8]) / k, (e[4] - e[1]) / k, big / k};
     }
-    const float sign = result.w < 0.0F ? -1.0F : 1.0F;
+    const float sign = result.w < 0.0f ? -1.0f : 1.0f;
     *x = sign * result.x;
     *y = sign * result.y;
     *z = sign * result.z;
@@ -78,40 +72,39 @@ void quat_to_matrix(Mat4* out, float x, float y, float z, float w) {
     const float xw = x * w;
     const float yw = y * w;
     const float zw = z * w;
-    *out = {{xx - yy - zz + ww, 2.0F * (xy - zw), 2.0F * (xz + yw), 0.0F,
-             2.0F * (xy + zw), -xx + yy - zz + ww, 2.0F * (yz - xw), 0.0F,
-             2.0F * (xz - yw), 2.0F * (yz + xw), -xx - yy + zz + ww, 0.0F,
-             0.0F, 0.0F, 0.0F, xx + yy + zz + ww}};
+    *out = {{xx - yy - zz + ww, 2.0f * (xy - zw), 2.0f * (xz + yw), 0.0f, 2.0f * (xy + zw), -xx + yy - zz + ww,
+             2.0f * (yz - xw), 0.0f, 2.0f * (xz - yw), 2.0f * (yz + xw), -xx - yy + zz + ww, 0.0f, 0.0f, 0.0f, 0.0f,
+             xx + yy + zz + ww}};
 }
 
 void quat_slerp(Quat* q0, Quat* q1, Quat* out, float t) {
     float dot = q0->x * q1->x + q0->y * q1->y + q0->z * q1->z + q0->w * q1->w;
-    if (dot < 0.0F) {  // in the storage of the caller: the rotation stays the same, the sign stays flipped
+    if (dot < 0.0f) {  // in the storage of the caller: the rotation stays the same, the sign stays flipped
         *q0 = {-q0->x, -q0->y, -q0->z, -q0->w};
         dot = -dot;
     }
     float s0;
     float s1;
-    if (1.0F + dot > SPREAD) {
-        if (1.0F - dot < SPREAD) {
-            s0 = 1.0F - t;
+    if (1.0f + dot > SPREAD) {
+        if (1.0f - dot < SPREAD) {
+            s0 = 1.0f - t;
             s1 = t;
         } else {
             const double omega = std::acos(static_cast<double>(dot));
             const double n = std::sin(omega);
-            s0 = static_cast<float>(std::sin(static_cast<double>(1.0F - t) * omega) / n);
+            s0 = static_cast<float>(std::sin(static_cast<double>(1.0f - t) * omega) / n);
             s1 = static_cast<float>(std::sin(static_cast<double>(t) * omega) / n);
         }
     } else {
         *q1 = {-q0->y, q0->x, -q0->w, q0->z};
-        s0 = static_cast<float>(std::sin(static_cast<double>(0.5F - t) * HALF_TURN));
+        s0 = static_cast<float>(std::sin(static_cast<double>(0.5f - t) * HALF_TURN));
         s1 = static_cast<float>(std::sin(static_cast<double>(t) * HALF_TURN));
     }
     *out = {s0 * q0->x + s1 * q1->x, s0 * q0->y + s1 * q1->y, s0 * q0->z + s1 * q1->z, s0 * q0->w + s1 * q1->w};
 }
 
 void quat_from_axis_degrees(Quat* out, float ax, float ay, float az, float angle) {
-    const float half = angle / 360.0F * 3.1415927F / 2.0F;  // 360 units are half a turn: intended
+    const float half = angle / 360.0f * 3.1415927f / 2.0f;  // 360 units are half a turn: intended
     const auto sine = static_cast<float>(std::sin(static_cast<double>(half)));
     const auto cosine = static_cast<float>(std::cos(static_cast<double>(half)));
     *out = {sine * ax, sine * ay, sine * az, cosine};
@@ -153,13 +146,23 @@ void quat_to_matrix_fixed(Mat4* out, float x, float y, float z, float w) {
     const int64_t xw = multiply_fixed(fx, fw);
     const int64_t yw = multiply_fixed(fy, fw);
     const int64_t zw = multiply_fixed(fz, fw);
-    const int64_t elements[16] = {xx - yy - zz + ww, 2 * (xy - zw), 2 * (xz + yw), 0,
-                                  2 * (xy + zw), -xx + yy - zz + ww, 2 * (yz - xw), 0,
-                                  2 * (xz - yw), 2 * (yz + xw), -xx - yy + zz + ww, 0,
-                                  0, 0, 0, xx + yy + zz + ww};
-    for (int i = 0; i < 16; ++i) {
-        out->m[i] = from_fixed(elements[i]);
-    }
+    const int64_t elements[16] = {xx - yy - zz + ww,
+                                  2 * (xy - zw),
+                                  2 * (xz + yw),
+                                  0,
+                                  2 * (xy + zw),
+                                  -xx + yy - zz + ww,
+                                  2 * (yz - xw),
+                                  0,
+                                  2 * (xz - yw),
+                                  2 * (yz + xw),
+                                  -xx - yy + zz + ww,
+                                  0,
+                                  0,
+                                  0,
+                                  0,
+                                  xx + yy + zz + ww};
+    for (int i = 0; i < 16; ++i) { out->m[i] = from_fixed(elements[i]); }
 }
 
 void quat_slerp_fixed(const Quat* q0, const Quat* q1, Quat* out, float t) {
@@ -170,23 +173,17 @@ void quat_slerp_fixed(const Quat* q0, const Quat* q1, Quat* out, float t) {
         return;
     }
     int64_t dot = 0;
-    for (int i = 0; i < 4; ++i) {
-        dot += multiply_fixed(from[i], to[i]);
-    }
+    for (int i = 0; i < 4; ++i) { dot += multiply_fixed(from[i], to[i]); }
     if (dot < 0) {
         dot = -dot;
-        for (int64_t& component : from) {
-            component = -component;
-        }
+        for (int64_t& component : from) { component = -component; }
     }
     const int64_t time = to_fixed(t);
     int64_t factor_0 = FIXED_ONE - time;
     int64_t factor_1 = time;
     if (dot + FIXED_ONE < FIXED_SPREAD) {  // never so, since the dot product is not negative any more
         const int64_t across[4] = {-from[1], from[0], -from[3], from[2]};
-        for (int i = 0; i < 4; ++i) {
-            to[i] = across[i];
-        }
+        for (int i = 0; i < 4; ++i) { to[i] = across[i]; }
         factor_0 = sine_fixed(FIXED_HALF - time);
         factor_1 = sine_fixed(time);
     }

@@ -18,24 +18,18 @@ namespace pelt {
 namespace {
 
 constexpr uint64_t EXACT_MANTISSA = uint64_t{1} << 53;
-constexpr int MANTISSA_DIGITS = 18;     // that many digits always fit 64 bits
-constexpr int DECIMALS_DEFAULT = 6;     // what "%.*f" takes for a negative count
+constexpr int MANTISSA_DIGITS = 18;  // that many digits always fit 64 bits
+constexpr int DECIMALS_DEFAULT = 6;  // what "%.*f" takes for a negative count
 constexpr int DECIMALS_LIMIT = 120;
-constexpr size_t NUMBER_SIZE = 512;     // sign, 309 digits, point and decimals
+constexpr size_t NUMBER_SIZE = 512;  // sign, 309 digits, point and decimals
 constexpr int64_t EXPONENT_LIMIT = 1000000;
-constexpr size_t UTF8_LENGTH_MAX = 4;   // bytes of a character
+constexpr size_t UTF8_LENGTH_MAX = 4;  // bytes of a character
 
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-bool is_space(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
+bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // The value of a decimal number too large or too small for a double: only its sign and direction are left.
 double out_of_range_value(const char* text) {
@@ -57,9 +51,7 @@ double out_of_range_value(const char* text) {
         const bool minus = text[1] == '-';
         text += minus || text[1] == '+' ? 2 : 1;
         int64_t written = 0;
-        for (; is_digit(*text) && written < EXPONENT_LIMIT; ++text) {
-            written = written * 10 + (*text - '0');
-        }
+        for (; is_digit(*text) && written < EXPONENT_LIMIT; ++text) { written = written * 10 + (*text - '0'); }
         exponent += minus ? -written : written;
     }
     const double value = exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
@@ -80,15 +72,11 @@ double convert_any(const char* text) {
 }  // namespace
 
 WordClass word_class(const char* text) {
-    if (text == nullptr) {
-        return WORD_NONE;
-    }
+    if (text == nullptr) { return WORD_NONE; }
     bool seen_point = false;
     for (; *text != '\0'; ++text) {
         if (*text == '.') {
-            if (seen_point) {
-                return WORD_TEXT;
-            }
+            if (seen_point) { return WORD_TEXT; }
             seen_point = true;
         } else if (!is_digit(*text) && *text != '-') {
             return WORD_TEXT;
@@ -98,38 +86,26 @@ WordClass word_class(const char* text) {
 }
 
 int32_t text_to_int(const char* text) {
-    if (text == nullptr) {
-        return 0;
-    }
-    while (is_space(*text)) {
-        ++text;
-    }
+    if (text == nullptr) { return 0; }
+    while (is_space(*text)) { ++text; }
     const bool negative = *text == '-';
     text += negative || *text == '+' ? 1 : 0;
     constexpr int64_t limit = int64_t{1} << 31;
     int64_t value = 0;
     for (; is_digit(*text); ++text) {
         value = value * 10 + (*text - '0');
-        if (value > limit) {
-            value = limit;
-        }
+        if (value > limit) { value = limit; }
     }
     value = negative ? -value : value;
     return static_cast<int32_t>(value == limit ? limit - 1 : value);
 }
 
 double text_to_double(const char* text) {
-    if (text == nullptr) {
-        return 0.0;
-    }
-    while (is_space(*text)) {
-        ++text;
-    }
+    if (text == nullptr) { return 0.0; }
+    while (is_space(*text)) { ++text; }
     if (*text == '+') {
         ++text;
-        if (*text == '-') {
-            return 0.0;
-        }
+        if (*text == '-') { return 0.0; }
     }
     const char* position = *text == '-' ? text + 1 : text;
     uint64_t mantissa = 0;
@@ -145,23 +121,15 @@ double text_to_double(const char* text) {
         }
     }
     const bool complete = !is_digit(*position) && *position != 'e' && *position != 'E';
-    if (digits == 0 || !complete || mantissa > EXACT_MANTISSA) {
-        return convert_any(text);
-    }
+    if (digits == 0 || !complete || mantissa > EXACT_MANTISSA) { return convert_any(text); }
     const double value = short_decimal(mantissa, decimals);
     return *text == '-' ? -value : value;
 }
 
 int32_t float_to_int(double value) {
-    if (std::isnan(value)) {
-        return 0;
-    }
-    if (value >= 2147483647.0) {
-        return std::numeric_limits<int32_t>::max();
-    }
-    if (value <= -2147483648.0) {
-        return std::numeric_limits<int32_t>::min();
-    }
+    if (std::isnan(value)) { return 0; }
+    if (value >= 2147483647.0) { return std::numeric_limits<int32_t>::max(); }
+    if (value <= -2147483648.0) { return std::numeric_limits<int32_t>::min(); }
     return static_cast<int32_t>(value);
 }
 
@@ -170,17 +138,15 @@ float to_float(double value) {
     constexpr double rounds_up = 0x1.ffffffp127;  // half a step above the largest float
     const double magnitude = std::fabs(value);
     if (magnitude > largest) {
-        const float result = magnitude < rounds_up ? std::numeric_limits<float>::max()
-                                                   : std::numeric_limits<float>::infinity();
+        const float result =
+            magnitude < rounds_up ? std::numeric_limits<float>::max() : std::numeric_limits<float>::infinity();
         return value < 0.0 ? -result : result;
     }
     return static_cast<float>(value);
 }
 
 size_t float_to_text(double value, int decimals, char* buffer, size_t size) {
-    if (buffer == nullptr || size == 0) {
-        return 0;
-    }
+    if (buffer == nullptr || size == 0) { return 0; }
     char number[NUMBER_SIZE];
     size_t length = 3;
     if (std::isnan(value)) {
@@ -197,26 +163,16 @@ size_t float_to_text(double value, int decimals, char* buffer, size_t size) {
 }
 
 char* str_field(const char* text, char separator, int n) {
-    if (text == nullptr || n < 0) {
-        return nullptr;
-    }
+    if (text == nullptr || n < 0) { return nullptr; }
     const char* start = text;
     for (int passed = 0; passed < n; ++passed) {
-        while (*start != '\0' && *start != separator) {
-            ++start;
-        }
-        if (*start == '\0') {
-            return nullptr;
-        }
+        while (*start != '\0' && *start != separator) { ++start; }
+        if (*start == '\0') { return nullptr; }
         ++start;
     }
     const char* end = start;
-    while (*end != '\0' && *end != separator) {
-        ++end;
-    }
-    if (end == start) {
-        return nullptr;
-    }
+    while (*end != '\0' && *end != separator) { ++end; }
+    if (end == start) { return nullptr; }
     const auto length = static_cast<size_t>(end - start);
     auto* field = static_cast<char*>(std::malloc(length + 1));
     if (field != nullptr) {
@@ -229,29 +185,21 @@ char* str_field(const char* text, char separator, int n) {
 char* str_replace_char(char* text, char from, char to) {
     if (text != nullptr && from != '\0') {
         for (char* c = text; *c != '\0'; ++c) {
-            if (*c == from) {
-                *c = to;
-            }
+            if (*c == from) { *c = to; }
         }
     }
     return text;
 }
 
 char* str_dup(const char* text) {
-    if (text == nullptr) {
-        return nullptr;
-    }
+    if (text == nullptr) { return nullptr; }
     const size_t size = std::strlen(text) + 1;
     auto* copy = static_cast<char*>(std::malloc(size));
-    if (copy != nullptr) {
-        std::memcpy(copy, text, size);
-    }
+    if (copy != nullptr) { std::memcpy(copy, text, size); }
     return copy;
 }
 
-void str_free(char* text) {
-    std::free(text);
-}
+void str_free(char* text) { std::free(text); }
 
 size_t text_cut_length(const char* text, size_t length) {
     const size_t farthest = length < UTF8_LENGTH_MAX - 1 ? length : UTF8_LENGTH_MAX - 1;
@@ -271,22 +219,16 @@ size_t text_format(char* buffer, size_t size, const char* format, ...) {
     va_start(arguments, format);
     const int written = std::vsnprintf(buffer, size, format, arguments);
     va_end(arguments);
-    if (size == 0 || written < 0) {
-        return 0;
-    }
+    if (size == 0 || written < 0) { return 0; }
     const auto length = static_cast<size_t>(written);
-    if (length < size) {
-        return length;
-    }
+    if (length < size) { return length; }
     const size_t kept = text_cut_length(buffer, size - 1);
     buffer[kept] = '\0';
     return kept;
 }
 
 bool str_copy(const char* source, char* destination, size_t size) {
-    if (destination == nullptr || size == 0) {
-        return false;
-    }
+    if (destination == nullptr || size == 0) { return false; }
     if (source == nullptr) {
         destination[0] = '\0';
         return true;
@@ -301,39 +243,28 @@ bool str_copy(const char* source, char* destination, size_t size) {
 
 char* str_lower(char* text) {
     if (text != nullptr) {
-        for (char* c = text; *c != '\0'; ++c) {
-            *c = lower(*c);
-        }
+        for (char* c = text; *c != '\0'; ++c) { *c = lower(*c); }
     }
     return text;
 }
 
 char* str_upper(char* text) {
     if (text != nullptr) {
-        for (char* c = text; *c != '\0'; ++c) {
-            *c = *c >= 'a' && *c <= 'z' ? static_cast<char>(*c - 'a' + 'A') : *c;
-        }
+        for (char* c = text; *c != '\0'; ++c) { *c = *c >= 'a' && *c <= 'z' ? static_cast<char>(*c - 'a' + 'A') : *c; }
     }
     return text;
 }
 
-bool str_equal(const char* a, const char* b) {
-    return a != nullptr && b != nullptr && std::strcmp(a, b) == 0;
-}
+bool str_equal(const char* a, const char* b) { return a != nullptr && b != nullptr && std::strcmp(a, b) == 0; }
 
 bool str_equal_ignoring_case(const char* a, const char* b) {
-    if (a == nullptr || b == nullptr) {
-        return false;
-    }
-    for (; *a != '\0' && lower(*a) == lower(*b); ++a, ++b) {
-    }
+    if (a == nullptr || b == nullptr) { return false; }
+    for (; *a != '\0' && lower(*a) == lower(*b); ++a, ++b) {}
     return lower(*a) == lower(*b);
 }
 
 int int_to_text(int32_t value, char* buffer) {
-    if (buffer == nullptr) {
-        return 1;
-    }
+    if (buffer == nullptr) { return 1; }
     char digits[10];
     int count = 0;
     auto rest = value < 0 ? 0U - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
@@ -341,12 +272,8 @@ int int_to_text(int32_t value, char* buffer) {
         digits[count++] = static_cast<char>('0' + rest % 10);
         rest /= 10;
     } while (rest != 0);
-    if (value < 0) {
-        *buffer++ = '-';
-    }
-    while (count > 0) {
-        *buffer++ = digits[--count];
-    }
+    if (value < 0) { *buffer++ = '-'; }
+    while (count > 0) { *buffer++ = digits[--count]; }
     *buffer = '\0';
     return 1;
 }

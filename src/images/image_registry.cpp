@@ -39,9 +39,7 @@ std::unordered_map<std::string_view, int32_t, KeyHash>& ids_by_path() {
 }
 
 void set_up_registry() {
-    if (!registry_ready) {
-        registry_ready = list_init(&registry, sizeof(ImageData), KEY_INT) != 0;
-    }
+    if (!registry_ready) { registry_ready = list_init(&registry, sizeof(ImageData), KEY_INT) != 0; }
 }
 
 unsigned char* share(ImageData* image, int32_t* width, int32_t* height) {
@@ -52,9 +50,7 @@ unsigned char* share(ImageData* image, int32_t* width, int32_t* height) {
 }
 
 int give_back(ImageData* image) {
-    if (image == nullptr) {
-        return 0;
-    }
+    if (image == nullptr) { return 0; }
     if (--image->ref_count <= 0) {
         ids_by_path().erase(image->path);
         str_free(image->path);
@@ -72,9 +68,7 @@ using File = std::unique_ptr<FILE, FileCloser>;
 
 int32_t little_endian_int(const unsigned char* bytes) {
     uint32_t value = 0;
-    for (int i = 3; i >= 0; --i) {
-        value = value << 8 | bytes[i];
-    }
+    for (int i = 3; i >= 0; --i) { value = value << 8 | bytes[i]; }
     return static_cast<int32_t>(value);
 }
 
@@ -90,9 +84,7 @@ bool has_ps2_files(const ImageData& image) {
         load_error_set_format("read failed PS2 image file: %s", picture.c_str());
         return false;
     }
-    if (little_endian_int(header + PS2_DEPTH_OFFSET) >= PS2_DIRECT_COLOUR_DEPTH) {
-        return true;
-    }
+    if (little_endian_int(header + PS2_DEPTH_OFFSET) >= PS2_DIRECT_COLOUR_DEPTH) { return true; }
     const char* name = reinterpret_cast<const char*>(header + PS2_PALETTE_NAME_OFFSET);
     const std::string bounded(name, PS2_HEADER_SIZE - PS2_PALETTE_NAME_OFFSET);
     const std::string palette = bounded.c_str();  // ends at the first zero byte
@@ -106,15 +98,11 @@ bool has_ps2_files(const ImageData& image) {
 }  // namespace
 
 unsigned char* image_load(const char* path, int32_t* width, int32_t* height) {
-    if (path == nullptr || width == nullptr || height == nullptr) {
-        return nullptr;
-    }
+    if (path == nullptr || width == nullptr || height == nullptr) { return nullptr; }
     *width = 0;
     *height = 0;
     set_up_registry();
-    if (ImageData* known = image_find(path)) {
-        return share(known, width, height);
-    }
+    if (ImageData* known = image_find(path)) { return share(known, width, height); }
     const char* error = nullptr;
     SharedPixels* shared = shared_pixels_read(path, &error);
     if (shared == nullptr) {
@@ -139,21 +127,15 @@ int image_release_id(int32_t id) { return give_back(image_find_id(id)); }
 
 unsigned char* image_keyed(const char* path, int red, int green, int blue) {
     ImageData* image = image_find(path);
-    if (image == nullptr) {
-        return nullptr;
-    }
-    if (image->keyed_pixels != nullptr) {
-        return image->keyed_pixels;
-    }
+    if (image == nullptr) { return nullptr; }
+    if (image->keyed_pixels != nullptr) { return image->keyed_pixels; }
     image->keyed_pixels = shared_pixels_keyed(image->shared, static_cast<unsigned char>(red),
                                               static_cast<unsigned char>(green), static_cast<unsigned char>(blue));
     return image->keyed_pixels;
 }
 
 ImageData* image_find(const char* path) {
-    if (path == nullptr) {
-        return nullptr;
-    }
+    if (path == nullptr) { return nullptr; }
     const auto found = ids_by_path().find(path);
     return found != ids_by_path().end() ? image_find_id(found->second) : nullptr;
 }
@@ -162,15 +144,11 @@ ImageData* image_find_id(int32_t id) { return static_cast<ImageData*>(list_find(
 
 const KeyedList* image_registry() { return &registry; }
 
-int image_check_ps2_file(const ImageData* image) {
-    return image != nullptr && has_ps2_files(*image) ? 1 : 0;
-}
+int image_check_ps2_file(const ImageData* image) { return image != nullptr && has_ps2_files(*image) ? 1 : 0; }
 
 int image_check_ps2_files() {
     for (const ImageData& image : list_elements<ImageData>(registry)) {
-        if (!image_check_ps2_file(&image)) {
-            return 0;
-        }
+        if (!image_check_ps2_file(&image)) { return 0; }
     }
     return 1;
 }

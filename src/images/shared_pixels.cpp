@@ -69,9 +69,7 @@ uint32_t colour_of(unsigned char red, unsigned char green, unsigned char blue) {
 unsigned char* make_keyed(const SharedPixels& shared, const unsigned char (&key)[PIXEL_SIZE]) {
     const size_t count = pixel_count(shared.width, shared.height);
     auto* keyed = static_cast<unsigned char*>(std::malloc(count * KEYED_PIXEL_SIZE + 1));
-    if (keyed == nullptr) {
-        return nullptr;
-    }
+    if (keyed == nullptr) { return nullptr; }
     const unsigned char* from = shared.pixels;
     unsigned char* to = keyed;
     for (size_t i = 0; i < count; ++i, from += PIXEL_SIZE, to += KEYED_PIXEL_SIZE) {
@@ -88,13 +86,9 @@ SharedPixels* shared_pixels_read(const char* path, const char** error) {
     FileIdentity identity{};
     const bool is_known = file != nullptr && file_stream_identity(file.get(), &identity);
     const auto is_same_state = [&](const SharedPixels& kept) { return same_state(kept.identity, identity); };
-    if (SharedPixels* kept = is_known ? share(identity, is_same_state) : nullptr) {
-        return kept;
-    }
+    if (SharedPixels* kept = is_known ? share(identity, is_same_state) : nullptr) { return kept; }
     const std::unique_ptr<TgaImage, ImageFreer> image(tga_read_stream(file.get(), path, error));
-    if (image == nullptr) {
-        return nullptr;
-    }
+    if (image == nullptr) { return nullptr; }
     const auto is_same_picture = [&](const SharedPixels& kept) { return same_picture(kept, *image); };
     if (SharedPixels* kept = is_known ? share(identity, is_same_picture) : nullptr) {
         kept->identity = identity;
@@ -105,9 +99,7 @@ SharedPixels* shared_pixels_read(const char* path, const char** error) {
 }
 
 void shared_pixels_release(SharedPixels* shared) {
-    if (shared == nullptr || --shared->users > 0) {
-        return;
-    }
+    if (shared == nullptr || --shared->users > 0) { return; }
     const auto [first, last] = pixels_by_file().equal_range(number_of(shared->identity));
     for (auto entry = first; entry != last; ++entry) {
         if (&entry->second == shared) {

@@ -49,22 +49,16 @@ int32_t signed_word(const unsigned char* bytes) {
 void skip_id_field(FILE* file, int length) {
     for (int taken = 0; taken < length - 1; ++taken) {
         const int byte = std::fgetc(file);
-        if (byte == EOF || byte == '\n') {
-            return;
-        }
+        if (byte == EOF || byte == '\n') { return; }
     }
 }
 
 // Bytes from here to the end of the file; the position stays.
 int64_t bytes_left(FILE* file) {
     const long here = std::ftell(file);
-    if (here < 0 || std::fseek(file, 0, SEEK_END) != 0) {
-        return 0;
-    }
+    if (here < 0 || std::fseek(file, 0, SEEK_END) != 0) { return 0; }
     const long end = std::ftell(file);
-    if (std::fseek(file, here, SEEK_SET) != 0) {
-        return 0;
-    }
+    if (std::fseek(file, here, SEEK_SET) != 0) { return 0; }
     return std::max(0L, end - here);
 }
 
@@ -88,15 +82,11 @@ void convert(const unsigned char* raw, int32_t width, int32_t height, int64_t ra
 // Pixels in result form, or null when the file does not hold them. Up to a quarter of a file with four bytes a pixel
 // may be missing; what is missing is black.
 Block read_pixels(FILE* file, int32_t width, int32_t height, int64_t raw_pixel) {
-    if (width < 0 || height < 0) {
-        return nullptr;
-    }
+    if (width < 0 || height < 0) { return nullptr; }
     const int64_t pixels = int64_t{width} * height;
     const int64_t wanted = pixels * raw_pixel;
     const int64_t held = std::min(wanted, bytes_left(file));
-    if (held < pixels * BYTES_PER_PIXEL) {
-        return nullptr;
-    }
+    if (held < pixels * BYTES_PER_PIXEL) { return nullptr; }
     Block raw = new_block(wanted);
     Block out = new_block(pixels * BYTES_PER_PIXEL);
     if (!raw || !out || std::fread(raw.get(), 1, static_cast<size_t>(held), file) != static_cast<size_t>(held)) {
@@ -130,28 +120,18 @@ TgaImage* tga_read_stream(std::FILE* file, const char* path, const char** error)
         return nullptr;
     };
 
-    if (file == nullptr) {
-        return fail(CANNOT_OPEN);
-    }
+    if (file == nullptr) { return fail(CANNOT_OPEN); }
     unsigned char header[HEADER_SIZE];
-    if (std::fread(header, HEADER_SIZE, 1, file) != 1) {
-        return fail(READ_FAILED);
-    }
-    if (header[TYPE_OFFSET] != TYPE_TRUE_COLOUR) {
-        return fail(WRONG_TYPE);
-    }
+    if (std::fread(header, HEADER_SIZE, 1, file) != 1) { return fail(READ_FAILED); }
+    if (header[TYPE_OFFSET] != TYPE_TRUE_COLOUR) { return fail(WRONG_TYPE); }
     skip_id_field(file, header[ID_LENGTH_OFFSET]);
     const int depth = header[DEPTH_OFFSET];
-    if (depth != 24 && depth != 32) {
-        return fail(WRONG_DEPTH);
-    }
+    if (depth != 24 && depth != 32) { return fail(WRONG_DEPTH); }
     const int32_t width = signed_word(header + WIDTH_OFFSET);
     const int32_t height = signed_word(header + HEIGHT_OFFSET);
     Block pixels = read_pixels(file, width, height, depth / 8);
     auto* image = pixels ? static_cast<TgaImage*>(std::malloc(sizeof(TgaImage))) : nullptr;
-    if (image == nullptr) {
-        return fail(READ_FAILED);
-    }
+    if (image == nullptr) { return fail(READ_FAILED); }
     *image = TgaImage{width, height, pixels.release()};
     return image;
 }

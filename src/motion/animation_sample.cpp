@@ -29,7 +29,7 @@ AnimationKey* frame_key(const AnimationFrame* frame, int32_t track) {
 
 // Place of a slot among the tracks that the clip moves, else -1. Only the first frame tells whether a file moves one.
 int32_t moved_track(const AnimationClip* clip, int32_t slot) {
-    if (slot < 0 || slot >= clip->slot_count || clip->frame_count < 1) return -1;
+    if (slot < 0 || slot >= clip->slot_count || clip->frame_count < 1) { return -1; }
     const int32_t track = animation_track(clip, slot);
     return track >= 0 && frame_key(&clip->frames[0], track) != nullptr ? track : -1;
 }
@@ -54,15 +54,15 @@ int32_t frames_before(float time, const AnimationClip* clip) {
 
 KeyPair find_keys(float time, const AnimationClip* clip, int32_t track) {
     const int32_t before = frames_before(time, clip);
-    if (before == clip->frame_count) return {nullptr, frame_key(&clip->frames[before - 1], track), 0.0f};
+    if (before == clip->frame_count) { return {nullptr, frame_key(&clip->frames[before - 1], track), 0.0f}; }
     const AnimationFrame* frame = &clip->frames[before];
     const AnimationFrame* previous = &clip->frames[before == 0 ? 0 : before - 1];
     AnimationKey* key = frame_key(frame, track);
-    if (frame->time == time) return {nullptr, key, 0.0f};
+    if (frame->time == time) { return {nullptr, key, 0.0f}; }
     const float interval = frame->time - previous->time;
-    if (std::fabs(interval) < SHORTEST_INTERVAL) return {nullptr, key, 0.0f};
+    if (std::fabs(interval) < SHORTEST_INTERVAL) { return {nullptr, key, 0.0f}; }
     AnimationKey* first = frame_key(previous, track);
-    if (first == nullptr) return {nullptr, nullptr, 0.0f};
+    if (first == nullptr) { return {nullptr, nullptr, 0.0f}; }
     return {first, key, (time - previous->time) / interval};
 }
 
@@ -98,9 +98,9 @@ void write_rotation(const KeyPair& keys, Mat4* out) {
 // of the file broke off.
 int sample_frames(float time, const AnimationClip* clip, int32_t slot, Mat4* out) {
     const int32_t track = moved_track(clip, slot);
-    if (track < 0) return 0;
+    if (track < 0) { return 0; }
     const KeyPair keys = find_keys(time, clip, track);
-    if (keys.second == nullptr) return 0;
+    if (keys.second == nullptr) { return 0; }
     if (slot == TRANSLATE_SLOT) {
         write_translation(keys, out);
     } else {
@@ -112,10 +112,10 @@ int sample_frames(float time, const AnimationClip* clip, int32_t slot, Mat4* out
 }  // namespace
 
 int animation_sample(float time, AnimationClip* clip, int32_t slot, Mat4* out) {
-    if (clip == nullptr || out == nullptr) return 0;
+    if (clip == nullptr || out == nullptr) { return 0; }
     // A held time is what the sub-clips see too, and it can lie before the clip's own start: then nothing ever moves.
     const float t = clip->hold_time == HOLD_NONE ? time : clip->hold_time;
-    if (t < clip->start_time || t > clip->end_time) return 0;
+    if (t < clip->start_time || t > clip->end_time) { return 0; }
     int moved = sample_frames(t, clip, slot, out);
     for (int32_t i = 0; i < clip->subclip_count; ++i) {
         if (moved == 0) {
@@ -123,23 +123,23 @@ int animation_sample(float time, AnimationClip* clip, int32_t slot, Mat4* out) {
             continue;
         }
         Mat4 added;
-        if (animation_sample(t, &clip->subclips[i], slot, &added) != 0) mat_multiply(out, &added, out);
+        if (animation_sample(t, &clip->subclips[i], slot, &added) != 0) { mat_multiply(out, &added, out); }
     }
     return moved;
 }
 
 int32_t clip_key_count(const ModelAnimation* animation, const AnimationClip* clip) {
-    if (animation == nullptr || clip == nullptr) return 0;
+    if (animation == nullptr || clip == nullptr) { return 0; }
     int32_t count = 0;
-    for (int32_t slot = 0; slot < clip->slot_count; ++slot) count += clip_moves(clip, slot) ? 1 : 0;
+    for (int32_t slot = 0; slot < clip->slot_count; ++slot) { count += clip_moves(clip, slot) ? 1 : 0; }
     return count;
 }
 
 int32_t clip_key_slot(const ModelAnimation* animation, const AnimationClip* clip, int32_t index) {
-    if (animation == nullptr || clip == nullptr || index < 0) return 0;
+    if (animation == nullptr || clip == nullptr || index < 0) { return 0; }
     int32_t left = index;
     for (int32_t slot = 0; slot < clip->slot_count; ++slot) {
-        if (clip_moves(clip, slot) && left-- == 0) return slot;
+        if (clip_moves(clip, slot) && left-- == 0) { return slot; }
     }
     return 0;
 }

@@ -1,7 +1,6 @@
 // The models that stand directly in the scene. What surprises: every removal takes its entries out of the session
 // before it releases anything, since a report around it runs script code that may close or load in its turn; and a
 // root that goes first empties what points at it from the roots that stay.
-
 #include "motion/root_models.h"
 
 #include <unordered_set>
@@ -19,21 +18,15 @@ using ModelSet = std::unordered_set<const Model*>;
 
 // The model and all that it owns below it.
 void collect_owned(const Model* model, ModelSet* owned) {
-    if (model == nullptr) {
-        return;
-    }
+    if (model == nullptr) { return; }
     owned->insert(model);
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (!link.borrowed) {
-            collect_owned(link.model, owned);
-        }
+        if (!link.borrowed) { collect_owned(link.model, owned); }
     }
 }
 
 void empty_links_to(Session* session, Model* model, const ModelSet& going) {
-    if (model == nullptr) {
-        return;
-    }
+    if (model == nullptr) { return; }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (!link.borrowed) {
             empty_links_to(session, link.model, going);
@@ -46,9 +39,7 @@ void empty_links_to(Session* session, Model* model, const ModelSet& going) {
 
 // What hung on a joint or a model that goes stands in the scene by itself.
 void empty_animation_parent(ModelAnimation* animation, const ModelSet& going, const ModelAnimation* going_animation) {
-    if (animation == nullptr) {
-        return;
-    }
+    if (animation == nullptr) { return; }
     const bool model_goes = going.count(animation->parent_model) != 0;
     const bool animation_goes = going_animation != nullptr && animation->parent_animation == going_animation;
     if (model_goes || animation_goes) {
@@ -82,13 +73,9 @@ int32_t session_add_root(Session* session, Model* model, ModelAnimation* animati
 }
 
 int session_remove_root(Session* session, int32_t key) {
-    if (session == nullptr) {
-        return 0;
-    }
+    if (session == nullptr) { return 0; }
     const RootModel* found = static_cast<RootModel*>(list_find(&session->root_models, key));
-    if (found == nullptr) {
-        return 0;
-    }
+    if (found == nullptr) { return 0; }
     const RootModel root = *found;
     list_remove(&session->root_models, key);
     empty_references(session, root);
@@ -99,15 +86,11 @@ int session_remove_root(Session* session, int32_t key) {
 }
 
 void session_release_roots(Session* session) {
-    if (session == nullptr) {
-        return;
-    }
+    if (session == nullptr) { return; }
     KeyedList going = session->root_models;
     list_init(&session->root_models, sizeof(RootModel), KEY_INT);
     // All are forgotten before any is released: roots may lend models to each other.
-    for (const RootModel& root : list_elements<RootModel>(going)) {
-        session_forget_model(session, root.model);
-    }
+    for (const RootModel& root : list_elements<RootModel>(going)) { session_forget_model(session, root.model); }
     for (const RootModel& root : list_elements<RootModel>(going)) {
         model_release(root.model);
         animation_release(root.animation);

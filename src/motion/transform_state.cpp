@@ -29,9 +29,9 @@ inline constexpr int32_t FIRST_JOINT_SLOT = 2;
 template <typename State>
 State* new_state(KeyedList* list, int32_t* next_id, int32_t* owner_slot) {
     int32_t id = take_id(next_id);
-    while (list_find(list, id) != nullptr) id = take_id(next_id);
+    while (list_find(list, id) != nullptr) { id = take_id(next_id); }
     State* state = static_cast<State*>(list_add(list, id));
-    if (state == nullptr) return nullptr;
+    if (state == nullptr) { return nullptr; }
     *owner_slot = list_index_of(list, id, 0);
     state->id = id;
     return state;
@@ -47,7 +47,7 @@ Vec3 difference(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.
 // Everything of a joint's record that does not depend on its parent.
 JointState* new_joint_state(Session* session, const Model* model, Joint* joint) {
     JointState* state = new_state<JointState>(&session->joint_states, &next_joint_state_id, &joint->state_index);
-    if (state == nullptr) return nullptr;
+    if (state == nullptr) { return nullptr; }
     state->time = TIME_NEVER;
     state->parent = nullptr;
     // A joint whose name is too long for a key has no rank and lands on the model's own rotate track; intended.
@@ -89,7 +89,7 @@ Joint* circle_closer(const Session* session, const Model* model, Joint* member) 
 
 void link_joint_state(Session* session, Joint* joint, Joint* parent) {
     JointState* state = existing_state<JointState>(&session->joint_states, joint->state_index);
-    if (state == nullptr) return;
+    if (state == nullptr) { return; }
     state->parent = parent;
     state->offset = parent == nullptr ? joint->position : difference(joint->position, parent->position);
 }
@@ -102,10 +102,10 @@ void make_joint_states(Session* session, const Model* model, Joint* joint) {
         made.push_back(joint);
         Joint* parent = joint_parent(model, joint);
         link_joint_state(session, joint, parent);
-        if (parent == nullptr) return;
+        if (parent == nullptr) { return; }
         if (parent->state_index != -1) {
             const bool circle = std::find(made.begin(), made.end(), parent) != made.end();
-            if (circle) link_joint_state(session, circle_closer(session, model, parent), nullptr);
+            if (circle) { link_joint_state(session, circle_closer(session, model, parent), nullptr); }
             return;
         }
         joint = parent;
@@ -204,9 +204,9 @@ int32_t evaluate_link(ChildWalk* walk, ChildLink* link, int32_t number, int dept
         state->gl_matrix = *mat_to_gl(&state->matrix);
     }
     int32_t next = number < std::numeric_limits<int32_t>::max() ? number + 1 : number;
-    if (link->model == nullptr || depth >= MODEL_TREE_DEPTH_LIMIT) return next;
+    if (link->model == nullptr || depth >= MODEL_TREE_DEPTH_LIMIT) { return next; }
     for (ChildLink& below : list_elements<ChildLink>(link->model->children)) {
-        if (walk->budget < 1) break;
+        if (walk->budget < 1) { break; }
         next = evaluate_link(walk, &below, next, depth + 1);
     }
     return next;
@@ -225,7 +225,7 @@ bool holds(const AnimatedModels& models, const ModelAnimation* animation) {
 }
 
 bool moves(Session* session, float time, Model* model, const ModelAnimation* animation) {
-    if (model == nullptr || animation == nullptr || animation->enabled == 0) return false;
+    if (model == nullptr || animation == nullptr || animation->enabled == 0) { return false; }
     const ModelState* state = model_state(session, model);
     // The time in a ModelState never changes, so that only the time of "never" stops here; intended.
     return state != nullptr && state->time != time;
@@ -255,12 +255,12 @@ void evaluate_model(Session* session, float time, const AnimatedModel& entry, bo
     Model* parent = hangs_on_world ? nullptr : entry.animation->parent_model;
     if (parent != nullptr) {
         const JointState* joint = joint_state(session, parent, entry.animation->parent_joint);
-        if (joint != nullptr) mat_multiply(&result, &joint->world, &result);
+        if (joint != nullptr) { mat_multiply(&result, &joint->world, &result); }
         const ModelState* placement = model_state(session, parent);
-        if (placement != nullptr) mat_multiply(&result, &placement->matrix, &result);
+        if (placement != nullptr) { mat_multiply(&result, &placement->matrix, &result); }
     }
     ModelState* state = model_state(session, entry.model);
-    if (state == nullptr) return;
+    if (state == nullptr) { return; }
     state->matrix = result;
     state->gl_matrix = *mat_to_gl(&result);
 }
@@ -271,7 +271,7 @@ void evaluate_chain(Session* session, float time, AnimatedModel entry, AnimatedM
     bool circle = false;
     while (moves(session, time, entry.model, entry.animation) && !holds(*done, entry.animation)) {
         circle = holds(chain, entry.animation);
-        if (circle) break;
+        if (circle) { break; }
         chain.push_back(entry);
         entry = {entry.animation->parent_model, entry.animation->parent_animation};
     }
@@ -285,15 +285,15 @@ void evaluate_chain(Session* session, float time, AnimatedModel entry, AnimatedM
 }  // namespace
 
 ModelState* model_state(Session* session, Model* model) {
-    if (session == nullptr || model == nullptr) return nullptr;
-    if (model->state_index != -1) return existing_state<ModelState>(&session->model_states, model->state_index);
+    if (session == nullptr || model == nullptr) { return nullptr; }
+    if (model->state_index != -1) { return existing_state<ModelState>(&session->model_states, model->state_index); }
     ModelState* state = new_state<ModelState>(&session->model_states, &next_model_state_id, &model->state_index);
-    if (state == nullptr) return nullptr;
+    if (state == nullptr) { return nullptr; }
     state->time = TIME_NEVER;
     state->translate = {0.0f, 0.0f, 0.0f};
     state->scale = {1.0f, 1.0f, 1.0f};
     std::memset(state->rotate, 0, sizeof(state->rotate));
-    for (char* text : {state->rotate[0], state->rotate[1], state->rotate[2]}) text[0] = '0';
+    for (char* text : {state->rotate[0], state->rotate[1], state->rotate[2]}) { text[0] = '0'; }
     mat_identity(&state->matrix);
     mat_identity(&state->rotation);
     state->gl_matrix = *mat_to_gl(&state->matrix);
@@ -303,16 +303,16 @@ ModelState* model_state(Session* session, Model* model) {
 }
 
 JointState* joint_state(Session* session, Model* model, Joint* joint) {
-    if (session == nullptr || model == nullptr || joint == nullptr) return nullptr;
-    if (joint->state_index == -1) make_joint_states(session, model, joint);
+    if (session == nullptr || model == nullptr || joint == nullptr) { return nullptr; }
+    if (joint->state_index == -1) { make_joint_states(session, model, joint); }
     return existing_state<JointState>(&session->joint_states, joint->state_index);
 }
 
 ChildState* child_state(Session* session, ChildLink* link) {
-    if (session == nullptr || link == nullptr) return nullptr;
-    if (link->state_index != -1) return existing_state<ChildState>(&session->child_states, link->state_index);
+    if (session == nullptr || link == nullptr) { return nullptr; }
+    if (link->state_index != -1) { return existing_state<ChildState>(&session->child_states, link->state_index); }
     ChildState* state = new_state<ChildState>(&session->child_states, &next_child_state_id, &link->state_index);
-    if (state == nullptr) return nullptr;
+    if (state == nullptr) { return nullptr; }
     state->time = TIME_NEVER;
     mat_identity(&state->matrix);
     mat_translate(&state->matrix, link->position.x, link->position.y, link->position.z);
@@ -326,10 +326,10 @@ ChildState* child_state(Session* session, ChildLink* link) {
 }
 
 PointState* point_state(Session* session, Point* point) {
-    if (session == nullptr || point == nullptr) return nullptr;
-    if (point->state_index != -1) return existing_state<PointState>(&session->point_states, point->state_index);
+    if (session == nullptr || point == nullptr) { return nullptr; }
+    if (point->state_index != -1) { return existing_state<PointState>(&session->point_states, point->state_index); }
     PointState* state = new_state<PointState>(&session->point_states, &next_point_state_id, &point->state_index);
-    if (state == nullptr) return nullptr;
+    if (state == nullptr) { return nullptr; }
     state->position = point->position;
     state->normal = point->normal;
     return state;
@@ -337,7 +337,7 @@ PointState* point_state(Session* session, Point* point) {
 
 // A model on which several others hang is evaluated once.
 void scene_evaluate(Session* session) {
-    if (session == nullptr) return;
+    if (session == nullptr) { return; }
     AnimatedModels done;
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
         evaluate_chain(session, session->anim_time, {root.model, root.animation}, &done);
@@ -350,20 +350,22 @@ void model_evaluate(Session* session, float time, Model* model, ModelAnimation* 
 }
 
 void joints_evaluate(Session* session, float time, Model* model, ModelAnimation* animation) {
-    if (session == nullptr || model == nullptr) return;
-    for (Joint& joint : list_elements<Joint>(model->joints)) joint_evaluate(session, time, model, animation, &joint);
+    if (session == nullptr || model == nullptr) { return; }
+    for (Joint& joint : list_elements<Joint>(model->joints)) {
+        joint_evaluate(session, time, model, animation, &joint);
+    }
 }
 
 void joint_evaluate(Session* session, float time, Model* model, ModelAnimation* animation, Joint* joint) {
     JointState* state = joint_state(session, model, joint);
-    if (state == nullptr || same_time(state->time, time)) return;
+    if (state == nullptr || same_time(state->time, time)) { return; }
     std::vector<Joint*> stale;  // ancestors to be evaluated, nearest first
     const JointState* parent = nullptr;
     // The bound is for circles that come about when the record of one joint alone is forgotten and made again.
     const size_t longest = static_cast<size_t>(list_count(&model->joints));
     for (Joint* above = state->parent; above != nullptr && stale.size() < longest;) {
         const JointState* known = joint_state(session, model, above);
-        if (known == nullptr) break;
+        if (known == nullptr) { break; }
         if (same_time(known->time, time)) {
             parent = known;
             break;
@@ -380,18 +382,18 @@ void joint_evaluate(Session* session, float time, Model* model, ModelAnimation* 
 }
 
 void points_evaluate(Session* session, float, Model* model) {
-    if (session == nullptr || model == nullptr) return;
+    if (session == nullptr || model == nullptr) { return; }
     JointLookup lookup_a{session, model};
     JointLookup lookup_b{session, model};
     for (Point& point : list_elements<Point>(model->points)) {
         PointState* state = point_state(session, &point);
-        if (state == nullptr) continue;
+        if (state == nullptr) { continue; }
         if (point.joint_a == nullptr) {
             state->position = point.position;
             continue;
         }
         const JointState* joint_a = lookup_a(point.joint_a);
-        if (joint_a == nullptr) continue;
+        if (joint_a == nullptr) { continue; }
         if (point.weight >= 1.0f) {
             pose_by_one(point, joint_a, state);
         } else if (point.weight > 0.0f) {
@@ -403,7 +405,7 @@ void points_evaluate(Session* session, float, Model* model) {
 }
 
 int32_t child_evaluate(Session* session, float time, ChildLink* link, ModelAnimation* animation, int32_t number) {
-    if (session == nullptr || link == nullptr) return number;
+    if (session == nullptr || link == nullptr) { return number; }
     ChildWalk walk{session, time, animation, MODEL_TREE_NODE_LIMIT};
     return evaluate_link(&walk, link, number, 1);
 }
@@ -411,7 +413,7 @@ int32_t child_evaluate(Session* session, float time, ChildLink* link, ModelAnima
 // Scale, turn and translation act on a point in the reverse order: the translation comes first; intended, and unlike
 // the placement of a child link.
 void model_state_rebuild(ModelState* state) {
-    if (state == nullptr) return;
+    if (state == nullptr) { return; }
     mat_identity(&state->matrix);
     mat_scale(&state->matrix, state->scale.x, state->scale.y, state->scale.z);
     mat_multiply(&state->rotation, &state->matrix, &state->matrix);

@@ -2,18 +2,17 @@
 // cut to integers, so a corner at a fraction gets a new point each time it is met; and a corner on the mirror plane is
 // its own mirror image, whose normal is turned over again by each primitive that meets there. Both are intended. What
 // reads as a search through all points is answered by an index, kept up to date as points and normals are made.
-
 #include "reduce/bake_mirror.h"
 
 #include <string>
 #include <vector>
 
+#include "formats/layer_image.h"
+#include "foundation/text.h"
 #include "reduce/carry_settings.h"
 #include "reduce/exact_index.h"
 #include "reduce/flatten_limits.h"
 #include "reduce/scratch_copy.h"
-#include "formats/layer_image.h"
-#include "foundation/text.h"
 #include "scene/model.h"
 
 namespace pelt {
@@ -21,7 +20,7 @@ namespace pelt {
 namespace {
 
 constexpr int STRIP_MIN = 3;
-constexpr int NEW_IDS_PER_CORNER = 2;  // at most: one for the place, one for the normal
+constexpr int NEW_IDS_PER_CORNER = 2;          // at most: one for the place, one for the normal
 constexpr int CORNER_ORDER[4] = {0, 2, 1, 3};  // turns a triangle or a quad over
 
 struct MirrorBake {
@@ -30,8 +29,8 @@ struct MirrorBake {
     ExactIndex normals;  // likewise, once it was asked for
     bool normals_known;
     int64_t next_id;
-    int axis;            // of the layer in hand
-    bool out_of_ids;     // an id would have passed the limit: the rest is not done
+    int axis;         // of the layer in hand
+    bool out_of_ids;  // an id would have passed the limit: the rest is not done
 };
 
 struct MirroredCorner {
@@ -39,9 +38,7 @@ struct MirroredCorner {
     int32_t normal;
 };
 
-std::string mirror_layer_name(const Layer& layer) {
-    return std::string(layer.name) + "_mirror";
-}
+std::string mirror_layer_name(const Layer& layer) { return std::string(layer.name) + "_mirror"; }
 
 Vec3 mirrored(Vec3 v, int axis) {
     switch (axis) {
@@ -53,13 +50,9 @@ Vec3 mirrored(Vec3 v, int axis) {
     return v;
 }
 
-Point* own_point(const Model* model, int32_t id) {
-    return static_cast<Point*>(list_find(&model->points, id));
-}
+Point* own_point(const Model* model, int32_t id) { return static_cast<Point*>(list_find(&model->points, id)); }
 
-int32_t slot_of(const MirrorBake& bake, int32_t id) {
-    return list_index_of(&bake.model->points, id, 0);
-}
+int32_t slot_of(const MirrorBake& bake, int32_t id) { return list_index_of(&bake.model->points, id, 0); }
 
 // The id of the first point that the index knows for the vector; -1 when there is none.
 int32_t id_of(const MirrorBake& bake, const ExactIndex& index, const Vec3& vector) {
@@ -102,9 +95,7 @@ int32_t take_id(MirrorBake* bake) {
 void index_new_point(MirrorBake* bake, int32_t id) {
     const Point* point = own_point(bake->model, id);
     exact_index_add(&bake->places, point->position, slot_of(*bake, id));
-    if (bake->normals_known) {
-        exact_index_add(&bake->normals, point->normal, slot_of(*bake, id));
-    }
+    if (bake->normals_known) { exact_index_add(&bake->normals, point->normal, slot_of(*bake, id)); }
 }
 
 int32_t add_point(MirrorBake* bake, const Vec3& place) {
@@ -118,9 +109,7 @@ int32_t add_point(MirrorBake* bake, const Vec3& place) {
 // A point for a normal alone: it lies at the origin.
 int32_t add_normal(MirrorBake* bake, const Vec3& normal) {
     const int32_t id = take_id(bake);
-    if (model_set_normal(bake->model, id, normal.x, normal.y, normal.z)) {
-        index_new_point(bake, id);
-    }
+    if (model_set_normal(bake->model, id, normal.x, normal.y, normal.z)) { index_new_point(bake, id); }
     return id;
 }
 
@@ -139,12 +128,8 @@ MirroredCorner mirror_corner(MirrorBake* bake, int32_t point_id, int32_t normal_
     const Point* point = own_point(bake->model, point_id);
     const Vec3 place = mirrored(point->position, bake->axis);
     int32_t out = id_of(*bake, bake->places, place);
-    if (out < 0) {
-        out = add_point(bake, place);
-    }
-    if (bake->out_of_ids) {
-        return {0, 0};
-    }
+    if (out < 0) { out = add_point(bake, place); }
+    if (bake->out_of_ids) { return {0, 0}; }
     if (normal_id == point_id) {
         store_normal(bake, out, mirrored(point->normal, bake->axis));
         return {out, out};
@@ -157,9 +142,7 @@ MirroredCorner mirror_corner(MirrorBake* bake, int32_t point_id, int32_t normal_
 void mirror_triangle(MirrorBake* bake, const Triangle& triangle, const char* target) {
     const int corners = triangle_corners(&triangle);
     for (int i = 0; i < corners; ++i) {
-        if (!own_point(bake->model, triangle.points[i]) || !own_point(bake->model, triangle.normals[i])) {
-            return;
-        }
+        if (!own_point(bake->model, triangle.points[i]) || !own_point(bake->model, triangle.normals[i])) { return; }
     }
     int32_t points[4];
     int32_t normals[4];
@@ -169,9 +152,7 @@ void mirror_triangle(MirrorBake* bake, const Triangle& triangle, const char* tar
         points[i] = corner.point;
         normals[i] = corner.normal;
     }
-    if (bake->out_of_ids) {
-        return;
-    }
+    if (bake->out_of_ids) { return; }
     if (corners == 3) {
         // Read for the last of the default controls alone: it closes their ring.
         points[3] = points[0];
@@ -182,12 +163,8 @@ void mirror_triangle(MirrorBake* bake, const Triangle& triangle, const char* tar
 std::vector<PolygonVertex> resolved_strip(const Model* model, const Polygon& polygon) {
     std::vector<PolygonVertex> strip;
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(strip.size()) >= polygon.vertex_count) {
-            break;
-        }
-        if (!own_point(model, vertex.point) || !own_point(model, vertex.normal)) {
-            return {};
-        }
+        if (static_cast<int>(strip.size()) >= polygon.vertex_count) { break; }
+        if (!own_point(model, vertex.point) || !own_point(model, vertex.normal)) { return {}; }
         strip.push_back(vertex);
     }
     return strip;
@@ -196,9 +173,7 @@ std::vector<PolygonVertex> resolved_strip(const Model* model, const Polygon& pol
 // A strip turns over when its first vertex is taken away: that one goes into a triangle of its own.
 void mirror_polygon(MirrorBake* bake, const Polygon& polygon, const char* target) {
     const std::vector<PolygonVertex> strip = resolved_strip(bake->model, polygon);
-    if (strip.size() < STRIP_MIN) {
-        return;
-    }
+    if (strip.size() < STRIP_MIN) { return; }
     std::vector<int32_t> points;
     std::vector<int32_t> normals;
     for (const PolygonVertex& vertex : strip) {
@@ -206,9 +181,7 @@ void mirror_polygon(MirrorBake* bake, const Polygon& polygon, const char* target
         points.push_back(corner.point);
         normals.push_back(corner.normal);
     }
-    if (bake->out_of_ids) {
-        return;
-    }
+    if (bake->out_of_ids) { return; }
     const int32_t first_points[3] = {points[0], points[2], points[1]};
     const int32_t first_normals[3] = {normals[0], normals[2], normals[1]};
     model_add_triangle(bake->model, target, 0, first_points, first_normals, nullptr, 0);
@@ -217,9 +190,7 @@ void mirror_polygon(MirrorBake* bake, const Polygon& polygon, const char* target
 
 // The same axis from the other end, where it is that of the mirror.
 int turned_image_axis(int code, int mirror_axis) {
-    if (mirror_axis < AXIS_X || mirror_axis > AXIS_Z) {
-        return code;
-    }
+    if (mirror_axis < AXIS_X || mirror_axis > AXIS_Z) { return code; }
     const int opposite = mirror_axis + (AXIS_MINUS_X - AXIS_X);
     return code == mirror_axis ? opposite : code == opposite ? mirror_axis : code;
 }
@@ -243,15 +214,11 @@ void mirror_primitives(MirrorBake* bake, const Layer& layer, const char* target)
     bake->axis = layer.mirror_axis;
     for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         mirror_triangle(bake, triangle, target);
-        if (bake->out_of_ids) {
-            return;
-        }
+        if (bake->out_of_ids) { return; }
     }
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
         mirror_polygon(bake, polygon, target);
-        if (bake->out_of_ids) {
-            return;
-        }
+        if (bake->out_of_ids) { return; }
     }
 }
 
@@ -259,17 +226,13 @@ void mirror_primitives(MirrorBake* bake, const Layer& layer, const char* target)
 bool bake_layers(Model* model) {
     MirrorBake bake = begin_bake(model);
     for (Layer& layer : list_elements<Layer>(model->layers)) {
-        if (!layer.mirror) {
-            continue;
-        }
+        if (!layer.mirror) { continue; }
         const std::string target = mirror_layer_name(layer);
         // A layer of that name may exist; it is then added to.
         model_add_layer(model, target.c_str(), layer.colour[0], layer.colour[1], layer.colour[2], layer.singlesided, 0,
                         AXIS_X);
         mirror_primitives(&bake, layer, target.c_str());
-        if (bake.out_of_ids) {
-            return false;
-        }
+        if (bake.out_of_ids) { return false; }
         move_image(model, &layer, target.c_str());
         layer.mirror = 0;
     }
@@ -278,18 +241,14 @@ bool bake_layers(Model* model) {
 
 bool names_fit(const Model* model) {
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        if (layer.mirror && !layer_name_fits(mirror_layer_name(layer).c_str())) {
-            return false;
-        }
+        if (layer.mirror && !layer_name_fits(mirror_layer_name(layer).c_str())) { return false; }
     }
     return true;
 }
 
 int32_t count_mirrors(const Model* model) {
     int32_t count = 0;
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        count += layer.mirror ? 1 : 0;
-    }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { count += layer.mirror ? 1 : 0; }
     return count;
 }
 
@@ -298,9 +257,7 @@ int32_t count_mirrors(const Model* model) {
 int64_t most_corners(const Model* model, int32_t mirrors) {
     int64_t corners = 0;
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        if (!layer.mirror) {
-            continue;
-        }
+        if (!layer.mirror) { continue; }
         corners += int64_t{list_count(&layer.triangles)} * 4;
         for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
             corners += polygon.vertex_count + int64_t{mirrors} * 4;
@@ -323,16 +280,10 @@ bool ids_fit(const Model* model, int32_t mirrors) {
 }  // namespace
 
 int model_bake_mirror(Model* model) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     const int32_t mirrors = count_mirrors(model);
-    if (mirrors == 0) {
-        return 1;
-    }
-    if (!names_fit(model) || !ids_fit(model, mirrors)) {
-        return 0;
-    }
+    if (mirrors == 0) { return 1; }
+    if (!names_fit(model) || !ids_fit(model, mirrors)) { return 0; }
     return bake_layers(model) ? 1 : 0;
 }
 

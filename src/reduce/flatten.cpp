@@ -1,19 +1,18 @@
 // Merges child models into their parent. What surprises: a merge is tried on copies first, so that one that has to be
 // refused leaves nothing behind; and what a child refers to is looked up in the child alone, because the same number
 // may well be a point of the parent.
-
 #include "reduce/flatten.h"
 
 #include <limits>
 #include <string>
 
+#include "formats/layer_image.h"
+#include "foundation/load_error.h"
+#include "foundation/text.h"
 #include "reduce/bake_mirror.h"
 #include "reduce/carry_settings.h"
 #include "reduce/flatten_limits.h"
 #include "reduce/scratch_copy.h"
-#include "formats/layer_image.h"
-#include "foundation/load_error.h"
-#include "foundation/text.h"
 #include "scene/model.h"
 #include "scene/model_tree.h"
 
@@ -52,9 +51,7 @@ std::string merged_layer_name(const Merge& merge, const Layer& layer) {
     return std::to_string(merge.counter) + "_" + layer.name;
 }
 
-bool has_surface(const Layer& layer) {
-    return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0;
-}
+bool has_surface(const Layer& layer) { return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0; }
 
 // The id in the parent of what the child calls id.
 int32_t merged_id(const Merge& merge, int32_t id) {
@@ -67,9 +64,7 @@ bool merge_fits(const Merge& merge) {
         return false;
     }
     for (const Layer& layer : list_elements<Layer>(merge.child->layers)) {
-        if (has_surface(layer) && !layer_name_fits(merged_layer_name(merge, layer).c_str())) {
-            return false;
-        }
+        if (has_surface(layer) && !layer_name_fits(merged_layer_name(merge, layer).c_str())) { return false; }
     }
     return true;
 }
@@ -83,9 +78,7 @@ void merge_point(const Merge& merge, int32_t id, const Point& point) {
     mat_transform_point(&at.turn, &scaled, &turned);
     model_set_point(merge.parent, id, float_to_int(turned.x + at.position.x), float_to_int(turned.y + at.position.y),
                     float_to_int(turned.z + at.position.z), point.weight);
-    if (merge.parent->has_normals) {
-        model_set_normal(merge.parent, id, normal.x, normal.y, normal.z);
-    }
+    if (merge.parent->has_normals) { model_set_normal(merge.parent, id, normal.x, normal.y, normal.z); }
     if (merge.parent->has_gouraud) {
         model_set_gouraud(merge.parent, id, point.gouraud[0], point.gouraud[1], point.gouraud[2], point.gouraud[3]);
     }
@@ -107,9 +100,7 @@ void merge_triangle(const Merge& merge, const Triangle& triangle, const char* ta
         normals[i] = merged_id(merge, triangle.normals[i]);
         model_add_uvee(merge.parent, target, points[i], triangle.uvs[i][0], triangle.uvs[i][1]);
     }
-    for (int i = 0; i < ALL_CONTROLS; ++i) {
-        controls[i] = merged_id(merge, triangle.controls[i]);
-    }
+    for (int i = 0; i < ALL_CONTROLS; ++i) { controls[i] = merged_id(merge, triangle.controls[i]); }
     model_add_triangle(merge.parent, target, triangle.quad, points, normals, controls, triangle.curve_type);
 }
 
@@ -121,8 +112,7 @@ void merge_settings(const Merge& merge, const Layer& layer, const char* target) 
                     AXIS_X);
     carry_settings(merge.parent, target, layer);
     if (const LayerImage* image = layer_first_image(&layer)) {
-        model_add_image(merge.parent, target, IMAGE_SLOT_BASE, image->names[IMAGE_SLOT_BASE], AXIS_X,
-                        AXIS_Y);
+        model_add_image(merge.parent, target, IMAGE_SLOT_BASE, image->names[IMAGE_SLOT_BASE], AXIS_X, AXIS_Y);
     }
 }
 
@@ -149,28 +139,20 @@ Merge begin_merge(Model* parent, const Model* child, const Placement& placement,
     return Merge{parent, child, placement, highest > POINT_ID_LIMIT ? POINT_ID_LIMIT : highest + 1, counter};
 }
 
-void count_up(int32_t* counter) {
-    *counter = *counter < std::numeric_limits<int32_t>::max() ? *counter + 1 : 1;
-}
+void count_up(int32_t* counter) { *counter = *counter < std::numeric_limits<int32_t>::max() ? *counter + 1 : 1; }
 
 // False, with nothing added to the parent, when the child does not fit in; the child may be prepared then.
 bool merge_model(Model* parent, Model* child, const Placement& placement, int32_t* counter) {
     const int32_t child_gouraud = child->has_gouraud;
     const int32_t child_normals = child->has_normals;  // those of a baked mirror come too late to count: intended
-    if (!prepare_child(child)) {
-        return false;
-    }
+    if (!prepare_child(child)) { return false; }
     const Merge merge = begin_merge(parent, child, placement, *counter);
-    if (!merge_fits(merge)) {
-        return false;
-    }
+    if (!merge_fits(merge)) { return false; }
     parent->has_gouraud |= child_gouraud;
     parent->has_normals |= child_normals;
     merge_points(merge);
     for (const Layer& layer : list_elements<Layer>(child->layers)) {
-        if (list_count(&layer.triangles) > 0) {
-            merge_layer(merge, layer);
-        }
+        if (list_count(&layer.triangles) > 0) { merge_layer(merge, layer); }
     }
     count_up(counter);
     return true;
@@ -178,9 +160,7 @@ bool merge_model(Model* parent, Model* child, const Placement& placement, int32_
 
 void release_children(Model* model) {
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (!link.borrowed) {
-            model_release(link.model);
-        }
+        if (!link.borrowed) { model_release(link.model); }
     }
     list_clear(&model->children);
 }
@@ -202,12 +182,8 @@ bool merge_links(Model* model, int32_t* counter) {
         }
         Model* child = link.borrowed ? model_scratch_copy(link.model) : link.model;
         const bool merged = merge_link(model, link, child, counter);
-        if (link.borrowed) {
-            model_release(child);
-        }
-        if (!merged) {
-            return false;
-        }
+        if (link.borrowed) { model_release(child); }
+        if (!merged) { return false; }
     }
     release_children(model);
     return true;
@@ -223,12 +199,8 @@ bool tree_fits(const Model* model) {
 
 // Whether all children can be merged, tried on copies.
 bool children_fit(const Model* model, int32_t counter) {
-    if (list_count(&model->children) == 0) {
-        return true;
-    }
-    if (!tree_fits(model)) {
-        return false;
-    }
+    if (list_count(&model->children) == 0) { return true; }
+    if (!tree_fits(model)) { return false; }
     Model* trial = model_scratch_copy(model);
     const bool merged = merge_links(trial, &counter);
     model_release(trial);
@@ -238,22 +210,16 @@ bool children_fit(const Model* model, int32_t counter) {
 }  // namespace
 
 int model_flatten(Model* model) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     int32_t counter = 1;
     // Splitting changes nothing that decides about the merge, so that may be refused before anything is done.
-    if (!children_fit(model, counter)) {
-        return 0;
-    }
+    if (!children_fit(model, counter)) { return 0; }
     model_triangulate_all(model);
     return merge_links(model, &counter) ? 1 : 0;
 }
 
 int model_merge_children(Model* model, int32_t* counter) {
-    if (model == nullptr || counter == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || counter == nullptr) { return 0; }
     return children_fit(model, *counter) && merge_links(model, counter) ? 1 : 0;
 }
 

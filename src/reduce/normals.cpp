@@ -2,7 +2,6 @@
 // directions count; and the first vertex of a strip hears the second face too, of which it is no corner. Both are
 // intended. The faces are walked once and noted at the points that they touch, which gives each point the order in
 // which a walk for that point alone would meet them.
-
 #include "reduce/normals.h"
 
 #include <cmath>
@@ -39,31 +38,23 @@ struct Face {
 };
 
 void note(Directions* at, const Vec3& normal) {
-    if (at->count >= DIRECTION_LIMIT) {
-        return;
-    }
+    if (at->count >= DIRECTION_LIMIT) { return; }
     for (int32_t i = 0; i < at->count; ++i) {
-        if (vec_near(&at->found[i], &normal, SAME_DIRECTION)) {
-            return;
-        }
+        if (vec_near(&at->found[i], &normal, SAME_DIRECTION)) { return; }
     }
     at->found[at->count++] = normal;
 }
 
 void note_at(Rebuild* rebuild, int32_t id, const Face& face) {
     const int32_t slot = face.valid ? list_index_of(&rebuild->model->points, id, 0) : -1;
-    if (slot >= 0) {
-        note(&rebuild->directions[static_cast<size_t>(slot)], face.normal);
-    }
+    if (slot >= 0) { note(&rebuild->directions[static_cast<size_t>(slot)], face.normal); }
 }
 
 bool corner_places(const Model* model, int32_t a, int32_t b, int32_t c, Vec3 out[3]) {
     const int32_t ids[3] = {a, b, c};
     for (int i = 0; i < 3; ++i) {
         const Vec3* place = model_point_position(model, ids[i]);
-        if (place == nullptr) {
-            return false;
-        }
+        if (place == nullptr) { return false; }
         out[i] = *place;
     }
     return true;
@@ -73,9 +64,7 @@ bool is_finite(const Vec3& v) { return std::isfinite(v.x) && std::isfinite(v.y) 
 
 Face face_of(const Rebuild& rebuild, int32_t a, int32_t b, int32_t c) {
     Vec3 places[3];
-    if (!corner_places(rebuild.model, a, b, c, places)) {
-        return {{}, false};
-    }
+    if (!corner_places(rebuild.model, a, b, c, places)) { return {{}, false}; }
     Face face{triangle_normal(places), true};
     vec_normalise(&face.normal);
     face.valid = !rebuild.finite_only || is_finite(face.normal);
@@ -86,20 +75,14 @@ Face face_of(const Rebuild& rebuild, int32_t a, int32_t b, int32_t c) {
 void note_face(Rebuild* rebuild, int32_t a, int32_t b, int32_t c) {
     const Face face = face_of(*rebuild, a, b, c);
     note_at(rebuild, a, face);
-    if (b != a) {
-        note_at(rebuild, b, face);
-    }
-    if (c != a && c != b) {
-        note_at(rebuild, c, face);
-    }
+    if (b != a) { note_at(rebuild, b, face); }
+    if (c != a && c != b) { note_at(rebuild, c, face); }
 }
 
 void note_triangle(Rebuild* rebuild, const Triangle& triangle) {
     const int16_t* p = triangle.points;
     note_face(rebuild, p[0], p[1], p[2]);
-    if (triangle.quad) {
-        note_face(rebuild, p[2], p[1], p[3]);
-    }
+    if (triangle.quad) { note_face(rebuild, p[2], p[1], p[3]); }
 }
 
 // The faces of a strip, each in the winding of the strip.
@@ -115,13 +98,9 @@ std::vector<Face> strip_faces(const Rebuild& rebuild, const std::vector<int32_t>
 void note_polygon(Rebuild* rebuild, const Polygon& polygon) {
     std::vector<int32_t> strip;
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(strip.size()) < polygon.vertex_count) {
-            strip.push_back(vertex.point);
-        }
+        if (static_cast<int>(strip.size()) < polygon.vertex_count) { strip.push_back(vertex.point); }
     }
-    if (strip.size() < STRIP_MIN) {
-        return;
-    }
+    if (strip.size() < STRIP_MIN) { return; }
     const std::vector<Face> faces = strip_faces(*rebuild, strip);
     for (size_t i = 0; i < strip.size(); ++i) {
         // Intended: the first two vertices hear the same two faces.
@@ -134,9 +113,7 @@ void note_polygon(Rebuild* rebuild, const Polygon& polygon) {
 }
 
 Vec3 normal_of(const Directions& directions, bool finite_only) {
-    if (directions.count == 0) {
-        return {0.0f, 0.0f, 1.0f};
-    }
+    if (directions.count == 0) { return {0.0f, 0.0f, 1.0f}; }
     Vec3 normal = vec_average(directions.found, directions.count);
     vec_normalise(&normal);
     return finite_only && !is_finite(normal) ? directions.found[0] : normal;
@@ -147,23 +124,15 @@ void make_curved(Triangle* triangle) {
     static constexpr int QUAD_RING[] = {0, 1, 1, 3, 3, 2, 2, 0};
     triangle->curve_type = triangle->quad ? CURVED_QUAD : CURVED_TRIANGLE;
     const int* ring = triangle->quad ? QUAD_RING : TRIANGLE_RING;
-    for (int i = 0; i < 2 * triangle_corners(triangle); ++i) {
-        triangle->controls[i] = triangle->points[ring[i]];
-    }
+    for (int i = 0; i < 2 * triangle_corners(triangle); ++i) { triangle->controls[i] = triangle->points[ring[i]]; }
 }
 
 int rebuild_normals(Model* model, bool finite_only) {
-    if (model == nullptr) {
-        return 1;
-    }
+    if (model == nullptr) { return 1; }
     Rebuild rebuild{model, finite_only, std::vector<Directions>(static_cast<size_t>(model->points.capacity))};
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-            note_triangle(&rebuild, triangle);
-        }
-        for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-            note_polygon(&rebuild, polygon);
-        }
+        for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) { note_triangle(&rebuild, triangle); }
+        for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { note_polygon(&rebuild, polygon); }
     }
     const ListElements<Point> points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
@@ -180,14 +149,10 @@ int model_rebuild_normals(Model* model) { return rebuild_normals(model, false); 
 int model_rebuild_finite_normals(Model* model) { return rebuild_normals(model, true); }
 
 int model_make_curved(Model* model) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
         for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-            if (triangle.curve_type == 0) {
-                make_curved(&triangle);
-            }
+            if (triangle.curve_type == 0) { make_curved(&triangle); }
         }
     }
     return 1;
@@ -200,9 +165,7 @@ Vec3 model_face_normal(const Model* model, int32_t a, int32_t b, int32_t c) {
 
 const UvPair* triangle_planar_uvs(const Vec3* points, const float* box, int axis_u, int axis_v) {
     static UvPair uvs[3];
-    if (points == nullptr || box == nullptr) {
-        return nullptr;
-    }
+    if (points == nullptr || box == nullptr) { return nullptr; }
     const Vec3 low{box[0], box[1], box[2]};
     const Vec3 high{box[3], box[4], box[5]};
     for (int i = 0; i < 3; ++i) {

@@ -2,7 +2,6 @@
 // that belongs to somebody else. What surprises: a copied list holds the same lists inside as its source, so each
 // inner list is copied over itself; and the copy's child links are all borrowed, so that nothing below is copied
 // before it is needed, nor released with the copy.
-
 #include "reduce/scratch_copy.h"
 
 #include <cstring>
@@ -19,9 +18,7 @@ void unshare(KeyedList* list) {
     list_copy(&shared, list);
 }
 
-void drop_lines(Layer* layer) {
-    list_init(&layer->lines, sizeof(Line), KEY_INT);
-}
+void drop_lines(Layer* layer) { list_init(&layer->lines, sizeof(Line), KEY_INT); }
 
 void drop_pixels(Layer* layer) {
     for (LayerImage& image : list_elements<LayerImage>(layer->images)) {
@@ -36,12 +33,8 @@ void drop_pixels(Layer* layer) {
 void copy_layers(const Model* source, Model* copy) {
     list_copy(&source->layers, &copy->layers);
     for (Layer& layer : list_elements<Layer>(copy->layers)) {
-        for (KeyedList* list : {&layer.triangles, &layer.polygons, &layer.uvees, &layer.images}) {
-            unshare(list);
-        }
-        for (Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-            unshare(&polygon.vertices);
-        }
+        for (KeyedList* list : {&layer.triangles, &layer.polygons, &layer.uvees, &layer.images}) { unshare(list); }
+        for (Polygon& polygon : list_elements<Polygon>(layer.polygons)) { unshare(&polygon.vertices); }
         drop_lines(&layer);
         drop_pixels(&layer);
     }
@@ -67,9 +60,7 @@ void copy_links(const Model* source, Model* copy) {
 }  // namespace
 
 Model* model_scratch_copy(const Model* source) {
-    if (source == nullptr) {
-        return nullptr;
-    }
+    if (source == nullptr) { return nullptr; }
     Model* copy = model_create("", nullptr);
     std::memcpy(copy->path, source->path, sizeof copy->path);
     std::memcpy(copy->name, source->name, sizeof copy->name);

@@ -1,10 +1,9 @@
 // Gives corners with a normal from elsewhere points of their own. What surprises: the new points have neither the
 // colour nor the uvee of the corner's point, and where two joints meet in a corner only its normal moves to the new
 // point. Both are intended.
-
+#include "foundation/text.h"
 #include "reduce/flatten.h"
 #include "reduce/flatten_limits.h"
-#include "foundation/text.h"
 #include "scene/model.h"
 
 namespace pelt {
@@ -19,9 +18,7 @@ struct SplitCorner {
 
 SplitCorner split_corner(const Model* model, const Triangle& triangle, int corner) {
     const SplitCorner none{nullptr, nullptr};
-    if (triangle.points[corner] == triangle.normals[corner]) {
-        return none;
-    }
+    if (triangle.points[corner] == triangle.normals[corner]) { return none; }
     const SplitCorner found{static_cast<const Point*>(list_find(&model->points, triangle.points[corner])),
                             static_cast<const Point*>(list_find(&model->points, triangle.normals[corner]))};
     return found.place != nullptr && found.normal != nullptr ? found : none;
@@ -55,13 +52,9 @@ void add_point(Model* model, int32_t id, const SplitCorner& corner) {
 int32_t split_triangle(Model* model, Triangle* triangle, int32_t next_id) {
     for (int corner = 0; corner < triangle_corners(triangle); ++corner) {
         const SplitCorner split = split_corner(model, *triangle, corner);
-        if (split.place == nullptr) {
-            continue;
-        }
+        if (split.place == nullptr) { continue; }
         add_point(model, next_id, split);
-        if (split.place->joint_a == split.normal->joint_a) {
-            triangle->points[corner] = static_cast<int16_t>(next_id);
-        }
+        if (split.place->joint_a == split.normal->joint_a) { triangle->points[corner] = static_cast<int16_t>(next_id); }
         triangle->normals[corner] = static_cast<int16_t>(next_id);
         ++next_id;
     }
@@ -71,16 +64,10 @@ int32_t split_triangle(Model* model, Triangle* triangle, int32_t next_id) {
 }  // namespace
 
 int model_split_normals(Model* model) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     const int64_t splits = count_split_corners(model);
-    if (splits == 0) {
-        return 1;
-    }
-    if (!point_id_fits(model_highest_point(model) + splits)) {
-        return 0;
-    }
+    if (splits == 0) { return 1; }
+    if (!point_id_fits(model_highest_point(model) + splits)) { return 0; }
     int32_t next_id = model_highest_point(model) + 1;
     for (Layer& layer : list_elements<Layer>(model->layers)) {
         for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {

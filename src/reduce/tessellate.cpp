@@ -1,14 +1,13 @@
 // Bakes curved primitives into flat ones. What surprises: the level of detail that callers pass does nothing, since the
 // strips are laid out for edges cut in two; neighbours share no new points; and a strip of five vertices, split later,
 // doubles its last triangle. All of it is intended.
-
 #include "reduce/tessellate.h"
 
-#include "reduce/flatten_limits.h"
 #include "formats/texture_map.h"
 #include "foundation/text.h"
-#include "surfaces/patch.h"
+#include "reduce/flatten_limits.h"
 #include "scene/model.h"
+#include "surfaces/patch.h"
 
 namespace pelt {
 
@@ -51,26 +50,37 @@ struct BakeForm {
 
 constexpr BakeForm TRIANGLE_1 = {false, 1, 1, {1}, {{M0, P0, P1, P0}}, 1, {{4, {P0, M0, P2, P1}}}, false, {}};
 
-constexpr BakeForm TRIANGLE_2 = {false, 2, 2, {1, 3}, {{M0, P0, P1, P0}, {M1, P0, P2, P0}},
-                                 1, {{5, {P0, M0, M1, P1, P2}}}, false, {}};
+constexpr BakeForm TRIANGLE_2 = {
+    false, 2, 2, {1, 3}, {{M0, P0, P1, P0}, {M1, P0, P2, P0}}, 1, {{5, {P0, M0, M1, P1, P2}}}, false, {}};
 
-constexpr BakeForm TRIANGLE_3 = {false, 3, 3, {1, 3, 4}, {{M0, P0, P1, P0}, {M1, P0, P2, P0}, {M2, P1, P2, P1}},
-                                 1, {{5, {P0, M0, M1, M2, P2}}}, true, {M0, P1, M2}};
+constexpr BakeForm TRIANGLE_3 = {false,
+                                 3,
+                                 3,
+                                 {1, 3, 4},
+                                 {{M0, P0, P1, P0}, {M1, P0, P2, P0}, {M2, P1, P2, P1}},
+                                 1,
+                                 {{5, {P0, M0, M1, M2, P2}}},
+                                 true,
+                                 {M0, P1, M2}};
 
 // The second edge looks at the joint of corner 0 and not of its own end: intended.
-constexpr BakeForm QUAD_2 = {true, 2, 2, {2, 3}, {{M0, P0, P1, P0}, {M1, P2, P3, P0}},
-                             1, {{6, {P1, P3, M0, M1, P0, P2}}}, false, {}};
+constexpr BakeForm QUAD_2 = {
+    true, 2, 2, {2, 3}, {{M0, P0, P1, P0}, {M1, P2, P3, P0}}, 1, {{6, {P1, P3, M0, M1, P0, P2}}}, false, {}};
 
 // The centre comes last, after the two points that it looks at.
-constexpr BakeForm QUAD_4 = {true, 4, 5, {1, 3, 4, 5, 7},
+constexpr BakeForm QUAD_4 = {true,
+                             4,
+                             5,
+                             {1, 3, 4, 5, 7},
                              {{M0, P0, P2, P0}, {M1, P0, P1, P0}, {M3, P2, P3, P2}, {M4, P1, P3, P1}, {M2, M0, M4, M0}},
-                             2, {{6, {P0, M1, M0, M2, P2, M3}}, {6, {M1, P1, M2, M4, M3, P3}}}, false, {}};
+                             2,
+                             {{6, {P0, M1, M0, M2, P2, M3}}, {6, {M1, P1, M2, M4, M3, P3}}},
+                             false,
+                             {}};
 
 const BakeForm& form_of(const Triangle& triangle) {
     static constexpr const BakeForm* TRIANGLES[] = {&TRIANGLE_1, &TRIANGLE_2, &TRIANGLE_3};
-    if (triangle.quad) {
-        return triangle.curve_type == QUAD_2.type ? QUAD_2 : QUAD_4;
-    }
+    if (triangle.quad) { return triangle.curve_type == QUAD_2.type ? QUAD_2 : QUAD_4; }
     return *TRIANGLES[patch_triangle_type(triangle.curve_type) - 1];
 }
 
@@ -84,9 +94,7 @@ struct Corners {
 
 bool copy_normal(const Model* model, int32_t id, Vec3* out) {
     const Point* point = static_cast<const Point*>(list_find(&model->points, id));
-    if (point != nullptr) {
-        *out = point->normal;
-    }
+    if (point != nullptr) { *out = point->normal; }
     return point != nullptr;
 }
 
@@ -95,15 +103,11 @@ bool gather(const Model* model, const Triangle& triangle, Corners* out) {
     out->count = triangle_corners(&triangle);
     for (int i = 0; i < out->count; ++i) {
         out->points[i] = static_cast<const Point*>(list_find(&model->points, triangle.points[i]));
-        if (out->points[i] == nullptr || !copy_normal(model, triangle.normals[i], &out->normals[i])) {
-            return false;
-        }
+        if (out->points[i] == nullptr || !copy_normal(model, triangle.normals[i], &out->normals[i])) { return false; }
         out->positions[i] = out->points[i]->position;
     }
     for (int i = 0; i < 2 * out->count; ++i) {
-        if (!copy_normal(model, triangle.controls[i], &out->normals[EDGE_NORMALS + i])) {
-            return false;
-        }
+        if (!copy_normal(model, triangle.controls[i], &out->normals[EDGE_NORMALS + i])) { return false; }
     }
     return true;
 }
@@ -147,7 +151,7 @@ void evaluate_attributes(const BakeForm& form, const Corners& corners, const Tri
     float table[PATCH_ATTRIBUTE_LIMIT * CORNER_LIMIT];
     float* value = table;
     for (int axis = 0; out->has_uvs && axis < 2; ++axis) {
-        for (int i = 0; i < corners.count; ++i) *value++ = triangle.uvs[i][axis];
+        for (int i = 0; i < corners.count; ++i) { *value++ = triangle.uvs[i][axis]; }
     }
     for (int channel = 0; out->has_colours && channel < 3; ++channel) {
         for (int i = 0; i < corners.count; ++i) {
@@ -177,9 +181,7 @@ void add_attributes(const Bake& bake, const Surface& surface, int vertex, int32_
                           float_to_int(colour[1] * COLOUR_BYTES), float_to_int(colour[2] * COLOUR_BYTES),
                           float_to_int(bake.layer->transparency * COLOUR_BYTES));
     }
-    if (surface.has_uvs) {
-        model_add_uvee(bake.model, bake.layer->name, id, value[0], value[1]);
-    }
+    if (surface.has_uvs) { model_add_uvee(bake.model, bake.layer->name, id, value[0], value[1]); }
 }
 
 void add_points(const Bake& bake, const Surface& surface) {
@@ -204,21 +206,15 @@ Joint* joint_by_rule(const Model* model, const JointRule& rule, Joint* const joi
 
 void bind_joints(const Bake& bake, const Corners& corners) {
     Joint* joints[PLACE_LIMIT] = {};
-    for (int i = 0; i < corners.count; ++i) {
-        joints[i] = corners.points[i]->joint_a;
-    }
+    for (int i = 0; i < corners.count; ++i) { joints[i] = corners.points[i]->joint_a; }
     for (int i = 0; i < bake.form->new_count; ++i) {
         const JointRule& rule = bake.form->joints[i];
         Joint* joint = joint_by_rule(bake.model, rule, joints);
         joints[rule.target] = joint;
         Point* point = static_cast<Point*>(list_find(&bake.model->points, bake.ids[rule.target]));
         point->joint_a = joint;
-        if (joint != nullptr) {
-            joint_gain_point(joint);
-        }
-        if (joint != joints[P0]) {
-            point->weight = 1.0f - point->weight;
-        }
+        if (joint != nullptr) { joint_gain_point(joint); }
+        if (joint != joints[P0]) { point->weight = 1.0f - point->weight; }
     }
 }
 
@@ -248,9 +244,7 @@ Bake begin_bake(Model* model, const Layer* layer, const Triangle* triangle, int3
         bake.ids[i] = triangle->points[i];
         bake.normals[i] = triangle->normals[i];
     }
-    for (int i = 0; i < bake.form->new_count; ++i) {
-        bake.ids[M0 + i] = bake.normals[M0 + i] = next_id + i;
-    }
+    for (int i = 0; i < bake.form->new_count; ++i) { bake.ids[M0 + i] = bake.normals[M0 + i] = next_id + i; }
     return bake;
 }
 
@@ -271,27 +265,19 @@ int64_t count_new_points(const Model* model) {
 void remove_curved(Layer* layer) {
     const ListElements<Triangle> triangles = list_elements<Triangle>(layer->triangles);
     for (auto triangle = triangles.begin(); triangle != triangles.end(); ++triangle) {
-        if (triangle->curve_type > 0) {
-            list_remove_slot(&layer->triangles, triangle.slot());
-        }
+        if (triangle->curve_type > 0) { list_remove_slot(&layer->triangles, triangle.slot()); }
     }
 }
 
 }  // namespace
 
 int model_tessellate(Model* model, int lod) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     const int64_t new_points = count_new_points(model);
-    if (new_points > 0 && !point_id_fits(model_highest_point(model) + new_points)) {
-        return 0;
-    }
+    if (new_points > 0 && !point_id_fits(model_highest_point(model) + new_points)) { return 0; }
     int32_t next_id = new_points > 0 ? model_highest_point(model) + 1 : POINT_ID_LIMIT;
     for (Layer& layer : list_elements<Layer>(model->layers)) {
-        if (!layer_can_be_found(model, &layer)) {
-            continue;
-        }
+        if (!layer_can_be_found(model, &layer)) { continue; }
         for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
             next_id += triangle_bake(model, &layer, &triangle, lod, next_id);
         }
@@ -307,9 +293,7 @@ int triangle_bake(Model* model, Layer* layer, Triangle* triangle, int /*lod*/, i
         !layer_can_be_found(model, layer) || !gather(model, *triangle, &corners)) {
         return 0;
     }
-    if (!point_id_fits(int64_t{next_id} + form_of(*triangle).new_count - 1)) {
-        return 0;
-    }
+    if (!point_id_fits(int64_t{next_id} + form_of(*triangle).new_count - 1)) { return 0; }
     const Bake bake = begin_bake(model, layer, triangle, next_id);
     Surface surface;
     surface.has_uvs = list_count(&layer->uvees) > 0;
@@ -318,9 +302,7 @@ int triangle_bake(Model* model, Layer* layer, Triangle* triangle, int /*lod*/, i
     evaluate_weights(*bake.form, corners, &surface);
     evaluate_attributes(*bake.form, corners, *triangle, &surface);
     add_points(bake, surface);
-    if (list_count(&model->joints) > 0) {
-        bind_joints(bake, corners);
-    }
+    if (list_count(&model->joints) > 0) { bind_joints(bake, corners); }
     add_replacements(bake);
     return bake.form->new_count;
 }

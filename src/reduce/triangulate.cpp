@@ -1,13 +1,12 @@
 // Splits flat quads and polygons into triangles. What surprises: a polygon with an odd number of vertices leaves its
 // last triangle twice, and the triangles forget the normals that the polygon's vertices named. Both are intended, as is
 // that a triangle which cannot be added is lost and ends a read in progress.
-
 #include <vector>
 
-#include "reduce/flatten.h"
-#include "reduce/flatten_limits.h"
 #include "formats/line_reader.h"
 #include "formats/texture_map.h"
+#include "reduce/flatten.h"
+#include "reduce/flatten_limits.h"
 #include "scene/model.h"
 
 namespace pelt {
@@ -26,18 +25,14 @@ void split_quad(Model* model, const Layer& layer, Triangle* quad) {
 
 void split_quads(Model* model, const Layer& layer) {
     for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-        if (triangle.quad && triangle.curve_type == 0) {
-            split_quad(model, layer, &triangle);
-        }
+        if (triangle.quad && triangle.curve_type == 0) { split_quad(model, layer, &triangle); }
     }
 }
 
 std::vector<int32_t> strip_ids(const Polygon& polygon) {
     std::vector<int32_t> ids;
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(ids.size()) >= polygon.vertex_count) {
-            break;
-        }
+        if (static_cast<int>(ids.size()) >= polygon.vertex_count) { break; }
         ids.push_back(vertex.point);
     }
     return ids;
@@ -45,23 +40,17 @@ std::vector<int32_t> strip_ids(const Polygon& polygon) {
 
 void add_strip_triangle(Model* model, const Layer& layer, const int32_t* strip, bool turned) {
     const int32_t points[3] = {turned ? strip[1] : strip[0], turned ? strip[0] : strip[1], strip[2]};
-    if (!model_add_triangle(model, layer.name, 0, points, nullptr, nullptr, 0)) {
-        reader_abort();
-    }
+    if (!model_add_triangle(model, layer.name, 0, points, nullptr, nullptr, 0)) { reader_abort(); }
 }
 
 void split_strip(Model* model, const Layer& layer, const std::vector<int32_t>& strip) {
-    if (strip.size() < STRIP_MIN) {
-        return;
-    }
+    if (strip.size() < STRIP_MIN) { return; }
     const size_t steps = strip.size() - 2;
     for (size_t step = 0; step < steps; ++step) {
         add_strip_triangle(model, layer, strip.data() + step, step % 2 == 1);
     }
     // Intended: a walk that ends on a triangle that is not turned adds it once more.
-    if (steps % 2 == 1) {
-        add_strip_triangle(model, layer, strip.data() + steps - 1, false);
-    }
+    if (steps % 2 == 1) { add_strip_triangle(model, layer, strip.data() + steps - 1, false); }
 }
 
 void split_polygons(Model* model, Layer* layer) {
@@ -78,9 +67,7 @@ void split_polygons(Model* model, Layer* layer) {
 }  // namespace
 
 int model_triangulate(Model* model) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     for (Layer& layer : list_elements<Layer>(model->layers)) {
         if (layer_can_be_found(model, &layer)) {
             split_quads(model, layer);

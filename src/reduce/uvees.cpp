@@ -1,6 +1,5 @@
 // Texture coordinates of corners as explicit uvees, and the shaking of uvees. What surprises: a point has one uvee in a
 // layer, so of corners that share a point the last one in the walk decides; and shaking only ever adds.
-
 #include <bit>
 
 #include "reduce/flatten.h"
@@ -31,9 +30,7 @@ float jitter_random(uint32_t* state) {
 }  // namespace
 
 int model_triangulate_all(Model* model) {
-    if (!model_triangulate(model)) {
-        return 0;
-    }
+    if (!model_triangulate(model)) { return 0; }
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
             // Intended: four corners of a triangle too; the fourth is no point and fails with its text.
@@ -44,13 +41,9 @@ int model_triangulate_all(Model* model) {
 }
 
 int model_store_uvees(Model* model) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        if (layer_first_image(&layer) == nullptr) {
-            continue;
-        }
+        if (layer_first_image(&layer) == nullptr) { continue; }
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
             store_corners(model, layer, triangle, triangle_corners(&triangle));
         }
@@ -59,9 +52,7 @@ int model_store_uvees(Model* model) {
 }
 
 int model_jitter_uvees(Model* model, float amount_u, float amount_v) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     uint32_t state = JITTER_SEED;
     for (Layer& layer : list_elements<Layer>(model->layers)) {
         for (Uvee& uvee : list_elements<Uvee>(layer.uvees)) {

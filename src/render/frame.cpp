@@ -22,10 +22,10 @@ constexpr float INIT_EXTENT_Z = 600.0f;
 constexpr int32_t DEFAULT_WINDOW_SIZE = 300;
 constexpr int32_t FIXED_SIZE_MIN = 20;
 constexpr int32_t FIXED_SIZE_MAX = 3000;
-constexpr int32_t WINDOW_BORDERS = 2;       // pixels in each direction
-constexpr int32_t CAPTURE_MASK = 0xFFFC;    // sizes of pictures are multiples of four
-constexpr float SMOOTH_INSET = 0.5f;        // texels
-constexpr int RESIZE_ATTEMPTS = 2;          // the first may only take over yet another size
+constexpr int32_t WINDOW_BORDERS = 2;     // pixels in each direction
+constexpr int32_t CAPTURE_MASK = 0xFFFC;  // sizes of pictures are multiples of four
+constexpr float SMOOTH_INSET = 0.5f;      // texels
+constexpr int RESIZE_ATTEMPTS = 2;        // the first may only take over yet another size
 
 Session* bound_session = nullptr;
 ViewState* bound_view = nullptr;
@@ -62,14 +62,14 @@ float initial_extent(int32_t pixels) {
 }
 
 void report_size(const char* format, Size size) {
-    if (bound_session->status_callback == nullptr) return;
+    if (bound_session->status_callback == nullptr) { return; }
     char text[STATUS_TEXT_SIZE];
     std::snprintf(text, sizeof text, format, size.width, size.height);
     bound_session->status_callback(text);
 }
 
 void move_window(WindowHandle window, Size size) {
-    if (moving_window) return;
+    if (moving_window) { return; }
     moving_window = true;
     gl_window_move(window, 0, 0, size.width, size.height);
     moving_window = false;
@@ -127,9 +127,9 @@ void draw_frame() {
 
 void show_viewport(ViewState* view) {
     view->resize_due = 0;
-    if (gl_context_current(view->window)) glViewport(0, 0, view->width, view->height);
+    if (gl_context_current(view->window)) { glViewport(0, 0, view->width, view->height); }
     view_load_projection(view);
-    if (view->window != 0) draw_frame();
+    if (view->window != 0) { draw_frame(); }
 }
 
 // Whatever sizes parent and window have, and whichever of the moves send messages: the view takes the size of the
@@ -140,9 +140,9 @@ void follow_parent(ViewState* view) {
     gl_window_move(view->window, 0, 0, DEFAULT_WINDOW_SIZE, DEFAULT_WINDOW_SIZE);
     const Size parent = parent_size(view->window);
     const bool has_size = parent.width > 0 && parent.height > 0;
-    if (has_size) gl_window_move(view->window, 0, 0, parent.width, parent.height);
+    if (has_size) { gl_window_move(view->window, 0, 0, parent.width, parent.height); }
     following_parent = false;
-    if (!has_size) return;
+    if (!has_size) { return; }
     view_take_size(view, parent.width, parent.height, view_resized_extents(view, parent.width, parent.height));
     view->resize_due = 1;
     gl_window_invalidate(view->window);
@@ -158,7 +158,7 @@ void frame_bind(Session* session, ViewState* view) {
 const ViewState* frame_view() { return bound_view; }
 
 void view_init(WindowHandle window, int32_t, const void*) {
-    if (!is_bound()) return;
+    if (!is_bound()) { return; }
     ViewState* view = bound_view;
     view->window = window;
     view->angle = view->pitch = 0.0f;
@@ -176,7 +176,7 @@ void view_init(WindowHandle window, int32_t, const void*) {
     view->resize_due = 0;
     view->focus = {0.0f, 0.0f, 0.0f};
     session_set_points_color(bound_session, 0);
-    if (!gl_context_current(window)) return;
+    if (!gl_context_current(window)) { return; }
     view_load_projection(view);
     glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
     glShadeModel(GL_SMOOTH);
@@ -192,11 +192,11 @@ void view_init(WindowHandle window, int32_t, const void*) {
 }
 
 void view_resize(WindowHandle window, int32_t, const void*) {
-    if (!is_bound()) return;
+    if (!is_bound()) { return; }
     ViewState* view = bound_view;
-    if (following_parent) return;
+    if (following_parent) { return; }
     Size size = parent_size(window);
-    if (size.width < 0 || size.height < 0 || (size.width == 0 && size.height == 0)) return;
+    if (size.width < 0 || size.height < 0 || (size.width == 0 && size.height == 0)) { return; }
     if (size.width != view->width || size.height != view->height) {
         const ViewExtents extents = view_resized_extents(view, size.width, size.height);
         move_window(window, size);
@@ -215,14 +215,18 @@ void view_resize(WindowHandle window, int32_t, const void*) {
 }
 
 void view_set_size(int32_t width, int32_t height) {
-    if (!is_bound()) return;
+    if (!is_bound()) { return; }
     ViewState* view = bound_view;
     if (width == 0 && height == 0) {
         follow_parent(view);
         return;
     }
-    if (width < FIXED_SIZE_MIN || width > FIXED_SIZE_MAX || height < FIXED_SIZE_MIN || height > FIXED_SIZE_MAX) return;
-    if (width == view->width && height == view->height) return;  // intended: the size is not fixed then
+    if (width < FIXED_SIZE_MIN || width > FIXED_SIZE_MAX || height < FIXED_SIZE_MIN || height > FIXED_SIZE_MAX) {
+        return;
+    }
+    if (width == view->width && height == view->height) {
+        return;  // intended: the size is not fixed then
+    }
     view->fixed_size = 1;
     view_take_size(view, width, height, view_resized_extents(view, width, height));
     show_viewport(view);
@@ -230,30 +234,30 @@ void view_set_size(int32_t width, int32_t height) {
 }
 
 void frame_draw() {
-    if (!is_bound() || bound_view->window == 0) return;
+    if (!is_bound() || bound_view->window == 0) { return; }
     // A frame takes the place of the paint that a new size still waits for, so it does all that the paint would do.
     for (int attempt = 0; attempt < RESIZE_ATTEMPTS && bound_view->resize_due != 0; ++attempt) {
         view_resize(bound_view->window, 0, nullptr);
-        if (bound_view->resize_due == 0) return;
+        if (bound_view->resize_due == 0) { return; }
     }
     draw_frame();
 }
 
 void frame_draw_unswapped() {
     // No paint is begun: nothing reaches the screen here, so a pending one has to stay pending.
-    if (!is_bound() || !gl_context_current(bound_view->window)) return;
+    if (!is_bound() || !gl_context_current(bound_view->window)) { return; }
     draw_picture(bound_session, bound_view);
 }
 
 void frame_swap() {
-    if (!is_bound() || !gl_context_current(bound_view->window)) return;
+    if (!is_bound() || !gl_context_current(bound_view->window)) { return; }
     glFlush();
     gl_swap_buffers(bound_view->window);
 }
 
 void session_set_smooth(Session* session, int32_t on) {
     // Intended: the flag is never stored. It stays 0, so that switching on insets once more each time.
-    if (session == nullptr || on == session->display_smooth) return;
+    if (session == nullptr || on == session->display_smooth) { return; }
     const float inset = on != 0 ? SMOOTH_INSET : 0.0f;
     for (RootModel& root : list_elements<RootModel>(session->root_models)) {
         model_inset_uvees(root.model, inset, inset);

@@ -57,7 +57,7 @@ void draw_number(const Session* session, int32_t number) {
     char text[16];
     int_to_text(number, text);
     for (const char* c = text; *c; ++c) {
-        if (*c >= '0' && *c <= '9') draw_glyph(session, *c - '0');
+        if (*c >= '0' && *c <= '9') { draw_glyph(session, *c - '0'); }
     }
 }
 
@@ -65,7 +65,7 @@ void draw_dots(Session* session, Model* model, PointColours colours) {
     glBegin(GL_POINTS);
     glVertex3f(0.0f, 0.0f, 0.0f);
     for (const Point& point : list_elements<Point>(model->points)) {
-        if (colours.cycling) colours.send();
+        if (colours.cycling) { colours.send(); }
         send_vertex(*point_posed_position(session, &point));
         colours.next();
     }
@@ -79,7 +79,7 @@ void draw_numbers(Session* session, Model* model, PointColours colours) {
     draw_glyph(session, 0);
     const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
-        if (colours.cycling) colours.send();
+        if (colours.cycling) { colours.send(); }
         const Vec3* position = point_posed_position(session, &*point);
         glRasterPos3f(position->x, position->y, position->z);
         draw_number(session, point.int_key());
@@ -134,9 +134,9 @@ SavedState begin_strokes(float red, float green, float blue) {
 
 void end_strokes(const SavedState& saved) {
     glEnd();
-    if (saved.lighting) glEnable(GL_LIGHTING);
-    if (saved.texture) glEnable(GL_TEXTURE_2D);
-    if (saved.blend) glEnable(GL_BLEND);
+    if (saved.lighting) { glEnable(GL_LIGHTING); }
+    if (saved.texture) { glEnable(GL_TEXTURE_2D); }
+    if (saved.blend) { glEnable(GL_BLEND); }
     glColor4f(saved.colour[0], saved.colour[1], saved.colour[2], saved.colour[3]);
 }
 
@@ -149,7 +149,7 @@ void send_stroke(const Vec3& p, const Vec3& n, float length) {
 void draw_corner_strokes(const Vec3* const* positions, const Vec3* const* normals, int count) {
     const float length = triangle_mean_edge(positions[0], positions[1], positions[2]) * CORNER_STROKE;
     const SavedState saved = begin_strokes(1.0f, 1.0f, 0.0f);
-    for (int i = 0; i < count; ++i) send_stroke(*positions[i], *normals[i], length);
+    for (int i = 0; i < count; ++i) { send_stroke(*positions[i], *normals[i], length); }
     end_strokes(saved);
 }
 
@@ -168,12 +168,12 @@ float edge_length(const Vec3* a, const Vec3* b) {
 }  // namespace
 
 void session_set_points_color(Session* session, int32_t index) {
-    if (!session || index < -1 || index >= POINT_COLOURS) return;
+    if (!session || index < -1 || index >= POINT_COLOURS) { return; }
     session->points_color_index = index;
 }
 
 void points_draw(Session* session, Model* model) {
-    if (!session || !model) return;
+    if (!session || !model) { return; }
     const int32_t index = session->points_color_index;
     const PointColours colours{index < 0, std::clamp(index, 0, POINT_COLOURS - 1)};
     glDisable(GL_LIGHTING);
@@ -184,32 +184,32 @@ void points_draw(Session* session, Model* model) {
 }
 
 void skeleton_draw(Session* session, Model* model) {
-    if (!session || !model) return;
+    if (!session || !model) { return; }
     const float s = session->radius * JOINT_MARK_SIZE;
     glDisable(GL_LIGHTING);
     glDisable(GL_TEXTURE_2D);
     for (Joint& joint : list_elements<Joint>(model->joints)) {
         const JointState* state = joint_state(session, model, &joint);
-        if (!state) continue;
+        if (!state) { continue; }
         draw_joint_mark(state->position, s);
-        if (!state->parent) continue;
+        if (!state->parent) { continue; }
         const JointState* parent = joint_state(session, model, state->parent);
-        if (parent) draw_bone(state->position, parent->position);
+        if (parent) { draw_bone(state->position, parent->position); }
     }
     glEnable(GL_LIGHTING);
 }
 
 void line_draw(Session* session, Model* model, Line* line) {
-    if (!session || !model || !line) return;
+    if (!session || !model || !line) { return; }
     const int count = vertices_at_hand(line->vertex_count, line->vertices);
     const Vec3* positions[POLYGON_VERTEX_LIMIT];
     int found = 0;
     for (const int32_t& stored : list_elements<int32_t>(line->vertices)) {
-        if (found >= count) break;
+        if (found >= count) { break; }
         positions[found] = point_position(session, model, line_point_id(stored), false);
-        if (!positions[found++]) return;
+        if (!positions[found++]) { return; }
     }
-    if (found < 1) return;
+    if (found < 1) { return; }
 
     GLint lighting = 0;
     GLint texture = 0;
@@ -218,39 +218,39 @@ void line_draw(Session* session, Model* model, Line* line) {
     glDisable(GL_LIGHTING);
     glDisable(GL_TEXTURE_2D);
     glBegin(GL_LINE_STRIP);
-    for (int i = 0; i < found; ++i) send_vertex(*positions[i]);
+    for (int i = 0; i < found; ++i) { send_vertex(*positions[i]); }
     glEnd();
-    if (lighting) glEnable(GL_LIGHTING);
-    if (texture) glEnable(GL_TEXTURE_2D);
+    if (lighting) { glEnable(GL_LIGHTING); }
+    if (texture) { glEnable(GL_TEXTURE_2D); }
 }
 
 void triangle_normals_draw(Session* session, Model* model, Triangle* triangle) {
-    if (!session || !model || !triangle) return;
+    if (!session || !model || !triangle) { return; }
     const TriangleCache* cache = triangle_cache_get(session, model, triangle);
-    if (!cache) return;
+    if (!cache) { return; }
     const int count = triangle_corners(triangle);
     const Vec3* positions[4];
     const Vec3* normals[4];
     for (int i = 0; i < count; ++i) {
         positions[i] = point_position(session, model, cache->point_slots[i], true);
         normals[i] = point_normal(session, model, cache->normal_slots[i], true);
-        if (!positions[i] || !normals[i]) return;
+        if (!positions[i] || !normals[i]) { return; }
     }
     draw_corner_strokes(positions, normals, count);
 }
 
 void polygon_normals_draw(Session* session, Model* model, Polygon* polygon) {
-    if (!session || !model || !polygon) return;
+    if (!session || !model || !polygon) { return; }
     const int count = vertices_at_hand(polygon->vertex_count, polygon->vertices);
-    if (count < 3) return;
+    if (count < 3) { return; }
     const Vec3* positions[POLYGON_VERTEX_LIMIT];
     const Vec3* normals[POLYGON_VERTEX_LIMIT];
     int found = 0;
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon->vertices)) {
-        if (found >= count) break;
+        if (found >= count) { break; }
         positions[found] = point_position(session, model, vertex.point, false);
         normals[found] = point_normal(session, model, vertex.normal, false);
-        if (!positions[found] || !normals[found]) return;
+        if (!positions[found] || !normals[found]) { return; }
         ++found;
     }
     draw_corner_strokes(positions, normals, found);
@@ -258,22 +258,22 @@ void polygon_normals_draw(Session* session, Model* model, Polygon* polygon) {
 
 void patch_normals_draw(Session* session, Model* model, Triangle* triangle, int count, const Vec3* positions,
                         const Vec3* normals) {
-    if (!session || !model || !triangle || !positions || !normals) return;
+    if (!session || !model || !triangle || !positions || !normals) { return; }
     const TriangleCache* cache = triangle_cache_get(session, model, triangle);
-    if (!cache) return;
+    if (!cache) { return; }
     const Vec3* corners[3];
     for (int i = 0; i < 3; ++i) {
         corners[i] = point_position(session, model, cache->point_slots[i], true);
-        if (!corners[i]) return;
+        if (!corners[i]) { return; }
     }
     const float length = triangle_mean_edge(corners[0], corners[1], corners[2]) * PATCH_STROKE;
     const SavedState saved = begin_strokes(0.0f, 1.0f, 1.0f);
-    for (int i = 0; i < count; ++i) send_stroke(positions[i], normals[i], length);
+    for (int i = 0; i < count; ++i) { send_stroke(positions[i], normals[i], length); }
     end_strokes(saved);
 }
 
 float triangle_mean_edge(const Vec3* a, const Vec3* b, const Vec3* c) {
-    if (!a || !b || !c) return 0.0f;
+    if (!a || !b || !c) { return 0.0f; }
     return (edge_length(a, b) + edge_length(b, c) + edge_length(c, a)) / 3.0f;
 }
 

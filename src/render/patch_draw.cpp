@@ -11,9 +11,9 @@
 
 #include "motion/transform_state.h"
 #include "render/overlays.h"
-#include "surfaces/patch.h"
 #include "render/triangle_draw.h"
 #include "render/vertex.h"
+#include "surfaces/patch.h"
 
 namespace pelt {
 namespace {
@@ -55,7 +55,7 @@ int patch_level(const Session* session) { return std::min(PATCH_LOD_LIMIT, sessi
 
 // False, as all gathering below, when a reference leads nowhere: such a primitive is not drawn.
 bool copy_vector(const Vec3* from, Vec3* to) {
-    if (!from) return false;
+    if (!from) { return false; }
     *to = *from;
     return true;
 }
@@ -66,11 +66,11 @@ bool gather_corners(Session* session, Model* model, Triangle* triangle, const Tr
     out->count = triangle_corners(triangle);
     for (int i = 0; i < out->count; ++i) {
         const int32_t slot = cache->point_slots[i];
-        if (!copy_vector(point_position(session, model, slot, true), &out->positions[i])) return false;
-        if (!copy_vector(point_normal(session, model, normal_slots[i], true), &out->normals[i])) return false;
+        if (!copy_vector(point_position(session, model, slot, true), &out->positions[i])) { return false; }
+        if (!copy_vector(point_normal(session, model, normal_slots[i], true), &out->normals[i])) { return false; }
         out->colours[i] = point_colour(session, model, slot, true);
         out->uvs[i] = triangle->uvs[i];
-        if (!out->colours[i]) return false;
+        if (!out->colours[i]) { return false; }
     }
     return true;
 }
@@ -78,7 +78,7 @@ bool gather_corners(Session* session, Model* model, Triangle* triangle, const Tr
 bool gather_edge_normals(Session* session, Model* model, const TriangleCache* cache, Corners* corners) {
     for (int i = 0; i < 2 * corners->count; ++i) {
         const Vec3* normal = point_normal(session, model, cache->control_slots[i], true);
-        if (!copy_vector(normal, &corners->normals[EDGE_NORMALS + i])) return false;
+        if (!copy_vector(normal, &corners->normals[EDGE_NORMALS + i])) { return false; }
     }
     return true;
 }
@@ -97,7 +97,7 @@ bool gather_rest(Model* model, Triangle* triangle, const TriangleCache* cache, R
     for (int i = 0; i < corners->count; ++i) {
         const Point* point = point_at(cache->point_slots[i]);
         const Point* normal = point_at(cache->normal_slots[i]);
-        if (!point || !normal) return false;
+        if (!point || !normal) { return false; }
         corners->positions[i] = point->position;
         corners->normals[i] = normal->normal;
         corners->colours[i] = point->gouraud;
@@ -107,7 +107,7 @@ bool gather_rest(Model* model, Triangle* triangle, const TriangleCache* cache, R
     }
     for (int i = 0; i < 2 * corners->count; ++i) {
         const Point* control = point_at(cache->control_slots[i]);
-        if (!control) return false;
+        if (!control) { return false; }
         corners->normals[EDGE_NORMALS + i] = control->normal;
     }
     return true;
@@ -142,7 +142,7 @@ void make_attributes(const Corners& corners, bool textured, bool gouraud, Surfac
     float table[PATCH_ATTRIBUTE_LIMIT * 4];
     float* value = table;
     for (int axis = 0; textured && axis < 2; ++axis) {
-        for (int i = 0; i < corners.count; ++i) *value++ = corners.uvs[i][axis];
+        for (int i = 0; i < corners.count; ++i) { *value++ = corners.uvs[i][axis]; }
     }
     for (int component = 0; gouraud && component < 3; ++component) {
         for (int i = 0; i < corners.count; ++i) {
@@ -153,7 +153,7 @@ void make_attributes(const Corners& corners, bool textured, bool gouraud, Surfac
     out->uvs = textured ? out->attributes : nullptr;
     out->reflecting = false;
     out->colours = gouraud ? out->attributes + (textured ? 2 : 0) : nullptr;
-    if (out->attribute_count == 0) return;
+    if (out->attribute_count == 0) { return; }
     (out->quad ? patch_attributes_quad : patch_attributes_triangle)(table, out->attribute_count, out->type, out->level,
                                                                     out->attributes);
 }
@@ -195,9 +195,9 @@ void send_triangles(const Surface& surface, bool mirrored, bool hide_diagonals) 
     for (int i = 0; i < surface.triangle_count; ++i) {
         const int16_t* vertices = surface.triangles[i];
         send_vertex(surface, vertices[0]);
-        if (hide_diagonals) glEdgeFlag(GL_FALSE);
+        if (hide_diagonals) { glEdgeFlag(GL_FALSE); }
         send_vertex(surface, vertices[second]);
-        if (hide_diagonals) glEdgeFlag(GL_TRUE);
+        if (hide_diagonals) { glEdgeFlag(GL_TRUE); }
         send_vertex(surface, vertices[third]);
     }
 }
@@ -225,7 +225,7 @@ void send_filtered(const Surface& surface, bool mirrored) {
 }
 
 void draw_normals(Session* session, Model* model, Triangle* triangle, const Surface& surface) {
-    if (!session->display_normals) return;
+    if (!session->display_normals) { return; }
     patch_normals_draw(session, model, triangle, surface.vertex_count, surface.positions, surface.normals);
 }
 
@@ -242,7 +242,7 @@ Corners filtered_half(const Corners& all, int half) {
         out.colours[i] = all.colours[from];
         out.uvs[i] = all.uvs[from];
     }
-    for (int i = 0; i < 6; ++i) out.normals[EDGE_NORMALS + i] = out.normals[EDGE_ENDS[i]];
+    for (int i = 0; i < 6; ++i) { out.normals[EDGE_NORMALS + i] = out.normals[EDGE_ENDS[i]]; }
     return out;
 }
 
@@ -257,7 +257,7 @@ JointPair choose_joints(Session* session, Model* model, const RestCorners& rest)
     Joint* first = rest.joints[0];
     Joint* second = first;
     for (int i = 1; i < rest.corners.count; ++i) {
-        if (rest.joints[i] != first) second = rest.joints[i];
+        if (rest.joints[i] != first) { second = rest.joints[i]; }
     }
     if (first && second == first) {
         second = first->parent_index != -1 ? model_find_joint(model, first->parent_name) : nullptr;
@@ -267,7 +267,7 @@ JointPair choose_joints(Session* session, Model* model, const RestCorners& rest)
 }
 
 Vec3 moved(const Vec3& v, const Mat4* matrix) {
-    if (!matrix) return v;
+    if (!matrix) { return v; }
     Vec3 out;
     mat_transform_point(matrix, &v, &out);
     return out;
@@ -281,7 +281,7 @@ Vec3 blended(const Vec3& a, const Vec3& b, float weight) {
 // Moves every vertex by its share of the two joints. Normals are not brought back to unit length: as they come.
 void skin_surface(const RestCorners& rest, const JointPair& joints, Surface* surface) {
     bool same_joint[4] = {};
-    for (int i = 0; i < rest.corners.count; ++i) same_joint[i] = rest.joints[i] == rest.joints[0];
+    for (int i = 0; i < rest.corners.count; ++i) { same_joint[i] = rest.joints[i] == rest.joints[0]; }
     float table[4];
     patch_weight_table(rest.weights, same_joint, rest.corners.count, table);
     float weights[PATCH_VERTEX_LIMIT];
@@ -302,11 +302,11 @@ void skin_surface(const RestCorners& rest, const JointPair& joints, Surface* sur
 }  // namespace
 
 int32_t triangle_draw_pn(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored) {
-    if (!session || !model || !triangle) return 0;
+    if (!session || !model || !triangle) { return 0; }
     const TriangleCache* cache = triangle_cache_get(session, model, triangle);
     Corners corners;
     // The points' own normals on purpose: those that the primitive names elsewhere do not count here.
-    if (!cache || !gather_corners(session, model, triangle, cache, cache->point_slots, &corners)) return 0;
+    if (!cache || !gather_corners(session, model, triangle, cache, cache->point_slots, &corners)) { return 0; }
 
     const int halves = triangle->quad ? 2 : 1;
     int32_t total = 0;
@@ -315,7 +315,7 @@ int32_t triangle_draw_pn(Session* session, Model* model, Triangle* triangle, boo
         Surface surface;
         make_triangle(part, 3, patch_level(session), &surface);
         // The second half goes through the quad's list on purpose: that is how its net has always looked.
-        if (session->display_curvenet) patch_net_draw(surface.net.slots, half == 1);
+        if (session->display_curvenet) { patch_net_draw(surface.net.slots, half == 1); }
         make_attributes(part, textured, gouraud_on(session, model), &surface);
         send_filtered(surface, mirrored);
         total += surface.triangle_count;
@@ -326,16 +326,16 @@ int32_t triangle_draw_pn(Session* session, Model* model, Triangle* triangle, boo
 
 int32_t triangle_draw_curved(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored,
                              bool reflection) {
-    if (!session || !model || !triangle) return 0;
-    if (session->display_curvepath) return triangle_draw_skinned(session, model, triangle, textured, mirrored);
+    if (!session || !model || !triangle) { return 0; }
+    if (session->display_curvepath) { return triangle_draw_skinned(session, model, triangle, textured, mirrored); }
     const TriangleCache* cache = triangle_cache_get(session, model, triangle);
     Corners corners;
-    if (!cache || !gather_corners(session, model, triangle, cache, cache->normal_slots, &corners)) return 0;
-    if (!gather_edge_normals(session, model, cache, &corners)) return 0;
+    if (!cache || !gather_corners(session, model, triangle, cache, cache->normal_slots, &corners)) { return 0; }
+    if (!gather_edge_normals(session, model, cache, &corners)) { return 0; }
 
     Surface surface;
     make_surface(corners, triangle, patch_level(session), &surface);
-    if (session->display_curvenet) patch_net_draw(surface.net.slots, surface.quad);
+    if (session->display_curvenet) { patch_net_draw(surface.net.slots, surface.quad); }
     make_attributes(corners, textured, gouraud_on(session, model), &surface);
     if (reflection) {
         reflect_surface(&surface);
@@ -348,10 +348,10 @@ int32_t triangle_draw_curved(Session* session, Model* model, Triangle* triangle,
 }
 
 int32_t triangle_draw_skinned(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored) {
-    if (!session || !model || !triangle) return 0;
+    if (!session || !model || !triangle) { return 0; }
     const TriangleCache* cache = triangle_cache_get(session, model, triangle);
     RestCorners rest;
-    if (!cache || !gather_rest(model, triangle, cache, &rest)) return 0;
+    if (!cache || !gather_rest(model, triangle, cache, &rest)) { return 0; }
 
     Surface surface;
     make_surface(rest.corners, triangle, patch_level(session), &surface);
@@ -367,11 +367,11 @@ void patch_net_draw(const Vec3* slots, bool quad) {
     static constexpr Pair TRIANGLE_PAIRS[] = {{0, 1}, {1, 3}, {3, 6}, {2, 4}, {4, 7}, {0, 2}, {1, 2}, {1, 4}, {4, 5},
                                               {2, 5}, {3, 4}, {3, 7}, {6, 7}, {7, 8}, {4, 8}, {8, 9}, {5, 9}};
     // 1-4 is a diagonal and the pairs 4-8 and 8-12 come twice. This is intended.
-    static constexpr Pair QUAD_PAIRS[] = {{0, 1},   {1, 2},   {2, 3},   {4, 5}, {5, 6},  {6, 7},  {8, 9},
-                                          {9, 10},  {10, 11}, {12, 13}, {13, 14}, {14, 15}, {1, 4}, {4, 8},
-                                          {8, 12},  {0, 4},   {4, 8},   {8, 12}, {1, 5},  {5, 9},  {9, 13},
-                                          {2, 6},   {6, 10},  {10, 14}, {3, 7}, {7, 11}, {11, 15}};
-    if (!slots) return;
+    static constexpr Pair QUAD_PAIRS[] = {{0, 1},  {1, 2},   {2, 3},   {4, 5},   {5, 6},   {6, 7},  {8, 9},
+                                          {9, 10}, {10, 11}, {12, 13}, {13, 14}, {14, 15}, {1, 4},  {4, 8},
+                                          {8, 12}, {0, 4},   {4, 8},   {8, 12},  {1, 5},   {5, 9},  {9, 13},
+                                          {2, 6},  {6, 10},  {10, 14}, {3, 7},   {7, 11},  {11, 15}};
+    if (!slots) { return; }
     GLint lighting = 0;
     GLint texture = 0;
     GLfloat colour[4] = {};
@@ -386,12 +386,12 @@ void patch_net_draw(const Vec3* slots, bool quad) {
     const size_t count = quad ? std::size(QUAD_PAIRS) : std::size(TRIANGLE_PAIRS);
     glBegin(GL_LINES);
     for (size_t i = 0; i < count; ++i) {
-        for (unsigned char slot : pairs[i]) glVertex3f(slots[slot].x, slots[slot].y, slots[slot].z);
+        for (unsigned char slot : pairs[i]) { glVertex3f(slots[slot].x, slots[slot].y, slots[slot].z); }
     }
     glEnd();
 
-    if (lighting) glEnable(GL_LIGHTING);
-    if (texture) glEnable(GL_TEXTURE_2D);
+    if (lighting) { glEnable(GL_LIGHTING); }
+    if (texture) { glEnable(GL_TEXTURE_2D); }
     glColor3f(colour[0], colour[1], colour[2]);
 }
 

@@ -95,7 +95,7 @@ void upload_slot(const LayerPass& pass, const LayerImage* image, int slot) {
 }
 
 int32_t base_pass(const LayerPass& pass, const LayerImage* image, bool mirrored) {
-    if (pass.session->display_reflect != 0 && image != nullptr && image->reflection == 1.0f) return 0;
+    if (pass.session->display_reflect != 0 && image != nullptr && image->reflection == 1.0f) { return 0; }
     return layer_draw(pass.session, pass.model, pass.layer, pass.alpha, pass.textured, mirrored, false);
 }
 
@@ -110,11 +110,11 @@ void reflection_pass(const LayerPass& pass, const LayerImage* image, bool mirror
                       image->height[IMAGE_SLOT_REFLECTION], false, image->reflection);
     glEnable(GL_TEXTURE_2D);
     layer_draw(pass.session, pass.model, pass.layer, pass.alpha, true, mirrored, true);
-    if (!pass.textured) glDisable(GL_TEXTURE_2D);
+    if (!pass.textured) { glDisable(GL_TEXTURE_2D); }
 }
 
 void set_base_texture(LayerPass* pass, const LayerImage* image) {
-    if (pass->session->display_textures == 0) return;
+    if (pass->session->display_textures == 0) { return; }
     pass->textured = image != nullptr && image->pixels[IMAGE_SLOT_BASE] != nullptr;
     if (pass->textured) {
         upload_slot(*pass, image, IMAGE_SLOT_BASE);
@@ -143,7 +143,9 @@ int32_t layer_passes(Session* session, Model* model, Layer* layer, GLenum mode) 
     glDisable(GL_BLEND);
     LayerPass pass{session, model, layer, layer_alpha(session, layer), false};
     layer_colour(layer, pass.alpha);
-    if (pass.alpha > 0.0f) glEnable(GL_BLEND);  // intended: for opaque layers too
+    if (pass.alpha > 0.0f) {
+        glEnable(GL_BLEND);  // intended: for opaque layers too
+    }
     layer_polygon_mode(session, layer, mode);
     int32_t count = 0;
     auto images = list_elements<LayerImage>(layer->images).begin();
@@ -153,11 +155,11 @@ int32_t layer_passes(Session* session, Model* model, Layer* layer, GLenum mode) 
         count += base_pass(pass, image, false);
         reflection_pass(pass, image, false);
         // Intended: only a layer that is mirrored ever shows a second image.
-        if (!is_mirrored(session, layer)) return count;
+        if (!is_mirrored(session, layer)) { return count; }
         count += mirrored_drawing(pass, image);
-        if (session->display_textures == 0 || image == nullptr) return count;
+        if (session->display_textures == 0 || image == nullptr) { return count; }
         ++images;
-        if (!(images != std::default_sentinel)) return count;
+        if (!(images != std::default_sentinel)) { return count; }
     }
 }
 
@@ -167,7 +169,7 @@ void lines_pass(Session* session, Model* model, Layer* layer) {
     layer_colour(layer, layer_alpha(session, layer));
     for (Line& line : list_elements<Line>(layer->lines)) {
         line_draw(session, model, &line);
-        if (!is_mirrored(session, layer)) continue;
+        if (!is_mirrored(session, layer)) { continue; }
         glPushMatrix();
         mirror_scale(layer);
         line_draw(session, model, &line);
@@ -178,7 +180,7 @@ void lines_pass(Session* session, Model* model, Layer* layer) {
 // A borrowed link can lead back to a model that is being drawn.
 bool is_drawing(const Level* level, const Model* model) {
     for (; level != nullptr; level = level->above) {
-        if (level->model == model) return true;
+        if (level->model == model) { return true; }
     }
     return false;
 }
@@ -189,7 +191,7 @@ int32_t children_draw(Session* session, Model* model, const Level* level) {
     int32_t count = 0;
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
         const ChildState* state = child_state(session, &link);
-        if (state == nullptr) continue;
+        if (state == nullptr) { continue; }
         SavedMatrix saved;
         matrix_save(&saved, level->depth + 1);
         glMultMatrixf(state->gl_matrix.m);
@@ -201,7 +203,7 @@ int32_t children_draw(Session* session, Model* model, const Level* level) {
 
 int32_t model_draw_at(Session* session, Model* model, const Level* above) {
     const int depth = above == nullptr ? 0 : above->depth + 1;
-    if (model == nullptr || depth > MODEL_TREE_DEPTH_LIMIT || is_drawing(above, model)) return 0;
+    if (model == nullptr || depth > MODEL_TREE_DEPTH_LIMIT || is_drawing(above, model)) { return 0; }
     const Level level{model, above, depth};
     SavedMatrix saved;
     glMatrixMode(GL_MODELVIEW);
@@ -215,8 +217,8 @@ int32_t model_draw_at(Session* session, Model* model, const Level* above) {
     glDisable(GL_TEXTURE_2D);
     glDisable(GL_NORMALIZE);
     glShadeModel(GL_SMOOTH);
-    if (session->display_points != 0) points_draw(session, model);
-    if (session->display_skeleton != 0) skeleton_draw(session, model);
+    if (session->display_points != 0) { points_draw(session, model); }
+    if (session->display_skeleton != 0) { skeleton_draw(session, model); }
     const GLenum mode = session->display_wireframe != 0 ? GL_LINE : GL_FILL;
     if (session->display_lighting != 0) {
         glEnable(GL_LIGHTING);
@@ -224,12 +226,16 @@ int32_t model_draw_at(Session* session, Model* model, const Level* above) {
         glDisable(GL_LIGHTING);
     }
     if (session->display_triangles != 0) {
-        for (Layer& layer : list_elements<Layer>(model->layers)) count += layer_passes(session, model, &layer, mode);
+        for (Layer& layer : list_elements<Layer>(model->layers)) {
+            count += layer_passes(session, model, &layer, mode);
+        }
     }
     if (session->display_lines != 0) {
-        for (Layer& layer : list_elements<Layer>(model->layers)) lines_pass(session, model, &layer);
+        for (Layer& layer : list_elements<Layer>(model->layers)) { lines_pass(session, model, &layer); }
     }
-    if (state != nullptr) state->triangle_count = count;  // intended: without the children
+    if (state != nullptr) {
+        state->triangle_count = count;  // intended: without the children
+    }
     count += children_draw(session, model, &level);
     matrix_restore(&saved);
     return count;
@@ -246,8 +252,7 @@ void scene_draw(Session* session) {
 
 int32_t model_draw(Session* session, Model* model) { return model_draw_at(session, model, nullptr); }
 
-int32_t layer_draw(Session* session, Model* model, Layer* layer, float, bool textured, bool mirrored,
-                   bool reflection) {
+int32_t layer_draw(Session* session, Model* model, Layer* layer, float, bool textured, bool mirrored, bool reflection) {
     const bool plain = session->display_curves == 0 || session->display_lod == 0;
     const bool filter = session->display_pnfilter != 0;
     const bool normals = session->display_normals != 0;
@@ -260,11 +265,11 @@ int32_t layer_draw(Session* session, Model* model, Layer* layer, float, bool tex
         } else {
             count += triangle_draw_curved(session, model, &triangle, textured, mirrored, reflection);
         }
-        if (normals) triangle_normals_draw(session, model, &triangle);
+        if (normals) { triangle_normals_draw(session, model, &triangle); }
     }
     for (Polygon& polygon : list_elements<Polygon>(layer->polygons)) {
         count += polygon_draw(session, model, &polygon, textured, mirrored, reflection);
-        if (normals) polygon_normals_draw(session, model, &polygon);
+        if (normals) { polygon_normals_draw(session, model, &polygon); }
     }
     return count;
 }

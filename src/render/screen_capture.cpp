@@ -59,11 +59,11 @@ bool read_pixels(const GLint* viewport, int32_t width, int32_t height, unsigned 
     gl_window_geometry(frame_view()->window, &x, &y, &drawable_width, &drawable_height);
     const int32_t columns = inside_size(viewport[0], width, drawable_width);
     const int32_t rows = inside_size(viewport[1], height, drawable_height);
-    if (columns == 0 || rows == 0) return true;
+    if (columns == 0 || rows == 0) { return true; }
     const size_t row_size = static_cast<size_t>(columns) * PIXEL_SIZE;
     const size_t read_size = (row_size + PACK_ALIGNMENT - 1) / PACK_ALIGNMENT * PACK_ALIGNMENT;
     const Bytes read = make_bytes(read_size * static_cast<size_t>(rows));
-    if (read == nullptr) return false;
+    if (read == nullptr) { return false; }
     glReadPixels(viewport[0], viewport[1], columns, rows, GL_RGB, GL_UNSIGNED_BYTE, read.get());
     for (size_t row = 0; row < static_cast<size_t>(rows); ++row) {
         const unsigned char* from = read.get() + row * read_size;
@@ -81,15 +81,15 @@ bool read_pixels(const GLint* viewport, int32_t width, int32_t height, unsigned 
 
 void screen_capture(const char* path, int32_t width, int32_t height) {
     const ViewState* view = frame_view();
-    if (path == nullptr || view == nullptr || !gl_context_current(view->window)) return;
-    if (!gl_swap_keeps_back_buffer(view->window)) frame_draw_unswapped();
+    if (path == nullptr || view == nullptr || !gl_context_current(view->window)) { return; }
+    if (!gl_swap_keeps_back_buffer(view->window)) { frame_draw_unswapped(); }
     GLint viewport[4] = {0, 0, 0, 0};
     glGetIntegerv(GL_VIEWPORT, viewport);
     width = capture_size(width, viewport[2]);
     height = capture_size(height, viewport[3]);
     const size_t size = PIXELS_OFFSET + static_cast<size_t>(width) * static_cast<size_t>(height) * PIXEL_SIZE;
     const Bytes file = make_bytes(size);
-    if (file == nullptr || !read_pixels(viewport, width, height, file.get() + PIXELS_OFFSET)) return;
+    if (file == nullptr || !read_pixels(viewport, width, height, file.get() + PIXELS_OFFSET)) { return; }
     fill_header(file.get(), width, height);
     file_write_all(path, file.get(), size);
 }

@@ -37,7 +37,7 @@ struct VertexForm {
 
 template <int Limit>
 inline void send_vertex(const Corners<Limit>& corners, int i, VertexForm form) {
-    if (form.textured) glTexCoord2f(corners.uvs[i].u, corners.uvs[i].v);
+    if (form.textured) { glTexCoord2f(corners.uvs[i].u, corners.uvs[i].v); }
     if (form.gouraud) {
         const unsigned char* c = corners.colours[i];
         glColor4f(static_cast<float>(c[0]) * GOURAUD_SCALE, static_cast<float>(c[1]) * GOURAUD_SCALE,
@@ -61,14 +61,14 @@ bool collect_corners(Session* session, Model* model, const Triangle* triangle, c
         const int32_t point_slot = cache->point_slots[corner];
         const int32_t normal_slot = cache->normal_slots[corner];
         const auto* point = static_cast<const Point*>(list_at(&model->points, point_slot, 0));
-        if (point == nullptr) return false;
+        if (point == nullptr) { return false; }
         const PointState* state = point_posed(session, point);
         out->positions[i] = state != nullptr ? &state->position : &point->position;
         if (normal_slot == point_slot) {
             out->normals[i] = state != nullptr ? &state->normal : &point->normal;
         } else {
             out->normals[i] = point_normal(session, model, normal_slot, true);
-            if (out->normals[i] == nullptr) return false;
+            if (out->normals[i] == nullptr) { return false; }
         }
         out->colours[i] = point->gouraud;
         out->uvs[i] = {triangle->uvs[corner][0], triangle->uvs[corner][1]};
@@ -91,7 +91,7 @@ void send_reflected(GLenum primitive, const Vec3* const* positions, const Vec3* 
 template <int Limit>
 void send_strip(const Corners<Limit>& corners, int first, int count, VertexForm form) {
     glBegin(GL_TRIANGLE_STRIP);
-    for (int i = first; i < count; ++i) send_vertex(corners, i, form);
+    for (int i = first; i < count; ++i) { send_vertex(corners, i, form); }
     glEnd();
 }
 
@@ -99,7 +99,7 @@ void send_strip(const Corners<Limit>& corners, int first, int count, VertexForm 
 void send_half_quad(const Corners<4>& corners, const int (&order)[3], VertexForm form) {
     for (int i = 0; i < 3; ++i) {
         glEdgeFlag(GL_TRUE);
-        if (i == 1) glEdgeFlag(GL_FALSE);
+        if (i == 1) { glEdgeFlag(GL_FALSE); }
         send_vertex(corners, order[i], form);
     }
 }
@@ -119,10 +119,10 @@ void send_quad(const Session* session, const Corners<4>& corners, VertexForm for
 int collect_vertices(Session* session, Model* model, const Polygon* polygon, Corners<POLYGON_VERTEX_LIMIT>* out) {
     int count = 0;
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon->vertices)) {
-        if (count == POLYGON_VERTEX_LIMIT) break;
+        if (count == POLYGON_VERTEX_LIMIT) { break; }
         const Point* point = static_cast<const Point*>(list_find(&model->points, vertex.point));
         const Vec3* normal = point_normal(session, model, vertex.normal, false);
-        if (point == nullptr || normal == nullptr) return 0;
+        if (point == nullptr || normal == nullptr) { return 0; }
         out->positions[count] = point_posed_position(session, point);
         out->normals[count] = normal;
         out->colours[count] = point->gouraud;
@@ -187,7 +187,7 @@ int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool t
     const int count = quad ? 4 : 3;
     Corners<4> corners;
     const auto& order = mirrored ? STORED_ORDER : REVERSED_ORDER;
-    if (cache == nullptr || !collect_corners(session, model, triangle, cache, order, count, &corners)) return 0;
+    if (cache == nullptr || !collect_corners(session, model, triangle, cache, order, count, &corners)) { return 0; }
     if (reflection) {
         TextureCoords uvs[4];
         send_reflected(quad ? GL_TRIANGLE_STRIP : GL_TRIANGLES, corners.positions, corners.normals, uvs, count);
@@ -199,16 +199,15 @@ int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool t
         return 2;
     }
     glBegin(GL_TRIANGLES);
-    for (int i = 0; i < 3; ++i) send_vertex(corners, i, form);
+    for (int i = 0; i < 3; ++i) { send_vertex(corners, i, form); }
     glEnd();
     return 1;
 }
 
-int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool textured, bool mirrored,
-                     bool reflection) {
+int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool textured, bool mirrored, bool reflection) {
     Corners<POLYGON_VERTEX_LIMIT> corners;
     const int count = collect_vertices(session, model, polygon, &corners);
-    if (count < 3) return 0;
+    if (count < 3) { return 0; }
     if (reflection) {
         TextureCoords uvs[POLYGON_VERTEX_LIMIT];
         send_reflected(GL_TRIANGLE_STRIP, corners.positions, corners.normals, uvs, count);
@@ -221,7 +220,7 @@ int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool text
     }
     // The first triangle turned round, then the strip from its second vertex on: every triangle changes its winding.
     glBegin(GL_TRIANGLES);
-    for (int i = 2; i >= 0; --i) send_vertex(corners, i, form);
+    for (int i = 2; i >= 0; --i) { send_vertex(corners, i, form); }
     glEnd();
     send_strip(corners, 1, count, form);
     return count - 2;

@@ -46,11 +46,11 @@ void inset_layer(Layer* layer, const Inset& inset) {
 }  // namespace
 
 int model_inset_uvees(Model* model, float low, float high) {
-    if (model == nullptr) return 0;
+    if (model == nullptr) { return 0; }
     for (Layer& layer : list_elements<Layer>(model->layers)) {
         const LayerImage* image = layer_first_image(&layer);
         // Intended: a layer of polygons alone is passed over.
-        if (image == nullptr || list_count(&layer.triangles) == 0) continue;
+        if (image == nullptr || list_count(&layer.triangles) == 0) { continue; }
         inset_layer(&layer, inset_of(image, low, high));
     }
     return 1;

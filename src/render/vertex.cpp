@@ -21,7 +21,7 @@ void set_face_normal(const Model* model, const Triangle* triangle, int a, int b,
     Vec3 places[3];
     for (int i = 0; i < 3; ++i) {
         const Vec3* place = model_point_position(model, triangle->points[corners[i]]);
-        if (place == nullptr) return;
+        if (place == nullptr) { return; }
         places[i] = *place;  // it lies in a static copy
     }
     *out = plane_normal(&places[0], &places[1], &places[2]);
@@ -33,7 +33,7 @@ int32_t joint_span(const Model* model, const TriangleCache* cache, int corners) 
     for (int i = 0; i < corners; ++i) {
         const Point* point = find_point(model, cache->point_slots[i], true);
         const Joint* joint = point != nullptr ? point->joint_a : nullptr;
-        if (i > 0 && joint != before) span = 2;
+        if (i > 0 && joint != before) { span = 2; }
         before = joint;
     }
     return span;
@@ -46,9 +46,7 @@ void fill_slots(const Model* model, const Triangle* triangle, TriangleCache* cac
         cache->point_slots[i] = i < corners ? slot_of(model, triangle->points[i]) : -1;
         cache->normal_slots[i] = i < corners ? slot_of(model, triangle->normals[i]) : -1;
     }
-    for (int i = 0; i < 8; ++i) {
-        cache->control_slots[i] = i < controls ? slot_of(model, triangle->controls[i]) : -1;
-    }
+    for (int i = 0; i < 8; ++i) { cache->control_slots[i] = i < controls ? slot_of(model, triangle->controls[i]) : -1; }
     cache->joint_span = joint_span(model, cache, corners);
 }
 
@@ -56,14 +54,14 @@ void fill_slots(const Model* model, const Triangle* triangle, TriangleCache* cac
 
 TriangleCache* triangle_cache_make(Session* session, Model* model, Triangle* triangle) {
     int32_t id = take_id(&next_triangle_cache_id);
-    while (list_find(&session->triangle_caches, id) != nullptr) id = take_id(&next_triangle_cache_id);
+    while (list_find(&session->triangle_caches, id) != nullptr) { id = take_id(&next_triangle_cache_id); }
     auto* cache = static_cast<TriangleCache*>(list_add(&session->triangle_caches, id));
-    if (cache == nullptr) return nullptr;
+    if (cache == nullptr) { return nullptr; }
     *cache = TriangleCache{};  // a slot used before still holds its former tenant
     triangle->state_index = list_index_of(&session->triangle_caches, id, 0);
     cache->triangle = triangle;
     set_face_normal(model, triangle, 0, 1, 2, &cache->face_normal);
-    if (triangle->quad != 0) set_face_normal(model, triangle, 2, 1, 3, &cache->face_normal_2);
+    if (triangle->quad != 0) { set_face_normal(model, triangle, 2, 1, 3, &cache->face_normal_2); }
     fill_slots(model, triangle, cache);
     cache->id = id;
     return cache;

@@ -13,7 +13,7 @@ TriangleCache* triangle_cache_make(Session* session, Model* model, Triangle* tri
 inline TriangleCache* triangle_cache_get(Session* session, Model* model, Triangle* triangle) {
     if (triangle->state_index >= 0) {
         void* cache = list_at(&session->triangle_caches, triangle->state_index, 0);
-        if (cache != nullptr) return static_cast<TriangleCache*>(cache);
+        if (cache != nullptr) { return static_cast<TriangleCache*>(cache); }
     }
     return triangle_cache_make(session, model, triangle);
 }
@@ -26,7 +26,7 @@ const unsigned char* point_colour(Session* session, Model* model, int32_t refere
 
 // The run-time record of a point in hand, null for one at rest.
 inline const PointState* point_posed(const Session* session, const Point* point) {
-    if (point->state_index < 0) return nullptr;
+    if (point->state_index < 0) { return nullptr; }
     return static_cast<const PointState*>(list_at(&session->point_states, point->state_index, 0));
 }
 

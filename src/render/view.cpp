@@ -22,7 +22,7 @@ bool is_unsized(const ViewState* view) { return view->width <= 1 && view->height
 
 // The longer side shows more than the radius, the shorter one just that.
 ViewExtents fitted_extents(float radius, int32_t width, int32_t height) {
-    if (width > height) return {radius * view_size_ratio(width, height), radius};
+    if (width > height) { return {radius * view_size_ratio(width, height), radius}; }
     return {radius, radius * view_size_ratio(height, width)};
 }
 
@@ -44,7 +44,7 @@ void view_set_freerotate(ViewState* view, int32_t on) { view->freerotate = on; }
 void view_set_focus(ViewState* view, float x, float y, float z) { view->focus = {x, y, z}; }
 
 void view_set_zoom(ViewState* view, float factor) {
-    if (!(factor >= ZOOM_MIN)) factor = ZOOM_MIN;
+    if (!(factor >= ZOOM_MIN)) { factor = ZOOM_MIN; }
     view->zoom = factor > ZOOM_MAX ? ZOOM_MAX : factor;
 }
 
@@ -72,9 +72,9 @@ void view_fit(ViewState* view, float radius, bool keep) {
     const float r = radius * FIT_MARGIN;
     const ViewExtents extents = fitted_extents(r, view->width, view->height);
     const float z = r + r;
-    if (!std::isfinite(extents.x) || !std::isfinite(extents.y) || !std::isfinite(z)) return;
+    if (!std::isfinite(extents.x) || !std::isfinite(extents.y) || !std::isfinite(z)) { return; }
     if (keep) {
-        if (extents.x <= view->extent_x && extents.y <= view->extent_y && z <= view->extent_z) return;
+        if (extents.x <= view->extent_x && extents.y <= view->extent_y && z <= view->extent_z) { return; }
         view->zoom = (view->extent_z / z) * view->zoom;  // with the depth of before
     }
     view->extent_x = extents.x;
@@ -84,7 +84,7 @@ void view_fit(ViewState* view, float radius, bool keep) {
 }
 
 ViewExtents view_resized_extents(const ViewState* view, int32_t width, int32_t height) {
-    if (is_unsized(view) && view->unsized_radius > 0.0f) return fitted_extents(view->unsized_radius, width, height);
+    if (is_unsized(view) && view->unsized_radius > 0.0f) { return fitted_extents(view->unsized_radius, width, height); }
     return {view_scaled_extent(view->extent_x, view_size_ratio(width, view->width)),
             view_scaled_extent(view->extent_y, view_size_ratio(height, view->height))};
 }
@@ -94,7 +94,7 @@ void view_take_size(ViewState* view, int32_t width, int32_t height, ViewExtents 
     view->height = height;
     view->extent_x = extents.x;
     view->extent_y = extents.y;
-    if (!is_unsized(view)) view->unsized_radius = 0.0f;
+    if (!is_unsized(view)) { view->unsized_radius = 0.0f; }
 }
 
 void view_reset(ViewState* view) {

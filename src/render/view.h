@@ -11,11 +11,11 @@ namespace pelt {
 struct Session;
 
 struct ViewState {
-    int32_t freerotate;    // the modelview matrix of the context is the state
-    WindowHandle window;   // 0 until one is created; never cleared
-    float zoom;            // larger shows more
-    float pan_x, pan_y;    // world units
-    float angle, pitch;    // degrees about y and x
+    int32_t freerotate;   // the modelview matrix of the context is the state
+    WindowHandle window;  // 0 until one is created; never cleared
+    float zoom;           // larger shows more
+    float pan_x, pan_y;   // world units
+    float angle, pitch;   // degrees about y and x
     float extent_x, extent_y, extent_z;
     int32_t width, height;  // pixels
     Vec3 focus;

@@ -15,7 +15,7 @@ bool has_context(const ViewState* view) { return gl_context_current(view->window
 }  // namespace
 
 void view_load_projection(const ViewState* view) {
-    if (!has_context(view)) return;
+    if (!has_context(view)) { return; }
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     // The negative depth scale lets a nearer point have the smaller depth value.
@@ -25,9 +25,9 @@ void view_load_projection(const ViewState* view) {
 }
 
 void view_load_rotation(const ViewState* view) {
-    if (!has_context(view)) return;
+    if (!has_context(view)) { return; }
     glMatrixMode(GL_MODELVIEW);
-    if (view->freerotate != 0) return;
+    if (view->freerotate != 0) { return; }
     glLoadIdentity();
     glRotatef(view->angle, 0.0f, 1.0f, 0.0f);
     glRotatef(view->pitch, 1.0f, 0.0f, 0.0f);
@@ -36,11 +36,11 @@ void view_load_rotation(const ViewState* view) {
 void view_set_angles(ViewState* view, float angle, float pitch) {
     // The flag is lifted meanwhile, so that a named view replaces the matrix of a free rotation too.
     const int32_t freerotate = view->freerotate;
-    if (freerotate != 0) view_set_freerotate(view, 0);
+    if (freerotate != 0) { view_set_freerotate(view, 0); }
     view->angle = angle;
     view->pitch = pitch;
     view_load_rotation(view);
-    if (freerotate != 0) view_set_freerotate(view, freerotate);
+    if (freerotate != 0) { view_set_freerotate(view, freerotate); }
 }
 
 void view_rotate(ViewState* view, float x_angle, float y_angle) {
@@ -49,13 +49,13 @@ void view_rotate(ViewState* view, float x_angle, float y_angle) {
         view->pitch += y_angle;
         return;
     }
-    if (!has_context(view)) return;
+    if (!has_context(view)) { return; }
     float before[16];
     glMatrixMode(GL_MODELVIEW);
     glGetFloatv(GL_MODELVIEW_MATRIX, before);
     glLoadIdentity();
-    if (x_angle != 0.0f) glRotatef(x_angle, 0.0f, 1.0f, 0.0f);
-    if (y_angle != 0.0f) glRotatef(y_angle, 1.0f, 0.0f, 0.0f);
+    if (x_angle != 0.0f) { glRotatef(x_angle, 0.0f, 1.0f, 0.0f); }
+    if (y_angle != 0.0f) { glRotatef(y_angle, 1.0f, 0.0f, 0.0f); }
     glMultMatrixf(before);
 }
 
@@ -63,7 +63,7 @@ void view_set_background(ViewState* view, float red, float green, float blue) {
     view->background[0] = red;
     view->background[1] = green;
     view->background[2] = blue;
-    if (has_context(view)) glClearColor(red, green, blue, 0.0f);
+    if (has_context(view)) { glClearColor(red, green, blue, 0.0f); }
 }
 
 void view_get_matrix(const ViewState* view, Mat4* out) {
@@ -78,7 +78,7 @@ void view_get_matrix(const ViewState* view, Mat4* out) {
 }
 
 void view_set_matrix(ViewState* view, const Mat4* matrix) {
-    if (!has_context(view)) return;
+    if (!has_context(view)) { return; }
     glMatrixMode(GL_MODELVIEW);
     glLoadMatrixf(mat_to_gl(matrix)->m);
 }

@@ -10,8 +10,8 @@ void view_load_rotation(const ViewState* view);    // leaves it at GL_MODELVIEW
 void view_set_angles(ViewState* view, float angle, float pitch);
 void view_rotate(ViewState* view, float x_angle, float y_angle);
 void view_set_background(ViewState* view, float red, float green, float blue);
-void view_get_matrix(const ViewState* view, Mat4* out);        // row-major; the identity without a context
-void view_set_matrix(ViewState* view, const Mat4* matrix);     // row-major
+void view_get_matrix(const ViewState* view, Mat4* out);     // row-major; the identity without a context
+void view_set_matrix(ViewState* view, const Mat4* matrix);  // row-major
 void view_init_lighting();
 
 }  // namespace pelt

@@ -1,6 +1,5 @@
 // Layers of a model. What surprises: a new layer leaves five of its fields as they are, so that a slot used again
 // keeps the image settings of its former tenant; and a rename moves the record to another slot, lists and all.
-
 #include "scene/layer.h"
 
 #include <initializer_list>
@@ -14,31 +13,23 @@ namespace pelt {
 
 namespace {
 
-constexpr float NO_COLOUR = 255.0f;          // every channel of the colour of an absent layer
-constexpr float COLOUR_KEY_SCALE = 255.0f;   // from 0.0 to 1.0 in a file to a byte
+constexpr float NO_COLOUR = 255.0f;         // every channel of the colour of an absent layer
+constexpr float COLOUR_KEY_SCALE = 255.0f;  // from 0.0 to 1.0 in a file to a byte
 
 // Without a text: for operations whose failure is silent.
 Layer* find_layer_silently(const Model* model, const char* name) {
     return model != nullptr && name != nullptr ? static_cast<Layer*>(list_find(&model->layers, name)) : nullptr;
 }
 
-bool is_unit_range(float value) {
-    return value >= 0.0f && value <= 1.0f;
-}
+bool is_unit_range(float value) { return value >= 0.0f && value <= 1.0f; }
 
 // Everything a layer owns; the record itself and its slot stay.
 void release_layer_content(Layer* layer) {
     for (LayerImage& image : list_elements<LayerImage>(layer->images)) {
-        for (int slot = 0; slot < LAYER_IMAGE_SLOTS; ++slot) {
-            layer_image_release_slot(&image, slot);
-        }
+        for (int slot = 0; slot < LAYER_IMAGE_SLOTS; ++slot) { layer_image_release_slot(&image, slot); }
     }
-    for (Polygon& polygon : list_elements<Polygon>(layer->polygons)) {
-        list_free(&polygon.vertices);
-    }
-    for (Line& line : list_elements<Line>(layer->lines)) {
-        list_free(&line.vertices);
-    }
+    for (Polygon& polygon : list_elements<Polygon>(layer->polygons)) { list_free(&polygon.vertices); }
+    for (Line& line : list_elements<Line>(layer->lines)) { list_free(&line.vertices); }
     for (KeyedList* list : {&layer->triangles, &layer->polygons, &layer->lines, &layer->images, &layer->uvees}) {
         list_free(list);
     }
@@ -56,18 +47,14 @@ void init_layer_lists(Layer* layer) {
 
 int model_add_layer(Model* model, const char* name, int red, int green, int blue, int singlesided, int mirror,
                     int mirror_axis) {
-    if (model == nullptr || name == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || name == nullptr) { return 0; }
     if (find_layer_silently(model, name) != nullptr) {
         load_error_set("duplicate layer name not allowed");
         return 0;
     }
     load_error_set(nullptr);
     Layer* layer = static_cast<Layer*>(list_add(&model->layers, name));
-    if (layer == nullptr) {
-        return 0;
-    }
+    if (layer == nullptr) { return 0; }
     // Intended: image axes and repeat are not written, a slot used again keeps those of the layer before.
     str_copy(name, layer->name);
     layer->colour[0] = red;
@@ -78,9 +65,7 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
     layer->mirror = mirror;
     layer->mirror_axis = mirror_axis;
     layer->invisible = 0;
-    for (int32_t& channel : layer->invisible_colour) {
-        channel = 0;
-    }
+    for (int32_t& channel : layer->invisible_colour) { channel = 0; }
     layer->bounds_min = Vec3{};
     layer->bounds_max = Vec3{};
     init_layer_lists(layer);
@@ -88,20 +73,14 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
 }
 
 Layer* model_find_layer(const Model* model, const char* name) {
-    if (model == nullptr || name == nullptr) {
-        return nullptr;
-    }
+    if (model == nullptr || name == nullptr) { return nullptr; }
     Layer* layer = find_layer_silently(model, name);
-    if (layer == nullptr) {
-        load_error_set("layer does not exist");
-    }
+    if (layer == nullptr) { load_error_set("layer does not exist"); }
     return layer;
 }
 
 int model_delete_layer(Model* model, const char* name) {
-    if (find_layer_silently(model, name) == nullptr) {
-        return 0;
-    }
+    if (find_layer_silently(model, name) == nullptr) { return 0; }
     model_delete_layer_slot(model, list_index_of(&model->layers, name, 0));
     return 1;
 }
@@ -116,13 +95,9 @@ void model_delete_layer_slot(Model* model, int32_t slot) {
 
 int model_rename_layer(Model* model, const char* old_name, const char* new_name) {
     const Layer* layer = find_layer_silently(model, old_name);
-    if (layer == nullptr || new_name == nullptr || new_name[0] == '\0') {
-        return 0;
-    }
+    if (layer == nullptr || new_name == nullptr || new_name[0] == '\0') { return 0; }
     Layer* replaced = find_layer_silently(model, new_name);
-    if (replaced != nullptr && replaced != layer) {
-        release_layer_content(replaced);
-    }
+    if (replaced != nullptr && replaced != layer) { release_layer_content(replaced); }
     Layer renamed = *layer;
     str_copy(new_name, renamed.name);
     // The names may lie in the records themselves, so the new key is a copy.
@@ -134,26 +109,18 @@ int model_rename_layer(Model* model, const char* old_name, const char* new_name)
 }
 
 void model_layer_colour(const Model* model, const char* name, float out[4]) {
-    if (out == nullptr) {
-        return;
-    }
+    if (out == nullptr) { return; }
     const Layer* layer = model_find_layer(model, name);
-    for (int channel = 0; channel < 4; ++channel) {
-        out[channel] = NO_COLOUR;
-    }
+    for (int channel = 0; channel < 4; ++channel) { out[channel] = NO_COLOUR; }
     if (layer != nullptr) {
-        for (int channel = 0; channel < 3; ++channel) {
-            out[channel] = static_cast<float>(layer->colour[channel]);
-        }
+        for (int channel = 0; channel < 3; ++channel) { out[channel] = static_cast<float>(layer->colour[channel]); }
         out[3] = 0.0f;
     }
 }
 
 int model_set_layer_colour(Model* model, const char* name, int red, int green, int blue) {
     Layer* layer = model_find_layer(model, name);
-    if (layer == nullptr) {
-        return 0;
-    }
+    if (layer == nullptr) { return 0; }
     layer->colour[0] = red;
     layer->colour[1] = green;
     layer->colour[2] = blue;
@@ -167,9 +134,7 @@ int model_layer_sides(const Model* model, const char* name) {
 
 int model_set_layer_sides(Model* model, const char* name, int sides) {
     Layer* layer = model_find_layer(model, name);
-    if (layer == nullptr) {
-        return 0;
-    }
+    if (layer == nullptr) { return 0; }
     layer->singlesided = sides > 1 ? 0 : 1;
     return 1;
 }
@@ -181,9 +146,7 @@ int model_layer_mirror(const Model* model, const char* name) {
 
 int model_set_layer_mirror(Model* model, const char* name, int code) {
     Layer* layer = model_find_layer(model, name);
-    if (layer == nullptr) {
-        return 0;
-    }
+    if (layer == nullptr) { return 0; }
     // Intended: any code but these four changes nothing and still counts as success.
     if (code == 0) {
         layer->mirror = 0;
@@ -201,9 +164,7 @@ float model_layer_transparency(const Model* model, const char* name) {
 
 int model_set_layer_transparency(Model* model, const char* name, float value) {
     Layer* layer = model_find_layer(model, name);
-    if (layer == nullptr) {
-        return 0;
-    }
+    if (layer == nullptr) { return 0; }
     layer->transparency = value;
     return 1;
 }
@@ -213,17 +174,13 @@ int model_set_transparency(Model* model, const char* name, float value) {
 }
 
 int model_set_invisible(Model* model, const char* name, float red, float green, float blue) {
-    if (model == nullptr || name == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || name == nullptr) { return 0; }
     if (!is_unit_range(red) || !is_unit_range(green) || !is_unit_range(blue)) {
         load_error_set("invisible color out of range (should be 0.0 to 1.0)");
         return 0;
     }
     Layer* layer = model_find_layer(model, name);
-    if (layer == nullptr) {
-        return 0;
-    }
+    if (layer == nullptr) { return 0; }
     layer->invisible = 1;
     layer->invisible_colour[0] = float_to_int(red * COLOUR_KEY_SCALE);
     layer->invisible_colour[1] = float_to_int(green * COLOUR_KEY_SCALE);
@@ -232,32 +189,22 @@ int model_set_invisible(Model* model, const char* name, float red, float green, 
 }
 
 int model_set_reflection(Model* model, const char* name, float value) {
-    if (!is_unit_range(value)) {
-        return 0;
-    }
+    if (!is_unit_range(value)) { return 0; }
     LayerImage* image = layer_first_image(model_find_layer(model, name));
-    if (image == nullptr) {
-        return 0;
-    }
+    if (image == nullptr) { return 0; }
     image->reflection = value;
     return 1;
 }
 
 LayerImage* layer_first_image(const Layer* layer) {
-    if (layer == nullptr) {
-        return nullptr;
-    }
+    if (layer == nullptr) { return nullptr; }
     return static_cast<LayerImage*>(list_at(&layer->images, list_next_slot(&layer->images, 0), 0));
 }
 
 void layer_image_release_slot(LayerImage* image, int slot) {
-    if (image == nullptr || slot < 0 || slot >= LAYER_IMAGE_SLOTS) {
-        return;
-    }
+    if (image == nullptr || slot < 0 || slot >= LAYER_IMAGE_SLOTS) { return; }
     // By the id of the reference: the path that led to it may have changed since.
-    if (image->image_id[slot] > 0) {
-        image_release_id(image->image_id[slot]);
-    }
+    if (image->image_id[slot] > 0) { image_release_id(image->image_id[slot]); }
     image->image_id[slot] = 0;
     image->pixels[slot] = nullptr;
     image->bytes_per_pixel[slot] = 0;

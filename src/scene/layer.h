@@ -20,8 +20,8 @@ struct LayerImage {
     char names[LAYER_IMAGE_SLOTS][128];  // file names as the model file says them, without its directory
     int32_t width[LAYER_IMAGE_SLOTS];
     int32_t height[LAYER_IMAGE_SLOTS];
-    unsigned char* pixels[LAYER_IMAGE_SLOTS];   // in the image registry; null when the slot is empty
-    int32_t image_id[LAYER_IMAGE_SLOTS];        // the reference that the slot holds, 0 for none
+    unsigned char* pixels[LAYER_IMAGE_SLOTS];    // in the image registry; null when the slot is empty
+    int32_t image_id[LAYER_IMAGE_SLOTS];         // the reference that the slot holds, 0 for none
     int32_t bytes_per_pixel[LAYER_IMAGE_SLOTS];  // 3, or 4 for pixels with a colour key
     float reflection;
 };

@@ -1,6 +1,5 @@
 // Models: making, naming, counting and releasing them. What surprises: a child link can be borrowed, that is, name a
 // model that some root of its own owns. Such a model is counted and walked like any other, but never released here.
-
 #include "scene/model.h"
 
 #include <cstdio>
@@ -33,29 +32,21 @@ void scale_place(Vec3* place, float x, float y, float z) {
 
 int32_t layer_count_triangles(const Layer* layer) {
     int32_t total = 0;
-    for (const Triangle& triangle : list_elements<Triangle>(layer->triangles)) {
-        total += triangle.quad ? 2 : 1;
-    }
-    for (const Polygon& polygon : list_elements<Polygon>(layer->polygons)) {
-        total += polygon.vertex_count - 2;
-    }
+    for (const Triangle& triangle : list_elements<Triangle>(layer->triangles)) { total += triangle.quad ? 2 : 1; }
+    for (const Polygon& polygon : list_elements<Polygon>(layer->polygons)) { total += polygon.vertex_count - 2; }
     return total;
 }
 
 int32_t layer_count_lines(const Layer* layer) {
     int32_t total = 0;
-    for (const Line& line : list_elements<Line>(layer->lines)) {
-        total += line.vertex_count - 1;
-    }
+    for (const Line& line : list_elements<Line>(layer->lines)) { total += line.vertex_count - 1; }
     return total;
 }
 
 }  // namespace
 
 Model* model_create(const char* path, Model* parent) {
-    if (path == nullptr) {
-        return nullptr;
-    }
+    if (path == nullptr) { return nullptr; }
     Model* model = static_cast<Model*>(std::calloc(1, sizeof(Model)));
     model->parent = parent;
     // Name and directory share one static buffer, so each is copied before the next is asked for.
@@ -68,18 +59,12 @@ Model* model_create(const char* path, Model* parent) {
 }
 
 int model_release(Model* model) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (!link.borrowed) {
-            model_release(link.model);
-        }
+        if (!link.borrowed) { model_release(link.model); }
     }
     // By slot: a layer with a long name cannot be found by it.
-    for (int32_t slot = 0; slot < model->layers.capacity; ++slot) {
-        model_delete_layer_slot(model, slot);
-    }
+    for (int32_t slot = 0; slot < model->layers.capacity; ++slot) { model_delete_layer_slot(model, slot); }
     list_free(&model->children);
     list_free(&model->layers);
     list_free(&model->joints);
@@ -91,18 +76,12 @@ int model_release(Model* model) {
 }
 
 int model_rename(Model* model, const char* path) {
-    if (model == nullptr || path == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || path == nullptr) { return 0; }
     const char* name = path_base_name(path);
-    if (name != nullptr) {
-        str_copy(name, model->name);
-    }
+    if (name != nullptr) { str_copy(name, model->name); }
     const char* directory = path_directory(path);
     const bool moved = directory != nullptr && directory[0] != '\0';
-    if (moved) {
-        str_copy(directory, model->path);
-    }
+    if (moved) { str_copy(directory, model->path); }
     if (name != nullptr || moved) {
         str_free(model->opened_path);
         model->opened_path = nullptr;
@@ -110,61 +89,37 @@ int model_rename(Model* model, const char* path) {
     return 1;
 }
 
-const char* model_name(const Model* model) {
-    return model != nullptr ? model->name : nullptr;
-}
+const char* model_name(const Model* model) { return model != nullptr ? model->name : nullptr; }
 
 const char* model_full_path(const Model* model) {
     static char text[FULL_PATH_SIZE];
-    if (model == nullptr) {
-        return nullptr;
-    }
+    if (model == nullptr) { return nullptr; }
     std::snprintf(text, sizeof text, "%s%s", model->path, model->name);
     return text;
 }
 
 void model_set_tag(Model* model, int32_t tag) {
-    if (model != nullptr) {
-        model->tag = tag;
-    }
+    if (model != nullptr) { model->tag = tag; }
 }
 
-int32_t model_tag(const Model* model) {
-    return model != nullptr ? model->tag : 0;
-}
+int32_t model_tag(const Model* model) { return model != nullptr ? model->tag : 0; }
 
 int model_scale(Model* model, float x, float y, float z) {
-    if (model == nullptr || x == 0.0f || y == 0.0f || z == 0.0f) {
-        return 0;
-    }
-    for (Point& point : list_elements<Point>(model->points)) {
-        scale_place(&point.position, x, y, z);
-    }
-    for (Joint& joint : list_elements<Joint>(model->joints)) {
-        scale_place(&joint.position, x, y, z);
-    }
-    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
-        scale_place(&link.position, x, y, z);
-    }
+    if (model == nullptr || x == 0.0f || y == 0.0f || z == 0.0f) { return 0; }
+    for (Point& point : list_elements<Point>(model->points)) { scale_place(&point.position, x, y, z); }
+    for (Joint& joint : list_elements<Joint>(model->joints)) { scale_place(&joint.position, x, y, z); }
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) { scale_place(&link.position, x, y, z); }
     return 1;
 }
 
-int32_t model_count_points(const Model* model) {
-    return model != nullptr ? list_count(&model->points) : 0;
-}
+int32_t model_count_points(const Model* model) { return model != nullptr ? list_count(&model->points) : 0; }
 
-int32_t model_count_joints(const Model* model) {
-    return model != nullptr ? list_count(&model->joints) : 0;
-}
+int32_t model_count_joints(const Model* model) { return model != nullptr ? list_count(&model->joints) : 0; }
 
-int32_t model_count_layers(const Model* model) {
-    return model != nullptr ? list_count(&model->layers) : 0;
-}
+int32_t model_count_layers(const Model* model) { return model != nullptr ? list_count(&model->layers) : 0; }
 
 int32_t model_count_children(const Model* model) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     int32_t total = 0;
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         total += 1 + model_count_children(link.model);
@@ -173,40 +128,30 @@ int32_t model_count_children(const Model* model) {
 }
 
 int32_t model_count_triangles(const Model* model, const char* layer) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     if (layer != nullptr) {
         const Layer* found = model_find_layer(model, layer);
         return found != nullptr ? layer_count_triangles(found) : 0;
     }
     // Intended: over all layers the records are counted, a quad once and polygons not at all.
     int32_t total = 0;
-    for (const Layer& each : list_elements<Layer>(model->layers)) {
-        total += list_count(&each.triangles);
-    }
+    for (const Layer& each : list_elements<Layer>(model->layers)) { total += list_count(&each.triangles); }
     return total;
 }
 
 int32_t model_count_lines(const Model* model, const char* layer) {
-    if (model == nullptr) {
-        return 0;
-    }
+    if (model == nullptr) { return 0; }
     if (layer != nullptr) {
         const Layer* found = model_find_layer(model, layer);
         return found != nullptr ? layer_count_lines(found) : 0;
     }
     int32_t total = 0;
-    for (const Layer& each : list_elements<Layer>(model->layers)) {
-        total += layer_count_lines(&each);
-    }
+    for (const Layer& each : list_elements<Layer>(model->layers)) { total += layer_count_lines(&each); }
     return total;
 }
 
 void model_file_path(const Model* model, const char* file, char* buffer, size_t size) {
-    if (buffer == nullptr || size == 0) {
-        return;
-    }
+    if (buffer == nullptr || size == 0) { return; }
     std::snprintf(buffer, size, "%s%s", model != nullptr ? model->path : "", file != nullptr ? file : "");
 }
 

@@ -18,12 +18,12 @@ inline constexpr int MODEL_TREE_DEPTH_LIMIT = 32;
 inline constexpr int MODEL_TREE_NODE_LIMIT = 4096;
 
 // What the records of all children that are loaded with a root may take together, in bytes: some two million points
-// with twice as many triangles. A file of children is read once for each link to it, so that a small one can ask for any
-// amount.
+// with twice as many triangles. A file of children is read once for each link to it, so that a small one can ask for
+// any amount.
 inline constexpr int64_t MODEL_CHILD_BYTES_LIMIT = int64_t{512} << 20;
 
 struct Model {
-    Model* parent;  // null for a root
+    Model* parent;   // null for a root
     char path[256];  // directory with its trailing separator; empty for none
     char name[128];  // lower case, without directory and extension
     int32_t tag;

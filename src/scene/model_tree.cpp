@@ -1,6 +1,5 @@
 // Measures trees of child models. What surprises: a model that is lent to several others is met several times in one
 // tree, so what is known of a model is kept and not worked out again, or a small scene could take for ever.
-
 #include "scene/model_tree.h"
 
 #include <algorithm>
@@ -17,14 +16,10 @@ using TreeSizes = std::unordered_map<const Model*, TreeSize>;
 using ModelSet = std::unordered_set<const Model*>;
 
 TreeSize measure(const Model* model, TreeSizes* known, int32_t level) {
-    if (level > MODEL_TREE_DEPTH_LIMIT) {
-        return TOO_LARGE;
-    }
+    if (level > MODEL_TREE_DEPTH_LIMIT) { return TOO_LARGE; }
     // Until it is known, a model counts as too large: whoever meets it then stands in a circle.
     const auto [entry, is_new] = known->emplace(model, TOO_LARGE);
-    if (!is_new) {
-        return entry->second;
-    }
+    if (!is_new) { return entry->second; }
     TreeSize size{0, 1};
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         const TreeSize below = link.model != nullptr ? measure(link.model, known, level + 1) : TreeSize{0, 1};
@@ -36,16 +31,10 @@ TreeSize measure(const Model* model, TreeSizes* known, int32_t level) {
 }
 
 bool holds(const Model* model, const Model* searched, ModelSet* seen) {
-    if (model == nullptr || !seen->insert(model).second) {
-        return false;
-    }
-    if (model == searched) {
-        return true;
-    }
+    if (model == nullptr || !seen->insert(model).second) { return false; }
+    if (model == searched) { return true; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (holds(link.model, searched, seen)) {
-            return true;
-        }
+        if (holds(link.model, searched, seen)) { return true; }
     }
     return false;
 }
@@ -53,9 +42,7 @@ bool holds(const Model* model, const Model* searched, ModelSet* seen) {
 // A list takes its first slots whole; what it has room for beyond its elements is mostly never touched.
 int64_t list_bytes(const KeyedList& list) {
     constexpr int32_t FIRST_SLOTS = 16;
-    if (list.capacity < 1) {
-        return 0;
-    }
+    if (list.capacity < 1) { return 0; }
     const int64_t slots = std::max(list_count(&list), FIRST_SLOTS);
     return slots * list.element_size + static_cast<int64_t>(sizeof(ListStorage));
 }
@@ -63,24 +50,16 @@ int64_t list_bytes(const KeyedList& list) {
 int64_t layer_bytes(const Layer& layer) {
     int64_t bytes = list_bytes(layer.triangles) + list_bytes(layer.polygons) + list_bytes(layer.lines) +
                     list_bytes(layer.uvees) + list_bytes(layer.images);
-    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-        bytes += list_bytes(polygon.vertices);
-    }
-    for (const Line& line : list_elements<Line>(layer.lines)) {
-        bytes += list_bytes(line.vertices);
-    }
+    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { bytes += list_bytes(polygon.vertices); }
+    for (const Line& line : list_elements<Line>(layer.lines)) { bytes += list_bytes(line.vertices); }
     return bytes;
 }
 
 }  // namespace
 
 TreeSize model_tree_size(const Model* model) {
-    if (model == nullptr) {
-        return TreeSize{0, 0};
-    }
-    if (list_count(&model->children) == 0) {
-        return TreeSize{0, 1};
-    }
+    if (model == nullptr) { return TreeSize{0, 0}; }
+    if (list_count(&model->children) == 0) { return TreeSize{0, 1}; }
     TreeSizes known;
     return measure(model, &known, 0);
 }
@@ -98,9 +77,7 @@ bool model_tree_fits(const Model* model) {
 int64_t model_record_bytes(const Model* model) {
     int64_t bytes = static_cast<int64_t>(sizeof(Model)) + list_bytes(model->points) + list_bytes(model->joints) +
                     list_bytes(model->blends) + list_bytes(model->layers) + list_bytes(model->children);
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        bytes += layer_bytes(layer);
-    }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { bytes += layer_bytes(layer); }
     return bytes;
 }
 

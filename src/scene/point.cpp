@@ -1,7 +1,6 @@
 // Points of a model: setting, finding, colours, and the box around them. What surprises: a point is created by its
 // first mention, also by a normal alone, and is then looked for in the children too; and while a model has a single
 // point, its box is wherever that point was last said to be.
-
 #include "scene/point.h"
 
 #include "foundation/load_error.h"
@@ -17,13 +16,9 @@ constexpr unsigned char DEFAULT_CHANNEL = 127;
 constexpr float NO_COLOUR = 255.0f;  // every channel of an absent point
 
 Point* find_or_create_point(Model* model, int32_t id) {
-    if (model == nullptr || id < 1) {
-        return nullptr;
-    }
+    if (model == nullptr || id < 1) { return nullptr; }
     Point* point = static_cast<Point*>(list_find(&model->points, id));
-    if (point != nullptr) {
-        return point;
-    }
+    if (point != nullptr) { return point; }
     point = static_cast<Point*>(list_add(&model->points, id));
     if (point != nullptr) {
         // Intended: weight and joint_b have no default and stay as the slot holds them, zero in a fresh one.
@@ -41,30 +36,20 @@ float clamp_weight(float weight) {
     return weight > WEIGHT_MAX ? WEIGHT_MAX : weight < WEIGHT_MIN ? WEIGHT_MIN : weight;
 }
 
-unsigned char low_byte(int value) {
-    return static_cast<unsigned char>(value & 0xFF);
-}
+unsigned char low_byte(int value) { return static_cast<unsigned char>(value & 0xFF); }
 
 void grow_axis(float value, float* lowest, float* highest) {
-    if (value < *lowest) {
-        *lowest = value;
-    }
-    if (value > *highest) {
-        *highest = value;
-    }
+    if (value < *lowest) { *lowest = value; }
+    if (value > *highest) { *highest = value; }
 }
 
-bool same_place(const Vec3& a, float x, float y, float z) {
-    return a.x == x && a.y == y && a.z == z;
-}
+bool same_place(const Vec3& a, float x, float y, float z) { return a.x == x && a.y == y && a.z == z; }
 
 }  // namespace
 
 int model_set_point(Model* model, int32_t id, int32_t x, int32_t y, int32_t z, float weight) {
     Point* point = find_or_create_point(model, id);
-    if (point == nullptr) {
-        return 0;
-    }
+    if (point == nullptr) { return 0; }
     point->position = Vec3{static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)};
     point->weight = clamp_weight(weight);
     model_grow_bounds(model, point->position.x, point->position.y, point->position.z);
@@ -73,9 +58,7 @@ int model_set_point(Model* model, int32_t id, int32_t x, int32_t y, int32_t z, f
 
 int model_set_normal(Model* model, int32_t id, float x, float y, float z) {
     Point* point = find_or_create_point(model, id);
-    if (point == nullptr) {
-        return 0;
-    }
+    if (point == nullptr) { return 0; }
     point->normal = Vec3{x, y, z};
     vec_normalise(&point->normal);
     model->has_normals = 1;
@@ -84,18 +67,14 @@ int model_set_normal(Model* model, int32_t id, float x, float y, float z) {
 
 int model_set_point_joints(Model* model, int32_t id, const char* joint_a, const char* joint_b) {
     Point* point = find_or_create_point(model, id);
-    if (point == nullptr) {
-        return 0;
-    }
+    if (point == nullptr) { return 0; }
     point->joint_a = model_find_joint(model, joint_a);
     point->joint_b = model_find_joint(model, joint_b);
     return 1;
 }
 
 int model_set_gouraud(Model* model, int32_t id, int red, int green, int blue, int transparency) {
-    if (model == nullptr || id < 1) {
-        return 0;
-    }
+    if (model == nullptr || id < 1) { return 0; }
     Point* point = model_find_point(model, id);
     if (point == nullptr) {
         load_error_set("gouraud colour defined for non existant point");
@@ -110,16 +89,10 @@ int model_set_gouraud(Model* model, int32_t id, int red, int green, int blue, in
 }
 
 Point* model_find_point(const Model* model, int32_t id) {
-    if (model == nullptr) {
-        return nullptr;
-    }
-    if (Point* point = static_cast<Point*>(list_find(&model->points, id))) {
-        return point;
-    }
+    if (model == nullptr) { return nullptr; }
+    if (Point* point = static_cast<Point*>(list_find(&model->points, id))) { return point; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (Point* point = model_find_point(link.model, id)) {
-            return point;
-        }
+        if (Point* point = model_find_point(link.model, id)) { return point; }
     }
     return nullptr;
 }
@@ -149,9 +122,7 @@ const Vec3* model_find_normal(const Model* model, int32_t id) {
 const unsigned char* model_point_colour(const Model* model, int32_t id) {
     static unsigned char colour[4];
     const Point* point = model_find_point(model, id);
-    if (point == nullptr) {
-        return nullptr;
-    }
+    if (point == nullptr) { return nullptr; }
     // Intended: green and blue change places.
     colour[0] = point->gouraud[0];
     colour[1] = point->gouraud[2];
@@ -161,57 +132,41 @@ const unsigned char* model_point_colour(const Model* model, int32_t id) {
 }
 
 void point_get_position(Vec3* out, const Point* point) {
-    if (out != nullptr) {
-        *out = point != nullptr ? point->position : Vec3{};
-    }
+    if (out != nullptr) { *out = point != nullptr ? point->position : Vec3{}; }
 }
 
 void point_get_normal(Vec3* out, const Point* point) {
-    if (out != nullptr) {
-        *out = point != nullptr ? point->normal : Vec3{};
-    }
+    if (out != nullptr) { *out = point != nullptr ? point->normal : Vec3{}; }
 }
 
 void point_get_colour(float out[4], const Point* point) {
-    if (out == nullptr) {
-        return;
-    }
+    if (out == nullptr) { return; }
     for (int channel = 0; channel < 4; ++channel) {
         out[channel] = point != nullptr ? static_cast<float>(point->gouraud[channel]) : NO_COLOUR;
     }
 }
 
 int32_t model_point_at(const Model* model, float x, float y, float z) {
-    if (model == nullptr) {
-        return -1;
-    }
+    if (model == nullptr) { return -1; }
     const ListElements<Point> points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
-        if (same_place(point->position, x, y, z)) {
-            return point.int_key();
-        }
+        if (same_place(point->position, x, y, z)) { return point.int_key(); }
     }
     return -1;
 }
 
 int32_t model_point_with_normal(const Model* model, float x, float y, float z) {
-    if (model == nullptr) {
-        return -1;
-    }
+    if (model == nullptr) { return -1; }
     const ListElements<Point> points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
-        if (same_place(point->normal, x, y, z)) {
-            return point.int_key();
-        }
+        if (same_place(point->normal, x, y, z)) { return point.int_key(); }
     }
     return -1;
 }
 
 int32_t model_highest_point(const Model* model) {
     int32_t highest = -1;
-    if (model == nullptr) {
-        return highest;
-    }
+    if (model == nullptr) { return highest; }
     const ListElements<Point> points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         highest = point.int_key() > highest ? point.int_key() : highest;
@@ -219,14 +174,10 @@ int32_t model_highest_point(const Model* model) {
     return highest;
 }
 
-int model_remove_point(Model* model, int32_t id) {
-    return model != nullptr ? list_remove(&model->points, id) : 0;
-}
+int model_remove_point(Model* model, int32_t id) { return model != nullptr ? list_remove(&model->points, id) : 0; }
 
 void model_grow_bounds(Model* model, float x, float y, float z) {
-    if (model == nullptr) {
-        return;
-    }
+    if (model == nullptr) { return; }
     // Intended: with one point the box is reset by every call, also by that of a mirrored copy.
     if (list_count(&model->points) == 1) {
         model->bounds_min = model->bounds_max = Vec3{x, y, z};

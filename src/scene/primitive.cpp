@@ -1,6 +1,5 @@
 // Adding primitives to a layer. All checks come before anything is changed, so that a primitive that is refused
 // leaves no trace. What surprises: an id is looked up in 32 bits and stored in 16, as the format has it.
-
 #include "scene/primitive.h"
 
 #include <algorithm>
@@ -28,9 +27,7 @@ constexpr const char* NO_NORMAL = "normal does not exist";
 constexpr int TRIANGLE_CONTROL_CORNERS[] = {0, 1, 1, 2, 2, 3};
 constexpr int QUAD_CONTROL_CORNERS[] = {0, 1, 1, 3, 3, 2, 2, 0};
 
-int16_t cut_id(int32_t id) {
-    return static_cast<int16_t>(static_cast<uint16_t>(id & 0xFFFF));
-}
+int16_t cut_id(int32_t id) { return static_cast<int16_t>(static_cast<uint16_t>(id & 0xFFFF)); }
 
 bool all_exist(const Model* model, const int32_t* ids, int count, const char* error) {
     for (int i = 0; i < count; ++i) {
@@ -47,9 +44,7 @@ bool all_exist(const Model* model, const int32_t* ids, int count, const char* er
 // Intended: with the axis codes 4 to 6 the place is taken as it is, unmirrored.
 void grow_mirrored(Model* model, const Layer* layer, int32_t id) {
     const Point* point = layer->mirror ? model_find_point(model, id) : nullptr;
-    if (point == nullptr) {
-        return;
-    }
+    if (point == nullptr) { return; }
     Vec3 place = point->position;
     switch (layer->mirror_axis) {
         case AXIS_X: place.x = -place.x; break;
@@ -62,18 +57,10 @@ void grow_mirrored(Model* model, const Layer* layer, int32_t id) {
 
 bool triangle_is_valid(const Model* model, int corners, const int32_t* points, const int32_t* normals,
                        const int32_t* controls, int curve_type) {
-    if (points == nullptr || !all_exist(model, points, corners, NO_POINT)) {
-        return false;
-    }
-    if (normals != nullptr && !all_exist(model, normals, corners, NO_NORMAL)) {
-        return false;
-    }
-    if (curve_type >= 1 && controls != nullptr && !all_exist(model, controls, 2 * corners, NO_NORMAL)) {
-        return false;
-    }
-    if (curve_type < 0 || curve_type > CURVE_TYPE_MAX) {
-        return false;
-    }
+    if (points == nullptr || !all_exist(model, points, corners, NO_POINT)) { return false; }
+    if (normals != nullptr && !all_exist(model, normals, corners, NO_NORMAL)) { return false; }
+    if (curve_type >= 1 && controls != nullptr && !all_exist(model, controls, 2 * corners, NO_NORMAL)) { return false; }
+    if (curve_type < 0 || curve_type > CURVE_TYPE_MAX) { return false; }
     return corners != QUAD_CORNERS || (curve_type != 1 && curve_type != 3);
 }
 
@@ -95,13 +82,9 @@ int model_add_triangle(Model* model, const char* layer, int quad, const int32_t*
                        const int32_t* controls, int curve_type) {
     Layer* target = model_find_layer(model, layer);
     const int corners = quad ? QUAD_CORNERS : QUAD_CORNERS - 1;
-    if (target == nullptr || !triangle_is_valid(model, corners, points, normals, controls, curve_type)) {
-        return 0;
-    }
+    if (target == nullptr || !triangle_is_valid(model, corners, points, normals, controls, curve_type)) { return 0; }
     Triangle* triangle = static_cast<Triangle*>(list_add(&target->triangles, next_triangle_id));
-    if (triangle == nullptr) {
-        return 0;
-    }
+    if (triangle == nullptr) { return 0; }
     *triangle = Triangle{};
     triangle->quad = quad ? 1 : 0;
     for (int i = 0; i < corners; ++i) {
@@ -120,16 +103,10 @@ int model_add_triangle(Model* model, const char* layer, int quad, const int32_t*
 
 int model_add_polygon(Model* model, const char* layer, int count, const int32_t* points, const int32_t* normals) {
     Layer* target = model_find_layer(model, layer);
-    if (target == nullptr || points == nullptr || !all_exist(model, points, count, NO_POINT)) {
-        return 0;
-    }
-    if (normals != nullptr && !all_exist(model, normals, count, NO_NORMAL)) {
-        return 0;
-    }
+    if (target == nullptr || points == nullptr || !all_exist(model, points, count, NO_POINT)) { return 0; }
+    if (normals != nullptr && !all_exist(model, normals, count, NO_NORMAL)) { return 0; }
     Polygon* polygon = static_cast<Polygon*>(list_add(&target->polygons, next_polygon_id));
-    if (polygon == nullptr) {
-        return 0;
-    }
+    if (polygon == nullptr) { return 0; }
     *polygon = Polygon{};
     list_init(&polygon->vertices, sizeof(PolygonVertex), KEY_NONE);
     polygon->vertex_count = clamp_vertex_count(count);
@@ -147,13 +124,9 @@ int model_add_polygon(Model* model, const char* layer, int count, const int32_t*
 
 int model_add_line(Model* model, const char* layer, int count, const int32_t* points) {
     Layer* target = model_find_layer(model, layer);
-    if (target == nullptr || points == nullptr || !all_exist(model, points, count, NO_POINT)) {
-        return 0;
-    }
+    if (target == nullptr || points == nullptr || !all_exist(model, points, count, NO_POINT)) { return 0; }
     Line* line = static_cast<Line*>(list_add(&target->lines, next_line_id));
-    if (line == nullptr) {
-        return 0;
-    }
+    if (line == nullptr) { return 0; }
     *line = Line{};
     list_init(&line->vertices, sizeof(int32_t), KEY_NONE);
     line->vertex_count = clamp_vertex_count(count);
@@ -168,17 +141,13 @@ int model_add_line(Model* model, const char* layer, int count, const int32_t* po
 
 int model_add_uvee(Model* model, const char* layer, int32_t point, float u, float v) {
     Layer* target = model_find_layer(model, layer);
-    if (target == nullptr) {
-        return 0;
-    }
+    if (target == nullptr) { return 0; }
     if (model_find_point(model, point) == nullptr) {
         load_error_set("uvee point not found in model");
         return 0;
     }
     Uvee* uvee = static_cast<Uvee*>(list_add(&target->uvees, point));
-    if (uvee == nullptr) {
-        return 0;
-    }
+    if (uvee == nullptr) { return 0; }
     *uvee = Uvee{point, u, v};
     return 1;
 }

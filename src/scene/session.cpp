@@ -1,7 +1,6 @@
 // The session record: its reports to the script, its display flags, and the forgetting of run-time records. What
 // surprises: a report runs script code that may load, reset or report again before it returns, so every text is
 // copied before a callback sees it.
-
 #include "scene/session.h"
 
 #include <cstring>
@@ -54,30 +53,22 @@ constexpr unsigned char DIGIT_GLYPHS[10][DIGIT_ROWS] = {
 
 // Removes the record that an owner's slot number names, and the number.
 void forget_record(KeyedList* records, int32_t* state_index) {
-    if (*state_index >= 0) {
-        list_remove_slot(records, *state_index);
-    }
+    if (*state_index >= 0) { list_remove_slot(records, *state_index); }
     *state_index = -1;
 }
 
 }  // namespace
 
 void session_set_status_callback(Session* session, void (*callback)(const char* text)) {
-    if (session != nullptr) {
-        session->status_callback = callback;
-    }
+    if (session != nullptr) { session->status_callback = callback; }
 }
 
 void session_set_message_callback(Session* session, void (*callback)(const char* text)) {
-    if (session != nullptr) {
-        session->message_callback = callback;
-    }
+    if (session != nullptr) { session->message_callback = callback; }
 }
 
 void session_status(Session* session, const char* text) {
-    if (session == nullptr || text == nullptr || session->status_callback == nullptr) {
-        return;
-    }
+    if (session == nullptr || text == nullptr || session->status_callback == nullptr) { return; }
     char time[NUMBER_TEXT_SIZE];
     char end[NUMBER_TEXT_SIZE];
     float_to_text(session->anim_time, 2, time, sizeof time);
@@ -89,9 +80,7 @@ void session_status(Session* session, const char* text) {
 
 void session_message(Session* session, const char* text) {
     static char* idle = nullptr;  // what last_message points at while no message is being shown
-    if (session == nullptr || text == nullptr) {
-        return;
-    }
+    if (session == nullptr || text == nullptr) { return; }
     char* message = str_dup(text);  // before the release: it may be the same text
     str_free(idle);
     idle = nullptr;
@@ -100,9 +89,7 @@ void session_message(Session* session, const char* text) {
         session->message_callback(message);
         str_replace_char(message, '"', '\'');  // as the box showed it, so does the status: intended
     }
-    if (session->status_callback != nullptr) {
-        session->status_callback(message);
-    }
+    if (session->status_callback != nullptr) { session->status_callback(message); }
     if (session->last_message != message) {
         str_free(message);  // a callback has given another one, which stays
         return;
@@ -115,12 +102,8 @@ const char* session_last_message(const Session* session) {
 }
 
 void session_restore_display(Session* session) {
-    if (session == nullptr) {
-        return;
-    }
-    for (const DisplayDefault& each : DISPLAY_DEFAULTS) {
-        session->*each.flag = each.value;
-    }
+    if (session == nullptr) { return; }
+    for (const DisplayDefault& each : DISPLAY_DEFAULTS) { session->*each.flag = each.value; }
 }
 
 void session_clear_bounds(Session* session) {
@@ -131,9 +114,7 @@ void session_clear_bounds(Session* session) {
 }
 
 void session_build_digits(Session* session) {
-    if (session == nullptr) {
-        return;
-    }
+    if (session == nullptr) { return; }
     std::memset(session->digit_bitmaps, 0, sizeof session->digit_bitmaps);
     for (int digit = 0; digit < 10; ++digit) {
         std::memcpy(session->digit_bitmaps[digit], DIGIT_GLYPHS[digit], DIGIT_ROWS);
@@ -142,44 +123,28 @@ void session_build_digits(Session* session) {
 }
 
 void session_set_curvenet(Session* session, int32_t on) {
-    if (session != nullptr) {
-        session->display_curvenet = on;
-    }
+    if (session != nullptr) { session->display_curvenet = on; }
 }
 
-int32_t session_curvenet(const Session* session) {
-    return session != nullptr ? session->display_curvenet : 0;
-}
+int32_t session_curvenet(const Session* session) { return session != nullptr ? session->display_curvenet : 0; }
 
-int32_t session_triangles_drawn(const Session* session) {
-    return session != nullptr ? session->triangles_drawn : 0;
-}
+int32_t session_triangles_drawn(const Session* session) { return session != nullptr ? session->triangles_drawn : 0; }
 
-float session_anim_time(const Session* session) {
-    return session != nullptr ? session->anim_time : 0.0f;
-}
+float session_anim_time(const Session* session) { return session != nullptr ? session->anim_time : 0.0f; }
 
-float session_anim_end(const Session* session) {
-    return session != nullptr ? session->anim_end : 0.0f;
-}
+float session_anim_end(const Session* session) { return session != nullptr ? session->anim_end : 0.0f; }
 
 int session_forget_model(Session* session, Model* model) {
-    if (session == nullptr || model == nullptr) {
-        return 0;
-    }
+    if (session == nullptr || model == nullptr) { return 0; }
     int result = 1;
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
         // A borrowed model keeps its records, which belong to its own root. A link without a model shows in the
         // result and stops nothing.
         const bool passed_over = link.model != nullptr && link.borrowed;
-        if (!passed_over && !session_forget_model(session, link.model)) {
-            result = 0;
-        }
+        if (!passed_over && !session_forget_model(session, link.model)) { result = 0; }
         forget_record(&session->child_states, &link.state_index);
     }
-    for (Layer& layer : list_elements<Layer>(model->layers)) {
-        session_forget_layer(session, &layer);
-    }
+    for (Layer& layer : list_elements<Layer>(model->layers)) { session_forget_layer(session, &layer); }
     for (Point& point : list_elements<Point>(model->points)) {
         forget_record(&session->point_states, &point.state_index);
     }
@@ -191,43 +156,31 @@ int session_forget_model(Session* session, Model* model) {
 }
 
 void session_forget_layer(Session* session, Layer* layer) {
-    if (session == nullptr || layer == nullptr) {
-        return;
-    }
+    if (session == nullptr || layer == nullptr) { return; }
     for (Triangle& triangle : list_elements<Triangle>(layer->triangles)) {
         forget_record(&session->triangle_caches, &triangle.state_index);
     }
 }
 
 void session_forget_child(Session* session, ChildLink* link) {
-    if (session != nullptr && link != nullptr) {
-        forget_record(&session->child_states, &link->state_index);
-    }
+    if (session != nullptr && link != nullptr) { forget_record(&session->child_states, &link->state_index); }
 }
 
 void session_forget_joint(Session* session, Joint* joint) {
-    if (session != nullptr && joint != nullptr) {
-        forget_record(&session->joint_states, &joint->state_index);
-    }
+    if (session != nullptr && joint != nullptr) { forget_record(&session->joint_states, &joint->state_index); }
 }
 
 int session_delete_layer(Session* session, Model* model, const char* name) {
-    if (session == nullptr || model == nullptr || name == nullptr) {
-        return 0;
-    }
+    if (session == nullptr || model == nullptr || name == nullptr) { return 0; }
     session_forget_layer(session, static_cast<Layer*>(list_find(&model->layers, name)));
     return model_delete_layer(model, name);
 }
 
 int session_rename_layer(Session* session, Model* model, const char* old_name, const char* new_name) {
-    if (session == nullptr || model == nullptr || old_name == nullptr || new_name == nullptr) {
-        return 0;
-    }
+    if (session == nullptr || model == nullptr || old_name == nullptr || new_name == nullptr) { return 0; }
     Layer* layer = static_cast<Layer*>(list_find(&model->layers, old_name));
     Layer* replaced = static_cast<Layer*>(list_find(&model->layers, new_name));
-    if (layer != nullptr && replaced != layer) {
-        session_forget_layer(session, replaced);
-    }
+    if (layer != nullptr && replaced != layer) { session_forget_layer(session, replaced); }
     return model_rename_layer(model, old_name, new_name);
 }
 

@@ -24,9 +24,9 @@ struct SelectedChild {
 
 // What is selected. The six unnamed lists are set up, cleared and copied; nothing fills them.
 struct SelectionSet {
-    KeyedList models;     // SelectedModel, KEY_INT: ModelState id or ChildState id
+    KeyedList models;  // SelectedModel, KEY_INT: ModelState id or ChildState id
     KeyedList unused[6];
-    KeyedList children;   // SelectedChild, KEY_INT: ChildState id
+    KeyedList children;  // SelectedChild, KEY_INT: ChildState id
     Vec3 centre;
     Vec3 axis;
 };

@@ -1,6 +1,5 @@
 // Joints, blend groups and child links. What surprises: "world" is no joint even if one of that name was added, and
 // a joint's parent index is its own rank until the reader has seen the whole file and corrects it.
-
 #include "scene/skeleton.h"
 
 #include "foundation/load_error.h"
@@ -20,17 +19,11 @@ constexpr const char* WORLD = "world";
 
 // Counts links depth first into *number; true when the one with this name was met.
 bool count_to_child(const Model* model, const char* name, int32_t* number) {
-    if (model == nullptr) {
-        return false;
-    }
+    if (model == nullptr) { return false; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (str_equal(link.name, name)) {
-            return true;
-        }
+        if (str_equal(link.name, name)) { return true; }
         ++*number;
-        if (count_to_child(link.model, name, number)) {
-            return true;
-        }
+        if (count_to_child(link.model, name, number)) { return true; }
     }
     return false;
 }
@@ -39,9 +32,7 @@ bool count_to_child(const Model* model, const char* name, int32_t* number) {
 
 int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_t z, const char* parent,
                     int32_t point_count) {
-    if (model == nullptr || name == nullptr) {
-        return 0;
-    }
+    if (model == nullptr || name == nullptr) { return 0; }
     if (model_find_joint(model, name) != nullptr) {
         load_error_set("duplicate joint name not allowed");
         return 0;
@@ -52,9 +43,7 @@ int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_
     }
     // Intended: a second joint called "world" is not met above and is written over the first.
     Joint* joint = static_cast<Joint*>(list_add(&model->joints, name));
-    if (joint == nullptr) {
-        return 0;
-    }
+    if (joint == nullptr) { return 0; }
     str_copy(name, joint->name);
     str_copy(parent, joint->parent_name);
     joint->position = Vec3{static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)};
@@ -67,15 +56,11 @@ int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_
 }
 
 void joint_gain_point(Joint* joint) {
-    if (joint->point_count < INT32_MAX) {
-        ++joint->point_count;
-    }
+    if (joint->point_count < INT32_MAX) { ++joint->point_count; }
 }
 
 Joint* model_find_joint(const Model* model, const char* name) {
-    if (model == nullptr || name == nullptr || str_equal(name, WORLD)) {
-        return nullptr;
-    }
+    if (model == nullptr || name == nullptr || str_equal(name, WORLD)) { return nullptr; }
     return static_cast<Joint*>(list_find(&model->joints, name));
 }
 
@@ -84,9 +69,7 @@ int32_t model_joint_index(const Model* model, const char* name) {
 }
 
 BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* joint_b, int32_t count) {
-    if (model == nullptr || joint_a == nullptr || joint_b == nullptr || count <= 0) {
-        return nullptr;
-    }
+    if (model == nullptr || joint_a == nullptr || joint_b == nullptr || count <= 0) { return nullptr; }
     BlendWeight* blend = static_cast<BlendWeight*>(list_add(&model->blends, take_id(&next_blend_id)));
     if (blend != nullptr) {
         blend->point_count = count;
@@ -99,14 +82,10 @@ BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* join
 ChildLink* model_add_child(Model* model, Model* child, const char* name, float x, float y, float z, float scale_x,
                            float scale_y, float scale_z, const char* rotate_x, const char* rotate_y,
                            const char* rotate_z) {
-    if (model == nullptr || name == nullptr) {
-        return nullptr;
-    }
+    if (model == nullptr || name == nullptr) { return nullptr; }
     const int32_t id = take_id(&next_child_id);
     ChildLink* link = static_cast<ChildLink*>(list_add(&model->children, id));
-    if (link == nullptr) {
-        return nullptr;
-    }
+    if (link == nullptr) { return nullptr; }
     *link = ChildLink{};
     link->id = id;
     str_copy(name, link->name);
@@ -121,13 +100,9 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
 }
 
 ChildLink* model_find_child(const Model* model, const char* name) {
-    if (model == nullptr || name == nullptr) {
-        return nullptr;
-    }
+    if (model == nullptr || name == nullptr) { return nullptr; }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (str_equal(link.name, name)) {
-            return &link;
-        }
+        if (str_equal(link.name, name)) { return &link; }
     }
     load_error_set("child does not exist");
     return nullptr;

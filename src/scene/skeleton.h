@@ -39,8 +39,8 @@ struct ChildLink {
 // 1, or 0 with a load error (name taken, own parent). A parent that does not exist yet is no error.
 int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_t z, const char* parent,
                     int32_t point_count);
-Joint* model_find_joint(const Model* model, const char* name);      // null for "world" and unknown names
-int32_t model_joint_index(const Model* model, const char* name);    // rank, -1 when absent
+Joint* model_find_joint(const Model* model, const char* name);    // null for "world" and unknown names
+int32_t model_joint_index(const Model* model, const char* name);  // rank, -1 when absent
 void joint_gain_point(Joint* joint);  // counts one point more; the highest count, which a file may state, stays
 BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* joint_b, int32_t count);
 

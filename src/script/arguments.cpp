@@ -35,28 +35,28 @@ void words_split(WordTable* table, int argc, const char* const* argv, WordConver
         while (field != nullptr && table->starts.size() < WORD_LIMIT) {
             const char* blank = std::strchr(field, ' ');
             const size_t length = blank != nullptr ? static_cast<size_t>(blank - field) : std::strlen(field);
-            if (length == 0) break;
+            if (length == 0) { break; }
             append_word(table, field, length, converter);
             field = blank != nullptr ? blank + 1 : nullptr;
         }
     }
     // Only now, because the text moved while it grew.
     table->words.clear();
-    for (const size_t start : table->starts) table->words.push_back(table->text.data() + start);
+    for (const size_t start : table->starts) { table->words.push_back(table->text.data() + start); }
     table->words.push_back(nullptr);
 }
 
 namespace {
 
 int read_int(void* destination, const char* word) {
-    if (word_class(word) != WORD_INT) return 0;
+    if (word_class(word) != WORD_INT) { return 0; }
     *static_cast<int32_t*>(destination) = text_to_int(word);
     return 1;
 }
 
 int read_float(void* destination, const char* word) {
     const WordClass kind = word_class(word);
-    if (kind != WORD_INT && kind != WORD_FLOAT) return 0;
+    if (kind != WORD_INT && kind != WORD_FLOAT) { return 0; }
     *static_cast<float*>(destination) = to_float(text_to_double(word));
     return 1;
 }
@@ -76,39 +76,33 @@ int read_flag(void* destination, const char* word) {
 }  // namespace
 
 int arg_read(void* destination, const char* word, int kind) {
-    if (destination == nullptr || word == nullptr) return 0;
+    if (destination == nullptr || word == nullptr) { return 0; }
     switch (kind) {
-        case ARG_INT:
-            return read_int(destination, word);
-        case ARG_FLOAT:
-            return read_float(destination, word);
-        case ARG_TEXT:
-            *static_cast<const char**>(destination) = word;
-            return 1;
-        case ARG_FLAG:
-            return read_flag(destination, word);
-        default:
-            return 1;
+        case ARG_INT: return read_int(destination, word);
+        case ARG_FLOAT: return read_float(destination, word);
+        case ARG_TEXT: *static_cast<const char**>(destination) = word; return 1;
+        case ARG_FLAG: return read_flag(destination, word);
+        default: return 1;
     }
 }
 
 int args_read_ints(Words words, int32_t* out, int count) {
     for (int i = 0; i < count; ++i) {
-        if (!arg_read(&out[i], words[i], ARG_INT)) return 0;
+        if (!arg_read(&out[i], words[i], ARG_INT)) { return 0; }
     }
     return 1;
 }
 
 int args_read_floats(Words words, float* out, int count) {
     for (int i = 0; i < count; ++i) {
-        if (!arg_read(&out[i], words[i], ARG_FLOAT)) return 0;
+        if (!arg_read(&out[i], words[i], ARG_FLOAT)) { return 0; }
     }
     return 1;
 }
 
 int args_read_texts(Words words, const char** out, int count) {
     for (int i = 0; i < count; ++i) {
-        if (!arg_read(&out[i], words[i], ARG_TEXT)) return 0;
+        if (!arg_read(&out[i], words[i], ARG_TEXT)) { return 0; }
     }
     return 1;
 }
@@ -121,33 +115,33 @@ const char* fmt_int(int32_t value) {
 }
 
 const char* fmt_int_list(const int32_t* values, int32_t count) {
-    if (count < 0) return nullptr;
+    if (count < 0) { return nullptr; }
     size_t position = 0;
     for (int32_t i = 0; i < count; ++i) {
         int_to_text(values[i], result_scratch + position);
         position += std::strlen(result_scratch + position);
         result_scratch[position++] = ' ';
         result_scratch[position] = '\0';
-        if (position > RESULT_LIST_LIMIT) return nullptr;
+        if (position > RESULT_LIST_LIMIT) { return nullptr; }
     }
     return result_scratch;
 }
 
 const char* fmt_float_list(const float* values, int32_t count) {
-    if (count < 0) return nullptr;
+    if (count < 0) { return nullptr; }
     size_t position = 0;
     for (int32_t i = 0; i < count; ++i) {
         position += float_to_text(static_cast<double>(values[i]), 6, result_scratch + position, LONGEST_VALUE - 1);
         result_scratch[position++] = ' ';
         result_scratch[position] = '\0';
-        if (position > RESULT_LIST_LIMIT) return nullptr;
+        if (position > RESULT_LIST_LIMIT) { return nullptr; }
     }
     return result_scratch;
 }
 
 const char* fmt_matrix(const float* values) {
     constexpr int ELEMENTS = 16;
-    if (fmt_float_list(values, ELEMENTS) == nullptr) return nullptr;
+    if (fmt_float_list(values, ELEMENTS) == nullptr) { return nullptr; }
     result_scratch[std::strlen(result_scratch) - 1] = '\0';  // no blank at the end
     return result_scratch;
 }

@@ -30,7 +30,7 @@ void run_open(Words words) {
     }
     const int32_t opened = animate_open(application(), file_name);
     tcl_result_text(fmt_int(opened));
-    if (opened == 0) msg_info("sorvel: animate open failed");
+    if (opened == 0) { msg_info("sorvel: animate open failed"); }
 }
 
 constexpr Command FORMS[] = {

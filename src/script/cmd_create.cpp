@@ -43,7 +43,7 @@ int create_window(const char* name, const char* parent) {
         return 0;
     }
     app->view.window = gl_window_create(name, parent_window, view_init, nullptr, view_resize, view_input, 0);
-    if (app->view.window == 0) return 0;
+    if (app->view.window == 0) { return 0; }
     // Without such a window Tk's complaint stays behind as the command's result; this is intended.
     app->status_window = tk_native_window(".status");
     return 1;

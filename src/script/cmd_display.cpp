@@ -24,24 +24,15 @@ struct DisplayOption {
 // One row for each option that a script can name. "lod" and "smooth" are more than plain flags: see run_option.
 // No row for the control net and the curve path: no word reaches them, and both stay 0.
 constexpr DisplayOption OPTIONS[] = {
-    {"backfaces", &Session::display_backfaces},
-    {"curves", &Session::display_curves},
-    {"gouraud", &Session::display_gouraud},
-    {"lighting", &Session::display_lighting},
-    {"lines", &Session::display_lines},
-    {"lod", &Session::display_lod},
-    {"mirror", &Session::display_mirror},
-    {"normals", &Session::display_normals},
-    {"pnfilter", &Session::display_pnfilter},
-    {"points", &Session::display_points},
-    {"quadlines", &Session::display_quadlines},
-    {"reflect", &Session::display_reflect},
-    {"skeleton", &Session::display_skeleton},
-    {"smooth", &Session::display_smooth},
-    {"textures", &Session::display_textures},
-    {"transparency", &Session::display_transparency},
-    {"triangles", &Session::display_triangles},
-    {"wireframe", &Session::display_wireframe},
+    {"backfaces", &Session::display_backfaces}, {"curves", &Session::display_curves},
+    {"gouraud", &Session::display_gouraud},     {"lighting", &Session::display_lighting},
+    {"lines", &Session::display_lines},         {"lod", &Session::display_lod},
+    {"mirror", &Session::display_mirror},       {"normals", &Session::display_normals},
+    {"pnfilter", &Session::display_pnfilter},   {"points", &Session::display_points},
+    {"quadlines", &Session::display_quadlines}, {"reflect", &Session::display_reflect},
+    {"skeleton", &Session::display_skeleton},   {"smooth", &Session::display_smooth},
+    {"textures", &Session::display_textures},   {"transparency", &Session::display_transparency},
+    {"triangles", &Session::display_triangles}, {"wireframe", &Session::display_wireframe},
 };
 
 void set_lod(Session* session, const char* word) {
@@ -83,7 +74,7 @@ void cmd_display(Words words) {
     for (Words word = words + 1; *word != nullptr; ++word) {
         last = *word;
         for (const DisplayOption& option : OPTIONS) {
-            if (!str_equal(option.word, *word)) continue;
+            if (!str_equal(option.word, *word)) { continue; }
             run_option(option, word[1]);
             return;
         }

@@ -24,7 +24,7 @@ void run_add(Words words) {
     }
     const int32_t id = file_add(application(), file_name);
     tcl_result_text(fmt_int(id));
-    if (id == 0) msg_info("sorvel: file add failed");
+    if (id == 0) { msg_info("sorvel: file add failed"); }
 }
 
 void run_open(Words words) {
@@ -35,7 +35,7 @@ void run_open(Words words) {
     }
     const int32_t id = file_open_model(application(), file_name);
     tcl_result_text(fmt_int(id));
-    if (id == 0) msg_info("sorvel: file open failed");
+    if (id == 0) { msg_info("sorvel: file open failed"); }
 }
 
 void run_reload(Words) { file_reload(application()); }
@@ -56,7 +56,9 @@ void run_save(Words words) {
         msg_info("sorvel: usage: sorvel file save <args>");
         return;
     }
-    if (str_equal(what, "all") || str_equal(what, "selected")) return;  // intended: nothing is done or shown
+    if (str_equal(what, "all") || str_equal(what, "selected")) {
+        return;  // intended: nothing is done or shown
+    }
     if (!str_equal(what, "model")) {
         msg_info("sorvel: file save failed");
         return;
@@ -81,8 +83,12 @@ void run_savescreen(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'a', "add", run_add},       {'o', "open", run_open}, {'r', "reload", run_reload},
-    {'r', "rename", run_rename}, {'s', "save", run_save}, {'s', "saveas", run_save},
+    {'a', "add", run_add},
+    {'o', "open", run_open},
+    {'r', "reload", run_reload},
+    {'r', "rename", run_rename},
+    {'s', "save", run_save},
+    {'s', "saveas", run_save},
     {'s', "savescreen", run_savescreen},
 };
 

@@ -65,13 +65,11 @@ void vertex_list(const Model* model) {
     std::vector<int32_t> ids;
     ids.reserve(static_cast<size_t>(model_count_points(model)));
     const auto points = list_elements<Point>(model->points);
-    for (auto point = points.begin(); point != points.end(); ++point) ids.push_back(point.int_key());
-    if (!ids.empty()) tcl_result_text(fmt_int_list(ids.data(), static_cast<int32_t>(ids.size())));
+    for (auto point = points.begin(); point != points.end(); ++point) { ids.push_back(point.int_key()); }
+    if (!ids.empty()) { tcl_result_text(fmt_int_list(ids.data(), static_cast<int32_t>(ids.size()))); }
 }
 
-void vertex_point(const Point* point) {
-    result_vector(*point_posed_position(&application()->session, point));
-}
+void vertex_point(const Point* point) { result_vector(*point_posed_position(&application()->session, point)); }
 
 void vertex_normal(const Point* point) { result_vector(*point_posed_normal(&application()->session, point)); }
 
@@ -131,7 +129,7 @@ void get_vertex(Words words) {
         return;
     }
     for (const VertexQuery& query : VERTEX_QUERIES) {
-        if (!str_equal(query.word, what)) continue;
+        if (!str_equal(query.word, what)) { continue; }
         query.run(point);
         return;
     }
@@ -210,7 +208,7 @@ void get_layer(Words words) {
         return;
     }
     for (const LayerQuery& query : LAYER_QUERIES) {
-        if (!str_equal(query.word, what)) continue;
+        if (!str_equal(query.word, what)) { continue; }
         query.run(model, selected);
         return;
     }
@@ -219,8 +217,8 @@ void get_layer(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'c', "centre", get_centre},   {'l', "layer", get_layer},     {'m', "matrix", get_matrix}, {'p', "pan", get_pan},
-    {'p', "pointer", get_pointer}, {'v', "vertex", get_vertex},   {'z', "zoom", get_zoom},
+    {'c', "centre", get_centre},   {'l', "layer", get_layer},   {'m', "matrix", get_matrix}, {'p', "pan", get_pan},
+    {'p', "pointer", get_pointer}, {'v', "vertex", get_vertex}, {'z', "zoom", get_zoom},
 };
 
 }  // namespace

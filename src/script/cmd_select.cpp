@@ -152,11 +152,11 @@ void select_add(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'a', "add", select_add},         {'a', "all", select_all},         {'c', "centre", select_centre},
-    {'c', "child", select_child},     {'c', "clear", select_clear},     {'c', "copy", select_copy},
-    {'c', "cut", select_cut},         {'d', "delete", select_delete},   {'l', "layer", select_layer},
-    {'m', "model", select_model},     {'p', "pancake", select_pancake}, {'p', "paste", select_paste},
-    {'r', "rotate", select_rotate},   {'s', "scale", select_scale},     {'t', "translate", select_translate},
+    {'a', "add", select_add},       {'a', "all", select_all},         {'c', "centre", select_centre},
+    {'c', "child", select_child},   {'c', "clear", select_clear},     {'c', "copy", select_copy},
+    {'c', "cut", select_cut},       {'d', "delete", select_delete},   {'l', "layer", select_layer},
+    {'m', "model", select_model},   {'p', "pancake", select_pancake}, {'p', "paste", select_paste},
+    {'r', "rotate", select_rotate}, {'s', "scale", select_scale},     {'t', "translate", select_translate},
 };
 
 }  // namespace

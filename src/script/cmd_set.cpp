@@ -111,8 +111,8 @@ struct NamedView {
 };
 
 constexpr NamedView NAMED_VIEWS[] = {
-    {"down", 0.0f, 0.0f},     {"up", 0.0f, 180.0f},    {"south", 180.0f, -90.0f},
-    {"north", 0.0f, -90.0f},  {"east", 90.0f, -90.0f}, {"west", -90.0f, -90.0f},
+    {"down", 0.0f, 0.0f},    {"up", 0.0f, 180.0f},    {"south", 180.0f, -90.0f},
+    {"north", 0.0f, -90.0f}, {"east", 90.0f, -90.0f}, {"west", -90.0f, -90.0f},
 };
 
 void view_word_rotate(const float* values) { view_rotate(view(), values[0], values[1]); }
@@ -157,12 +157,12 @@ void set_view(Words words) {
         return;
     }
     for (const NamedView& named : NAMED_VIEWS) {
-        if (!str_equal(named.word, name)) continue;
+        if (!str_equal(named.word, name)) { continue; }
         view_set_angles(view(), named.angle, named.pitch);
         return;
     }
     for (const ViewForm& form : VIEW_FORMS) {
-        if (!str_equal(form.word, name)) continue;
+        if (!str_equal(form.word, name)) { continue; }
         float values[VIEW_NUMBERS] = {};
         if (args_read_floats(words + 2, values, form.count)) {
             form.run(values);
@@ -179,12 +179,9 @@ void set_view(Words words) {
 }
 
 constexpr VertexTexts SET_VERTEX_TEXTS = {
-    "sorvel: usage: sorvel set vertex <args>",
-    "sorvel: unknown vertex argument: %s",
-    "sorvel: usage: sorvel set vertex point <n>",
-    "sorvel: usage: sorvel set vertex normal <n>",
-    "sorvel: usage: sorvel set vertex color <n>",
-    "sorvel: usage: sorvel set vertex transparency <n>",
+    "sorvel: usage: sorvel set vertex <args>",    "sorvel: unknown vertex argument: %s",
+    "sorvel: usage: sorvel set vertex point <n>", "sorvel: usage: sorvel set vertex normal <n>",
+    "sorvel: usage: sorvel set vertex color <n>", "sorvel: usage: sorvel set vertex transparency <n>",
 };
 
 void set_vertex(Words words) { vertex_run(words, SET_VERTEX_TEXTS); }

@@ -19,14 +19,14 @@ using LayerSetter = int (*)(Model* model, const char* layer, Words words);
 
 int set_name(Model* model, const char* layer, Words words) {
     const char* name = nullptr;
-    if (!arg_read(&name, words[0], ARG_TEXT)) return 0;
+    if (!arg_read(&name, words[0], ARG_TEXT)) { return 0; }
     session_rename_layer(&application()->session, model, layer, name);
     return 1;
 }
 
 int set_sides(Model* model, const char* layer, Words words) {
     int32_t sides = 0;
-    if (!arg_read(&sides, words[0], ARG_INT)) return 0;
+    if (!arg_read(&sides, words[0], ARG_INT)) { return 0; }
     model_set_layer_sides(model, layer, sides);
     return 1;
 }
@@ -34,14 +34,14 @@ int set_sides(Model* model, const char* layer, Words words) {
 int mirror_code(const char* word) {
     constexpr const char* WORDS[] = {"none", "x", "y", "z"};
     for (int code = 0; code <= AXIS_Z; ++code) {
-        if (str_equal(WORDS[code], word)) return code;
+        if (str_equal(WORDS[code], word)) { return code; }
     }
     return MIRROR_IGNORED;
 }
 
 int set_mirror(Model* model, const char* layer, Words words) {
     const char* word = nullptr;
-    if (!arg_read(&word, words[0], ARG_TEXT)) return 0;
+    if (!arg_read(&word, words[0], ARG_TEXT)) { return 0; }
     model_set_layer_mirror(model, layer, mirror_code(word));
     return 1;
 }
@@ -50,14 +50,14 @@ int set_lighting(Model*, const char*, Words) { return 1; }  // accepted; no sett
 
 int set_color(Model* model, const char* layer, Words words) {
     int32_t colour[3] = {};
-    if (!args_read_ints(words, colour, 3)) return 0;
+    if (!args_read_ints(words, colour, 3)) { return 0; }
     model_set_layer_colour(model, layer, colour[0], colour[1], colour[2]);
     return 1;
 }
 
 int set_transparency(Model* model, const char* layer, Words words) {
     float value = 0.0f;
-    if (!arg_read(&value, words[0], ARG_FLOAT)) return 0;
+    if (!arg_read(&value, words[0], ARG_FLOAT)) { return 0; }
     model_set_layer_transparency(model, layer, value);
     return 1;
 }
@@ -97,8 +97,8 @@ void layer_set_run(Words words) {
         return;
     }
     for (const LayerForm& form : FORMS) {
-        if (!str_equal(form.word, what)) continue;
-        if (!form.set(model, selected, words + 2)) msg_info(form.usage);
+        if (!str_equal(form.word, what)) { continue; }
+        if (!form.set(model, selected, words + 2)) { msg_info(form.usage); }
         return;
     }
     msg_info_format("sorvel: unknown layer argument: %s", what);

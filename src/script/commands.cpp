@@ -10,18 +10,18 @@ namespace pelt {
 namespace {
 
 constexpr Command VERBS[] = {
-    {'a', "add", cmd_add},           {'a', "animate", cmd_animate}, {'c', "callback", cmd_callback},
-    {'c', "create", cmd_create},     {'d', "delete", cmd_delete},   {'d', "display", cmd_display},
-    {'d', "draw", cmd_draw},         {'f', "file", cmd_file},       {'f', "find", cmd_find},
-    {'g', "get", cmd_get},           {'r', "reload", cmd_reload},   {'r', "reset", cmd_reset},
-    {'s', "set", cmd_set},           {'s', "select", cmd_select},
+    {'a', "add", cmd_add},       {'a', "animate", cmd_animate}, {'c', "callback", cmd_callback},
+    {'c', "create", cmd_create}, {'d', "delete", cmd_delete},   {'d', "display", cmd_display},
+    {'d', "draw", cmd_draw},     {'f', "file", cmd_file},       {'f', "find", cmd_find},
+    {'g', "get", cmd_get},       {'r', "reload", cmd_reload},   {'r', "reset", cmd_reset},
+    {'s', "set", cmd_set},       {'s', "select", cmd_select},
 };
 
 }  // namespace
 
 const Command* command_find(std::span<const Command> table, const char* word) {
     for (const Command& row : table) {
-        if (row.letter == word[0] && str_equal(row.word, word)) return &row;
+        if (row.letter == word[0] && str_equal(row.word, word)) { return &row; }
     }
     return nullptr;
 }
@@ -54,7 +54,7 @@ void cmd_dispatch(Words words) {
             return;
         }
     }
-    if (last != nullptr) msg_info_format("sorvel: unknown command: %s", last);
+    if (last != nullptr) { msg_info_format("sorvel: unknown command: %s", last); }
 }
 
 }  // namespace pelt

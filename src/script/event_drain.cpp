@@ -1,6 +1,6 @@
-// Serving of the events that wait. What surprises: Tcl looks at its sources of events only when nothing in its queue can
-// be served, and a script that queues as it serves never lets that be. So the end of the queue is marked, and timers
-// and idle work, of which Tcl itself serves only what is due when it begins, are asked for by their kind.
+// Serving of the events that wait. What surprises: Tcl looks at its sources of events only when nothing in its queue
+// can be served, and a script that queues as it serves never lets that be. So the end of the queue is marked, and
+// timers and idle work, of which Tcl itself serves only what is due when it begins, are asked for by their kind.
 #include "script/event_drain.h"
 
 #include <algorithm>
@@ -62,13 +62,13 @@ bool serve_one(int kinds) { return tcl_interp() != nullptr && Tcl_DoOneEvent(kin
 bool serve_queue() {
     QueueCount waiting{0, 0};
     Tcl_DeleteEvents(count_event, &waiting);
-    if (waiting.all == waiting.marks) return false;
+    if (waiting.all == waiting.marks) { return false; }
     const int64_t marker = put_marker();
     Clock::time_point surplus_start{};
     for (int served = 0; markers_reached < marker; ++served) {
-        if (served == waiting.all + 1) surplus_start = Clock::now();
-        if (served > waiting.all && Clock::now() - surplus_start >= ARRIVALS_LIMIT) break;
-        if (!serve_one(EVERYTHING)) break;
+        if (served == waiting.all + 1) { surplus_start = Clock::now(); }
+        if (served > waiting.all && Clock::now() - surplus_start >= ARRIVALS_LIMIT) { break; }
+        if (!serve_one(EVERYTHING)) { break; }
     }
     return true;
 }
@@ -78,7 +78,7 @@ bool serve_queue() {
 Tk_RestrictAction hold_back(ClientData, XEvent*) { return TK_DEFER_EVENT; }
 
 void take_over_held_events() {
-    if (!gl_events_held(Tk_MainWindow(tcl_interp()))) return;
+    if (!gl_events_held(Tk_MainWindow(tcl_interp()))) { return; }
     ClientData argument = nullptr;
     Tk_RestrictProc* before = Tk_RestrictEvents(hold_back, nullptr, &argument);
     serve_one(TCL_WINDOW_EVENTS | TCL_DONT_WAIT);
@@ -100,10 +100,9 @@ bool serve_what_waits() {
 }  // namespace
 
 void drain_events() {
-    if (tcl_interp() == nullptr || !serve_what_waits()) return;
+    if (tcl_interp() == nullptr || !serve_what_waits()) { return; }
     const Clock::time_point start = Clock::now();
-    while (Clock::now() - start < ARRIVALS_LIMIT && serve_one(EVERYTHING)) {
-    }
+    while (Clock::now() - start < ARRIVALS_LIMIT && serve_one(EVERYTHING)) {}
 }
 
 }  // namespace pelt

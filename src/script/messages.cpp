@@ -22,7 +22,7 @@ std::string box_text(const char* text, size_t script_length) {
     std::string result = system_to_tcl(text);
     str_replace_char(result.data(), '"', '\'');
     const size_t room = MESSAGE_SCRIPT_SIZE - 1 - QUOTING - script_length;
-    if (result.size() > room) result.resize(text_cut_length(result.data(), room));
+    if (result.size() > room) { result.resize(text_cut_length(result.data(), room)); }
     return result;
 }
 
@@ -40,7 +40,7 @@ std::string format_text(const char* format, const char* first, const char* secon
 }  // namespace
 
 void msg_info(const char* text) {
-    if (text == nullptr) return;
+    if (text == nullptr) { return; }
     tcl_eval(script_with_substitution(INFO_SCRIPT, text).c_str());
 }
 
@@ -51,7 +51,7 @@ void msg_error(const char* text) {
 }
 
 void msg_info_data(const char* text) {
-    if (text == nullptr || tcl_interp() == nullptr) return;
+    if (text == nullptr || tcl_interp() == nullptr) { return; }
     Tcl_DString script;
     Tcl_DStringInit(&script);
     Tcl_DStringAppend(&script, INFO_SCRIPT, -1);

@@ -30,7 +30,7 @@ int32_t difference(int32_t a, int32_t b) {
 
 // A call of that many bytes; none is made when it was cut, because what is left would be another call.
 int eval_whole(const char (&script)[EVENT_SCRIPT_SIZE], int length) {
-    if (length < 0 || static_cast<size_t>(length) >= EVENT_SCRIPT_SIZE) return 0;
+    if (length < 0 || static_cast<size_t>(length) >= EVENT_SCRIPT_SIZE) { return 0; }
     return tcl_eval_aside(system_to_tcl(script).c_str());
 }
 
@@ -40,9 +40,9 @@ bool parts_words(char c) { return c == ' ' || (c >= '\t' && c <= '\r' && c != '\
 void append_words(const std::string& words, Tcl_DString* script) {
     for (size_t at = 0; at < words.size();) {
         size_t end = at;
-        while (end < words.size() && !parts_words(words[end])) end += words[end] == '\\' ? 2 : 1;
+        while (end < words.size() && !parts_words(words[end])) { end += words[end] == '\\' ? 2 : 1; }
         end = std::min(end, words.size());
-        if (end > at) Tcl_DStringAppendElement(script, tcl_resolve_backslashes(words.substr(at, end - at)).c_str());
+        if (end > at) { Tcl_DStringAppendElement(script, tcl_resolve_backslashes(words.substr(at, end - at)).c_str()); }
         at = end + 1;
     }
 }
@@ -50,9 +50,9 @@ void append_words(const std::string& words, Tcl_DString* script) {
 }  // namespace
 
 void view_input(WindowHandle, int32_t, const void* event) {
-    if (event == nullptr) return;
+    if (event == nullptr) { return; }
     const int32_t code = *static_cast<const int32_t*>(event);  // both kinds of record begin with it
-    if (code != INPUT_MOUSE_MOVE && code != INPUT_MOUSE_BUTTON) return;
+    if (code != INPUT_MOUSE_MOVE && code != INPUT_MOUSE_BUTTON) { return; }
 
     // A copy: the script may serve further events, which fill the one record anew.
     const MouseEvent mouse = *static_cast<const MouseEvent*>(event);
@@ -74,16 +74,15 @@ void view_input(WindowHandle, int32_t, const void* event) {
 
 int script_mouse_event(int32_t button, int32_t x, int32_t y, int32_t dx, int32_t dy) {
     const char* procedure = application()->mouse_proc;
-    if (procedure == nullptr) return 0;
+    if (procedure == nullptr) { return 0; }
     char script[EVENT_SCRIPT_SIZE];
-    const int length =
-        std::snprintf(script, sizeof script, "%s %d %d %d %d %d\n", procedure, button, x, y, dx, dy);
+    const int length = std::snprintf(script, sizeof script, "%s %d %d %d %d %d\n", procedure, button, x, y, dx, dy);
     return eval_whole(script, length);
 }
 
 int script_key_event(char character) {
     const char* procedure = application()->keyboard_proc;
-    if (procedure == nullptr) return 0;
+    if (procedure == nullptr) { return 0; }
     char script[EVENT_SCRIPT_SIZE];
     const int length = std::snprintf(script, sizeof script, "%s %c\n", procedure, character);
     return eval_whole(script, length);
@@ -91,12 +90,14 @@ int script_key_event(char character) {
 
 int script_status(const char* text) {
     const char* procedure = application()->status_proc;
-    if (procedure == nullptr || text == nullptr || tcl_interp() == nullptr) return 0;
-    if (status_depth >= STATUS_DEPTH_LIMIT) return 0;
+    if (procedure == nullptr || text == nullptr || tcl_interp() == nullptr) { return 0; }
+    if (status_depth >= STATUS_DEPTH_LIMIT) { return 0; }
     char cut[STATUS_SCRIPT_SIZE];
     text_format(cut, sizeof cut, "%s %s", procedure, text);
     const size_t procedure_length = std::strlen(procedure);
-    if (procedure_length >= std::strlen(cut)) return 0;  // cut itself, it would be another one
+    if (procedure_length >= std::strlen(cut)) {
+        return 0;  // cut itself, it would be another one
+    }
 
     Tcl_DString script;
     Tcl_DStringInit(&script);

@@ -48,10 +48,12 @@ void run_call(int argc, const char* argv[]) {
         drain_events();
         tcl_result_reset();  // what event handlers left is not this call's result
     }
-    if (tcl_interp() == nullptr) return;
+    if (tcl_interp() == nullptr) { return; }
     WordTable table;
     words_split(&table, argc, argv, tcl_to_system);
-    if (table.words[0] == nullptr) return;  // in_command stays 1; nothing reads it
+    if (table.words[0] == nullptr) {
+        return;  // in_command stays 1; nothing reads it
+    }
     cmd_dispatch(table.words.data());
     app->in_command = 0;
 }
@@ -63,7 +65,7 @@ void run_call(int argc, const char* argv[]) {
 using namespace pelt;
 
 int Sorvel_Init(Tcl_Interp* interp) {
-    if (sorvel_initialised != 0) return TCL_OK;
+    if (sorvel_initialised != 0) { return TCL_OK; }
     sorvel_initialised = 1;
     if (tcl_glue_init(interp) != 0 || !tcl_add_command("sorvel", sorvel, nullptr)) {
         sorvel_initialised = 0;  // a later load may find what was missing
@@ -82,7 +84,7 @@ int Sorvel_Init(Tcl_Interp* interp) {
 
 int sorvel(void*, Tcl_Interp*, int argc, const char* argv[]) {
     Tcl_Interp* interp = tcl_interp();
-    if (interp == nullptr) return TCL_OK;
+    if (interp == nullptr) { return TCL_OK; }
     Tcl_Preserve(interp);
     ++call_depth;
     run_call(argc, argv);

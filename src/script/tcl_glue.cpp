@@ -20,12 +20,12 @@ TclGlue glue;
 bool words_kept = false;  // a word that the system's encoding cannot hold has come in
 
 void interpreter_deleted(void*, Tcl_Interp* interp) {
-    if (glue.interp == interp) glue.interp = nullptr;
+    if (glue.interp == interp) { glue.interp = nullptr; }
 }
 
 bool is_ascii(const char* text, size_t length) {
     for (size_t i = 0; i < length; ++i) {
-        if (static_cast<unsigned char>(text[i]) >= 0x80) return false;
+        if (static_cast<unsigned char>(text[i]) >= 0x80) { return false; }
     }
     return true;
 }
@@ -42,10 +42,10 @@ Tcl_Encoding text_encoding() {
 bool is_tcl_form(const char* text) {
     while (*text != '\0') {
         const auto lead = static_cast<unsigned char>(*text++);
-        if (lead < 0x80) continue;
-        if (lead < 0xC2 || lead > 0xEF) return false;
+        if (lead < 0x80) { continue; }
+        if (lead < 0xC2 || lead > 0xEF) { return false; }
         for (int more = lead < 0xE0 ? 1 : 2; more > 0; --more, ++text) {
-            if ((static_cast<unsigned char>(*text) & 0xC0) != 0x80) return false;
+            if ((static_cast<unsigned char>(*text) & 0xC0) != 0x80) { return false; }
         }
     }
     return true;
@@ -60,7 +60,7 @@ bool append_external(const char* word, size_t length, std::string* out) {
     const bool whole = static_cast<size_t>(Tcl_DStringLength(&back)) == length &&
                        std::memcmp(Tcl_DStringValue(&back), word, length) == 0 &&
                        std::strlen(Tcl_DStringValue(&external)) == static_cast<size_t>(Tcl_DStringLength(&external));
-    if (whole) out->append(Tcl_DStringValue(&external));
+    if (whole) { out->append(Tcl_DStringValue(&external)); }
     Tcl_DStringFree(&back);
     Tcl_DStringFree(&external);
     return whole;
@@ -70,8 +70,8 @@ bool append_external(const char* word, size_t length, std::string* out) {
 
 int tcl_glue_init(Tcl_Interp* interp) {
     glue = TclGlue{};
-    if (Tcl_InitStubs(interp, STUBS_VERSION, 0) == nullptr) return 1;
-    if (Tk_InitStubs(interp, STUBS_VERSION, 0) == nullptr) return 1;
+    if (Tcl_InitStubs(interp, STUBS_VERSION, 0) == nullptr) { return 1; }
+    if (Tk_InitStubs(interp, STUBS_VERSION, 0) == nullptr) { return 1; }
     glue.interp = interp;
     Tcl_CallWhenDeleted(interp, interpreter_deleted, nullptr);
     return 0;
@@ -80,27 +80,27 @@ int tcl_glue_init(Tcl_Interp* interp) {
 TclGlue* tcl_glue() { return &glue; }
 
 Tcl_Interp* tcl_interp() {
-    if (glue.interp == nullptr || Tcl_InterpDeleted(glue.interp)) return nullptr;
+    if (glue.interp == nullptr || Tcl_InterpDeleted(glue.interp)) { return nullptr; }
     return glue.interp;
 }
 
 int tcl_add_command(const char* name, TclCommandProc procedure, void* client_data) {
     Tcl_Interp* interp = tcl_interp();
-    if (name == nullptr || procedure == nullptr || interp == nullptr) return 0;
+    if (name == nullptr || procedure == nullptr || interp == nullptr) { return 0; }
     Tcl_CreateCommand(interp, name, procedure, client_data, nullptr);
     return 1;
 }
 
 int tcl_add_obj_command(const char* name, TclObjectProc procedure, void* client_data) {
     Tcl_Interp* interp = tcl_interp();
-    if (name == nullptr || procedure == nullptr || interp == nullptr) return 0;
+    if (name == nullptr || procedure == nullptr || interp == nullptr) { return 0; }
     Tcl_CreateObjCommand(interp, name, procedure, client_data, nullptr);
     return 1;
 }
 
 int tcl_eval(const char* script) {
     Tcl_Interp* interp = tcl_interp();
-    if (script == nullptr || interp == nullptr) return 0;
+    if (script == nullptr || interp == nullptr) { return 0; }
     Tcl_Preserve(interp);
     const int code = Tcl_GlobalEval(interp, script);
     Tcl_Release(interp);
@@ -109,7 +109,7 @@ int tcl_eval(const char* script) {
 
 int tcl_eval_aside(const char* script) {
     Tcl_Interp* interp = tcl_interp();
-    if (script == nullptr || interp == nullptr) return 0;
+    if (script == nullptr || interp == nullptr) { return 0; }
     Tcl_Preserve(interp);
     Tcl_SavedResult saved;
     Tcl_SaveResult(interp, &saved);
@@ -121,7 +121,7 @@ int tcl_eval_aside(const char* script) {
 
 void tcl_result_text(const char* text) {
     Tcl_Interp* interp = tcl_interp();
-    if (text == nullptr || text[0] == '\0' || interp == nullptr) return;
+    if (text == nullptr || text[0] == '\0' || interp == nullptr) { return; }
     const std::string result = system_to_tcl(text);
     char* copy = Tcl_Alloc(static_cast<unsigned>(result.size() + 1));
     std::memcpy(copy, result.c_str(), result.size() + 1);
@@ -130,14 +130,14 @@ void tcl_result_text(const char* text) {
 
 void tcl_result_reset() {
     Tcl_Interp* interp = tcl_interp();
-    if (interp != nullptr) Tcl_ResetResult(interp);
+    if (interp != nullptr) { Tcl_ResetResult(interp); }
 }
 
 WindowHandle tk_native_window(const char* path) {
     Tcl_Interp* interp = tcl_interp();
-    if (path == nullptr || interp == nullptr) return 0;
+    if (path == nullptr || interp == nullptr) { return 0; }
     Tk_Window main_window = Tk_MainWindow(interp);
-    if (main_window == nullptr) return 0;
+    if (main_window == nullptr) { return 0; }
     const std::string name = system_to_tcl(path);
     Tk_Window window = Tk_NameToWindow(interp, name.c_str(), main_window);
     return window != nullptr ? gl_window_of_tk(window) : 0;
@@ -154,10 +154,12 @@ void tcl_to_system(const char* word, size_t length, std::string* out) {
 
 std::string system_to_tcl(const char* text) {
     const size_t length = std::strlen(text);
-    if (is_ascii(text, length)) return std::string(text, length);
+    if (is_ascii(text, length)) { return std::string(text, length); }
     // What the encoding cannot hold, and is in Tcl's form, is taken for what came in from Tcl and was kept that way.
     std::string unused;
-    if (words_kept && is_tcl_form(text) && !append_external(text, length, &unused)) return std::string(text, length);
+    if (words_kept && is_tcl_form(text) && !append_external(text, length, &unused)) {
+        return std::string(text, length);
+    }
     Tcl_DString utf;
     Tcl_ExternalToUtfDString(text_encoding(), text, text_length(length), &utf);
     std::string result(Tcl_DStringValue(&utf), static_cast<size_t>(Tcl_DStringLength(&utf)));

@@ -58,7 +58,7 @@ std::string tcl_resolve_backslashes(const std::string& text);
 
 // Toolbox that no command uses.
 void msg_script_error(const char* what, const char* reason);
-int tcl_source_file(const char* name);               // as tcl_eval
-Tcl_Interp* tcl_start_interp(const char* argv0);     // a new interpreter with Tk, bound to the glue; null on failure
+int tcl_source_file(const char* name);            // as tcl_eval
+Tcl_Interp* tcl_start_interp(const char* argv0);  // a new interpreter with Tk, bound to the glue; null on failure
 
 }  // namespace pelt

@@ -27,7 +27,7 @@ void vertex_point(Model* model, Words words, const char* usage) {
         msg_info(usage);
         return;
     }
-    if (model == nullptr) return;
+    if (model == nullptr) { return; }
     model_set_point(model, id, float_to_int(place[0]), float_to_int(place[1]), float_to_int(place[2]), FULL_WEIGHT);
 }
 
@@ -39,12 +39,12 @@ void vertex_normal(Model* model, Words words, const char* usage) {
         return;
     }
     // Intended: the word here is stepped over, whatever it is, and without one nothing happens and nothing is said.
-    if (words[3] == nullptr) return;
+    if (words[3] == nullptr) { return; }
     if (!arg_read(&normal[2], words[4], ARG_FLOAT)) {
         msg_info(usage);
         return;
     }
-    if (model != nullptr) model_set_normal(model, id, normal[0], normal[1], normal[2]);
+    if (model != nullptr) { model_set_normal(model, id, normal[0], normal[1], normal[2]); }
 }
 
 void vertex_color(Model* model, Words words, const char* usage) {
@@ -53,7 +53,7 @@ void vertex_color(Model* model, Words words, const char* usage) {
         msg_info(usage);
         return;
     }
-    if (model == nullptr) return;
+    if (model == nullptr) { return; }
     const unsigned char* colour = model_point_colour(model, values[0]);
     const int transparency = colour != nullptr ? colour[3] : 0;
     model_set_gouraud(model, values[0], low_byte(values[1]), low_byte(values[2]), low_byte(values[3]), transparency);
@@ -66,7 +66,7 @@ void vertex_transparency(Model* model, Words words, const char* usage) {
         msg_info(usage);
         return;
     }
-    if (model == nullptr) return;
+    if (model == nullptr) { return; }
     const int transparency = low_byte(float_to_int(static_cast<double>(value) * TRANSPARENCY_SCALE));
     // Intended: red ends up with the green value of the point, green and blue become full.
     const unsigned char* colour = model_point_colour(model, id);
@@ -97,7 +97,7 @@ void vertex_run(Words words, const VertexTexts& texts) {
         return;
     }
     for (const VertexRow& row : FORMS) {
-        if (!str_equal(row.word, form)) continue;
+        if (!str_equal(row.word, form)) { continue; }
         row.run(model, words + 2, texts.*row.usage);
         return;
     }

@@ -20,10 +20,7 @@ constexpr int TRIANGLE_POINTS = 10;      // control points of a triangle, slots 
 constexpr int TRIANGLE_NORMALS = 6;      // its control normals, slots 10 to 15
 
 // Slots of the control normals of a quad, in the order of its corners and of its edges 0-1, 1-3, 3-2, 2-0.
-enum QuadNormalSlot : int {
-    CORNER_0 = 16, CORNER_1, CORNER_2, CORNER_3,
-    MID_01, MID_13, MID_32, MID_20
-};
+enum QuadNormalSlot : int { CORNER_0 = 16, CORNER_1, CORNER_2, CORNER_3, MID_01, MID_13, MID_32, MID_20 };
 
 Vec3 add(const Vec3& a, const Vec3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
 Vec3 subtract(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
@@ -60,7 +57,7 @@ constexpr GridVertex grid_vertex(float u, float v) {
 
 constexpr void add_row(TriangleGrid& grid, float v, int vertices, float step) {
     float u = 0.0f;
-    for (int i = 0; i < vertices; ++i, u += step) grid.vertices[grid.count++] = grid_vertex(u, v);
+    for (int i = 0; i < vertices; ++i, u += step) { grid.vertices[grid.count++] = grid_vertex(u, v); }
 }
 
 constexpr TriangleGrid triangle_grid(int type, int level) {
@@ -68,9 +65,9 @@ constexpr TriangleGrid triangle_grid(int type, int level) {
     const int n = edge_vertices(level);
     const float step = edge_step(level);
     add_row(grid, 0.0f, n, step);
-    if (type == 1) add_row(grid, 1.0f, 1, step);
+    if (type == 1) { add_row(grid, 1.0f, 1, step); }
     float v = step;
-    for (int row = 1; type != 1 && row < n; ++row, v += step) add_row(grid, v, type == 2 ? 1 : n - row, step);
+    for (int row = 1; type != 1 && row < n; ++row, v += step) { add_row(grid, v, type == 2 ? 1 : n - row, step); }
     return grid;
 }
 
@@ -96,7 +93,7 @@ const TriangleGrid& grid_of(int type, int level) {
 template <int Slots>
 Vec3 weighted_sum(const Vec3* slots, const float* weights) {
     Vec3 sum = multiply(slots[0], weights[0]);
-    for (int i = 1; i < Slots; ++i) sum = add(sum, multiply(slots[i], weights[i]));
+    for (int i = 1; i < Slots; ++i) { sum = add(sum, multiply(slots[i], weights[i])); }
     return sum;
 }
 
@@ -110,7 +107,7 @@ void set_triple(int16_t (&out)[3], int a, int b, int c) {
 
 // One curved row of n vertices, then the apex.
 int index_fan(int n, int16_t (*out)[3]) {
-    for (int i = 0; i < n - 1; ++i) set_triple(out[i], i, i + 1, n);
+    for (int i = 0; i < n - 1; ++i) { set_triple(out[i], i, i + 1, n); }
     return n - 1;
 }
 
@@ -132,7 +129,7 @@ int index_full(int n, int16_t (*out)[3]) {
     for (int width = n - 1; width >= 1; --width) {
         for (int i = 0; i < width; ++i, ++k) {
             set_triple(out[count++], k, k + 1, k + width + 1);
-            if (i != width - 1) set_triple(out[count++], k + 1, k + width + 2, k + width + 1);
+            if (i != width - 1) { set_triple(out[count++], k + 1, k + width + 2, k + width + 1); }
         }
         ++k;
     }
@@ -149,14 +146,14 @@ void row_points(const QuadPatch* patch, float s, Vec3 out[4]) {
 
 // From a normal over a mid normal to another as f goes from 0 to 1.
 Vec3 along_boundary(const Vec3& from, const Vec3& mid, const Vec3& to, float f) {
-    if (f == 0.5f) return mid;
-    if (f < 0.5f) return lerp(from, mid, f + f);
+    if (f == 0.5f) { return mid; }
+    if (f < 0.5f) { return lerp(from, mid, f + f); }
     return lerp(mid, to, (f - 0.5f) + (f - 0.5f));
 }
 
 // The weight at a vertex is what the blended table leaves of 1.
 int complement(float* values, int count) {
-    for (int i = 0; i < count; ++i) values[i] = 1.0f - values[i];
+    for (int i = 0; i < count; ++i) { values[i] = 1.0f - values[i]; }
     return count;
 }
 
@@ -185,7 +182,7 @@ int patch_edge_normal(const Vec3* a, const Vec3* b, const Vec3* normal_a, const 
 
 int patch_centre(const Vec3 boundary[9], Vec3* out) {
     Vec3 edges = boundary[1];
-    for (int i : {2, 4, 5, 7, 8}) edges = add(edges, boundary[i]);
+    for (int i : {2, 4, 5, 7, 8}) { edges = add(edges, boundary[i]); }
     edges = multiply(edges, EDGE_SIXTH);
     const Vec3 corners = multiply(add(add(boundary[0], boundary[3]), boundary[6]), CORNER_THIRD);
     *out = add(multiply(subtract(edges, corners), 0.5f), edges);
@@ -203,7 +200,7 @@ void patch_build_triangle(const Vec3 corners[3], const Vec3 normals[PATCH_NORMAL
         patch_edge_normal(corners + edge, corners + next, normals + edge, normals + next, out->slots + 13 + edge);
     }
     static constexpr int BOUNDARY_SLOTS[9] = {0, 2, 5, 9, 8, 7, 6, 3, 1};
-    for (int i = 0; i < 9; ++i) out->slots[BOUNDARY_SLOTS[i]] = boundary[i];
+    for (int i = 0; i < 9; ++i) { out->slots[BOUNDARY_SLOTS[i]] = boundary[i]; }
     patch_centre(boundary, out->slots + 4);
 }
 
@@ -213,8 +210,8 @@ void patch_build_quad(const Vec3 corners[4], const Vec3 normals[PATCH_NORMAL_PLA
         int from, to, normal_from, normal_to, slot_near, slot_far;
     };
     static constexpr NetLine LINES[] = {
-        {0, 1, 4, 5, 1, 2},   {1, 3, 6, 7, 7, 11}, {3, 2, 8, 9, 14, 13}, {2, 0, 10, 11, 8, 4},
-        {0, 3, 11, 7, 5, 10}, {2, 1, 10, 6, 9, 6},
+        {0, 1, 4, 5, 1, 2},   {1, 3, 6, 7, 7, 11},  {3, 2, 8, 9, 14, 13},
+        {2, 0, 10, 11, 8, 4}, {0, 3, 11, 7, 5, 10}, {2, 1, 10, 6, 9, 6},
     };
     static constexpr int CORNER_SLOTS[4] = {0, 3, 12, 15};
     static constexpr int EDGES = 4;  // the first lines; the other two are the diagonals
@@ -230,7 +227,7 @@ void patch_build_quad(const Vec3 corners[4], const Vec3 normals[PATCH_NORMAL_PLA
         patch_edge_points(from, to, normals + line.normal_from, normals + line.normal_to, inner);
         out->slots[line.slot_near] = inner[0];
         out->slots[line.slot_far] = inner[1];
-        if (i < EDGES) patch_edge_normal(from, to, normals + line.from, normals + line.to, out->slots + MID_01 + i);
+        if (i < EDGES) { patch_edge_normal(from, to, normals + line.from, normals + line.to, out->slots + MID_01 + i); }
         ++i;
     }
 }
@@ -327,7 +324,7 @@ int patch_attributes_quad(const float* table, int attribute_count, int type, int
 
 void patch_weight_table(const float* weights, const bool* same_joint, int corners, float* table) {
     // A corner of another joint counts from the other end, so that the blend runs from joint to joint.
-    for (int i = 0; i < corners; ++i) table[i] = i == 0 || same_joint[i] ? 1.0f - weights[i] : weights[i];
+    for (int i = 0; i < corners; ++i) { table[i] = i == 0 || same_joint[i] ? 1.0f - weights[i] : weights[i]; }
 }
 
 int patch_weights_triangle(const float* table, int type, int level, float* out) {

@@ -156,12 +156,9 @@ constexpr uint8_t CURSOR_Z[] = {
 }  // namespace
 
 const BuiltinCursor BUILTIN_CURSORS[BUILTIN_CURSOR_COUNT] = {
-    {101, "zoom", CURSOR_ZOOM, sizeof(CURSOR_ZOOM)},
-    {102, "pick", CURSOR_PICK, sizeof(CURSOR_PICK)},
-    {103, "y", CURSOR_Y, sizeof(CURSOR_Y)},
-    {104, "pan", CURSOR_PAN, sizeof(CURSOR_PAN)},
-    {105, "x", CURSOR_X, sizeof(CURSOR_X)},
-    {106, "rotate", CURSOR_ROTATE, sizeof(CURSOR_ROTATE)},
+    {101, "zoom", CURSOR_ZOOM, sizeof(CURSOR_ZOOM)}, {102, "pick", CURSOR_PICK, sizeof(CURSOR_PICK)},
+    {103, "y", CURSOR_Y, sizeof(CURSOR_Y)},          {104, "pan", CURSOR_PAN, sizeof(CURSOR_PAN)},
+    {105, "x", CURSOR_X, sizeof(CURSOR_X)},          {106, "rotate", CURSOR_ROTATE, sizeof(CURSOR_ROTATE)},
     {107, "z", CURSOR_Z, sizeof(CURSOR_Z)},
 };
 

@@ -25,13 +25,13 @@ int32_t cursor_next_id;  // counts for the life of the process: no id comes twic
 
 int32_t builtin_group(const char* name) {
     for (const BuiltinName& builtin : BUILTIN_NAMES) {
-        if (str_equal(builtin.name, name)) return builtin.group;
+        if (str_equal(builtin.name, name)) { return builtin.group; }
     }
     return 0;
 }
 
 NativeCursor load_cursor(const char* name) {
-    if (const int32_t group = builtin_group(name); group != 0) return native_cursor_load_builtin(group);
+    if (const int32_t group = builtin_group(name); group != 0) { return native_cursor_load_builtin(group); }
     char path[PATH_BUFFER_SIZE];
     cursor_path(name, path, PATH_RULES);
     return native_cursor_load_file(path);
@@ -41,25 +41,25 @@ NativeCursor load_cursor(const char* name) {
 
 void cursor_path(const char* name, char (&path)[PATH_BUFFER_SIZE], PathRules rules) {
     str_copy(name, path);
-    if (!rules.slash_separates) str_replace_char(path, '/', '\\');
+    if (!rules.slash_separates) { str_replace_char(path, '/', '\\'); }
 }
 
 int32_t cursor_create(const char*, const char* name) {
-    if (name == nullptr || cursor_next_id == std::numeric_limits<int32_t>::max()) return 0;
+    if (name == nullptr || cursor_next_id == std::numeric_limits<int32_t>::max()) { return 0; }
     const NativeCursor cursor = load_cursor(name);
-    if (cursor == 0) return 0;
+    if (cursor == 0) { return 0; }
     auto* slot = static_cast<NativeCursor*>(list_add(&gl_system.cursors, ++cursor_next_id));
-    if (slot == nullptr) return 0;
+    if (slot == nullptr) { return 0; }
     *slot = cursor;
     return cursor_next_id;
 }
 
 int cursor_apply(int32_t id) {
-    if (id < 0) return 0;
+    if (id < 0) { return 0; }
     NativeCursor cursor = 0;
     if (id != 0) {
         const void* slot = list_find(&gl_system.cursors, id);
-        if (slot == nullptr) return 0;
+        if (slot == nullptr) { return 0; }
         cursor = *static_cast<const NativeCursor*>(slot);
     }
     gl_system.current_cursor = id;
@@ -70,7 +70,7 @@ int cursor_apply(int32_t id) {
 int pointer_set(int32_t x, int32_t y) { return native_pointer_set(x, y) ? 1 : 0; }
 
 int pointer_get(int32_t* x, int32_t* y) {
-    if (x == nullptr || y == nullptr) return 0;
+    if (x == nullptr || y == nullptr) { return 0; }
     return native_pointer_get(x, y) ? 1 : 0;
 }
 

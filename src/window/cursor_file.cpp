@@ -36,7 +36,7 @@ uint32_t read_32(const uint8_t* at) { return read_16(at) | read_16(at + 2) << 16
 
 // The part of the file from offset on, at most size bytes; empty when the file does not hold all of it.
 Bytes part(Bytes file, size_t offset, size_t size) {
-    if (offset > file.size || size > file.size - offset) return {nullptr, 0};
+    if (offset > file.size || size > file.size - offset) { return {nullptr, 0}; }
     return {file.data + offset, size};
 }
 
@@ -63,7 +63,7 @@ struct Layout {
 size_t row_bytes(int32_t width, uint32_t bits) { return (static_cast<size_t>(width) * bits + 31) / 32 * 4; }
 
 bool read_layout(Bytes bitmap, Layout* layout) {
-    if (bitmap.size < BITMAP_HEADER_SIZE) return false;
+    if (bitmap.size < BITMAP_HEADER_SIZE) { return false; }
     const uint32_t header = read_32(bitmap.data);
     const uint32_t width = read_32(bitmap.data + 4);
     const uint32_t both_heights = read_32(bitmap.data + 8);
@@ -71,10 +71,10 @@ bool read_layout(Bytes bitmap, Layout* layout) {
     const uint32_t compression = read_32(bitmap.data + 16);
     const uint32_t colours_used = read_32(bitmap.data + 32);
     constexpr auto LIMIT = static_cast<uint32_t>(CURSOR_SIZE_MAX);
-    if (header < BITMAP_HEADER_SIZE || header > bitmap.size || compression != 0) return false;
-    if (width < 1 || width > LIMIT) return false;
-    if (both_heights < 2 || both_heights > 2 * LIMIT || both_heights % 2 != 0) return false;
-    if (bits != 1 && bits != 4 && bits != 8 && bits != 24 && bits != 32) return false;
+    if (header < BITMAP_HEADER_SIZE || header > bitmap.size || compression != 0) { return false; }
+    if (width < 1 || width > LIMIT) { return false; }
+    if (both_heights < 2 || both_heights > 2 * LIMIT || both_heights % 2 != 0) { return false; }
+    if (bits != 1 && bits != 4 && bits != 8 && bits != 24 && bits != 32) { return false; }
 
     layout->width = static_cast<int32_t>(width);
     layout->height = static_cast<int32_t>(both_heights / 2);
@@ -82,7 +82,7 @@ bool read_layout(Bytes bitmap, Layout* layout) {
     layout->palette_count = 0;
     if (bits <= 8) {
         const uint32_t full = 1u << bits;
-        if (colours_used > full) return false;
+        if (colours_used > full) { return false; }
         layout->palette_count = colours_used == 0 ? full : colours_used;
     }
     layout->colour_row = row_bytes(layout->width, bits);
@@ -109,14 +109,14 @@ uint32_t pixel_colour(const Layout& layout, const uint8_t* row, int32_t x) {
     const size_t bit = at * layout.bits;
     const auto shift = static_cast<unsigned>(8 - layout.bits - bit % 8);
     const size_t index = (static_cast<unsigned>(row[bit / 8]) >> shift) & ((1u << layout.bits) - 1);
-    if (index >= layout.palette_count) return 0;
+    if (index >= layout.palette_count) { return 0; }
     return read_32(layout.palette.data + index * 4) & ~OPAQUE;
 }
 
 bool has_alpha(const Layout& layout) {
-    if (layout.bits != 32) return false;
+    if (layout.bits != 32) { return false; }
     for (size_t i = 3; i < layout.colours.size; i += 4) {
-        if (layout.colours.data[i] != 0) return true;
+        if (layout.colours.data[i] != 0) { return true; }
     }
     return false;
 }
@@ -142,16 +142,16 @@ void read_pixels(const Layout& layout, uint32_t* pixels) {
 }
 
 bool choose_entry(Bytes file, Entry* chosen) {
-    if (file.data == nullptr || file.size < DIRECTORY_SIZE) return false;
+    if (file.data == nullptr || file.size < DIRECTORY_SIZE) { return false; }
     const uint32_t count = read_16(file.data + 4);
-    if (read_16(file.data) != 0 || read_16(file.data + 2) != FILE_TYPE_CURSOR || count == 0) return false;
+    if (read_16(file.data) != 0 || read_16(file.data + 2) != FILE_TYPE_CURSOR || count == 0) { return false; }
     const Bytes entries = part(file, DIRECTORY_SIZE, count * ENTRY_SIZE);
-    if (entries.data == nullptr) return false;
+    if (entries.data == nullptr) { return false; }
     const auto distance = [](const Entry& entry) { return std::abs(entry.width - CURSOR_SIZE_WANTED); };
     *chosen = read_entry(entries.data);
     for (uint32_t i = 1; i < count; ++i) {
         const Entry entry = read_entry(entries.data + i * ENTRY_SIZE);
-        if (distance(entry) < distance(*chosen)) *chosen = entry;
+        if (distance(entry) < distance(*chosen)) { *chosen = entry; }
     }
     return true;
 }
@@ -159,10 +159,10 @@ bool choose_entry(Bytes file, Entry* chosen) {
 // Bytes of the file that the picture of an entry stands in; 0 when the file does not hold all of it.
 size_t x_picture_bytes(Bytes file, const uint8_t* entry) {
     const Bytes head = part(file, read_32(entry + 8), X_PICTURE_HEAD_SIZE);
-    if (head.data == nullptr) return 0;
+    if (head.data == nullptr) { return 0; }
     const uint64_t pixels = uint64_t{read_32(head.data + 16)} * read_32(head.data + 20);
     const size_t room = file.size - static_cast<size_t>(head.data - file.data) - X_PICTURE_HEAD_SIZE;
-    if (pixels > room / X_PIXEL_SIZE) return 0;
+    if (pixels > room / X_PIXEL_SIZE) { return 0; }
     return X_PICTURE_HEAD_SIZE + static_cast<size_t>(pixels) * X_PIXEL_SIZE;
 }
 
@@ -173,8 +173,8 @@ bool cursor_file_parse(const uint8_t* bytes, size_t size, CursorImage* image) {
     const Bytes file{bytes, size};
     Entry entry{};
     Layout layout{};
-    if (!choose_entry(file, &entry)) return false;
-    if (!read_layout(part(file, entry.offset, entry.size), &layout)) return false;
+    if (!choose_entry(file, &entry)) { return false; }
+    if (!read_layout(part(file, entry.offset, entry.size), &layout)) { return false; }
 
     const size_t count = static_cast<size_t>(layout.width) * static_cast<size_t>(layout.height);
     image->pixels = static_cast<uint32_t*>(std::malloc(count * sizeof(uint32_t)));
@@ -189,18 +189,18 @@ bool cursor_file_parse(const uint8_t* bytes, size_t size, CursorImage* image) {
 bool cursor_file_x_is_sound(const uint8_t* bytes, size_t size) {
     const Bytes file{bytes, size};
     const Bytes head = part(file, 0, X_HEAD_SIZE);
-    if (head.data == nullptr || std::memcmp(head.data, "Xcur", 4) != 0) return false;
+    if (head.data == nullptr || std::memcmp(head.data, "Xcur", 4) != 0) { return false; }
     const size_t head_size = read_32(head.data + 4);
     const size_t count = read_32(head.data + 12);
-    if (head_size < X_HEAD_SIZE || count > CURSOR_X_ENTRY_MAX) return false;
+    if (head_size < X_HEAD_SIZE || count > CURSOR_X_ENTRY_MAX) { return false; }
     const Bytes entries = part(file, head_size, count * X_ENTRY_SIZE);
-    if (entries.data == nullptr) return false;
+    if (entries.data == nullptr) { return false; }
     size_t needed = head_size + entries.size;
     for (size_t at = 0; at < entries.size; at += X_ENTRY_SIZE) {
-        if (read_32(entries.data + at) != X_PICTURE) continue;
+        if (read_32(entries.data + at) != X_PICTURE) { continue; }
         const size_t picture = x_picture_bytes(file, entries.data + at);
         needed += picture;
-        if (picture == 0 || needed > size) return false;
+        if (picture == 0 || needed > size) { return false; }
     }
     return true;
 }

@@ -20,10 +20,10 @@ struct CursorImage {
 // pixel that would invert the screen becomes black. False, with an empty record, for anything cut short or senseless.
 bool cursor_file_parse(const uint8_t* bytes, size_t size, CursorImage* image);
 
-// Whether the directory of a cursor file of X can be believed: at most CURSOR_X_ENTRY_MAX entries, each picture whole in
-// the file, and all of them together no more than the file, so that its reader asks for no more memory than that. The
-// library that reads such files compares each entry with each other, and makes a picture for each of the wanted size,
-// whether or not several name the same bytes.
+// Whether the directory of a cursor file of X can be believed: at most CURSOR_X_ENTRY_MAX entries, each picture whole
+// in the file, and all of them together no more than the file, so that its reader asks for no more memory than that.
+// The library that reads such files compares each entry with each other, and makes a picture for each of the wanted
+// size, whether or not several name the same bytes.
 bool cursor_file_x_is_sound(const uint8_t* bytes, size_t size);
 
 // Releases the pixels and empties the record.

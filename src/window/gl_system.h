@@ -21,7 +21,7 @@ struct GlWindow {
     WindowProc paint_proc;
     WindowProc resize_proc;
     WindowProc event_proc;
-    GlContext* context;  // owned; null before it is made and after it is destroyed
+    GlContext* context;             // owned; null before it is made and after it is destroyed
     int32_t width_max, height_max;  // what its driver can draw; 0 as long as that is not known
 };
 

@@ -29,7 +29,9 @@ bool gl_cursor_shown = true;
 // The window when it is the one whose context is current, else null.
 GlWindow* drawing_window(WindowHandle window) {
     GlWindow* current = gl_system.current_window;
-    if (window == 0 || current == nullptr || current->handle != window || current->context == nullptr) return nullptr;
+    if (window == 0 || current == nullptr || current->handle != window || current->context == nullptr) {
+        return nullptr;
+    }
     return current;
 }
 
@@ -38,7 +40,7 @@ int32_t new_window_size(int32_t size) { return std::clamp(size, 1, NEW_WINDOW_SI
 // Some drivers write out of bounds when a window is larger than they can draw.
 void learn_drawing_limit(GlWindow* entry) {
     int32_t width = 0, height = 0;
-    if (entry->width_max != 0 || !native_drawing_limit(&width, &height)) return;
+    if (entry->width_max != 0 || !native_drawing_limit(&width, &height)) { return; }
     entry->width_max = std::clamp(width, 1, WINDOW_SIZE_MAX);
     entry->height_max = std::clamp(height, 1, WINDOW_SIZE_MAX);
 }
@@ -46,9 +48,9 @@ void learn_drawing_limit(GlWindow* entry) {
 // Format, context, init. The palette belongs to the failed path alone: a format that was set makes none, whatever the
 // depth of the display. This is intended.
 void create_context(WindowHandle window) {
-    if (gl_window_find(window) == nullptr) return;
+    if (gl_window_find(window) == nullptr) { return; }
     const NativeDevice device = native_device_get(window);
-    if (!native_format_set(device)) palette_set_up(device);
+    if (!native_format_set(device)) { palette_set_up(device); }
     const NativeContext context = native_context_create(device);
     GlWindow* entry = gl_window_find(window);
     if (context == 0 || entry == nullptr) {
@@ -57,7 +59,7 @@ void create_context(WindowHandle window) {
         return;
     }
     entry->context = new GlContext{device, context, {}};
-    if (entry->init_proc != nullptr) entry->init_proc(window, 0, nullptr);
+    if (entry->init_proc != nullptr) { entry->init_proc(window, 0, nullptr); }
 }
 
 // The system has given the handle of a dead window to a new one: the dead entry must not be found by it any more.
@@ -71,7 +73,7 @@ void forget_handle(WindowHandle window) {
 }  // namespace
 
 void gl_system_init(std::uintptr_t instance) {
-    for (const GlWindow& entry : list_elements<GlWindow>(gl_system.windows)) gl_context_destroy(entry.handle);
+    for (const GlWindow& entry : list_elements<GlWindow>(gl_system.windows)) { gl_context_destroy(entry.handle); }
     list_free(&gl_system.windows);
     list_free(&gl_system.cursors);
     gl_system = GlSystem{};
@@ -84,24 +86,24 @@ void gl_system_init(std::uintptr_t instance) {
 }
 
 GlWindow* gl_window_find(WindowHandle window) {
-    if (window == 0) return nullptr;
+    if (window == 0) { return nullptr; }
     for (GlWindow& entry : list_elements<GlWindow>(gl_system.windows)) {
-        if (entry.handle == window) return &entry;
+        if (entry.handle == window) { return &entry; }
     }
     return nullptr;
 }
 
 WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc init, WindowProc paint,
                               WindowProc resize, WindowProc event, int popup) {
-    if (name == nullptr) return 0;
-    if (const void* known = list_find(&gl_system.windows, name)) return static_cast<const GlWindow*>(known)->handle;
+    if (name == nullptr) { return 0; }
+    if (const void* known = list_find(&gl_system.windows, name)) { return static_cast<const GlWindow*>(known)->handle; }
 
     int32_t x = 0, y = 0, width = 0, height = 0;
     gl_window_geometry(parent, &x, &y, &width, &height);
     // Messages of the creation find no entry yet and do nothing: the window enters the table afterwards.
     const WindowHandle window =
         native_window_create(name, parent, new_window_size(width), new_window_size(height), popup != 0);
-    if (window == 0) return 0;
+    if (window == 0) { return 0; }
     native_window_raise(window);
 
     forget_handle(window);
@@ -123,7 +125,7 @@ void gl_paint_pending(WindowHandle window) {
         window_procedure(window, MESSAGE_PAINT, 0, 0);
         // Without a context no paint ever begins, so repeating it would be in vain.
         const GlWindow* entry = gl_window_find(window);
-        if (entry == nullptr || entry->context == nullptr) return;
+        if (entry == nullptr || entry->context == nullptr) { return; }
     }
 }
 
@@ -134,10 +136,10 @@ void gl_make_current(WindowHandle window) {
         return;
     }
     GlWindow* entry = gl_window_find(window);
-    if (entry == nullptr || entry->context == nullptr) return;
+    if (entry == nullptr || entry->context == nullptr) { return; }
     const GlContext& context = *entry->context;
-    if (context.device_context == 0 || context.render_context == 0) return;
-    if (!native_context_make_current(context.device_context, context.render_context)) return;
+    if (context.device_context == 0 || context.render_context == 0) { return; }
+    if (!native_context_make_current(context.device_context, context.render_context)) { return; }
     gl_system.current_window = entry;
     learn_drawing_limit(entry);
 }
@@ -145,17 +147,19 @@ void gl_make_current(WindowHandle window) {
 bool gl_context_current(WindowHandle window) { return drawing_window(window) != nullptr; }
 
 void gl_begin_paint(WindowHandle window) {
-    if (gl_system.current_window == nullptr) gl_make_current(window);
-    if (GlWindow* entry = drawing_window(window)) native_begin_paint(window, &entry->context->paint);
+    if (gl_system.current_window == nullptr) { gl_make_current(window); }
+    if (GlWindow* entry = drawing_window(window)) { native_begin_paint(window, &entry->context->paint); }
 }
 
 void gl_end_paint(WindowHandle window) {
-    if (GlWindow* entry = drawing_window(window)) native_end_paint(window, &entry->context->paint);
+    if (GlWindow* entry = drawing_window(window)) { native_end_paint(window, &entry->context->paint); }
 }
 
 void gl_swap_buffers(WindowHandle window) {
     const GlWindow* entry = drawing_window(window);
-    if (entry != nullptr && entry->context->device_context != 0) native_swap_buffers(entry->context->device_context);
+    if (entry != nullptr && entry->context->device_context != 0) {
+        native_swap_buffers(entry->context->device_context);
+    }
 }
 
 bool gl_swap_keeps_back_buffer(WindowHandle window) {
@@ -165,28 +169,28 @@ bool gl_swap_keeps_back_buffer(WindowHandle window) {
 
 void gl_set_background(WindowHandle window, int red, int green, int blue) {
     const GlWindow* entry = drawing_window(window);
-    if (entry == nullptr) return;
+    if (entry == nullptr) { return; }
     const auto byte = [](int value) { return static_cast<uint32_t>(value) & 0xFFu; };
     native_set_background(entry->context->device_context, byte(red) | byte(green) << 8 | byte(blue) << 16);
 }
 
 void gl_context_destroy(WindowHandle window) {
     GlWindow* entry = gl_window_find(window);
-    if (entry == nullptr) return;
-    if (gl_system.current_window == entry) gl_make_current(0);
+    if (entry == nullptr) { return; }
+    if (gl_system.current_window == entry) { gl_make_current(0); }
     GlContext* context = entry->context;
     entry->context = nullptr;  // before the release, which may bring messages of its own
-    if (context == nullptr) return;
+    if (context == nullptr) { return; }
     native_context_destroy(context->render_context);
     native_device_release(window, context->device_context);
     delete context;
 }
 
 void gl_window_geometry(WindowHandle window, int32_t* x, int32_t* y, int32_t* width, int32_t* height) {
-    if (x == nullptr || y == nullptr || width == nullptr || height == nullptr) return;
+    if (x == nullptr || y == nullptr || width == nullptr || height == nullptr) { return; }
     *x = *y = *width = *height = 0;
-    if (!native_client_size(window, width, height)) return;
-    if (native_window_parent(window) != 0) native_window_origin(window, x, y);
+    if (!native_client_size(window, width, height)) { return; }
+    if (native_window_parent(window) != 0) { native_window_origin(window, x, y); }
 }
 
 WindowHandle gl_window_parent(WindowHandle window) { return native_window_parent(window); }
@@ -209,13 +213,13 @@ void gl_window_invalidate(WindowHandle window) { native_invalidate(window); }
 // The window system counts how often its cursor was hidden, so the same wish twice must reach it once.
 void gl_show_cursor(int flag) {
     const bool shown = flag != 0;
-    if (shown == gl_cursor_shown) return;
+    if (shown == gl_cursor_shown) { return; }
     gl_cursor_shown = shown;
     native_cursor_show(shown);
 }
 
 void gl_status_text(WindowHandle status_bar, const char* text) {
-    if (status_bar != 0 && text != nullptr) native_status_text(status_bar, text);
+    if (status_bar != 0 && text != nullptr) { native_status_text(status_bar, text); }
 }
 
 WindowHandle gl_window_of_tk(void* tk_window) { return native_window_of_tk(tk_window); }
@@ -246,7 +250,7 @@ struct MessageRule {
 
 void call_procedure(WindowHandle window, WindowProc GlWindow::*procedure) {
     const GlWindow* entry = gl_window_find(window);
-    if (entry != nullptr && entry->*procedure != nullptr) (entry->*procedure)(window, 0, nullptr);
+    if (entry != nullptr && entry->*procedure != nullptr) { (entry->*procedure)(window, 0, nullptr); }
 }
 
 std::intptr_t on_mouse(const MessageRecord& message) {
@@ -291,7 +295,7 @@ std::intptr_t on_query_palette(const MessageRecord& message) { return palette_ta
 
 // Sixteen bits against a full handle: a window whose handle does not fit them follows its own change too. Intended.
 std::intptr_t on_palette_changed(const MessageRecord& message) {
-    if (message.wparam != message.window) palette_follow(message.window);
+    if (message.wparam != message.window) { palette_follow(message.window); }
     return 0;
 }
 
@@ -316,10 +320,10 @@ std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintp
     }
     const MessageRecord record{window, message & 0xFFFFu, static_cast<uint32_t>(wparam & 0xFFFFu), lparam};
     for (const MessageRule& rule : MESSAGE_RULES) {
-        if (record.number < rule.first || record.number > rule.last) continue;
+        if (record.number < rule.first || record.number > rule.last) { continue; }
         const std::intptr_t result = rule.action(record);
-        if (rule.returns == RETURN_ZERO) return 0;
-        if (rule.returns == RETURN_RESULT) return result;
+        if (rule.returns == RETURN_ZERO) { return 0; }
+        if (rule.returns == RETURN_RESULT) { return result; }
         break;
     }
     return native_default_message(window, record.number, record.wparam, record.lparam);

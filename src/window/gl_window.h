@@ -23,7 +23,7 @@ void gl_system_init(std::uintptr_t instance);
 WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc init, WindowProc paint,
                               WindowProc resize, WindowProc event, int popup);
 
-void gl_make_current(WindowHandle window);  // 0 releases the current context
+void gl_make_current(WindowHandle window);     // 0 releases the current context
 bool gl_context_current(WindowHandle window);  // this window's context is there and current
 void gl_begin_paint(WindowHandle window);
 void gl_end_paint(WindowHandle window);

@@ -41,8 +41,8 @@ KeyEvent key_event;
 int32_t held_button(uint32_t held) {
     const bool left = (held & HELD_LEFT) != 0;
     const bool right = (held & HELD_RIGHT) != 0;
-    if ((left && right) || (held & HELD_MIDDLE) != 0) return 2;
-    if (right) return 3;
+    if ((left && right) || (held & HELD_MIDDLE) != 0) { return 2; }
+    if (right) { return 3; }
     return left ? 1 : 0;
 }
 
@@ -50,7 +50,7 @@ int32_t held_button(uint32_t held) {
 
 void input_mouse(WindowHandle window, uint32_t message, uint32_t wparam, std::intptr_t lparam) {
     const GlWindow* entry = gl_window_find(window);
-    if (entry == nullptr || message < MESSAGE_MOUSE_MOVE || message > MESSAGE_MIDDLE_DOUBLE) return;
+    if (entry == nullptr || message < MESSAGE_MOUSE_MOVE || message > MESSAGE_MIDDLE_DOUBLE) { return; }
 
     const MouseRule& rule = MOUSE_RULES[message - MESSAGE_MOUSE_MOVE];
     mouse_event = MouseEvent{rule.code, 0, 0, rule.button, rule.double_click, rule.pressed};
@@ -61,16 +61,16 @@ void input_mouse(WindowHandle window, uint32_t message, uint32_t wparam, std::in
     const auto position = static_cast<int32_t>(lparam);  // 32 bits, also where lparam has 64
     mouse_event.x = static_cast<int16_t>(position & 0xFFFF);
     mouse_event.y = position >> 16;
-    if (entry->event_proc != nullptr) entry->event_proc(window, 0, &mouse_event);
+    if (entry->event_proc != nullptr) { entry->event_proc(window, 0, &mouse_event); }
 }
 
 void input_key(WindowHandle window, uint32_t message, uint32_t wparam) {
     const GlWindow* entry = gl_window_find(window);
-    if (entry == nullptr) return;
-    if (message == MESSAGE_KEY_DOWN) key_event = KeyEvent{INPUT_KEY_DOWN, wparam};
-    if (message == MESSAGE_KEY_UP) key_event = KeyEvent{INPUT_KEY_UP, wparam};
+    if (entry == nullptr) { return; }
+    if (message == MESSAGE_KEY_DOWN) { key_event = KeyEvent{INPUT_KEY_DOWN, wparam}; }
+    if (message == MESSAGE_KEY_UP) { key_event = KeyEvent{INPUT_KEY_UP, wparam}; }
     // A character message hands on the record of the key message before it. Intended.
-    if (entry->event_proc != nullptr) entry->event_proc(window, 0, &key_event);
+    if (entry->event_proc != nullptr) { entry->event_proc(window, 0, &key_event); }
 }
 
 }  // namespace pelt

@@ -98,7 +98,7 @@ bool native_context_make_current(NativeDevice device, NativeContext context);  /
 // The largest picture that the driver of the current context can draw. False when it does not say.
 bool native_drawing_limit(int32_t* width, int32_t* height);
 void native_swap_buffers(NativeDevice device);
-bool native_swap_keeps_back_buffer(NativeDevice device);  // the back buffer still holds the frame after a swap
+bool native_swap_keeps_back_buffer(NativeDevice device);           // the back buffer still holds the frame after a swap
 void native_set_background(NativeDevice device, uint32_t colour);  // 0x00BBGGRR, of the device, not of OpenGL
 
 // Whether events have been read from the display of this Tk_Window (or null), or of a window of ours, that the event
@@ -106,7 +106,7 @@ void native_set_background(NativeDevice device, uint32_t colour);  // 0x00BBGGRR
 bool native_events_held(void* tk_window);
 
 bool native_paint_pending(WindowHandle window);
-void native_invalidate(WindowHandle window);  // leaves a paint pending
+void native_invalidate(WindowHandle window);                       // leaves a paint pending
 void native_begin_paint(WindowHandle window, NativePaint* paint);  // nothing is pending any more
 void native_end_paint(WindowHandle window, NativePaint* paint);
 

@@ -35,11 +35,11 @@ void select_palette(NativeDevice device) {
 // Selects the palette for the length of one action on the window.
 template <typename Action>
 int with_palette(WindowHandle window, Action action) {
-    if (gl_palette == 0) return 0;
+    if (gl_palette == 0) { return 0; }
     const NativeDevice device = native_device_get(window);
     select_palette(device);
     action(device);
-    if (gl_old_palette != 0) native_palette_select(device, gl_old_palette);
+    if (gl_old_palette != 0) { native_palette_select(device, gl_old_palette); }
     native_device_release(window, device);
     return 1;
 }
@@ -50,7 +50,7 @@ uint8_t palette_component(uint32_t value, int32_t bits, int32_t shift) {
     static constexpr uint8_t LEVELS_1[] = {0, 255};
     static constexpr uint8_t LEVELS_2[] = {0, 85, 170, 255};
     static constexpr uint8_t LEVELS_3[] = {0, 36, 73, 109, 146, 182, 219, 255};
-    if (shift < 0) return 0;
+    if (shift < 0) { return 0; }
     const uint32_t cut = shift > 31 ? 0 : value >> shift;
     switch (bits) {
         case 1: return LEVELS_1[cut % 2];
@@ -61,7 +61,7 @@ uint8_t palette_component(uint32_t value, int32_t bits, int32_t shift) {
 }
 
 int32_t palette_entries(const NativeFormat& format, PaletteEntry (&entries)[256]) {
-    if (format.color_bits < 0 || format.color_bits > PALETTE_BITS_MAX) return 0;
+    if (format.color_bits < 0 || format.color_bits > PALETTE_BITS_MAX) { return 0; }
     const int32_t count = 1 << format.color_bits;
     for (int32_t i = 0; i < count; ++i) {
         const auto value = static_cast<uint32_t>(i);
@@ -70,18 +70,18 @@ int32_t palette_entries(const NativeFormat& format, PaletteEntry (&entries)[256]
                                   palette_component(value, format.blue_bits, format.blue_shift), 0};
     }
     if (is_three_three_two(format)) {
-        for (const SystemColour& colour : SYSTEM_COLOURS) entries[colour.index] = colour.entry;
+        for (const SystemColour& colour : SYSTEM_COLOURS) { entries[colour.index] = colour.entry; }
     }
     return count;
 }
 
 void palette_set_up(NativeDevice device) {
     NativeFormat format{};
-    if (!native_format_get(device, &format)) return;
-    if ((format.flags & NATIVE_FORMAT_NEEDS_PALETTE) == 0) return;
+    if (!native_format_get(device, &format)) { return; }
+    if ((format.flags & NATIVE_FORMAT_NEEDS_PALETTE) == 0) { return; }
     PaletteEntry entries[256];
     const int32_t count = palette_entries(format, entries);
-    if (count == 0) return;
+    if (count == 0) { return; }
     gl_palette = native_palette_create(entries, count);
     select_palette(device);
 }

@@ -28,9 +28,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     animate_open(app, "fixed.scene");
     for (int step = 0; step < STEPS; ++step) {
         animate_next(&app->session);
-        if (step % STEPS_A_FRAME == 0) scene_draw_checked();
+        if (step % STEPS_A_FRAME == 0) { scene_draw_checked(); }
     }
-    for (int step = 0; step < STEPS_BACK; ++step) animate_prev(&app->session);
+    for (int step = 0; step < STEPS_BACK; ++step) { animate_prev(&app->session); }
     scene_draw_checked();
     file_reload(app);
     scene_draw_checked();

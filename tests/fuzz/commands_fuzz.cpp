@@ -42,8 +42,8 @@ void run_words(const std::string& line) {
 // The status procedure, the mouse procedure and the message box: each reads its words and runs a kept line.
 int callback(ClientData, Tcl_Interp*, int argc, const char* argv[]) {
     size_t length = 0;
-    for (int i = 0; i < argc; ++i) length += std::strlen(argv[i]);
-    if (length > MESSAGE_SCRIPT_SIZE) finding("a callback got more than its buffer holds");
+    for (int i = 0; i < argc; ++i) { length += std::strlen(argv[i]); }
+    if (length > MESSAGE_SCRIPT_SIZE) { finding("a callback got more than its buffer holds"); }
     if (!callback_lines.empty() && callback_lines_run < CALLBACK_LINE_LIMIT) {
         ++callback_lines_run;
         const std::string line = callback_lines.front();
@@ -100,7 +100,7 @@ bool is_harmless(const std::string& line) {
 void run_line(std::string line) {
     std::replace(line.begin(), line.end(), '[', '(');
     line.resize(std::strlen(line.c_str()));
-    if (line.empty() || !is_harmless(line)) return;
+    if (line.empty() || !is_harmless(line)) { return; }
     if (line[0] == '!') {
         run_event(line.c_str() + 1);
     } else if (line[0] == '?') {
@@ -110,7 +110,7 @@ void run_line(std::string line) {
     }
     recording_gl::clear();
     run_words("draw");
-    if (!recording_gl::errors().empty()) finding(recording_gl::joined(recording_gl::errors()).c_str());
+    if (!recording_gl::errors().empty()) { finding(recording_gl::joined(recording_gl::errors()).c_str()); }
     recording_gl::clear();
 }
 
@@ -130,7 +130,7 @@ void run_lines(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace pelt;
     using namespace pelt::fuzz;
-    if (interp == nullptr) make_interpreter();
+    if (interp == nullptr) { make_interpreter(); }
     const std::vector<File> files = split_files(data, size);
     stage_files(files);
     callback_lines.clear();
@@ -139,7 +139,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     session_set_status_callback(&application()->session, status_report);
     session_set_message_callback(&application()->session, msg_info_data);
     for (const File& file : files) {
-        if (file.name == "commands") run_lines(file.content);
+        if (file.name == "commands") { run_lines(file.content); }
     }
     callback_lines.clear();
     scene_end();

@@ -16,9 +16,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             fuzz::finding("a hot spot outside the picture");
         }
         volatile uint32_t all = 0;
-        for (int32_t i = 0; i < image.width * image.height; ++i) all = all ^ image.pixels[i];
+        for (int32_t i = 0; i < image.width * image.height; ++i) { all = all ^ image.pixels[i]; }
         cursor_image_free(&image);
     }
-    if (image.pixels != nullptr) fuzz::finding("pixels are left");
+    if (image.pixels != nullptr) { fuzz::finding("pixels are left"); }
     return 0;
 }

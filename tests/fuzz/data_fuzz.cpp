@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string pieces[2] = {text.substr(0, size / 2), text.substr(size / 2)};
     for (const std::string& piece : pieces) {
         Model* model = selection_current_model(session);
-        if (model != nullptr) model_read_data(model, piece.c_str());
+        if (model != nullptr) { model_read_data(model, piece.c_str()); }
         scene_draw_checked();
         animate_next(session);
         scene_draw_checked();

@@ -19,7 +19,7 @@ extern "C" {
 Tk_Window Tk_MainWindow(Tcl_Interp*) { return reinterpret_cast<Tk_Window>(std::uintptr_t{1}); }
 
 Tk_Window Tk_NameToWindow(Tcl_Interp* interp, const char* name, Tk_Window) {
-    if (std::strcmp(name, ".f") == 0) return reinterpret_cast<Tk_Window>(pelt::fuzz::tk_frame);
+    if (std::strcmp(name, ".f") == 0) { return reinterpret_cast<Tk_Window>(pelt::fuzz::tk_frame); }
     Tcl_AppendResult(interp, "bad window path name \"", name, "\"", nullptr);
     return nullptr;
 }
@@ -27,5 +27,4 @@ Tk_Window Tk_NameToWindow(Tcl_Interp* interp, const char* name, Tk_Window) {
 Tk_RestrictProc* Tk_RestrictEvents(Tk_RestrictProc*, ClientData, ClientData*) { return nullptr; }
 
 const char* Tk_PkgInitStubsCheck(Tcl_Interp*, const char* version, int) { return version; }
-
 }

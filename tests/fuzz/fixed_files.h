@@ -8,7 +8,8 @@ namespace pelt::fuzz {
 inline std::vector<File> fixed_files() {
     return {
         {"body.mod",
-         "joint hip 0 0 10 world 3\njoint arm 0 0 20 hip 2\nblend hip arm 2\npoints\n1 0 0 0 1\n2 10 0 0 1\n3 0 10 0 1\n"
+         "joint hip 0 0 10 world 3\njoint arm 0 0 20 hip 2\nblend hip arm 2\npoints\n1 0 0 0 1\n2 10 0 0 1\n3 0 10 0 "
+         "1\n"
          "4 10 10 0 1\n5 0 0 10 1\n6 10 0 10 0.5\n7 0 10 10 0.25\nnormals\n1 0 0 -1\n2 0 0 -1\n3 0 0 -1\n4 0 0 -1\n"
          "gouraud\n1 255 0 0 0\n2 0 255 0 9\nlayer skin 127 127 127 doublesided mirror x\ntransparency 0.5\n"
          "invisible 1 0 0\ntriangles\n0 1 2 3\n1 1 2 3 4\n2 1 2 3 4 5\n3 1 2 3 3\n4 1 2 3 4 4\nimage dot.tga x y\n"

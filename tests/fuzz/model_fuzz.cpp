@@ -7,14 +7,14 @@
 #include "application/application.h"
 #include "application/open_and_fit.h"
 #include "application/session_lifecycle.h"
-#include "reduce/bake_mirror.h"
-#include "reduce/flatten.h"
-#include "reduce/tessellate.h"
 #include "formats/model_reader.h"
 #include "formats/model_writer.h"
 #include "formats/obj_writer.h"
 #include "fuzz/stage.h"
 #include "images/image_registry.h"
+#include "reduce/bake_mirror.h"
+#include "reduce/flatten.h"
+#include "reduce/tessellate.h"
 #include "scene/model.h"
 
 namespace pelt::fuzz {
@@ -34,7 +34,7 @@ void write_and_read(const Model* model) {
         std::fclose(stream);
     }
     Model* again = model_load(WRITTEN_FILE);
-    if (again != nullptr) model_release(again);
+    if (again != nullptr) { model_release(again); }
 }
 
 void show() {
@@ -51,7 +51,7 @@ void show() {
 
 void convert() {
     Model* model = model_load(MAIN_FILE);
-    if (model == nullptr) return;
+    if (model == nullptr) { return; }
     write_and_read(model);
     model_bake_mirror(model);
     model_tessellate(model, 1);

@@ -15,7 +15,9 @@ int main(int argc, char** argv) {
     std::vector<std::filesystem::path> inputs;
     for (int i = 1; i < argc; ++i) {
         std::error_code missing;
-        for (const auto& entry : std::filesystem::directory_iterator(argv[i], missing)) inputs.push_back(entry.path());
+        for (const auto& entry : std::filesystem::directory_iterator(argv[i], missing)) {
+            inputs.push_back(entry.path());
+        }
     }
     std::sort(inputs.begin(), inputs.end());
     for (const auto& input : inputs) {

@@ -37,10 +37,10 @@ struct Directory {
     std::filesystem::path path;
     Directory() {
         const char* memory = "/dev/shm";
-        std::string name = (access(memory, W_OK) == 0 ? std::string(memory)
-                                                      : std::filesystem::temp_directory_path().string()) +
-                           "/pelt_fuzz_XXXXXX";
-        if (mkdtemp(name.data()) == nullptr || chdir(name.c_str()) != 0) std::abort();
+        std::string name =
+            (access(memory, W_OK) == 0 ? std::string(memory) : std::filesystem::temp_directory_path().string()) +
+            "/pelt_fuzz_XXXXXX";
+        if (mkdtemp(name.data()) == nullptr || chdir(name.c_str()) != 0) { std::abort(); }
         path = name;
     }
     ~Directory() {
@@ -54,7 +54,7 @@ std::string clean_name(std::string_view text) {
     std::string name;
     for (const char c : text.substr(0, NAME_LIMIT)) {
         const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-        if (letter || c == '_' || c == '-' || c == '.' || c == '[' || c == ']') name += c;
+        if (letter || c == '_' || c == '-' || c == '.' || c == '[' || c == ']') { name += c; }
     }
     return name == "." || name == ".." || name.empty() ? "unnamed" : name;
 }
@@ -65,7 +65,7 @@ volatile size_t report_length;
 void read_report(const char* text) { report_length = text != nullptr ? std::strlen(text) : 0; }
 
 void expect_empty(const KeyedList& list, const char* what) {
-    if (list_count(&list) != 0) finding(what);
+    if (list_count(&list) != 0) { finding(what); }
 }
 
 }  // namespace
@@ -124,7 +124,7 @@ WindowHandle scene_begin(WindowProc event) {
 void scene_draw_checked() {
     recording_gl::clear();
     frame_draw();
-    if (!recording_gl::errors().empty()) finding(recording_gl::joined(recording_gl::errors()).c_str());
+    if (!recording_gl::errors().empty()) { finding(recording_gl::joined(recording_gl::errors()).c_str()); }
     recording_gl::clear();
 }
 

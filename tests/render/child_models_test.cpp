@@ -15,7 +15,7 @@ Model* make_marked_model(int32_t mark) {
     Model* made = model_create("marked.mod", nullptr);
     model_add_layer(made, "body", 127, 127, 127, 0, 0, 0);
     const int32_t points[4] = {1, 2, 3, 0};
-    for (int id = 1; id <= 3; ++id) model_set_point(made, id, id == 2, id == 3, mark, 1.0f);
+    for (int id = 1; id <= 3; ++id) { model_set_point(made, id, id == 2, id == 3, mark, 1.0f); }
     model_add_triangle(made, "body", 0, points, nullptr, nullptr, 0);
     return made;
 }
@@ -32,11 +32,11 @@ std::vector<std::pair<int, float>> drawn_places() {
     bool first = false;
     for (const recording_gl::Call& call : recording_gl::calls()) {
         const std::string name = recording_gl::function_name(call.function);
-        if (name == "glPushMatrix") stack.push_back(float(stack.back()));
-        if (name == "glPopMatrix") stack.pop_back();
-        if (name == "glMultMatrixf") stack.back() += static_cast<float>(call.arguments[12]);
-        if (name == "glLoadMatrixf") stack.back() = static_cast<float>(call.arguments[12]);
-        if (name == "glBegin") first = true;
+        if (name == "glPushMatrix") { stack.push_back(float(stack.back())); }
+        if (name == "glPopMatrix") { stack.pop_back(); }
+        if (name == "glMultMatrixf") { stack.back() += static_cast<float>(call.arguments[12]); }
+        if (name == "glLoadMatrixf") { stack.back() = static_cast<float>(call.arguments[12]); }
+        if (name == "glBegin") { first = true; }
         if (name == "glVertex3f" && first) {
             first = false;
             out.emplace_back(static_cast<int>(call.arguments[2]), stack.back());
@@ -54,10 +54,10 @@ TEST_F(ChildModels, AChildIsDrawnUnderItsLinkAndSetsAllStateAgain) {
     EXPECT_EQ(link->state_index, -1);
     draw();
     EXPECT_NE(link->state_index, -1);  // made on first use
-    const Lines expected = model_lines({"glPushMatrix", "glMultMatrixf 1 0 0 0 0 1 0 0 0 0 1 0 1 2 3 1",
-                                        "glMatrixMode GL_MODELVIEW", "glPushMatrix", "glDisable GL_TEXTURE_2D",
-                                        "glDisable GL_NORMALIZE", "glShadeModel GL_SMOOTH", "glEnable GL_LIGHTING",
-                                        "glPopMatrix", "glPopMatrix"});
+    const Lines expected =
+        model_lines({"glPushMatrix", "glMultMatrixf 1 0 0 0 0 1 0 0 0 0 1 0 1 2 3 1", "glMatrixMode GL_MODELVIEW",
+                     "glPushMatrix", "glDisable GL_TEXTURE_2D", "glDisable GL_NORMALIZE", "glShadeModel GL_SMOOTH",
+                     "glEnable GL_LIGHTING", "glPopMatrix", "glPopMatrix"});
     EXPECT_EQ(lines(), expected);
     session->display_triangles = 1;
     EXPECT_EQ(draw(), 3);  // nothing of the parent's mirror
@@ -87,7 +87,7 @@ TEST_F(ChildModels, DeepTreesNeverPassTheStackAndSiblingsStayInPlace) {
         list_elements<Layer>(chain->layers).begin()->mirror = 1;
         link_child(parent, chain, 1);
         link_child(parent, make_marked_model(100 + level), 1000);
-        for (int copy = 0; copy < 2; ++copy) down.emplace_back(level, x);
+        for (int copy = 0; copy < 2; ++copy) { down.emplace_back(level, x); }
         up.insert(up.begin(), {100 + level, 1000 + x - 1});
         parent = chain;
     }

@@ -58,7 +58,7 @@ protected:
     Lines geometry() {
         Lines out;
         for (const std::string& line : lines()) {
-            if (line.starts_with("glBegin") || line.starts_with("glVertex3f")) out.push_back(line);
+            if (line.starts_with("glBegin") || line.starts_with("glVertex3f")) { out.push_back(line); }
         }
         return out;
     }
@@ -87,10 +87,10 @@ TEST_F(Interplay, WithoutTrianglesTheOtherSurfaceFlagsChangeNothing) {
     scene.session.display_triangles = 0;
     draw();
     const Lines plain = lines();
-    for (int32_t Session::*flag : {&Session::display_wireframe, &Session::display_textures,
-                                   &Session::display_backfaces, &Session::display_reflect, &Session::display_curves,
-                                   &Session::display_pnfilter, &Session::display_lod, &Session::display_quadlines,
-                                   &Session::display_gouraud, &Session::display_normals}) {
+    for (int32_t Session::*flag :
+         {&Session::display_wireframe, &Session::display_textures, &Session::display_backfaces,
+          &Session::display_reflect, &Session::display_curves, &Session::display_pnfilter, &Session::display_lod,
+          &Session::display_quadlines, &Session::display_gouraud, &Session::display_normals}) {
         scene.session.*flag = !(scene.session.*flag);
         draw();
         EXPECT_EQ(lines(), plain);
@@ -151,8 +151,8 @@ TEST_F(Interplay, PointsEndWithLightingOnAndTheModelThenSwitchesItOff) {
     EXPECT_FALSE(recording_gl::enabled(GL_LIGHTING));
     Lines switches;
     for (const std::string& line : lines()) {
-        if (line.ends_with("GL_LIGHTING") && !line.starts_with("glGet")) switches.push_back(line);
-        if (line == "glDepthMask GL_TRUE") break;
+        if (line.ends_with("GL_LIGHTING") && !line.starts_with("glGet")) { switches.push_back(line); }
+        if (line == "glDepthMask GL_TRUE") { break; }
     }
     EXPECT_EQ(switches, (Lines{"glDisable GL_LIGHTING", "glEnable GL_LIGHTING", "glDisable GL_LIGHTING",
                                "glEnable GL_LIGHTING", "glDisable GL_LIGHTING"}));
@@ -168,9 +168,9 @@ TEST_F(Interplay, TheMirroredPassMirrorsItsNormals) {
     int inside = 0, outside = 0;
     bool mirrored = false;
     for (const std::string& line : all) {
-        if (line.starts_with("glScalef")) mirrored = true;
-        if (line == "glPopMatrix") mirrored = false;
-        if (line == "glBegin GL_LINES") ++(mirrored ? inside : outside);
+        if (line.starts_with("glScalef")) { mirrored = true; }
+        if (line == "glPopMatrix") { mirrored = false; }
+        if (line == "glBegin GL_LINES") { ++(mirrored ? inside : outside); }
     }
     EXPECT_EQ(outside, 4);  // cyan and yellow of the curved quad, the triangle, the polygon
     EXPECT_EQ(inside, 4);
@@ -187,8 +187,8 @@ TEST_F(Interplay, AFrameAfterTheFirstAllocatesNothing) {
     session.display_points = session.display_skeleton = session.display_normals = 1;
     session.display_lod = 6;
     recording_gl::set_mode(recording_gl::Mode::silent);
-    for (int32_t Session::*path : {&Session::display_curvenet, &Session::display_pnfilter,
-                                   &Session::display_curvepath}) {
+    for (int32_t Session::*path :
+         {&Session::display_curvenet, &Session::display_pnfilter, &Session::display_curvepath}) {
         session.*path = 1;
         model_draw(&session, scene.model);
         const long before = allocations;

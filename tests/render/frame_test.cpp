@@ -33,10 +33,11 @@ size_t heap_in_use() {
 
 }  // namespace
 
-// Counted, so that a frame can be shown to allocate nothing. Not inlined, or the compiler takes the pair for a mismatch.
+// Counted, so that a frame can be shown to allocate nothing. Not inlined, or the compiler takes the pair for a
+// mismatch.
 [[gnu::noinline]] void* operator new(size_t size) {
     ++new_calls;
-    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    if (void* memory = std::malloc(size != 0 ? size : 1)) { return memory; }
     throw std::bad_alloc();
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
@@ -117,7 +118,7 @@ Lines frame_lines() {
 void add_triangle_model(const char* name) {
     Model* model = model_create(name, nullptr);
     model_add_layer(model, "body", 127, 127, 127, 0, 0, 0);
-    for (int id = 1; id <= 3; ++id) model_set_point(model, id, id, id * id, 0, 1.0f);
+    for (int id = 1; id <= 3; ++id) { model_set_point(model, id, id, id * id, 0, 1.0f); }
     const int32_t points[4] = {1, 2, 3, 0};
     model_add_triangle(model, "body", 0, points, nullptr, nullptr, 0);
     session_add_root(&session, model, nullptr);
@@ -620,7 +621,13 @@ TEST_F(Frame, SetSizeFixesTheSizeScalesAndDraws) {
 
 TEST_F(Frame, SetSizeOutOfRangeChangesNothing) {
     open(400, 300);
-    for (const auto& size : {std::pair{19, 100}, {100, 19}, {100, 3001}, {3001, 100}, {0, 100}, {100, 0}, {-5, 100},
+    for (const auto& size : {std::pair{19, 100},
+                             {100, 19},
+                             {100, 3001},
+                             {3001, 100},
+                             {0, 100},
+                             {100, 0},
+                             {-5, 100},
                              {INT32_MIN, INT32_MAX}}) {
         view_set_size(size.first, size.second);
     }
@@ -701,12 +708,12 @@ TEST_F(Frame, SetSizeZeroReportsAndDrawsOnce) {
             TearDown();
             SetUp();
             open(each.parent.width, each.parent.height);
-            if (each.fixed.width != 0) view_set_size(each.fixed.width, each.fixed.height);
+            if (each.fixed.width != 0) { view_set_size(each.fixed.width, each.fixed.height); }
             const int before = swaps();
             forget();
             view_set_size(0, 0);
             EXPECT_EQ(swaps(), before) << "the paint draws, or the next frame";
-            if (at_once) frame_draw();
+            if (at_once) { frame_draw(); }
             null_run();
             EXPECT_EQ(swaps(), before + 1) << each.parent.width << " " << each.fixed.width << " " << at_once;
             EXPECT_EQ(statuses.size(), 1u) << each.parent.width << " " << each.fixed.width << " " << at_once;
@@ -749,7 +756,7 @@ protected:
         for (const char* name : {"a.mod", "b.mod"}) {
             add_triangle_model(name);
             Model* model = nullptr;
-            for (RootModel& root : list_elements<RootModel>(session.root_models)) model = root.model;
+            for (RootModel& root : list_elements<RootModel>(session.root_models)) { model = root.model; }
             Layer* layer = model_find_layer(model, "body");
             auto* image = static_cast<LayerImage*>(list_add(&layer->images, 1));
             *image = LayerImage{};
@@ -761,7 +768,7 @@ protected:
         std::vector<float> out;
         for (const RootModel& root : list_elements<RootModel>(session.root_models)) {
             for (const Layer& layer : list_elements<Layer>(root.model->layers)) {
-                for (const Triangle& t : list_elements<Triangle>(layer.triangles)) out.push_back(t.uvs[0][0]);
+                for (const Triangle& t : list_elements<Triangle>(layer.triangles)) { out.push_back(t.uvs[0][0]); }
             }
         }
         return out;
@@ -771,22 +778,22 @@ protected:
 // Intended: the flag is never stored.
 TEST_F(Smooth, OnInsetsAllModelsOnceMoreEachTimeAndStoresNothing) {
     session_set_smooth(&session, 1);
-    for (const float u : first_u()) EXPECT_NEAR(u, 0.05, 1e-6);
+    for (const float u : first_u()) { EXPECT_NEAR(u, 0.05, 1e-6); }
     EXPECT_EQ(session.display_smooth, 0);
     session_set_smooth(&session, 1);
-    for (const float u : first_u()) EXPECT_NEAR(u, 0.095, 1e-6);
+    for (const float u : first_u()) { EXPECT_NEAR(u, 0.095, 1e-6); }
     EXPECT_EQ(first_u().size(), 2u);
 }
 
 TEST_F(Smooth, OffDoesNothing) {
     session_set_smooth(&session, 0);
-    for (const float u : first_u()) EXPECT_EQ(u, 0.0f);
+    for (const float u : first_u()) { EXPECT_EQ(u, 0.0f); }
 }
 
 TEST_F(Smooth, OffWithTheFlagSetInsetsByNothing) {
     session.display_smooth = 1;
     session_set_smooth(&session, 0);
-    for (const float u : first_u()) EXPECT_EQ(u, 0.0f);
+    for (const float u : first_u()) { EXPECT_EQ(u, 0.0f); }
     EXPECT_EQ(session.display_smooth, 1);
 }
 

@@ -218,7 +218,7 @@ TEST_F(LayerPasses, AMirroredLayerReflectsOnBothSidesWithFourUploads) {
     layer->mirror = 1;
     layer->mirror_axis = AXIS_X;
     LayerImage* image = add_image();
-    for (int slot = 0; slot < 3; ++slot) fill(image, slot);
+    for (int slot = 0; slot < 3; ++slot) { fill(image, slot); }
     image->reflection = 0.5f;
     EXPECT_EQ(draw(), 2);
     Lines inner = head(1);
@@ -288,9 +288,11 @@ TEST_F(LayerPasses, TheLinesPassDrawsEachLineAndItsMirror) {
     layer->mirror_axis = AXIS_Z;
     session->display_triangles = 0;
     EXPECT_EQ(draw(), 0);
-    const Lines line = {"glGetIntegerv GL_LIGHTING", "glGetIntegerv GL_TEXTURE_2D", "glDisable GL_LIGHTING",
-                        "glDisable GL_TEXTURE_2D",   "glBegin GL_LINE_STRIP",       "glVertex3f 0 0 0",
-                        "glVertex3f 1 0 0",          "glEnd",                       "glEnable GL_LIGHTING"};
+    const Lines line = {"glGetIntegerv GL_LIGHTING", "glGetIntegerv GL_TEXTURE_2D",
+                        "glDisable GL_LIGHTING",     "glDisable GL_TEXTURE_2D",
+                        "glBegin GL_LINE_STRIP",     "glVertex3f 0 0 0",
+                        "glVertex3f 1 0 0",          "glEnd",
+                        "glEnable GL_LIGHTING"};
     Lines inner = no_lines(0.5f);
     append(inner, line);
     append(inner, {"glPushMatrix", "glScalef 1 1 -1"});

@@ -18,14 +18,12 @@ using drawing_scene::Lines;
 using drawing_scene::Scene;
 using recording_gl::lines;
 
-const char* const GLYPHS[10] = {
-    "003e4141414141414141413e", "000e04040404040404040c04", "003f2120100806012121211e", "001e210101010e010101211e",
-    "0004040404047f4424140c04",  "001e21010101be202020203f", "001e212121213e202020211e", "00101008080404020201013f",
-    "001e212121211e212121211e",  "001e210101011f212121211e"};
+const char* const GLYPHS[10] = {"003e4141414141414141413e", "000e04040404040404040c04", "003f2120100806012121211e",
+                                "001e210101010e010101211e", "0004040404047f4424140c04", "001e21010101be202020203f",
+                                "001e212121213e202020211e", "00101008080404020201013f", "001e212121211e212121211e",
+                                "001e210101011f212121211e"};
 
-std::string glyph_line(int digit) {
-    return std::string("glBitmap 8 12 -2 0 8 0 ") + GLYPHS[digit];
-}
+std::string glyph_line(int digit) { return std::string("glBitmap 8 12 -2 0 8 0 ") + GLYPHS[digit]; }
 
 std::string colour_line(int row) {
     const char* const colours[6] = {"1 1 1 1", "1 1 0 1", "0 1 0 1", "1 0 1 1", "0 1 1 1", "1 1 1 1"};
@@ -74,7 +72,7 @@ protected:
     template <typename Primitive>
     Primitive* last(const KeyedList& list) {
         Primitive* found = nullptr;
-        for (Primitive& primitive : list_elements<Primitive>(list)) found = &primitive;
+        for (Primitive& primitive : list_elements<Primitive>(list)) { found = &primitive; }
         return found;
     }
 
@@ -105,10 +103,9 @@ TEST_F(PointsDraw, SendsADotAndANumberForEachPointAndForTheOrigin) {
 }
 
 TEST_F(PointsDraw, WithoutPointsStillMarksTheOrigin) {
-    EXPECT_EQ(points_lines(),
-              (Lines{"glDisable GL_LIGHTING", colour_line(0), "glBegin GL_POINTS", "glVertex3f 0 0 0", "glEnd",
-                     "glPixelStorei GL_UNPACK_ALIGNMENT 1", "glRasterPos3f 0 0 0", glyph_line(0),
-                     "glEnable GL_LIGHTING"}));
+    EXPECT_EQ(points_lines(), (Lines{"glDisable GL_LIGHTING", colour_line(0), "glBegin GL_POINTS", "glVertex3f 0 0 0",
+                                     "glEnd", "glPixelStorei GL_UNPACK_ALIGNMENT 1", "glRasterPos3f 0 0 0",
+                                     glyph_line(0), "glEnable GL_LIGHTING"}));
 }
 
 TEST_F(PointsDraw, EachColourIndexIsItsRow) {
@@ -121,10 +118,10 @@ TEST_F(PointsDraw, EachColourIndexIsItsRow) {
 
 TEST_F(PointsDraw, ACycleRunsThroughFiveRowsAndStartsAnewForTheNumbers) {
     scene.session.points_color_index = -1;
-    for (int id = 1; id <= 7; ++id) scene.add_point(id, {static_cast<float>(id), 0, 0});
+    for (int id = 1; id <= 7; ++id) { scene.add_point(id, {static_cast<float>(id), 0, 0}); }
     const int rows[7] = {0, 1, 2, 3, 4, 0, 1};
     Lines expected{"glDisable GL_LIGHTING", colour_line(0), "glBegin GL_POINTS", "glVertex3f 0 0 0"};
-    for (int i = 0; i < 7; ++i) append(expected, {colour_line(rows[i]), gl("glVertex3f", i + 1, 0, 0)});
+    for (int i = 0; i < 7; ++i) { append(expected, {colour_line(rows[i]), gl("glVertex3f", i + 1, 0, 0)}); }
     // No colour for the origin's digit: it has that of the last point.
     append(expected, {"glEnd", "glPixelStorei GL_UNPACK_ALIGNMENT 1", "glRasterPos3f 0 0 0", glyph_line(0)});
     for (int i = 0; i < 7; ++i) {
@@ -139,7 +136,7 @@ TEST_F(PointsDraw, APointIdOfTenDrawsOneAndZeroEightPixelsApart) {
     points_lines();
     std::vector<recording_gl::Call> glyphs;
     for (const recording_gl::Call& call : recording_gl::calls()) {
-        if (std::string(recording_gl::function_name(call.function)) == "glBitmap") glyphs.push_back(call);
+        if (std::string(recording_gl::function_name(call.function)) == "glBitmap") { glyphs.push_back(call); }
     }
     ASSERT_EQ(glyphs.size(), 3u);  // the origin's first
     EXPECT_EQ(recording_gl::call_text(glyphs[1]), glyph_line(1));
@@ -151,7 +148,7 @@ TEST_F(PointsDraw, EveryDigitHasItsGlyph) {
     scene.add_point(1234567890, {0, 0, 0});
     const Lines all = points_lines();
     const int digits[10] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 0};
-    for (size_t i = 0; i < 10; ++i) EXPECT_EQ(all[10 + i], glyph_line(digits[i]));
+    for (size_t i = 0; i < 10; ++i) { EXPECT_EQ(all[10 + i], glyph_line(digits[i])); }
 }
 
 TEST_F(PointsDraw, AMinusSignIsPassedOver) {
@@ -189,8 +186,8 @@ TEST_F(PointsDraw, ColourIndicesOutsideTheTableAreDropped) {
     for (int32_t kept : {-1, 0, 5}) {
         session_set_points_color(&scene.session, kept);
         EXPECT_EQ(scene.session.points_color_index, kept);
-        for (int32_t dropped : {6, -2, 1000, std::numeric_limits<int32_t>::min(),
-                                std::numeric_limits<int32_t>::max()}) {
+        for (int32_t dropped :
+             {6, -2, 1000, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()}) {
             session_set_points_color(&scene.session, dropped);
             EXPECT_EQ(scene.session.points_color_index, kept);
         }
@@ -214,9 +211,17 @@ TEST_F(PointsDraw, NullsDrawNothing) {
 using SkeletonDraw = Overlay;
 
 Lines joint_lines(const Vec3& place, float s) {
-    return {"glPushMatrix", gl("glTranslatef", place.x, place.y, place.z), "glBegin GL_LINES", "glColor3f 1 0 1",
-            gl("glVertex3f", -s, 0, 0), gl("glVertex3f", s, 0, 0), gl("glVertex3f", 0, -s, 0),
-            gl("glVertex3f", 0, s, 0), gl("glVertex3f", 0, 0, -s), gl("glVertex3f", 0, 0, s), "glEnd",
+    return {"glPushMatrix",
+            gl("glTranslatef", place.x, place.y, place.z),
+            "glBegin GL_LINES",
+            "glColor3f 1 0 1",
+            gl("glVertex3f", -s, 0, 0),
+            gl("glVertex3f", s, 0, 0),
+            gl("glVertex3f", 0, -s, 0),
+            gl("glVertex3f", 0, s, 0),
+            gl("glVertex3f", 0, 0, -s),
+            gl("glVertex3f", 0, 0, s),
+            "glEnd",
             "glPopMatrix"};
 }
 
@@ -292,12 +297,13 @@ TEST_F(LineDraw, SendsOneStripInTheColourThatIsCurrent) {
     Line* line = add_line({1, 3, 2, 1});
     in_every_state([&](bool lighting, bool texture, bool) {
         line_draw(&scene.session, scene.model, line);
-        Lines expected{"glGetIntegerv GL_LIGHTING", "glGetIntegerv GL_TEXTURE_2D", "glDisable GL_LIGHTING",
-                       "glDisable GL_TEXTURE_2D",   "glBegin GL_LINE_STRIP",       "glVertex3f 1 0 0",
-                       "glVertex3f 3 0 0",          "glVertex3f 2 0 0",            "glVertex3f 1 0 0",
-                       "glEnd"};
-        if (lighting) expected.push_back("glEnable GL_LIGHTING");
-        if (texture) expected.push_back("glEnable GL_TEXTURE_2D");
+        Lines expected{"glGetIntegerv GL_LIGHTING", "glGetIntegerv GL_TEXTURE_2D",
+                       "glDisable GL_LIGHTING",     "glDisable GL_TEXTURE_2D",
+                       "glBegin GL_LINE_STRIP",     "glVertex3f 1 0 0",
+                       "glVertex3f 3 0 0",          "glVertex3f 2 0 0",
+                       "glVertex3f 1 0 0",          "glEnd"};
+        if (lighting) { expected.push_back("glEnable GL_LIGHTING"); }
+        if (texture) { expected.push_back("glEnable GL_TEXTURE_2D"); }
         EXPECT_EQ(lines(), expected);
     });
 }
@@ -341,7 +347,7 @@ TEST_F(LineDraw, NeverSendsMoreThanFiveHundredAndTwelvePoints) {
     Line* line = add_line(std::vector<int32_t>(512, 1));
     line_lines(line);
     EXPECT_EQ(recording_gl::count_calls("glVertex3f"), 512);
-    for (int i = 0; i < 100; ++i) *static_cast<int32_t*>(list_add(&line->vertices, int32_t{1000 + i})) = 1;
+    for (int i = 0; i < 100; ++i) { *static_cast<int32_t*>(list_add(&line->vertices, int32_t{1000 + i})) = 1; }
     line->vertex_count = 612;
     line_lines(line);
     EXPECT_EQ(recording_gl::count_calls("glVertex3f"), 512);
@@ -351,18 +357,24 @@ using NormalsDraw = Overlay;
 
 Lines stroke_lines(const char* colour, const std::vector<Vec3>& places, const std::vector<Vec3>& directions,
                    float length, bool lighting = false, bool texture = false, bool blend = false) {
-    Lines out{"glGetIntegerv GL_LIGHTING", "glGetIntegerv GL_TEXTURE_2D", "glGetFloatv GL_CURRENT_COLOR",
-              "glGetBooleanv GL_BLEND",    "glDisable GL_LIGHTING",       "glDisable GL_TEXTURE_2D",
-              "glDisable GL_BLEND",        colour,                        "glBegin GL_LINES"};
+    Lines out{"glGetIntegerv GL_LIGHTING",
+              "glGetIntegerv GL_TEXTURE_2D",
+              "glGetFloatv GL_CURRENT_COLOR",
+              "glGetBooleanv GL_BLEND",
+              "glDisable GL_LIGHTING",
+              "glDisable GL_TEXTURE_2D",
+              "glDisable GL_BLEND",
+              colour,
+              "glBegin GL_LINES"};
     for (size_t i = 0; i < places.size(); ++i) {
         const Vec3 &p = places[i], &n = directions[i];
         out.push_back(gl_vertex(p));
         out.push_back(gl("glVertex3f", p.x + length * n.x, p.y + length * n.y, p.z + length * n.z));
     }
     out.push_back("glEnd");
-    if (lighting) out.push_back("glEnable GL_LIGHTING");
-    if (texture) out.push_back("glEnable GL_TEXTURE_2D");
-    if (blend) out.push_back("glEnable GL_BLEND");
+    if (lighting) { out.push_back("glEnable GL_LIGHTING"); }
+    if (texture) { out.push_back("glEnable GL_TEXTURE_2D"); }
+    if (blend) { out.push_back("glEnable GL_BLEND"); }
     out.push_back("glColor4f 0.25 0.5 0.75 0.125");
     return out;
 }
@@ -389,8 +401,8 @@ TEST_F(Strokes, OfATriangleAreYellowAndHalfItsMeanEdge) {
     Triangle* triangle = scene.add_primitive(0, 0);
     in_every_state([&](bool lighting, bool texture, bool blend) {
         triangle_normals_draw(&scene.session, scene.model, triangle);
-        EXPECT_EQ(lines(), stroke_lines("glColor3f 1 1 0", first(places, 3), first(named, 3), 2.0f, lighting, texture,
-                                        blend));
+        EXPECT_EQ(lines(),
+                  stroke_lines("glColor3f 1 1 0", first(places, 3), first(named, 3), 2.0f, lighting, texture, blend));
     });
 }
 
@@ -413,7 +425,7 @@ TEST_F(Strokes, FollowPosedPointsAndNormals) {
 }
 
 TEST_F(Strokes, OfADegenerateTriangleAreDots) {
-    for (int id : {1, 2, 3}) scene.point(id)->position = {2, 2, 2};
+    for (int id : {1, 2, 3}) { scene.point(id)->position = {2, 2, 2}; }
     Triangle* triangle = scene.add_primitive(0, 0);
     recording_gl::clear();
     triangle_normals_draw(&scene.session, scene.model, triangle);

@@ -40,7 +40,7 @@ protected:
         std::vector<Vec3> out(static_cast<size_t>(patch.vertex_count));
         size_t corner = 0;
         for (const recording_gl::Call& call : recording_gl::calls()) {
-            if (std::string(recording_gl::function_name(call.function)) != "glVertex3f") continue;
+            if (std::string(recording_gl::function_name(call.function)) != "glVertex3f") { continue; }
             const int vertex = patch.triangles[corner / 3][corner % 3];
             out[static_cast<size_t>(vertex)] = {static_cast<float>(call.arguments[0]),
                                                 static_cast<float>(call.arguments[1]),
@@ -54,14 +54,16 @@ protected:
     std::vector<float> shifts(Triangle* triangle, const Expected& patch) {
         std::vector<float> out;
         const std::vector<Vec3> moved = vertices(triangle, patch);
-        for (size_t i = 0; i < moved.size(); ++i) out.push_back(moved[i].x - patch.places[i].x);
+        for (size_t i = 0; i < moved.size(); ++i) { out.push_back(moved[i].x - patch.places[i].x); }
         return out;
     }
 };
 
 TEST_F(SkinnedDraw, WithoutJointsIsTheRestPose) {
     Triangle* quad = scene.add_primitive(1, 4);
-    for (int id = 1; id <= 4; ++id) scene.pose(id, {100, 100, 100}, {1, 0, 0});  // not looked at
+    for (int id = 1; id <= 4; ++id) {
+        scene.pose(id, {100, 100, 100}, {1, 0, 0});  // not looked at
+    }
     EXPECT_EQ(draw(quad, true), 8);
     const Expected patch = curved(scene, true, 4, 1);
     const Extras extras = attribute_lines(patch, SCENE_UVS, nullptr);
@@ -77,16 +79,16 @@ TEST_F(SkinnedDraw, WithoutJointsIsTheRestPose) {
         }
     }
     const std::vector<Vec3> places = vertices(quad, patch);
-    for (size_t i = 0; i < places.size(); ++i) EXPECT_NEAR(places[i].x, patch.places[i].x, 1e-6);
+    for (size_t i = 0; i < places.size(); ++i) { EXPECT_NEAR(places[i].x, patch.places[i].x, 1e-6); }
 }
 
 TEST_F(SkinnedDraw, AFullWeightOfOneJointMovesTheWholePatch) {
     Joint* arm = add_joint("arm", "world");
     move(arm, {10, 0, 0});
-    for (int id = 1; id <= 4; ++id) bind(id, arm, 1.0f);
+    for (int id = 1; id <= 4; ++id) { bind(id, arm, 1.0f); }
     for (int quad : {0, 1}) {
         const Expected patch = curved(scene, quad, quad ? 4 : 3, 1);
-        for (float shift : shifts(scene.add_primitive(quad, quad ? 4 : 3), patch)) EXPECT_NEAR(shift, 10.0f, 1e-5);
+        for (float shift : shifts(scene.add_primitive(quad, quad ? 4 : 3), patch)) { EXPECT_NEAR(shift, 10.0f, 1e-5); }
     }
 }
 
@@ -96,7 +98,7 @@ TEST_F(SkinnedDraw, EveryAxisOfThePlacesIsBlended) {
     arm->parent_index = 0;
     move(root, {-10, 40, 100});
     move(arm, {10, 20, 30});
-    for (int id = 1; id <= 3; ++id) bind(id, arm, 0.25f);
+    for (int id = 1; id <= 3; ++id) { bind(id, arm, 0.25f); }
     const Expected patch = curved(scene, false, 3, 1);
     const std::vector<Vec3> moved = vertices(scene.add_primitive(0, 3), patch);
     for (size_t i = 0; i < moved.size(); ++i) {  // a quarter of the arm's way, three quarters of the root's
@@ -113,15 +115,15 @@ TEST_F(SkinnedDraw, AWeightBeyondOneGoesPastTheFirstJoint) {
     arm->parent_index = 0;
     move(root, {-10, 0, 0});
     move(arm, {10, 0, 0});
-    for (int id = 1; id <= 3; ++id) bind(id, arm, 1.5f);
+    for (int id = 1; id <= 3; ++id) { bind(id, arm, 1.5f); }
     const Expected patch = curved(scene, false, 3, 1);
-    for (float shift : shifts(scene.add_primitive(0, 3), patch)) EXPECT_NEAR(shift, 20.0f, 1e-4);
+    for (float shift : shifts(scene.add_primitive(0, 3), patch)) { EXPECT_NEAR(shift, 20.0f, 1e-4); }
 }
 
 TEST_F(SkinnedDraw, NormalsGoThroughTheNormalMatrixAndKeepTheirLength) {
     Joint* arm = add_joint("arm", "world");
     move(arm, {10, 0, 0});
-    for (int id = 1; id <= 3; ++id) bind(id, arm, 0.5f);
+    for (int id = 1; id <= 3; ++id) { bind(id, arm, 0.5f); }
     const Expected patch = curved(scene, false, 3, 1);
     draw(scene.add_primitive(0, 3), false, true);
     // Half of the normal as it was, half of it turned by a quarter: shorter than 1, and sent so.
@@ -145,7 +147,7 @@ TEST_F(SkinnedDraw, ASingleJointBlendsWithItsParent) {
     const Expected patch = curved(scene, false, 3, 1);
     const std::vector<float> shift = shifts(scene.add_primitive(0, 3), patch);
     const float expected[6] = {10, 7.5f, 5, 0, -2.5f, -10};
-    for (size_t i = 0; i < 6; ++i) EXPECT_NEAR(shift[i], expected[i], 1e-5);
+    for (size_t i = 0; i < 6; ++i) { EXPECT_NEAR(shift[i], expected[i], 1e-5); }
 }
 
 TEST_F(SkinnedDraw, ASingleJointWithoutAParentIndexBlendsWithTheRestPose) {
@@ -154,18 +156,18 @@ TEST_F(SkinnedDraw, ASingleJointWithoutAParentIndexBlendsWithTheRestPose) {
     arm->parent_index = -1;  // the name alone does not count
     move(root, {-10, 0, 0});
     move(arm, {10, 0, 0});
-    for (int id = 1; id <= 3; ++id) bind(id, arm, 0.25f);
+    for (int id = 1; id <= 3; ++id) { bind(id, arm, 0.25f); }
     const Expected patch = curved(scene, false, 3, 1);
-    for (float shift : shifts(scene.add_primitive(0, 3), patch)) EXPECT_NEAR(shift, 2.5f, 1e-5);
+    for (float shift : shifts(scene.add_primitive(0, 3), patch)) { EXPECT_NEAR(shift, 2.5f, 1e-5); }
 }
 
 TEST_F(SkinnedDraw, AParentNameThatNamesNothingBlendsWithTheRestPose) {
     Joint* arm = add_joint("arm", "gone");
     arm->parent_index = 3;
     move(arm, {10, 0, 0});
-    for (int id = 1; id <= 3; ++id) bind(id, arm, 0.5f);
+    for (int id = 1; id <= 3; ++id) { bind(id, arm, 0.5f); }
     const Expected patch = curved(scene, false, 3, 1);
-    for (float shift : shifts(scene.add_primitive(0, 3), patch)) EXPECT_NEAR(shift, 5.0f, 1e-5);
+    for (float shift : shifts(scene.add_primitive(0, 3), patch)) { EXPECT_NEAR(shift, 5.0f, 1e-5); }
 }
 
 TEST_F(SkinnedDraw, SecondJointIsTheLastCornersThatDiffers) {
@@ -233,13 +235,13 @@ TEST_F(SkinnedDraw, ShowsItsMovedNormals) {
     scene.session.display_normals = 1;
     Joint* arm = add_joint("arm", "world");
     move(arm, {10, 0, 0});
-    for (int id = 1; id <= 3; ++id) bind(id, arm, 1.0f);
+    for (int id = 1; id <= 3; ++id) { bind(id, arm, 1.0f); }
     draw(scene.add_primitive(0, 3));
     EXPECT_EQ(recording_gl::count_lines("glColor3f 0 1 1"), 1);
     const Expected patch = curved(scene, false, 3, 1);
     const Lines all = lines();
     size_t strokes = 0;
-    while (all[strokes] != "glBegin GL_LINES") ++strokes;
+    while (all[strokes] != "glBegin GL_LINES") { ++strokes; }
     EXPECT_EQ(all[strokes + 1], gl("glVertex3f", patch.places[0].x + 10.0f, patch.places[0].y, patch.places[0].z));
 }
 

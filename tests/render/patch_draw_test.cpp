@@ -45,7 +45,7 @@ TEST_F(CurvedDraw, EachTriangleOfAQuadHasTheEdgeBehindItsSecondVertexHidden) {
         draw(quad, true, mirrored);
         const std::vector<bool> flags = edge_flags();
         ASSERT_EQ(flags.size(), 24u);
-        for (size_t i = 0; i < flags.size(); ++i) EXPECT_EQ(flags[i], i % 3 != 1);
+        for (size_t i = 0; i < flags.size(); ++i) { EXPECT_EQ(flags[i], i % 3 != 1); }
     }
 }
 
@@ -161,7 +161,7 @@ TEST_F(CurvedDraw, ReflectionCoordinatesFollowTheNormalAndThePlaceOnTheScreen) {
     const auto& calls = recording_gl::calls();
     int vertices = 0;
     for (size_t i = 0; i + 2 < calls.size(); ++i) {
-        if (std::string(recording_gl::function_name(calls[i].function)) != "glTexCoord2f") continue;
+        if (std::string(recording_gl::function_name(calls[i].function)) != "glTexCoord2f") { continue; }
         // Without a view, the screen is the x-y plane.
         const auto &uv = calls[i].arguments, &n = calls[i + 1].arguments, &p = calls[i + 2].arguments;
         const double length = std::hypot(p[0], p[1]);
@@ -216,22 +216,22 @@ TEST_F(CurvedDraw, CornerNormalsComeFromTheNamedPointsAndNotFromTheCorners) {
     Triangle* triangle = scene.add_primitive(0, 3);
     draw(triangle);
     const Lines before = lines();
-    for (int id = 1; id <= 3; ++id) scene.point(id)->normal = {5, 5, 5};
+    for (int id = 1; id <= 3; ++id) { scene.point(id)->normal = {5, 5, 5}; }
     draw(triangle);
     EXPECT_EQ(lines(), before);
 }
 
 TEST_F(CurvedDraw, AReferenceThatLeadsNowhereDrawsNothing) {
     int16_t* (*const places[])(Triangle*) = {
-        [](Triangle* t) { return &t->points[0]; },   [](Triangle* t) { return &t->points[2]; },
-        [](Triangle* t) { return &t->normals[1]; },  [](Triangle* t) { return &t->controls[0]; },
+        [](Triangle* t) { return &t->points[0]; }, [](Triangle* t) { return &t->points[2]; },
+        [](Triangle* t) { return &t->normals[1]; }, [](Triangle* t) { return &t->controls[0]; },
         [](Triangle* t) { return &t->controls[5]; }};
     for (int quad : {0, 1}) {
         for (const auto& place : places) {
             for (int16_t id : {int16_t{999}, int16_t{0}, int16_t{-5}}) {
                 Triangle* triangle = scene.add_primitive(quad, quad ? 4 : 3);
                 *place(triangle) = id;
-                for (bool reflection : {false, true}) EXPECT_EQ(draw(triangle, true, false, reflection), 0);
+                for (bool reflection : {false, true}) { EXPECT_EQ(draw(triangle, true, false, reflection), 0); }
                 EXPECT_TRUE(lines().empty());
                 scene.session.display_curvepath = 1;
                 EXPECT_EQ(draw(triangle), 0);
@@ -254,14 +254,16 @@ TEST_F(CurvedDraw, DegenerateAndNonFinitePrimitivesAreDrawnAsTheyCome) {
         EXPECT_EQ(triangle_draw_pn(&scene.session, scene.model, quad, true, false), 8);
         EXPECT_EQ(triangle_draw_skinned(&scene.session, scene.model, quad, true, false), 8);
     };
-    for (int id = 1; id <= 4; ++id) scene.point(id)->position = {2, 2, 2};
+    for (int id = 1; id <= 4; ++id) { scene.point(id)->position = {2, 2, 2}; }
     draw_all();
     EXPECT_EQ(recording_gl::count_calls("glVertex3f") % 2, 0);
-    for (Point& point : list_elements<Point>(scene.model->points)) point.normal = {0, 0, 0};
+    for (Point& point : list_elements<Point>(scene.model->points)) { point.normal = {0, 0, 0}; }
     draw_all();
     for (float bad : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
                       std::numeric_limits<float>::max()}) {
-        for (Point& point : list_elements<Point>(scene.model->points)) point.position = point.normal = {bad, bad, -bad};
+        for (Point& point : list_elements<Point>(scene.model->points)) {
+            point.position = point.normal = {bad, bad, -bad};
+        }
         draw_all();
     }
 }
@@ -328,7 +330,7 @@ TEST_F(FilteredDraw, BothHalvesTakeTheColoursOfTheirCornersAndLoseTheFourthByte)
 
 TEST_F(FilteredDraw, HidesNoEdges) {
     draw_pn(scene.add_primitive(1, 0));
-    for (bool flag : edge_flags()) EXPECT_TRUE(flag);
+    for (bool flag : edge_flags()) { EXPECT_TRUE(flag); }
 }
 
 TEST_F(FilteredDraw, NormalsFollowEachHalf) {
@@ -337,7 +339,7 @@ TEST_F(FilteredDraw, NormalsFollowEachHalf) {
     EXPECT_EQ(recording_gl::count_lines("glColor3f 0 1 1"), 2);
     Lines order;
     for (const std::string& line : lines()) {
-        if (line.starts_with("glBegin")) order.push_back(line);
+        if (line.starts_with("glBegin")) { order.push_back(line); }
     }
     EXPECT_EQ(order, (Lines{"glBegin GL_TRIANGLES", "glBegin GL_LINES", "glBegin GL_TRIANGLES", "glBegin GL_LINES"}));
 }
@@ -348,13 +350,13 @@ TEST_F(FilteredDraw, SecondHalfOfAQuadDrawsItsNetThroughTheQuadList) {
     Lines nets;
     bool in_net = false;
     for (const std::string& line : lines()) {
-        if (line == "glBegin GL_LINES") in_net = true;
-        if (line == "glEnd") in_net = false;
-        if (in_net) nets.push_back(line);
+        if (line == "glBegin GL_LINES") { in_net = true; }
+        if (line == "glEnd") { in_net = false; }
+        if (in_net) { nets.push_back(line); }
     }
     ASSERT_EQ(nets.size(), 2u + 34u + 54u);
     const Expected second = filtered(scene, {3, 2, 4}, 1);
-    EXPECT_EQ(nets[36], gl_vertex(second.net[0]));       // first pair of the quad list, 0-1
+    EXPECT_EQ(nets[36], gl_vertex(second.net[0]));        // first pair of the quad list, 0-1
     EXPECT_EQ(nets[36 + 53], gl_vertex(second.net[15]));  // its last one, 11-15: a normal among the points
     EXPECT_EQ(nets[36 + 52], gl_vertex(second.net[11]));
 }
@@ -375,9 +377,9 @@ using PairList = std::vector<std::pair<int, int>>;
 
 const PairList TRIANGLE_NET = {{0, 1}, {1, 3}, {3, 6}, {2, 4}, {4, 7}, {0, 2}, {1, 2}, {1, 4}, {4, 5},
                                {2, 5}, {3, 4}, {3, 7}, {6, 7}, {7, 8}, {4, 8}, {8, 9}, {5, 9}};
-const PairList QUAD_NET = {{0, 1},   {1, 2},   {2, 3}, {4, 5}, {5, 6},  {6, 7}, {8, 9},  {9, 10},  {10, 11},
-                           {12, 13}, {13, 14}, {14, 15}, {1, 4}, {4, 8}, {8, 12}, {0, 4}, {4, 8},  {8, 12},
-                           {1, 5},   {5, 9},   {9, 13}, {2, 6}, {6, 10}, {10, 14}, {3, 7}, {7, 11}, {11, 15}};
+const PairList QUAD_NET = {{0, 1},   {1, 2},   {2, 3},   {4, 5}, {5, 6},  {6, 7},   {8, 9}, {9, 10}, {10, 11},
+                           {12, 13}, {13, 14}, {14, 15}, {1, 4}, {4, 8},  {8, 12},  {0, 4}, {4, 8},  {8, 12},
+                           {1, 5},   {5, 9},   {9, 13},  {2, 6}, {6, 10}, {10, 14}, {3, 7}, {7, 11}, {11, 15}};
 
 Lines net_lines(const Vec3* slots, const PairList& pairs) {
     Lines out{"glGetIntegerv GL_LIGHTING", "glGetIntegerv GL_TEXTURE_2D", "glGetFloatv GL_CURRENT_COLOR",
@@ -424,8 +426,8 @@ TEST_F(CurvedDraw, NetPutsLightingAndTextureBackAndTheColourWithoutItsAlpha) {
             recording_gl::clear();
             patch_net_draw(slots, true);
             Lines expected = net_lines(slots, QUAD_NET);
-            if (lighting) expected.push_back("glEnable GL_LIGHTING");
-            if (texture) expected.push_back("glEnable GL_TEXTURE_2D");
+            if (lighting) { expected.push_back("glEnable GL_LIGHTING"); }
+            if (texture) { expected.push_back("glEnable GL_TEXTURE_2D"); }
             expected.push_back("glColor3f 0.25 0.5 0.75");
             EXPECT_EQ(lines(), expected);
             EXPECT_EQ(recording_gl::enabled(GL_LIGHTING), lighting);

@@ -34,7 +34,7 @@ TEST_F(SceneDraw, ARootIsPlacedByItsStateWhichKeepsTheCountWithoutTheChildren) {
     state->triangle_count = 77;
     Model* child = model_create("child.mod", model);
     model_add_layer(child, "body", 127, 127, 127, 0, 0, 0);
-    for (int id = 1; id <= 3; ++id) model_set_point(child, id, id, id * id, 0, 1.0f);
+    for (int id = 1; id <= 3; ++id) { model_set_point(child, id, id, id * id, 0, 1.0f); }
     const int32_t points[4] = {1, 2, 3, 0};
     model_add_triangle(child, "body", 0, points, nullptr, nullptr, 0);
     model_add_child(model, child, "child", 0, 0, 0, 1, 1, 1, "0", "0", "0");
@@ -265,10 +265,10 @@ class Routines : public SceneDraw {
 protected:
     void SetUp() override {
         SceneDraw::SetUp();
-        for (Triangle& t : list_elements<Triangle>(layer->triangles)) only_triangle = &t;
+        for (Triangle& t : list_elements<Triangle>(layer->triangles)) { only_triangle = &t; }
         // Type 1 with its defaults: the corners shape their own edges.
         only_triangle->curve_type = 1;
-        for (int i = 0; i < 6; ++i) only_triangle->controls[i] = static_cast<int16_t>(i / 2 % 3 + 1);
+        for (int i = 0; i < 6; ++i) { only_triangle->controls[i] = static_cast<int16_t>(i / 2 % 3 + 1); }
     }
     int32_t draw_layer(bool textured = false, bool reflection = false) {
         recording_gl::clear();
@@ -336,8 +336,8 @@ TEST_F(Routines, NormalsFollowEachPrimitiveAtOnce) {
     const int32_t points[3] = {1, 2, 3};
     model_add_polygon(model, "body", 3, points, nullptr);
     draw_layer();
-    const Lines expected = {"glBegin GL_TRIANGLES", "glBegin GL_LINES",          "glBegin GL_TRIANGLES",
-                            "glBegin GL_LINES",     "glBegin GL_TRIANGLES",      "glBegin GL_TRIANGLE_STRIP",
+    const Lines expected = {"glBegin GL_TRIANGLES", "glBegin GL_LINES",     "glBegin GL_TRIANGLES",
+                            "glBegin GL_LINES",     "glBegin GL_TRIANGLES", "glBegin GL_TRIANGLE_STRIP",
                             "glBegin GL_LINES"};
     EXPECT_EQ(only({"glBegin"}), expected);
 }

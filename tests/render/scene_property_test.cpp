@@ -17,7 +17,6 @@
 #include "edit/selection.h"
 #include "formats/layer_image.h"
 #include "formats/texture_map.h"
-#include "tools/write_losses.h"
 #include "foundation/load_error.h"
 #include "images/image_registry.h"
 #include "motion/animation_clock.h"
@@ -28,6 +27,7 @@
 #include "support/recording_gl.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
+#include "tools/write_losses.h"
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -40,7 +40,7 @@ using test::TempDir;
 
 constexpr int POINTS = 24;
 constexpr int HIGHEST_POINT = POINTS + 4;  // edits add a few
-constexpr int DISPLAYS = 3;               // settings of the display under which a scene is compared
+constexpr int DISPLAYS = 3;                // settings of the display under which a scene is compared
 constexpr const char* AXES[] = {"x", "y", "z"};
 constexpr const char* IMAGES[] = {"dot.tga", "bar.tga", "square.tga"};  // of different sizes, which the calls show
 constexpr const char* HAT_LINE = "child hat 1 2 3 1 1 1 0 z30 0\n";
@@ -70,12 +70,12 @@ std::string points_text(Random& random) {
     std::string text = "points\n";
     for (int id = 1; id <= POINTS; ++id) {
         text += std::to_string(id);
-        for (int i = 0; i < 3; ++i) text += " " + std::to_string(random.between(-200, 200));
+        for (int i = 0; i < 3; ++i) { text += " " + std::to_string(random.between(-200, 200)); }
         text += "\n";
     }
     text += "normals\n";
     constexpr const char* DIRECTIONS[] = {"1 0 0", "0 1 0", "0 0 1", "-1 0 0", "0 -1 0", "0 0 -1"};
-    for (int id = 1; id <= POINTS; ++id) text += std::to_string(id) + " " + DIRECTIONS[random.below(6)] + "\n";
+    for (int id = 1; id <= POINTS; ++id) { text += std::to_string(id) + " " + DIRECTIONS[random.below(6)] + "\n"; }
     return text;
 }
 
@@ -83,17 +83,17 @@ std::string points_text(Random& random) {
 std::string corner_text(Random& random, int count) {
     const int first = random.point();
     std::string text;
-    for (int i = 0; i < count; ++i) text += " " + std::to_string((first + i * 5) % POINTS + 1);
+    for (int i = 0; i < count; ++i) { text += " " + std::to_string((first + i * 5) % POINTS + 1); }
     return text;
 }
 
 std::string layer_text(Random& random, int number, bool images) {
     std::string text = "layer part" + std::to_string(number);
-    for (int i = 0; i < 3; ++i) text += " " + std::to_string(random.below(128));
+    for (int i = 0; i < 3; ++i) { text += " " + std::to_string(random.below(128)); }
     text += random.below(2) != 0 ? " singlesided" : " doublesided";
-    if (random.below(3) == 0) text += std::string(" mirror ") + AXES[random.below(3)];
+    if (random.below(3) == 0) { text += std::string(" mirror ") + AXES[random.below(3)]; }
     text += "\n";
-    if (random.below(3) == 0) text += "transparency 0.5\n";
+    if (random.below(3) == 0) { text += "transparency 0.5\n"; }
     text += "triangles\n";
     for (int i = random.between(1, 6); i > 0; --i) {
         switch (random.below(5)) {
@@ -105,7 +105,7 @@ std::string layer_text(Random& random, int number, bool images) {
         }
         text += "\n";
     }
-    if (images && random.below(3) == 0) text += "image dot.tga x y\n";
+    if (images && random.below(3) == 0) { text += "image dot.tga x y\n"; }
     return text;
 }
 
@@ -113,9 +113,11 @@ std::string model_text(Random& random, bool images = true) {
     std::string text = points_text(random);
     if (random.below(2) != 0) {
         text += "gouraud\n";
-        for (int id = 1; id <= POINTS; ++id) text += std::to_string(id) + " 9 " + std::to_string(random.below(256)) + " 7 0\n";
+        for (int id = 1; id <= POINTS; ++id) {
+            text += std::to_string(id) + " 9 " + std::to_string(random.below(256)) + " 7 0\n";
+        }
     }
-    for (int i = random.between(1, 4); i > 0; --i) text += layer_text(random, i, images);
+    for (int i = random.between(1, 4); i > 0; --i) { text += layer_text(random, i, images); }
     return text;
 }
 
@@ -129,7 +131,7 @@ std::string clip_text(Random& random) {
     std::string text = "names translate rotate hip arm hand child0\n";
     for (int frame = 0; frame < 8; ++frame) {
         text += std::to_string(frame) + ".0";
-        for (int i = 0; i < 18; ++i) text += " " + std::to_string(random.between(-80, 80));
+        for (int i = 0; i < 18; ++i) { text += " " + std::to_string(random.between(-80, 80)); }
         text += "\n";
     }
     return text;
@@ -168,14 +170,15 @@ protected:
     }
 
     void write_hat() {
-        dir.write("hat.mod", "points\n1 0 0 0\n2 9 0 0\n3 0 9 0\nnormals\n1 0 0 1\n2 0 0 1\n3 0 0 1\n"
-                             "layer top 9 9 9 singlesided\ntriangles\n0 1 2 3\n");
+        dir.write("hat.mod",
+                  "points\n1 0 0 0\n2 9 0 0\n3 0 9 0\nnormals\n1 0 0 1\n2 0 0 1\n3 0 0 1\n"
+                  "layer top 9 9 9 singlesided\ntriangles\n0 1 2 3\n");
     }
 
     Model* open(const std::string& path) {
         EXPECT_GT(file_open_model(app, path.c_str()), 0) << load_error_get();
         Model* model = nullptr;
-        for (RootModel& root : list_elements<RootModel>(session->root_models)) model = root.model;
+        for (RootModel& root : list_elements<RootModel>(session->root_models)) { model = root.model; }
         return model;
     }
 
@@ -190,7 +193,7 @@ protected:
         Random random(seed);
         session_restore_display(session);
         for (int32_t Session::*flag : DISPLAY_FLAGS) {
-            if (random.below(4) == 0) session->*flag = 1 - session->*flag;
+            if (random.below(4) == 0) { session->*flag = 1 - session->*flag; }
         }
         session->display_lod = random.below(7);
     }
@@ -209,7 +212,7 @@ protected:
     // A child as often as the root, where there is one.
     static Model* some_model(Model* root, Random& random) {
         for (ChildLink& link : list_elements<ChildLink>(root->children)) {
-            if (random.below(2) != 0) return link.model;
+            if (random.below(2) != 0) { return link.model; }
         }
         return root;
     }
@@ -246,7 +249,7 @@ protected:
             case 5: model_set_layer_mirror(model, name, random.below(4)); break;
             case 6: model_set_layer_transparency(model, name, 0.25f * static_cast<float>(random.below(4))); break;
             case 7:
-                if (model_count_layers(model) > 1) session_delete_layer(session, model, name);
+                if (model_count_layers(model) > 1) { session_delete_layer(session, model, name); }
                 break;
             case 8: session_rename_layer(session, model, name, some_layer(random).c_str()); break;
             default: add_surface(model, name, random); break;
@@ -265,14 +268,14 @@ protected:
         Layer* layer = static_cast<Layer*>(list_find(&root->layers, changed.c_str()));
         const bool has_surface = layer != nullptr && model_count_triangles(root, changed.c_str()) > 0;
         if (has_surface) {
-            if (random.below(3) == 0) model_set_invisible(root, changed.c_str(), 0, 0, 0);
+            if (random.below(3) == 0) { model_set_invisible(root, changed.c_str(), 0, 0, 0); }
             const char* old = layer_first_image(layer) != nullptr ? layer_first_image(layer)->names[1] : "";
             const std::string mirrored = random.below(2) != 0 ? IMAGES[random.below(3)] : old;
             model_add_image(root, changed.c_str(), IMAGE_SLOT_BASE, IMAGES[random.below(3)], random.between(1, 6),
                             random.between(1, 6));
             model_add_image(root, changed.c_str(), IMAGE_SLOT_MIRROR, mirrored.c_str(), AXIS_X, AXIS_Y);
         }
-        for (const Layer& each : list_elements<Layer>(root->layers)) layer_map_uvees(root, each.name);
+        for (const Layer& each : list_elements<Layer>(root->layers)) { layer_map_uvees(root, each.name); }
     }
 
     // What no file holds, chosen by the seed alone, so that it can be done to a second copy: places of models, and
@@ -281,7 +284,7 @@ protected:
         Random random(seed);
         if (random.below(4) == 0) {
             const std::string layer = some_layer(random);
-            if (model_count_triangles(root, layer.c_str()) < 1) return;
+            if (model_count_triangles(root, layer.c_str()) < 1) { return; }
             model_add_image(root, layer.c_str(), IMAGE_SLOT_REFLECTION, IMAGES[random.below(3)], AXIS_X, AXIS_Y);
             model_set_reflection(root, layer.c_str(), 0.5f * static_cast<float>(random.between(1, 2)));
             return;
@@ -294,7 +297,7 @@ protected:
             case 0: selection_translate(session, number(), number(), number(), relative); break;
             case 1: selection_scale(session, number() / 4, 1.0f, number(), relative); break;
             default:
-                if (random.below(2) != 0) selection_set_centre(session, number(), number(), number());
+                if (random.below(2) != 0) { selection_set_centre(session, number(), number(), number()); }
                 selection_rotate(session, ("x" + std::to_string(random.below(360))).c_str(), "z20", "0", relative);
                 break;
         }
@@ -307,9 +310,9 @@ protected:
         std::erase_if(losses,
                       [](const WriteLoss& loss) { return loss.text.find("reflection map") != std::string::npos; });
         for (ChildLink& link : list_elements<ChildLink>(root->children)) {
-            if (!model_write_losses(link.model).empty()) return false;
+            if (!model_write_losses(link.model).empty()) { return false; }
         }
-        if (!losses.empty()) return false;
+        if (!losses.empty()) { return false; }
         for (ChildLink& link : list_elements<ChildLink>(root->children)) {
             dir.write("hat.mod", test::write_model(link.model));
         }
@@ -320,7 +323,9 @@ protected:
     // The poses of everything that moves, byte by byte as text.
     std::string poses(Model* model) {
         std::string text;
-        const auto put = [&text](const void* bytes, size_t size) { text.append(static_cast<const char*>(bytes), size); };
+        const auto put = [&text](const void* bytes, size_t size) {
+            text.append(static_cast<const char*>(bytes), size);
+        };
         put(&model_state(session, model)->matrix, sizeof(Mat4));
         for (Point& point : list_elements<Point>(model->points)) {
             put(&point_state(session, &point)->position, sizeof(Vec3));
@@ -338,7 +343,7 @@ protected:
     Model* open_animation() {
         EXPECT_EQ(animate_open(app, dir.file("scene").c_str()), 1) << load_error_get();
         Model* model = nullptr;
-        for (RootModel& root : list_elements<RootModel>(session->root_models)) model = root.model;
+        for (RootModel& root : list_elements<RootModel>(session->root_models)) { model = root.model; }
         return model;
     }
 
@@ -364,20 +369,22 @@ TEST_F(SceneProperty, APictureAfterRandomEditsIsThatOfTheModelLoadedFresh) {
             } else if (random.below(4) == 0) {
                 add_line(model, random);
             }
-            if (random.below(3) == 0) pictures(seed + 1000);  // so that caches of what is edited next exist
+            if (random.below(3) == 0) {
+                pictures(seed + 1000);  // so that caches of what is edited next exist
+            }
         }
         for (int i = random.below(4); i > 0; --i) {
             beyond_files.push_back(seed * 10 + static_cast<unsigned>(i));
             change_beyond_files(model, beyond_files.back());
-            if (random.below(2) != 0) pictures(seed + 1000);
+            if (random.below(2) != 0) { pictures(seed + 1000); }
         }
-        if (images && !beyond_files.empty()) edit_image(model, random);
+        if (images && !beyond_files.empty()) { edit_image(model, random); }
         const std::string edited = pictures(seed);
         // A model that a file cannot hold whole cannot be loaded fresh.
-        if (!write_copy(model, "fresh.mod")) continue;
+        if (!write_copy(model, "fresh.mod")) { continue; }
         Model* fresh = open(dir.file("fresh.mod"));
         ASSERT_NE(fresh, nullptr);
-        for (const unsigned each : beyond_files) change_beyond_files(fresh, each);
+        for (const unsigned each : beyond_files) { change_beyond_files(fresh, each); }
         ASSERT_EQ(pictures(seed), edited) << "seed " << seed;
         ++compared;
     }
@@ -399,7 +406,7 @@ TEST_F(SceneProperty, APictureOfAnAnimatedModelAfterRandomEditsIsThatOfTheModelL
             for (int step = random.below(5); step > 0; --step) {
                 random.below(2) != 0 ? animate_next(session) : animate_prev(session);
             }
-            if (random.below(2) != 0) pictures(seed + 1000);
+            if (random.below(2) != 0) { pictures(seed + 1000); }
         }
         // A point that was edited is posed by the next evaluation.
         session->anim_time = static_cast<float>(random.below(7000)) / 1000.0f;
@@ -407,7 +414,7 @@ TEST_F(SceneProperty, APictureOfAnAnimatedModelAfterRandomEditsIsThatOfTheModelL
         const float time = session->anim_time;
         const float radius = session->radius;
         const std::string edited = pictures(seed);
-        if (!write_copy(model, "body.mod")) continue;
+        if (!write_copy(model, "body.mod")) { continue; }
         ASSERT_NE(open_animation(), nullptr);
         session->anim_time = time;
         session->radius = radius;  // the size of a scene only ever grows: intended
@@ -450,8 +457,8 @@ TEST_F(SceneProperty, APoseDoesNotDependOnTheTimesShownBefore) {
 // With joints, a child, lines and coordinates of its own in about half of them.
 std::string any_model_text(Random& random) {
     std::string text = random.below(2) != 0 ? model_text(random) : jointed_model_text(random, "");
-    if (random.below(2) != 0) text += "lines\n2" + corner_text(random, 2) + "\n3" + corner_text(random, 3) + "\n";
-    if (random.below(2) != 0) text += "uvees\n" + std::to_string(random.point()) + " 0.25 0.5\n";
+    if (random.below(2) != 0) { text += "lines\n2" + corner_text(random, 2) + "\n3" + corner_text(random, 3) + "\n"; }
+    if (random.below(2) != 0) { text += "uvees\n" + std::to_string(random.point()) + " 0.25 0.5\n"; }
     return text;
 }
 
@@ -462,10 +469,10 @@ TEST_F(SceneProperty, WhatSurvivesAWriteIsWrittenAlikeTheSecondTime) {
         Random random(seed);
         const test::OwnedModel model = test::read_model(dir, "model.mod", any_model_text(random));
         ASSERT_NE(model, nullptr) << load_error_get();
-        if (!model_write_losses(model.get()).empty()) continue;
+        if (!model_write_losses(model.get()).empty()) { continue; }
         const std::string once = test::write_model(model.get());
         for (const char* word : {"joint ", "child ", "lines\n", "uvees\n"}) {
-            if (once.find(word) != std::string::npos) ++kinds[word];
+            if (once.find(word) != std::string::npos) { ++kinds[word]; }
         }
         const test::OwnedModel again = test::read_model(dir, "again.mod", once);
         ASSERT_NE(again, nullptr) << load_error_get();
@@ -514,10 +521,8 @@ TEST_F(SceneProperty, ResetAndOpenLeaveNoRecordNoImageAndNoMemoryBehind) {
         expect_nothing_left();
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__)
         const size_t in_use = mallinfo2().uordblks;
-        if (round == 10) settled = in_use;
-        if (round > 10) {
-            ASSERT_LE(in_use, settled + KEPT_AT_HAND) << "round " << round;
-        }
+        if (round == 10) { settled = in_use; }
+        if (round > 10) { ASSERT_LE(in_use, settled + KEPT_AT_HAND) << "round " << round; }
 #endif
     }
     static_cast<void>(settled);

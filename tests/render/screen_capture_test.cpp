@@ -55,8 +55,8 @@ protected:
 
     // The pixel as red, green, blue.
     static std::array<unsigned char, 3> pixel(const std::string& file, int x, int y) {
-        const size_t at = HEADER + (static_cast<size_t>(y) * static_cast<size_t>(width_of(file)) +
-                                    static_cast<size_t>(x)) * 3;
+        const size_t at =
+            HEADER + (static_cast<size_t>(y) * static_cast<size_t>(width_of(file)) + static_cast<size_t>(x)) * 3;
         return {static_cast<unsigned char>(byte(file, at + 2)), static_cast<unsigned char>(byte(file, at + 1)),
                 static_cast<unsigned char>(byte(file, at))};
     }
@@ -93,7 +93,7 @@ TEST_F(ScreenCapture, TheHeaderSaysTrueColourOf24BitsFromTheLowerLeft) {
     open(402, 302);
     const std::string file = capture(400, 300);
     const unsigned char expected[18] = {255, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 144, 1, 44, 1, 24, 0};
-    for (size_t i = 0; i < 18; ++i) EXPECT_EQ(byte(file, i), expected[i]) << i;
+    for (size_t i = 0; i < 18; ++i) { EXPECT_EQ(byte(file, i), expected[i]) << i; }
 }
 
 TEST_F(ScreenCapture, TheIdSaysWhatThePictureIsAndWhoWroteIt) {
@@ -110,7 +110,7 @@ TEST_F(ScreenCapture, PixelsAreBlueGreenRedFromTheBottomRowUp) {
     open(42, 22);
     const std::string file = capture(40, 20);
     for (int y = 0; y < 20; ++y) {
-        for (int x = 0; x < 40; ++x) ASSERT_EQ(pixel(file, x, y), colour_at(x, y)) << x << ' ' << y;
+        for (int x = 0; x < 40; ++x) { ASSERT_EQ(pixel(file, x, y), colour_at(x, y)) << x << ' ' << y; }
     }
     EXPECT_EQ(byte(file, HEADER), 200);  // blue of the first pixel comes first
 }

@@ -54,7 +54,7 @@ protected:
         }
         EXPECT_EQ(model_add_polygon(scene.model, "body", count, points, normals), 1);
         Polygon* last = nullptr;
-        for (Polygon& polygon : list_elements<Polygon>(scene.layer->polygons)) last = &polygon;
+        for (Polygon& polygon : list_elements<Polygon>(scene.layer->polygons)) { last = &polygon; }
         int n = 0;
         for (PolygonVertex& vertex : list_elements<PolygonVertex>(last->vertices)) {
             const int corner = n++ % 4 + 1;
@@ -76,7 +76,7 @@ protected:
     // The calls of one corner.
     static Lines vertex(int n, bool textured = false, bool gouraud = false) {
         Lines out;
-        if (textured) out.push_back(gl("glTexCoord2f", n, static_cast<float>(n) / 8));
+        if (textured) { out.push_back(gl("glTexCoord2f", n, static_cast<float>(n) / 8)); }
         if (gouraud) {
             constexpr float scale = 0.00392157f;
             out.push_back(gl("glColor4f", static_cast<float>(n * 51) * scale, static_cast<float>(n * 20) * scale,
@@ -88,7 +88,7 @@ protected:
     static Lines primitive(const char* mode, std::initializer_list<int> corners, bool textured = false,
                            bool gouraud = false) {
         Lines out = {std::string("glBegin ") + mode};
-        for (const int n : corners) append(out, vertex(n, textured, gouraud));
+        for (const int n : corners) { append(out, vertex(n, textured, gouraud)); }
         out.push_back("glEnd");
         return out;
     }
@@ -98,7 +98,7 @@ protected:
         int i = 0;
         for (const int n : corners) {
             out.push_back("glEdgeFlag GL_TRUE");
-            if (i++ % 3 == 1) out.push_back("glEdgeFlag GL_FALSE");
+            if (i++ % 3 == 1) { out.push_back("glEdgeFlag GL_FALSE"); }
             append(out, vertex(n, textured, gouraud));
         }
         out.push_back("glEnd");
@@ -180,15 +180,15 @@ TEST_F(TriangleDraw, InLineModeAQuadShowsItsFourEdgesAndWithQuadlinesItsDiagonal
     bool flag = true;
     for (const recording_gl::Call& call : recording_gl::calls()) {
         const std::string name = recording_gl::function_name(call.function);
-        if (name == "glEdgeFlag") flag = call.arguments[0] != 0.0;
-        if (name != "glVertex3f") continue;
+        if (name == "glEdgeFlag") { flag = call.arguments[0] != 0.0; }
+        if (name != "glVertex3f") { continue; }
         sent.push_back(static_cast<int>(call.arguments[0]));
         flags.push_back(flag);
     }
     std::set<std::pair<int, int>> edges;
     for (size_t i = 0; i < sent.size(); ++i) {
         const size_t next = i % 3 == 2 ? i - 2 : i + 1;
-        if (flags[i]) edges.insert(std::minmax(sent[i], sent[next]));
+        if (flags[i]) { edges.insert(std::minmax(sent[i], sent[next])); }
     }
     const std::set<std::pair<int, int>> outline = {{1, 2}, {2, 4}, {3, 4}, {1, 3}};
     EXPECT_EQ(edges, outline);
@@ -219,7 +219,7 @@ TEST_F(TriangleDraw, APointWithAStateIsDrawnWhereItIsPosed) {
     scene.pose(2, {70, 80, 90}, {1, 1, 1});
     scene.pose(13, {5, 5, 5}, {0.5f, 0.25f, 0});
     draw(triangle, false, true);
-    const Lines expected = {"glBegin GL_TRIANGLES", "glNormal3f 0 1 1", "glVertex3f 1 10 0", "glNormal3f 0 2 1",
+    const Lines expected = {"glBegin GL_TRIANGLES", "glNormal3f 0 1 1",      "glVertex3f 1 10 0", "glNormal3f 0 2 1",
                             "glVertex3f 70 80 90",  "glNormal3f 0.5 0.25 0", "glVertex3f 3 30 0", "glEnd"};
     EXPECT_EQ(lines(), expected);
 }
@@ -229,7 +229,7 @@ TEST_F(TriangleDraw, ACornerWhoseNormalIsItsOwnIsPosedToo) {
     model_add_triangle(scene.model, "body", 0, points, nullptr, nullptr, 0);
     scene.pose(1, {70, 80, 90}, {1, 2, 3});
     Triangle* triangle = nullptr;
-    for (Triangle& t : list_elements<Triangle>(scene.layer->triangles)) triangle = &t;
+    for (Triangle& t : list_elements<Triangle>(scene.layer->triangles)) { triangle = &t; }
     draw(triangle, false, true);
     EXPECT_EQ(lines()[1], "glNormal3f 1 2 3");
     EXPECT_EQ(lines()[2], "glVertex3f 70 80 90");
@@ -315,7 +315,7 @@ TEST_F(TriangleDraw, APolygonBeyondTheLimitIsDrawnUpToIt) {
     std::vector<int32_t> points(600, 1);
     ASSERT_EQ(model_add_polygon(scene.model, "body", 600, points.data(), nullptr), 1);
     Polygon* polygon = nullptr;
-    for (Polygon& p : list_elements<Polygon>(scene.layer->polygons)) polygon = &p;
+    for (Polygon& p : list_elements<Polygon>(scene.layer->polygons)) { polygon = &p; }
     EXPECT_EQ(draw(polygon, true, true), POLYGON_VERTEX_LIMIT - 2);
     EXPECT_EQ(recording_gl::count_calls("glVertex3f"), POLYGON_VERTEX_LIMIT);
     EXPECT_EQ(draw(polygon, true, true, true), POLYGON_VERTEX_LIMIT - 2);
@@ -345,14 +345,14 @@ Pair expected_reflection(const Vec3& position, const Vec3& normal) {
         eye[row] = double{view[row]} * position.x + double{view[4 + row]} * position.y +
                    double{view[8 + row]} * position.z + double{view[12 + row]};
         if (row < 3) {
-            turned[row] = double{view[row]} * normal.x + double{view[4 + row]} * normal.y +
-                          double{view[8 + row]} * normal.z;
+            turned[row] =
+                double{view[row]} * normal.x + double{view[4 + row]} * normal.y + double{view[8 + row]} * normal.z;
         }
     }
     double screen[2];
     for (size_t row = 0; row < 2; ++row) {
         screen[row] = 0;
-        for (size_t k = 0; k < 4; ++k) screen[row] += double{projection[4 * k + row]} * eye[k];
+        for (size_t k = 0; k < 4; ++k) { screen[row] += double{projection[4 * k + row]} * eye[k]; }
     }
     const double length = std::hypot(screen[0], screen[1]);
     const double x = length > 0 ? screen[0] / length : 0, y = length > 0 ? screen[1] / length : 0;
@@ -433,8 +433,8 @@ TEST_F(TriangleDraw, APointInTheMiddleOfTheScreenReflectsByItsNormalAlone) {
 TEST_F(TriangleDraw, APointOnAnAxisOfTheScreenReflectsByItsSideAlone) {
     const Vec3 places[4] = {{4, 0, 0}, {-0.25f, 0, 0}, {0, 5, 0}, {0, -0.5f, 0}};
     const Vec3 normal = {0, 0, 1};
-    const Vec3 *positions[4] = {&places[0], &places[1], &places[2], &places[3]};
-    const Vec3 *normals[4] = {&normal, &normal, &normal, &normal};
+    const Vec3* positions[4] = {&places[0], &places[1], &places[2], &places[3]};
+    const Vec3* normals[4] = {&normal, &normal, &normal, &normal};
     TextureCoords uvs[4];
     reflection_coords(positions, normals, uvs, 4);
     const float expected[4][2] = {{1.625f, 1.5f}, {1.375f, 1.5f}, {1.5f, 1.375f}, {1.5f, 1.625f}};

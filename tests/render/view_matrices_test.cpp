@@ -115,8 +115,11 @@ TEST_F(ViewMatrices, RotateInFreeRotationActsInScreenAxes) {
     glTranslatef(5.0f, 6.0f, 7.0f);
     recording_gl::clear();
     view_rotate(&view, 90.0f, 30.0f);
-    const Lines expected = {"glMatrixMode GL_MODELVIEW", "glGetFloatv GL_MODELVIEW_MATRIX", "glLoadIdentity",
-                            "glRotatef 90 0 1 0", "glRotatef 30 1 0 0",
+    const Lines expected = {"glMatrixMode GL_MODELVIEW",
+                            "glGetFloatv GL_MODELVIEW_MATRIX",
+                            "glLoadIdentity",
+                            "glRotatef 90 0 1 0",
+                            "glRotatef 30 1 0 0",
                             "glMultMatrixf 1 0 0 0 0 1 0 0 0 0 1 0 5 6 7 1"};
     EXPECT_EQ(lines(), expected);
     EXPECT_EQ(view.angle, 0.0f);
@@ -168,7 +171,7 @@ TEST_F(ViewMatrices, GetMatrixGivesRows) {
 TEST_F(ViewMatrices, SetMatrixSendsColumns) {
     open();
     Mat4 matrix;
-    for (int i = 0; i < 16; ++i) matrix.m[i] = static_cast<float>(i);
+    for (int i = 0; i < 16; ++i) { matrix.m[i] = static_cast<float>(i); }
     view_set_matrix(&view, &matrix);
     const Lines expected = {"glMatrixMode GL_MODELVIEW", "glLoadMatrixf 0 4 8 12 1 5 9 13 2 6 10 14 3 7 11 15"};
     EXPECT_EQ(lines(), expected);
@@ -193,7 +196,7 @@ TEST_F(ViewMatrices, WithoutAContextValuesAreStoredAndNoCallIsMade) {
     EXPECT_EQ(view.background[2], 1.0f);
     Mat4 identity;
     mat_identity(&identity);
-    for (int i = 0; i < 16; ++i) EXPECT_EQ(matrix.m[i], identity.m[i]);
+    for (int i = 0; i < 16; ++i) { EXPECT_EQ(matrix.m[i], identity.m[i]); }
 }
 
 TEST_F(ViewMatrices, AWindowThatLostItsContextGetsNoCall) {

@@ -49,7 +49,7 @@ public:
         *clip_ = AnimationClip{};
         clip_->hold_time = HOLD_NONE;
         clip_->slot_count = slot_count;
-        for (int32_t slot = 0; slot <= slot_count; ++slot) tracks_.push_back(slot);
+        for (int32_t slot = 0; slot <= slot_count; ++slot) { tracks_.push_back(slot); }
         clip_->tracks = tracks_.data();
         clip_->track_count = slot_count + 1;
     }

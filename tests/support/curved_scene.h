@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "surfaces/patch.h"
 #include "render/patch_draw.h"
 #include "support/drawing_scene.h"
+#include "surfaces/patch.h"
 
 namespace pelt::curved_scene {
 
@@ -66,7 +66,7 @@ inline Expected curved(Scene& scene, bool quad, int type, int level) {
         out.corners[i] = scene.point(1 + i)->position;
         out.normals[i] = scene.point(11 + i)->normal;
     }
-    for (int i = 0; i < 2 * corners; ++i) out.normals[4 + i] = scene.point(21 + i)->normal;
+    for (int i = 0; i < 2 * corners; ++i) { out.normals[4 + i] = scene.point(21 + i)->normal; }
     out.make();
     return out;
 }
@@ -81,7 +81,7 @@ inline Expected filtered(Scene& scene, const int (&ids)[3], int level) {
         out.normals[i] = scene.point(ids[i])->normal;
     }
     const int ends[6] = {0, 1, 1, 2, 2, 0};
-    for (int i = 0; i < 6; ++i) out.normals[4 + i] = out.normals[ends[i]];
+    for (int i = 0; i < 6; ++i) { out.normals[4 + i] = out.normals[ends[i]]; }
     out.make();
     return out;
 }
@@ -94,10 +94,10 @@ inline Extras attribute_lines(const Expected& patch, const float (*uvs)[2], cons
     int count = 0;
     const int corners = patch.quad ? 4 : 3;
     for (int axis = 0; uvs && axis < 2; ++axis) {
-        for (int i = 0; i < corners; ++i) table[count++] = uvs[i][axis];
+        for (int i = 0; i < corners; ++i) { table[count++] = uvs[i][axis]; }
     }
     for (int part = 0; colours && part < 3; ++part) {
-        for (int i = 0; i < corners; ++i) table[count++] = static_cast<float>(colours[i][part]) * COLOUR_BYTE;
+        for (int i = 0; i < corners; ++i) { table[count++] = static_cast<float>(colours[i][part]) * COLOUR_BYTE; }
     }
     const int attributes = count / corners;
     float out[PATCH_VERTEX_LIMIT * PATCH_ATTRIBUTE_LIMIT];
@@ -106,9 +106,9 @@ inline Extras attribute_lines(const Expected& patch, const float (*uvs)[2], cons
     for (int i = 0; i < patch.vertex_count; ++i) {
         const float* value = out + i * attributes;
         Lines own;
-        if (uvs) own.push_back(gl("glTexCoord2f", value[0], value[1]));
-        if (uvs) value += 2;
-        if (colours) own.push_back(gl("glColor3f", value[0], value[1], value[2]));
+        if (uvs) { own.push_back(gl("glTexCoord2f", value[0], value[1])); }
+        if (uvs) { value += 2; }
+        if (colours) { own.push_back(gl("glColor3f", value[0], value[1], value[2])); }
         extras.push_back(own);
     }
     return extras;
@@ -117,31 +117,31 @@ inline Extras attribute_lines(const Expected& patch, const float (*uvs)[2], cons
 struct Sending {
     bool mirrored = false;
     bool hide_diagonals = false;
-    bool flag_first = false;   // glEdgeFlag behind glBegin
-    bool flag_behind = true;   // glEdgeFlag behind glEnd
+    bool flag_first = false;  // glEdgeFlag behind glBegin
+    bool flag_behind = true;  // glEdgeFlag behind glEnd
 };
 
 inline Lines sent(const Expected& patch, const Extras& extras, const Sending& how) {
     Lines out{"glBegin GL_TRIANGLES"};
-    if (how.flag_first) out.push_back("glEdgeFlag GL_TRUE");
+    if (how.flag_first) { out.push_back("glEdgeFlag GL_TRUE"); }
     for (int i = 0; i < patch.triangle_count; ++i) {
         const int order[3] = {0, how.mirrored ? 1 : 2, how.mirrored ? 2 : 1};
         for (int k = 0; k < 3; ++k) {
             const int vertex = patch.triangles[i][order[k]];
-            if (how.hide_diagonals && k == 1) out.push_back("glEdgeFlag GL_FALSE");
-            if (how.hide_diagonals && k == 2) out.push_back("glEdgeFlag GL_TRUE");
-            if (!extras.empty()) append(out, extras[static_cast<size_t>(vertex)]);
+            if (how.hide_diagonals && k == 1) { out.push_back("glEdgeFlag GL_FALSE"); }
+            if (how.hide_diagonals && k == 2) { out.push_back("glEdgeFlag GL_TRUE"); }
+            if (!extras.empty()) { append(out, extras[static_cast<size_t>(vertex)]); }
             out.push_back(gl_normal(patch.directions[vertex]));
             out.push_back(gl_vertex(patch.places[vertex]));
         }
     }
     out.push_back("glEnd");
-    if (how.flag_behind) out.push_back("glEdgeFlag GL_TRUE");
+    if (how.flag_behind) { out.push_back("glEdgeFlag GL_TRUE"); }
     return out;
 }
 
-inline constexpr unsigned char SCENE_COLOURS[4][4] = {{255, 0, 51, 10}, {0, 255, 102, 20}, {153, 0, 255, 30},
-                                                       {1, 2, 3, 40}};
+inline constexpr unsigned char SCENE_COLOURS[4][4] = {
+    {255, 0, 51, 10}, {0, 255, 102, 20}, {153, 0, 255, 30}, {1, 2, 3, 40}};
 inline constexpr float SCENE_UVS[4][2] = {{0, 0.25f}, {1, 0}, {0.125f, 1}, {0.75f, 0.5f}};
 
 // The flags of every vertex sent, as OpenGL would apply them: the current flag when the vertex comes.
@@ -149,9 +149,9 @@ inline std::vector<bool> edge_flags() {
     std::vector<bool> out;
     bool flag = true;
     for (const std::string& line : lines()) {
-        if (line == "glEdgeFlag GL_TRUE") flag = true;
-        if (line == "glEdgeFlag GL_FALSE") flag = false;
-        if (line.starts_with("glVertex3f")) out.push_back(flag);
+        if (line == "glEdgeFlag GL_TRUE") { flag = true; }
+        if (line == "glEdgeFlag GL_FALSE") { flag = false; }
+        if (line.starts_with("glVertex3f")) { out.push_back(flag); }
     }
     return out;
 }

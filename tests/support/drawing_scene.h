@@ -23,8 +23,8 @@ template <typename Number>
     requires(std::integral<Number> || std::floating_point<Number>)
 std::string argument(Number number) {
     const double value = static_cast<double>(number);
-    if (std::isnan(value)) return "nan";
-    if (value == 0.0) return "0";
+    if (std::isnan(value)) { return "nan"; }
+    if (value == 0.0) { return "0"; }
     char text[64];
     const bool whole = value == std::floor(value) && std::fabs(value) < 1e15;
     const auto end = whole ? std::to_chars(text, text + sizeof text, static_cast<long long>(value))
@@ -98,13 +98,13 @@ struct Scene {
         const Vec3 corners[4] = {{-1, -1, 0.125f}, {1.5f, -1, 0}, {-1, 2, 0.25f}, {1, 1, -0.5f}};
         const Vec3 own[4] = {unit(-1, -1, 1), unit(1, -1, 1), unit(-1, 1, 1), unit(1, 1, 1)};
         const Vec3 named[4] = {unit(-1, -1, 2), unit(1, -1, 3), unit(-1, 1, 2), unit(1, 1, 4)};
-        const Vec3 controls[8] = {unit(-1, -0.5f, 2), unit(1, -0.25f, 2), unit(1, 0, 1),     unit(0.125f, 1, 1),
-                                  unit(0.5f, 2, 3),   unit(-1, 0.25f, 3), unit(-1, 1, 4),    unit(-2, -1, 5)};
+        const Vec3 controls[8] = {unit(-1, -0.5f, 2), unit(1, -0.25f, 2), unit(1, 0, 1),  unit(0.125f, 1, 1),
+                                  unit(0.5f, 2, 3),   unit(-1, 0.25f, 3), unit(-1, 1, 4), unit(-2, -1, 5)};
         for (int i = 0; i < 4; ++i) {
             add_point(1 + i, corners[i], own[i]);
             add_point(11 + i, {0, 0, 0}, named[i]);
         }
-        for (int i = 0; i < 8; ++i) add_point(21 + i, {0, 0, 0}, controls[i]);
+        for (int i = 0; i < 8; ++i) { add_point(21 + i, {0, 0, 0}, controls[i]); }
     }
 
     // A primitive over those points, with texture coordinates of its own; curve type 0 makes a flat one.
@@ -112,9 +112,9 @@ struct Scene {
         const int32_t points[4] = {1, 2, 3, 4};
         const int32_t normals[4] = {11, 12, 13, 14};
         const int32_t controls[8] = {21, 22, 23, 24, 25, 26, 27, 28};
-        if (!pelt::model_add_triangle(model, "body", quad, points, normals, controls, curve_type)) return nullptr;
+        if (!pelt::model_add_triangle(model, "body", quad, points, normals, controls, curve_type)) { return nullptr; }
         pelt::Triangle* added = nullptr;
-        for (pelt::Triangle& triangle : pelt::list_elements<pelt::Triangle>(layer->triangles)) added = &triangle;
+        for (pelt::Triangle& triangle : pelt::list_elements<pelt::Triangle>(layer->triangles)) { added = &triangle; }
         const float uvs[4][2] = {{0, 0.25f}, {1, 0}, {0.125f, 1}, {0.75f, 0.5f}};
         for (int i = 0; i < 4; ++i) {
             added->uvs[i][0] = uvs[i][0];
@@ -127,7 +127,7 @@ struct Scene {
     void add_colours() {
         const unsigned char colours[4][4] = {{255, 0, 51, 10}, {0, 255, 102, 20}, {153, 0, 255, 30}, {1, 2, 3, 40}};
         for (int i = 0; i < 4; ++i) {
-            for (int j = 0; j < 4; ++j) point(1 + i)->gouraud[j] = colours[i][j];
+            for (int j = 0; j < 4; ++j) { point(1 + i)->gouraud[j] = colours[i][j]; }
         }
         model->has_gouraud = 1;
     }

@@ -45,7 +45,7 @@ inline Point* put_point(Model* model, int32_t id, Vec3 place, Vec3 normal = {0, 
 // Points with the ids 1, 2, 3 and so on.
 inline void put_points(Model* model, std::initializer_list<Vec3> places) {
     int32_t id = 0;
-    for (const Vec3& place : places) put_point(model, ++id, place);
+    for (const Vec3& place : places) { put_point(model, ++id, place); }
 }
 
 inline Layer* layer_of(Model* model, const char* name) { return static_cast<Layer*>(list_find(&model->layers, name)); }
@@ -57,7 +57,7 @@ inline Layer* put_layer(Model* model, const char* name = "body", int mirror_axis
 
 inline Triangle* last_triangle(Layer* layer) {
     Triangle* last = nullptr;
-    for (Triangle& triangle : list_elements<Triangle>(layer->triangles)) last = &triangle;
+    for (Triangle& triangle : list_elements<Triangle>(layer->triangles)) { last = &triangle; }
     return last;
 }
 
@@ -76,9 +76,7 @@ inline Triangle* put_triangle(Model* model, const char* layer, Ids points, Ids n
 inline void put_polygon(Model* model, const char* layer, Ids points, Ids normals = {}) {
     const int count = static_cast<int>(points.size());
     points.reserve(1);  // an empty list is no null
-    EXPECT_EQ(model_add_polygon(model, layer, count, points.data(),
-                                normals.empty() ? nullptr : normals.data()),
-              1);
+    EXPECT_EQ(model_add_polygon(model, layer, count, points.data(), normals.empty() ? nullptr : normals.data()), 1);
 }
 
 inline Joint* put_joint(Model* model, const char* name, const char* parent = "world") {
@@ -126,14 +124,14 @@ inline std::vector<Strip> strips_of(Model* model, const char* layer) {
 
 inline std::vector<std::string> layer_names(const Model* model) {
     std::vector<std::string> out;
-    for (const Layer& layer : list_elements<Layer>(model->layers)) out.emplace_back(layer.name);
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { out.emplace_back(layer.name); }
     return out;
 }
 
 inline Ids point_ids(const Model* model) {
     Ids out;
     const ListElements<Point> points = list_elements<Point>(model->points);
-    for (auto point = points.begin(); point != points.end(); ++point) out.push_back(point.int_key());
+    for (auto point = points.begin(); point != points.end(); ++point) { out.push_back(point.int_key()); }
     return out;
 }
 
@@ -154,7 +152,7 @@ inline void write_number(std::string& out, double value) {
 }
 
 inline void write_numbers(std::string& out, std::initializer_list<double> values) {
-    for (const double value : values) write_number(out, value);
+    for (const double value : values) { write_number(out, value); }
 }
 
 inline void write_vector(std::string& out, const Vec3& v) { write_numbers(out, {v.x, v.y, v.z}); }
@@ -162,24 +160,23 @@ inline void write_vector(std::string& out, const Vec3& v) { write_numbers(out, {
 inline std::string triangle_text(const Triangle& t) {
     std::string out = t.quad ? "quad" : "triangle";
     out += " type " + std::to_string(t.curve_type) + ":";
-    for (const int16_t id : t.points) out += " " + std::to_string(id);
+    for (const int16_t id : t.points) { out += " " + std::to_string(id); }
     out += " /";
-    for (const int16_t id : t.normals) out += " " + std::to_string(id);
+    for (const int16_t id : t.normals) { out += " " + std::to_string(id); }
     out += " /";
-    for (const int16_t id : t.controls) out += " " + std::to_string(id);
+    for (const int16_t id : t.controls) { out += " " + std::to_string(id); }
     out += " /";
-    for (const auto& uv : t.uvs) write_numbers(out, {uv[0], uv[1]});
+    for (const auto& uv : t.uvs) { write_numbers(out, {uv[0], uv[1]}); }
     return out + "\n";
 }
 
 inline std::string layer_text(const Layer& layer) {
     std::string out = std::string("layer ") + layer.name;
     write_numbers(out, {double(layer.colour[0]), double(layer.colour[1]), double(layer.colour[2]),
-                        double(layer.singlesided), layer.transparency, double(layer.mirror),
-                        double(layer.mirror_axis), double(layer.invisible), double(layer.image_axis_u),
-                        double(layer.image_axis_v)});
+                        double(layer.singlesided), layer.transparency, double(layer.mirror), double(layer.mirror_axis),
+                        double(layer.invisible), double(layer.image_axis_u), double(layer.image_axis_v)});
     out += "\n";
-    for (const Triangle& t : list_elements<Triangle>(layer.triangles)) out += triangle_text(t);
+    for (const Triangle& t : list_elements<Triangle>(layer.triangles)) { out += triangle_text(t); }
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
         out += "polygon";
         for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
@@ -202,8 +199,8 @@ inline std::string layer_text(const Layer& layer) {
 }
 
 inline std::string model_text(const Model* model) {
-    std::string out = "gouraud " + std::to_string(model->has_gouraud) + " normals " +
-                      std::to_string(model->has_normals) + " box";
+    std::string out =
+        "gouraud " + std::to_string(model->has_gouraud) + " normals " + std::to_string(model->has_normals) + " box";
     write_vector(out, model->bounds_min);
     write_vector(out, model->bounds_max);
     out += "\n";
@@ -213,16 +210,16 @@ inline std::string model_text(const Model* model) {
         write_vector(out, point->position);
         write_vector(out, point->normal);
         write_number(out, point->weight);
-        for (const unsigned char channel : point->gouraud) out += " " + std::to_string(channel);
+        for (const unsigned char channel : point->gouraud) { out += " " + std::to_string(channel); }
         out += point->joint_a != nullptr ? std::string(" ") + point->joint_a->name + "\n" : "\n";
     }
     for (const Joint& joint : list_elements<Joint>(model->joints)) {
         out += std::string("joint ") + joint.name + " " + std::to_string(joint.point_count) + "\n";
     }
-    for (const Layer& layer : list_elements<Layer>(model->layers)) out += layer_text(layer);
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { out += layer_text(layer); }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         out += std::string("child ") + link.name + "\n";
-        if (link.model != nullptr) out += model_text(link.model);
+        if (link.model != nullptr) { out += model_text(link.model); }
     }
     return out;
 }
@@ -247,9 +244,7 @@ public:
         for (int32_t id = 1; id <= point_count; ++id) {
             put_point(model.get(), id, {place(), place(), place()}, {direction(), direction(), direction()});
         }
-        for (int i = 0; i < point_count / 8; ++i) {
-            model_remove_point(model.get(), pick(1, point_count));
-        }
+        for (int i = 0; i < point_count / 8; ++i) { model_remove_point(model.get(), pick(1, point_count)); }
         ids_ = point_ids(model.get());
         for (int i = 0; i < layer_count; ++i) {
             const std::string name = "layer" + std::to_string(i);
@@ -281,7 +276,7 @@ private:
 
     Ids some(int count) {
         Ids out;
-        for (int i = 0; i < count; ++i) out.push_back(id());
+        for (int i = 0; i < count; ++i) { out.push_back(id()); }
         return out;
     }
 

@@ -27,7 +27,7 @@ protected:
         layer->colour[1] = 32;
         layer->colour[2] = 64;
         const Vec3 corners[3] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
-        for (int i = 0; i < 3; ++i) scene.add_point(i + 1, corners[i]);
+        for (int i = 0; i < 3; ++i) { scene.add_point(i + 1, corners[i]); }
         add_triangle();
         recording_gl::name_data(pixels[0], "base");
         recording_gl::name_data(pixels[1], "mirror");
@@ -38,7 +38,7 @@ protected:
     }
     void TearDown() override {
         EXPECT_EQ(recording_gl::joined(recording_gl::errors()), "");
-        for (LayerImage& image : list_elements<LayerImage>(layer->images)) image = LayerImage{};
+        for (LayerImage& image : list_elements<LayerImage>(layer->images)) { image = LayerImage{}; }
     }
 
     void add_triangle() {
@@ -65,7 +65,7 @@ protected:
 
     // The whole of a model whose layer loop and lines pass are given.
     static Lines model_lines(const Lines& inner) {
-        Lines out = {"glMatrixMode GL_MODELVIEW", "glPushMatrix",          "glDisable GL_TEXTURE_2D",
+        Lines out = {"glMatrixMode GL_MODELVIEW", "glPushMatrix",           "glDisable GL_TEXTURE_2D",
                      "glDisable GL_NORMALIZE",    "glShadeModel GL_SMOOTH", "glEnable GL_LIGHTING"};
         append(out, inner);
         out.push_back("glPopMatrix");
@@ -78,7 +78,7 @@ protected:
     // Steps of a layer before its texture is looked at.
     static Lines head(float alpha) {
         Lines out = {"glDepthMask GL_TRUE", "glDisable GL_BLEND", colour(alpha)};
-        if (alpha > 0) out.push_back("glEnable GL_BLEND");
+        if (alpha > 0) { out.push_back("glEnable GL_BLEND"); }
         out.push_back("glPolygonMode GL_FRONT_AND_BACK GL_FILL");
         return out;
     }
@@ -88,7 +88,7 @@ protected:
         const char* const corners[3] = {"glVertex3f 0 0 0", mirrored ? "glVertex3f 1 0 0" : "glVertex3f 0 1 0",
                                         mirrored ? "glVertex3f 0 1 0" : "glVertex3f 1 0 0"};
         for (const char* corner : corners) {
-            if (textured) out.push_back("glTexCoord2f 0 0");
+            if (textured) { out.push_back("glTexCoord2f 0 0"); }
             append(out, {"glNormal3f 0 0 1", corner});
         }
         out.push_back("glEnd");
@@ -99,9 +99,9 @@ protected:
         Lines out = {gl("glTexParameterf", "GL_TEXTURE_2D", "GL_TEXTURE_MIN_FILTER", "GL_NEAREST"),
                      gl("glTexParameterf", "GL_TEXTURE_2D", "GL_TEXTURE_MAG_FILTER", "GL_NEAREST")};
         const char* const function = "glBlendFunc GL_SRC_ALPHA GL_ONE_MINUS_SRC_ALPHA";
-        if (blend == SOLID || blend == KEYED_OFF) append(out, {"glDepthMask GL_TRUE", "glDisable GL_BLEND"});
-        if (blend == BLENDED) append(out, {"glEnable GL_BLEND", function, "glDepthMask GL_TRUE"});
-        if (blend == KEYED) append(out, {"glEnable GL_BLEND", "glDepthMask GL_TRUE", function});
+        if (blend == SOLID || blend == KEYED_OFF) { append(out, {"glDepthMask GL_TRUE", "glDisable GL_BLEND"}); }
+        if (blend == BLENDED) { append(out, {"glEnable GL_BLEND", function, "glDepthMask GL_TRUE"}); }
+        if (blend == KEYED) { append(out, {"glEnable GL_BLEND", "glDepthMask GL_TRUE", function}); }
         const char* const format = blend == KEYED || blend == KEYED_OFF ? "GL_RGBA" : "GL_RGB";
         out.push_back(gl("glTexImage2D", "GL_TEXTURE_2D", 0, 4, width, 1, 0, format, "GL_UNSIGNED_BYTE", name));
         return out;
@@ -111,7 +111,7 @@ protected:
         Lines out;
         for (const std::string& line : lines()) {
             for (const char* name : names) {
-                if (line == name || line.rfind(std::string(name) + ' ', 0) == 0) out.push_back(line);
+                if (line == name || line.rfind(std::string(name) + ' ', 0) == 0) { out.push_back(line); }
             }
         }
         return out;

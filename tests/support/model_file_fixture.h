@@ -59,9 +59,7 @@ protected:
     }
     static int lines_in(const std::string& text) {
         int count = 0;
-        for (const char c : text) {
-            count += c == '\n';
-        }
+        for (const char c : text) { count += c == '\n'; }
         return count;
     }
 

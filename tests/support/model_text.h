@@ -53,9 +53,7 @@ inline std::ostream& operator<<(std::ostream& out, const Vec3& v) {
 template <typename Number>
 void tell_array(std::ostream& out, const char* name, const Number* numbers, int count) {
     out << " " << name;
-    for (int i = 0; i < count; ++i) {
-        out << (i > 0 ? "," : "=") << +numbers[i];
-    }
+    for (int i = 0; i < count; ++i) { out << (i > 0 ? "," : "=") << +numbers[i]; }
 }
 
 inline const char* joint_name(const Joint* joint) { return joint != nullptr ? joint->name : "none"; }
@@ -92,9 +90,7 @@ inline void tell_primitives(std::ostream& out, const Layer& layer) {
         tell_array(out, "points", triangle.points, corners);
         tell_array(out, "normals", triangle.normals, corners);
         tell_array(out, "controls", triangle.controls, 2 * corners);
-        for (int corner = 0; corner < corners; ++corner) {
-            tell_array(out, "uv", triangle.uvs[corner], 2);
-        }
+        for (int corner = 0; corner < corners; ++corner) { tell_array(out, "uv", triangle.uvs[corner], 2); }
         out << "\n";
     }
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
@@ -106,9 +102,7 @@ inline void tell_primitives(std::ostream& out, const Layer& layer) {
     }
     for (const Line& line : list_elements<Line>(layer.lines)) {
         out << "  line " << line.vertex_count;
-        for (const int32_t& stored : list_elements<int32_t>(line.vertices)) {
-            out << " " << stored;
-        }
+        for (const int32_t& stored : list_elements<int32_t>(line.vertices)) { out << " " << stored; }
         out << "\n";
     }
 }
@@ -127,26 +121,18 @@ inline void tell_layer(std::ostream& out, const Layer& layer) {
     tell_primitives(out, layer);
     // By point: the order in which they were given has no meaning.
     std::map<int32_t, Uvee> uvees;
-    for (const Uvee& uvee : list_elements<Uvee>(layer.uvees)) {
-        uvees[uvee.point] = uvee;
-    }
-    for (const auto& [point, uvee] : uvees) {
-        out << "  uvee " << point << " " << uvee.u << " " << uvee.v << "\n";
-    }
+    for (const Uvee& uvee : list_elements<Uvee>(layer.uvees)) { uvees[uvee.point] = uvee; }
+    for (const auto& [point, uvee] : uvees) { out << "  uvee " << point << " " << uvee.u << " " << uvee.v << "\n"; }
 }
 
 inline std::string told(const Model* model) {
-    if (model == nullptr) {
-        return "no model";
-    }
+    if (model == nullptr) { return "no model"; }
     std::ostringstream out;
     out << "gouraud " << model->has_gouraud << " normals " << model->has_normals << " box " << model->bounds_min << " "
         << model->bounds_max << "\n";
     tell_points(out, *model);
     tell_skeleton(out, *model);
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        tell_layer(out, layer);
-    }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { tell_layer(out, layer); }
     return out.str();
 }
 

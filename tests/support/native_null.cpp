@@ -34,7 +34,7 @@ NullWindow& add_record(WindowHandle parent) {
 constexpr NativeContext CONTEXT_BIT = 0x1000000;
 
 void size_changed(WindowHandle window, int32_t client_width, int32_t client_height) {
-    if (NullWindow* changed = living(window)) changed->paint_pending = true;
+    if (NullWindow* changed = living(window)) { changed->paint_pending = true; }
     window_procedure(window, MESSAGE_SIZE, 0, message_pair(client_width, client_height));
 }
 
@@ -58,30 +58,30 @@ WindowHandle null_add_window(int32_t width, int32_t height, WindowHandle parent,
 }
 
 NullWindow* null_window(WindowHandle window) {
-    if (window < FIRST_HANDLE || window - FIRST_HANDLE >= windows.size()) return nullptr;
+    if (window < FIRST_HANDLE || window - FIRST_HANDLE >= windows.size()) { return nullptr; }
     return &windows[window - FIRST_HANDLE];
 }
 
 void null_resize(WindowHandle window, int32_t width, int32_t height) {
     NullWindow* parent = living(window);
-    if (parent == nullptr || (parent->width == width && parent->height == height)) return;
+    if (parent == nullptr || (parent->width == width && parent->height == height)) { return; }
     parent->width = width;
     parent->height = height;
     for (size_t i = 0; i < windows.size(); ++i) {
-        if (windows[i].parent != window || !windows[i].exists || windows[i].border == 0) continue;
+        if (windows[i].parent != window || !windows[i].exists || windows[i].border == 0) { continue; }
         window_procedure(windows[i].handle, MESSAGE_SIZE, 0, message_pair(width, height));
     }
 }
 
 void null_destroy_tree(WindowHandle window) {
     for (size_t i = 0; i < windows.size(); ++i) {
-        if (windows[i].parent == window && windows[i].exists) native_window_destroy(windows[i].handle);
+        if (windows[i].parent == window && windows[i].exists) { native_window_destroy(windows[i].handle); }
     }
-    if (NullWindow* gone = living(window)) gone->exists = false;
+    if (NullWindow* gone = living(window)) { gone->exists = false; }
 }
 
 void null_expose(WindowHandle window) {
-    if (NullWindow* exposed = living(window)) exposed->paint_pending = true;
+    if (NullWindow* exposed = living(window)) { exposed->paint_pending = true; }
 }
 
 int null_run(int rounds) {
@@ -89,11 +89,11 @@ int null_run(int rounds) {
     for (int round = 0; round < rounds; ++round) {
         const int before = sent;
         for (size_t i = 0; i < windows.size(); ++i) {
-            if (!native_paint_pending(windows[i].handle)) continue;
+            if (!native_paint_pending(windows[i].handle)) { continue; }
             window_procedure(windows[i].handle, MESSAGE_PAINT, 0, 0);
             ++sent;
         }
-        if (sent == before) break;
+        if (sent == before) { break; }
     }
     return sent;
 }
@@ -105,7 +105,7 @@ void native_init(std::uintptr_t instance) { null_system.instance = instance; }
 WindowHandle native_window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
                                   bool popup) {
     log_call("create");
-    if (null_system.fail_window) return 0;
+    if (null_system.fail_window) { return 0; }
     NullWindow& made = add_record(parent);
     made.title = title == nullptr ? "" : title;
     made.width = outer_width;
@@ -119,22 +119,22 @@ WindowHandle native_window_create(const char* title, WindowHandle parent, int32_
 
 void native_window_raise(WindowHandle window) {
     log_call("raise");
-    if (NullWindow* raised = living(window)) ++raised->raises;
+    if (NullWindow* raised = living(window)) { ++raised->raises; }
 }
 
 void native_window_show(WindowHandle window) {
     log_call("show");
-    if (NullWindow* shown = living(window)) shown->shown = shown->paint_pending = true;
+    if (NullWindow* shown = living(window)) { shown->shown = shown->paint_pending = true; }
 }
 
 void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
     log_call("move");
     NullWindow* moved = living(window);
-    if (moved == nullptr) return;
+    if (moved == nullptr) { return; }
     ++moved->moves;
     moved->x = x;
     moved->y = y;
-    if (moved->width == outer_width && moved->height == outer_height) return;
+    if (moved->width == outer_width && moved->height == outer_height) { return; }
     moved->width = outer_width;
     moved->height = outer_height;
     size_changed(window, outer_width - 2 * moved->border, outer_height - 2 * moved->border);
@@ -143,14 +143,14 @@ void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer
 void native_window_destroy(WindowHandle window) {
     log_call("destroy");
     NullWindow* gone = living(window);
-    if (gone == nullptr) return;
+    if (gone == nullptr) { return; }
     window_procedure(window, MESSAGE_DESTROY, 0, 0);
     gone->exists = gone->shown = gone->paint_pending = false;
 }
 
 bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
     const NullWindow* found = living(window);
-    if (found == nullptr) return false;
+    if (found == nullptr) { return false; }
     *width = std::max(found->width - 2 * found->border, 0);
     *height = std::max(found->height - 2 * found->border, 0);
     return true;
@@ -158,7 +158,7 @@ bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
 
 bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
     const NullWindow* found = living(window);
-    if (found == nullptr) return false;
+    if (found == nullptr) { return false; }
     *x = found->x;
     *y = found->y;
     return true;
@@ -183,15 +183,15 @@ std::intptr_t native_default_message(WindowHandle window, uint32_t message, std:
 NativeDevice native_device_get(WindowHandle window) {
     log_call("device");
     NullWindow* found = living(window);
-    if (found == nullptr) return 0;
+    if (found == nullptr) { return 0; }
     ++found->devices;
     return window;
 }
 
 void native_device_release(WindowHandle window, NativeDevice device) {
-    if (device == 0) return;
+    if (device == 0) { return; }
     log_call("release");
-    if (NullWindow* found = null_window(window)) --found->devices;
+    if (NullWindow* found = null_window(window)) { --found->devices; }
 }
 
 bool native_format_set(NativeDevice device) {
@@ -201,7 +201,7 @@ bool native_format_set(NativeDevice device) {
 
 bool native_format_get(NativeDevice device, NativeFormat* format) {
     log_call("format_get");
-    if (device == 0) return false;
+    if (device == 0) { return false; }
     *format = null_system.format;
     return true;
 }
@@ -209,15 +209,15 @@ bool native_format_get(NativeDevice device, NativeFormat* format) {
 NativeContext native_context_create(NativeDevice device) {
     log_call("context");
     NullWindow* found = living(device);
-    if (found == nullptr || null_system.fail_context) return 0;
+    if (found == nullptr || null_system.fail_context) { return 0; }
     ++found->contexts;
     return device | CONTEXT_BIT;
 }
 
 void native_context_destroy(NativeContext context) {
-    if (context == 0) return;
+    if (context == 0) { return; }
     log_call("context_destroy");
-    if (NullWindow* found = null_window(context & ~CONTEXT_BIT)) --found->contexts;
+    if (NullWindow* found = null_window(context & ~CONTEXT_BIT)) { --found->contexts; }
 }
 
 bool native_context_make_current(NativeDevice device, NativeContext context) {
@@ -236,14 +236,14 @@ bool native_drawing_limit(int32_t* width, int32_t* height) {
 
 void native_swap_buffers(NativeDevice device) {
     log_call("swap");
-    if (NullWindow* found = living(device)) ++found->swaps;
+    if (NullWindow* found = living(device)) { ++found->swaps; }
 }
 
 bool native_swap_keeps_back_buffer(NativeDevice device) { return device != 0 && null_system.keeps_back_buffer; }
 
 void native_set_background(NativeDevice device, uint32_t colour) {
     log_call("background");
-    if (NullWindow* found = living(device)) found->background = colour;
+    if (NullWindow* found = living(device)) { found->background = colour; }
 }
 
 bool native_events_held(void*) { return false; }
@@ -261,14 +261,14 @@ void native_invalidate(WindowHandle window) {
 void native_begin_paint(WindowHandle window, NativePaint*) {
     log_call("begin_paint");
     NullWindow* found = living(window);
-    if (found == nullptr) return;
+    if (found == nullptr) { return; }
     found->paint_pending = false;
     ++found->paints_begun;
 }
 
 void native_end_paint(WindowHandle window, NativePaint*) {
     log_call("end_paint");
-    if (NullWindow* found = living(window)) ++found->paints_ended;
+    if (NullWindow* found = living(window)) { ++found->paints_ended; }
 }
 
 NativePalette native_palette_create(const PaletteEntry* entries, int32_t count) {
@@ -303,14 +303,14 @@ void native_cursor_apply(NativeCursor cursor) { null_system.cursors_applied.push
 void native_cursor_show(bool shown) { null_system.cursor_shows.push_back(shown); }
 
 bool native_pointer_set(int32_t x, int32_t y) {
-    if (null_system.fail_pointer) return false;
+    if (null_system.fail_pointer) { return false; }
     null_system.pointer_x = x;
     null_system.pointer_y = y;
     return true;
 }
 
 bool native_pointer_get(int32_t* x, int32_t* y) {
-    if (null_system.fail_pointer) return false;
+    if (null_system.fail_pointer) { return false; }
     *x = null_system.pointer_x;
     *y = null_system.pointer_y;
     return true;

@@ -42,15 +42,15 @@ struct NullSystem {
     bool fail_context = false;
     bool fail_pointer = false;
     bool keeps_back_buffer = true;
-    int32_t drawing_limit_width = 0;          // what the driver can draw; 0 when it does not say
+    int32_t drawing_limit_width = 0;  // what the driver can draw; 0 when it does not say
     int32_t drawing_limit_height = 0;
-    NativeFormat format{};                    // what native_format_get answers
-    NativePalette displaced_palette = 0;      // what the first selection answers
-    std::intptr_t default_result = 77;        // what the system answers to a message
-    std::vector<std::string> cursor_files;    // paths that hold a cursor
+    NativeFormat format{};                  // what native_format_get answers
+    NativePalette displaced_palette = 0;    // what the first selection answers
+    std::intptr_t default_result = 77;      // what the system answers to a message
+    std::vector<std::string> cursor_files;  // paths that hold a cursor
 
     // To be looked at.
-    std::vector<std::string> calls;           // names of the calls that change something, in order
+    std::vector<std::string> calls;  // names of the calls that change something, in order
     std::uintptr_t instance = 0;
     NativeDevice current_device = 0;
     NativeContext current_context = 0;
@@ -61,16 +61,16 @@ struct NullSystem {
         std::uintptr_t wparam;
         std::intptr_t lparam;
     };
-    std::vector<Default> defaults;            // messages that went to the system
-    std::vector<PaletteEntry> palette;        // the entries of the palette made last
-    std::vector<NativePalette> selections;    // palettes selected, in order
+    std::vector<Default> defaults;          // messages that went to the system
+    std::vector<PaletteEntry> palette;      // the entries of the palette made last
+    std::vector<NativePalette> selections;  // palettes selected, in order
     int palettes = 0;
     int realizes = 0;
     int colour_updates = 0;
     int invalidations = 0;
     std::vector<NativeCursor> cursors_applied;
-    std::vector<int32_t> builtin_loads;       // groups
-    std::vector<std::string> file_loads;      // paths as they arrive
+    std::vector<int32_t> builtin_loads;   // groups
+    std::vector<std::string> file_loads;  // paths as they arrive
     std::vector<bool> cursor_shows;
     int32_t pointer_x = 0, pointer_y = 0;
     WindowHandle status_bar = 0;

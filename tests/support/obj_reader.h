@@ -28,16 +28,12 @@ inline ObjFile read_obj(const std::string& text) {
     for (std::string line; std::getline(lines, line);) {
         std::istringstream words(line);
         std::string kind;
-        if (!(words >> kind)) {
-            continue;
-        }
+        if (!(words >> kind)) { continue; }
         if (kind[0] == '#') {
             file.comments.push_back(line);
         } else if (kind == "v") {
             std::array<double, 3> vertex{};
-            if (!(words >> vertex[0] >> vertex[1] >> vertex[2])) {
-                throw std::runtime_error("bad vertex: " + line);
-            }
+            if (!(words >> vertex[0] >> vertex[1] >> vertex[2])) { throw std::runtime_error("bad vertex: " + line); }
             file.vertices.push_back(vertex);
         } else if (kind == "g") {
             ObjGroup group;
@@ -45,12 +41,8 @@ inline ObjFile read_obj(const std::string& text) {
             file.groups.push_back(group);
         } else if ((kind == "f" || kind == "l") && !file.groups.empty()) {
             std::vector<int> numbers;
-            for (int number = 0; words >> number;) {
-                numbers.push_back(number);
-            }
-            if (!words.eof()) {
-                throw std::runtime_error("bad number: " + line);
-            }
+            for (int number = 0; words >> number;) { numbers.push_back(number); }
+            if (!words.eof()) { throw std::runtime_error("bad number: " + line); }
             (kind == "f" ? file.groups.back().faces : file.groups.back().lines).push_back(numbers);
         } else {
             throw std::runtime_error("unknown line: " + line);

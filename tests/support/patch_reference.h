@@ -56,13 +56,13 @@ inline std::vector<Parameter> triangle_parameters(int type, int level) {
     const int n = level + 2;
     const float step = 1.0f / static_cast<float>(level + 1);
     std::vector<float> sums{0.0f};
-    for (int i = 1; i < n; ++i) sums.push_back(sums.back() + step);
+    for (int i = 1; i < n; ++i) { sums.push_back(sums.back() + step); }
     std::vector<Parameter> out;
     const auto at = [&](int i) { return sums[static_cast<size_t>(i)]; };
-    for (int i = 0; i < n; ++i) out.push_back({at(i), 0.0f});
-    if (type == 1) out.push_back({0.0f, 1.0f});
+    for (int i = 0; i < n; ++i) { out.push_back({at(i), 0.0f}); }
+    if (type == 1) { out.push_back({0.0f, 1.0f}); }
     for (int row = 1; row < n && type != 1; ++row) {
-        for (int i = 0; i < (type == 2 ? 1 : n - row); ++i) out.push_back({at(i), at(row)});
+        for (int i = 0; i < (type == 2 ? 1 : n - row); ++i) { out.push_back({at(i), at(row)}); }
     }
     return out;
 }
@@ -79,7 +79,7 @@ inline std::vector<Parameter> quad_parameters(int type, int level) {
             continue;
         }
         float t = 0.0f;
-        for (int j = 0; j < level + 2; ++j, t += step) out.push_back({s, t});
+        for (int j = 0; j < level + 2; ++j, t += step) { out.push_back({s, t}); }
     }
     return out;
 }
@@ -89,7 +89,7 @@ inline Point3 triangle_casteljau(const TrianglePatch& patch, double u, double v)
     static constexpr int SLOT[4][4] = {{0, 1, 3, 6}, {2, 4, 7, -1}, {5, 8, -1, -1}, {9, -1, -1, -1}};
     Point3 net[4][4] = {};
     for (int j = 0; j < 4; ++j) {
-        for (int k = 0; k < 4 - j; ++k) net[j][k] = wide(patch.slots[SLOT[j][k]]);
+        for (int k = 0; k < 4 - j; ++k) { net[j][k] = wide(patch.slots[SLOT[j][k]]); }
     }
     for (int degree = 3; degree > 0; --degree) {
         for (int j = 0; j < degree; ++j) {
@@ -106,8 +106,8 @@ inline Point3 triangle_casteljau(const TrianglePatch& patch, double u, double v)
 inline Point3 triangle_normal_sum(const TrianglePatch& patch, double u, double v) {
     const double w = 1.0 - u - v;
     const Vec3* n = patch.slots + 10;
-    return unit(w * w * wide(n[0]) + u * u * wide(n[1]) + v * v * wide(n[2]) + w * u * wide(n[3]) +
-                u * v * wide(n[4]) + w * v * wide(n[5]));
+    return unit(w * w * wide(n[0]) + u * u * wide(n[1]) + v * v * wide(n[2]) + w * u * wide(n[3]) + u * v * wide(n[4]) +
+                w * v * wide(n[5]));
 }
 
 inline Point3 casteljau(Point3 a, Point3 b, Point3 c, Point3 d, double f) {
@@ -151,9 +151,18 @@ struct QuadInput {
 // A bulging triangle whose control normals differ from its corner normals.
 inline TriangleInput bulging_triangle() {
     return {{{-1.0f, 0.25f, 0.5f}, {2.0f, -0.5f, 0.0f}, {0.5f, 3.0f, -1.0f}},
-            {unit_float(-1, -1, 3), unit_float(1, -1, 2), unit_float(0, 1, 2), {0, 0, 0},
-             unit_float(-1, -0.5f, 2), unit_float(1, -0.2f, 2), unit_float(2, 0, 1), unit_float(0.1f, 1, 1),
-             unit_float(0, 2, 3), unit_float(-2, 0, 3), {0, 0, 0}, {0, 0, 0}}};
+            {unit_float(-1, -1, 3),
+             unit_float(1, -1, 2),
+             unit_float(0, 1, 2),
+             {0, 0, 0},
+             unit_float(-1, -0.5f, 2),
+             unit_float(1, -0.2f, 2),
+             unit_float(2, 0, 1),
+             unit_float(0.1f, 1, 1),
+             unit_float(0, 2, 3),
+             unit_float(-2, 0, 3),
+             {0, 0, 0},
+             {0, 0, 0}}};
 }
 
 inline QuadInput bulging_quad() {
@@ -199,7 +208,7 @@ inline Triples triples(int (*index)(int, int, int16_t (*)[3]), int type, int lev
     int16_t list[PATCH_TRIANGLE_LIMIT][3];
     const int count = index(type, level, list);
     Triples out;
-    for (int i = 0; i < count; ++i) out.push_back({list[i][0], list[i][1], list[i][2]});
+    for (int i = 0; i < count; ++i) { out.push_back({list[i][0], list[i][1], list[i][2]}); }
     return out;
 }
 

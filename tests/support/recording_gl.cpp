@@ -61,16 +61,15 @@ void pack_pointer(const void* pointer) {
     packed_words.push_back(static_cast<uint32_t>(bits >> 32));
 }
 
-void note(Function function, const Argument* arguments, int count, const void* data = nullptr,
-          std::string bytes = {}) {
+void note(Function function, const Argument* arguments, int count, const void* data = nullptr, std::string bytes = {}) {
     if (current_mode == Mode::pack) {
         packed_words.push_back(static_cast<uint32_t>(function));
-        for (int i = 0; i < count; ++i) packed_words.push_back(arguments[i].bits);
-        if (function == TEX_IMAGE2D || function == BITMAP) pack_pointer(data);
+        for (int i = 0; i < count; ++i) { packed_words.push_back(arguments[i].bits); }
+        if (function == TEX_IMAGE2D || function == BITMAP) { pack_pointer(data); }
         return;
     }
     Call call{function, count, {}, function == BITMAP ? nullptr : data, std::move(bytes)};
-    for (int i = 0; i < count; ++i) call.arguments[static_cast<size_t>(i)] = arguments[i].value;
+    for (int i = 0; i < count; ++i) { call.arguments[static_cast<size_t>(i)] = arguments[i].value; }
     recorded.push_back(std::move(call));
 }
 
@@ -85,33 +84,31 @@ void note_bare(Function function) { note(function, nullptr, 0); }
 // Numbers behind up to two constants; a packed form always holds all of them.
 void note_vector(Function function, const Argument* head, int head_count, const float* values, int count) {
     std::vector<Argument> arguments(head, head + head_count);
-    for (int i = 0; i < count; ++i) arguments.emplace_back(values[i]);
+    for (int i = 0; i < count; ++i) { arguments.emplace_back(values[i]); }
     if (current_mode == Mode::pack) {
-        while (arguments.size() < static_cast<size_t>(head_count) + 4) arguments.emplace_back(0.0f);
+        while (arguments.size() < static_cast<size_t>(head_count) + 4) { arguments.emplace_back(0.0f); }
     }
     note(function, arguments.data(), static_cast<int>(arguments.size()));
 }
 
 // State calls between glBegin and glEnd are mistakes.
 bool outside(Function function) {
-    if (!state.in_primitive) return true;
+    if (!state.in_primitive) { return true; }
     error(function, "between glBegin and glEnd");
     return false;
 }
 
 void inside(Function function) {
-    if (!state.in_primitive) error(function, "outside glBegin and glEnd");
+    if (!state.in_primitive) { error(function, "outside glBegin and glEnd"); }
 }
 
-std::vector<Matrix>& current_stack() {
-    return state.matrix_mode == GL_PROJECTION ? state.projection : state.modelview;
-}
+std::vector<Matrix>& current_stack() { return state.matrix_mode == GL_PROJECTION ? state.projection : state.modelview; }
 
 Matrix product(const Matrix& left, const Matrix& right) {
     Matrix out{};
     for (size_t column = 0; column < 4; ++column) {
         for (size_t row = 0; row < 4; ++row) {
-            for (size_t k = 0; k < 4; ++k) out[column * 4 + row] += left[k * 4 + row] * right[column * 4 + k];
+            for (size_t k = 0; k < 4; ++k) { out[column * 4 + row] += left[k * 4 + row] * right[column * 4 + k]; }
         }
     }
     return out;
@@ -121,7 +118,7 @@ void multiply(const Matrix& factor) { current_stack().back() = product(current_s
 
 Matrix matrix_of(const float* values) {
     Matrix out;
-    for (size_t i = 0; i < 16; ++i) out[i] = static_cast<double>(values[i]);
+    for (size_t i = 0; i < 16; ++i) { out[i] = static_cast<double>(values[i]); }
     return out;
 }
 
@@ -132,15 +129,27 @@ Matrix rotation(double degrees, double x, double y, double z) {
     z /= length;
     const double radians = degrees * std::numbers::pi / 180.0;
     const double c = std::cos(radians), s = std::sin(radians), d = 1.0 - c;
-    return {x * x * d + c,     y * x * d + z * s, z * x * d - y * s, 0,
-            x * y * d - z * s, y * y * d + c,     z * y * d + x * s, 0,
-            x * z * d + y * s, y * z * d - x * s, z * z * d + c,     0,
-            0,                 0,                 0,                 1};
+    return {x * x * d + c,
+            y * x * d + z * s,
+            z * x * d - y * s,
+            0,
+            x * y * d - z * s,
+            y * y * d + c,
+            z * y * d + x * s,
+            0,
+            x * z * d + y * s,
+            y * z * d - x * s,
+            z * z * d + c,
+            0,
+            0,
+            0,
+            0,
+            1};
 }
 
 std::array<float, 16> floats_of(const Matrix& matrix) {
     std::array<float, 16> out;
-    for (size_t i = 0; i < 16; ++i) out[i] = static_cast<float>(matrix[i]);
+    for (size_t i = 0; i < 16; ++i) { out[i] = static_cast<float>(matrix[i]); }
     return out;
 }
 
@@ -152,7 +161,7 @@ struct Answer {
     Answer(double value) { values[0] = value; }
     template <typename Value, size_t Size>
     Answer(const std::array<Value, Size>& source) : count(Size) {
-        for (size_t i = 0; i < Size; ++i) values[i] = static_cast<double>(source[i]);
+        for (size_t i = 0; i < Size; ++i) { values[i] = static_cast<double>(source[i]); }
     }
 };
 
@@ -187,7 +196,7 @@ void answer(Function function, GLenum name, Value* values) {
         outside(function);
     }
     const Answer found = query(name);
-    for (size_t i = 0; i < found.count; ++i) values[i] = static_cast<Value>(found.values[i]);
+    for (size_t i = 0; i < found.count; ++i) { values[i] = static_cast<Value>(found.values[i]); }
 }
 
 std::string bitmap_hex(const unsigned char* bitmap, int width, int height) {
@@ -213,7 +222,7 @@ void reset() {
 
 void set_mode(Mode mode) {
     current_mode = mode;
-    if (mode == Mode::pack) packed_words.clear();
+    if (mode == Mode::pack) { packed_words.clear(); }
 }
 
 const std::vector<Call>& calls() { return recorded; }
@@ -222,25 +231,25 @@ void clear() { recorded.clear(); }
 
 std::vector<std::string> lines(size_t from) {
     std::vector<std::string> out;
-    for (size_t i = from; i < recorded.size(); ++i) out.push_back(call_text(recorded[i]));
+    for (size_t i = from; i < recorded.size(); ++i) { out.push_back(call_text(recorded[i])); }
     return out;
 }
 
 std::string joined(const std::vector<std::string>& texts) {
     std::string out;
-    for (const std::string& text : texts) out += text + '\n';
+    for (const std::string& text : texts) { out += text + '\n'; }
     return out;
 }
 
 int count_calls(const std::string& name, size_t from) {
     int count = 0;
-    for (size_t i = from; i < recorded.size(); ++i) count += name == function_name(recorded[i].function) ? 1 : 0;
+    for (size_t i = from; i < recorded.size(); ++i) { count += name == function_name(recorded[i].function) ? 1 : 0; }
     return count;
 }
 
 int count_lines(const std::string& text, size_t from) {
     int count = 0;
-    for (size_t i = from; i < recorded.size(); ++i) count += call_text(recorded[i]) == text ? 1 : 0;
+    for (size_t i = from; i < recorded.size(); ++i) { count += call_text(recorded[i]) == text ? 1 : 0; }
     return count;
 }
 
@@ -275,7 +284,7 @@ extern "C" {
 void glBegin(GLenum mode) {
     RETURN_IF_SILENT();
     note_values(BEGIN, mode);
-    if (outside(BEGIN)) state.in_primitive = true;
+    if (outside(BEGIN)) { state.in_primitive = true; }
 }
 
 void glEnd() {
@@ -329,33 +338,33 @@ void glEdgeFlag(GLboolean flag) {
 void glMatrixMode(GLenum mode) {
     RETURN_IF_SILENT();
     note_values(MATRIX_MODE, mode);
-    if (outside(MATRIX_MODE)) state.matrix_mode = mode;
+    if (outside(MATRIX_MODE)) { state.matrix_mode = mode; }
 }
 
 void glLoadIdentity() {
     RETURN_IF_SILENT();
     note_bare(LOAD_IDENTITY);
-    if (outside(LOAD_IDENTITY)) current_stack().back() = IDENTITY;
+    if (outside(LOAD_IDENTITY)) { current_stack().back() = IDENTITY; }
 }
 
 void glLoadMatrixf(const GLfloat* matrix) {
     RETURN_IF_SILENT();
     std::vector<Argument> arguments(matrix, matrix + 16);
     note(LOAD_MATRIXF, arguments.data(), 16);
-    if (outside(LOAD_MATRIXF)) current_stack().back() = matrix_of(matrix);
+    if (outside(LOAD_MATRIXF)) { current_stack().back() = matrix_of(matrix); }
 }
 
 void glMultMatrixf(const GLfloat* matrix) {
     RETURN_IF_SILENT();
     std::vector<Argument> arguments(matrix, matrix + 16);
     note(MULT_MATRIXF, arguments.data(), 16);
-    if (outside(MULT_MATRIXF)) multiply(matrix_of(matrix));
+    if (outside(MULT_MATRIXF)) { multiply(matrix_of(matrix)); }
 }
 
 void glPushMatrix() {
     RETURN_IF_SILENT();
     note_bare(PUSH_MATRIX);
-    if (!outside(PUSH_MATRIX)) return;
+    if (!outside(PUSH_MATRIX)) { return; }
     std::vector<Matrix>& stack = current_stack();
     const int limit = &stack == &state.projection ? PROJECTION_STACK_LIMIT : MODELVIEW_STACK_LIMIT;
     if (static_cast<int>(stack.size()) >= limit) {
@@ -369,7 +378,7 @@ void glPushMatrix() {
 void glPopMatrix() {
     RETURN_IF_SILENT();
     note_bare(POP_MATRIX);
-    if (!outside(POP_MATRIX)) return;
+    if (!outside(POP_MATRIX)) { return; }
     if (current_stack().size() == 1) {
         error(POP_MATRIX, "stack underflow");
         return;
@@ -380,27 +389,30 @@ void glPopMatrix() {
 void glTranslatef(GLfloat x, GLfloat y, GLfloat z) {
     RETURN_IF_SILENT();
     note_values(TRANSLATEF, x, y, z);
-    if (outside(TRANSLATEF)) multiply({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, z, 1});
+    if (outside(TRANSLATEF)) { multiply({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, y, z, 1}); }
 }
 
 void glRotatef(GLfloat degrees, GLfloat x, GLfloat y, GLfloat z) {
     RETURN_IF_SILENT();
     note_values(ROTATEF, degrees, x, y, z);
-    if (outside(ROTATEF)) multiply(rotation(degrees, x, y, z));
+    if (outside(ROTATEF)) { multiply(rotation(degrees, x, y, z)); }
 }
 
 void glScalef(GLfloat x, GLfloat y, GLfloat z) {
     RETURN_IF_SILENT();
     note_values(SCALEF, x, y, z);
-    if (outside(SCALEF)) multiply({x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1});
+    if (outside(SCALEF)) { multiply({x, 0, 0, 0, 0, y, 0, 0, 0, 0, z, 0, 0, 0, 0, 1}); }
 }
 
 void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
     RETURN_IF_SILENT();
     note_values(VIEWPORT, x, y, width, height);
-    if (!outside(VIEWPORT)) return;
-    if (width < 0 || height < 0) error(VIEWPORT, "negative size");
-    else state.viewport = {x, y, width, height};
+    if (!outside(VIEWPORT)) { return; }
+    if (width < 0 || height < 0) {
+        error(VIEWPORT, "negative size");
+    } else {
+        state.viewport = {x, y, width, height};
+    }
 }
 
 // Buffers and state.
@@ -414,7 +426,7 @@ void glClear(GLbitfield mask) {
 void glClearColor(GLclampf red, GLclampf green, GLclampf blue, GLclampf alpha) {
     RETURN_IF_SILENT();
     note_values(CLEAR_COLOR, red, green, blue, alpha);
-    if (outside(CLEAR_COLOR)) state.clear_colour = {red, green, blue, alpha};
+    if (outside(CLEAR_COLOR)) { state.clear_colour = {red, green, blue, alpha}; }
 }
 
 void glFlush() {
@@ -426,13 +438,13 @@ void glFlush() {
 void glEnable(GLenum capability) {
     RETURN_IF_SILENT();
     note_values(ENABLE, capability);
-    if (outside(ENABLE)) state.enabled[capability] = true;
+    if (outside(ENABLE)) { state.enabled[capability] = true; }
 }
 
 void glDisable(GLenum capability) {
     RETURN_IF_SILENT();
     note_values(DISABLE, capability);
-    if (outside(DISABLE)) state.enabled[capability] = false;
+    if (outside(DISABLE)) { state.enabled[capability] = false; }
 }
 
 void glShadeModel(GLenum mode) {
@@ -450,21 +462,21 @@ void glDepthFunc(GLenum function) {
 void glDepthMask(GLboolean flag) {
     RETURN_IF_SILENT();
     note_values(DEPTH_MASK, flag);
-    if (outside(DEPTH_MASK)) state.depth_mask = flag != 0;
+    if (outside(DEPTH_MASK)) { state.depth_mask = flag != 0; }
 }
 
 void glBlendFunc(GLenum source, GLenum destination) {
     RETURN_IF_SILENT();
     note_values(BLEND_FUNC, source, destination);
-    if (outside(BLEND_FUNC)) state.blend_factors = {source, destination};
+    if (outside(BLEND_FUNC)) { state.blend_factors = {source, destination}; }
 }
 
 void glPolygonMode(GLenum face, GLenum mode) {
     RETURN_IF_SILENT();
     note_values(POLYGON_MODE, face, mode);
-    if (!outside(POLYGON_MODE)) return;
-    if (face != GL_BACK) state.polygon_modes[0] = mode;
-    if (face != GL_FRONT) state.polygon_modes[1] = mode;
+    if (!outside(POLYGON_MODE)) { return; }
+    if (face != GL_BACK) { state.polygon_modes[0] = mode; }
+    if (face != GL_FRONT) { state.polygon_modes[1] = mode; }
 }
 
 void glMaterialfv(GLenum face, GLenum name, const GLfloat* values) {
@@ -517,7 +529,7 @@ void glTexImage2D(GLenum target, GLint level, GLint internal_format, GLsizei wid
 void glPixelStorei(GLenum name, GLint value) {
     RETURN_IF_SILENT();
     note_values(PIXEL_STOREI, name, value);
-    if (outside(PIXEL_STOREI)) state.pixel_store[name] = value;
+    if (outside(PIXEL_STOREI)) { state.pixel_store[name] = value; }
 }
 
 void glRasterPos3f(GLfloat x, GLfloat y, GLfloat z) {
@@ -537,14 +549,14 @@ void glBitmap(GLsizei width, GLsizei height, GLfloat x_origin, GLfloat y_origin,
 void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, GLenum type, GLvoid* pixels) {
     RETURN_IF_SILENT();
     note_values(READ_PIXELS, x, y, width, height, format, type);
-    if (!outside(READ_PIXELS)) return;
+    if (!outside(READ_PIXELS)) { return; }
     const auto alignment = static_cast<size_t>(state.pixel_store[GL_PACK_ALIGNMENT]);
     const size_t row_bytes = (static_cast<size_t>(width) * 3 + alignment - 1) / alignment * alignment;
     for (int row = 0; row < height; ++row) {
         unsigned char* out = static_cast<unsigned char*>(pixels) + static_cast<size_t>(row) * row_bytes;
         for (int column = 0; column < width; ++column, out += 3) {
             std::array<unsigned char, 3> colour{};
-            if (state.pattern) colour = state.pattern(x + column, y + row);
+            if (state.pattern) { colour = state.pattern(x + column, y + row); }
             std::memcpy(out, colour.data(), 3);
         }
     }

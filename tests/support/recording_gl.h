@@ -75,9 +75,9 @@ void replay(const Packed& words);
 
 // State, without a call being recorded.
 bool enabled(GLenum capability);
-std::array<float, 16> modelview();   // column-major, as OpenGL keeps it
+std::array<float, 16> modelview();  // column-major, as OpenGL keeps it
 std::array<float, 16> projection();
-int modelview_depth();   // entries on the stack, 1 in a fresh context
+int modelview_depth();    // entries on the stack, 1 in a fresh context
 int deepest_modelview();  // greatest depth since reset
 GLenum matrix_mode();
 std::array<float, 4> current_colour();

@@ -42,8 +42,14 @@ size_t replay_matrix(uint32_t function, const uint32_t* w) {
     switch (function) {
         case MATRIX_MODE: glMatrixMode(w[0]); return 1;
         case LOAD_IDENTITY: glLoadIdentity(); return 0;
-        case LOAD_MATRIXF: std::memcpy(values, w, sizeof values); glLoadMatrixf(values); return 16;
-        case MULT_MATRIXF: std::memcpy(values, w, sizeof values); glMultMatrixf(values); return 16;
+        case LOAD_MATRIXF:
+            std::memcpy(values, w, sizeof values);
+            glLoadMatrixf(values);
+            return 16;
+        case MULT_MATRIXF:
+            std::memcpy(values, w, sizeof values);
+            glMultMatrixf(values);
+            return 16;
         case PUSH_MATRIX: glPushMatrix(); return 0;
         case POP_MATRIX: glPopMatrix(); return 0;
         case TRANSLATEF: glTranslatef(word_float(w[0]), word_float(w[1]), word_float(w[2])); return 3;
@@ -69,8 +75,14 @@ size_t replay_state(uint32_t function, const uint32_t* w) {
         case DEPTH_MASK: glDepthMask(static_cast<GLboolean>(w[0])); return 1;
         case BLEND_FUNC: glBlendFunc(w[0], w[1]); return 2;
         case POLYGON_MODE: glPolygonMode(w[0], w[1]); return 2;
-        case MATERIALFV: std::memcpy(values, w + 2, sizeof values); glMaterialfv(w[0], w[1], values); return 6;
-        case LIGHTFV: std::memcpy(values, w + 2, sizeof values); glLightfv(w[0], w[1], values); return 6;
+        case MATERIALFV:
+            std::memcpy(values, w + 2, sizeof values);
+            glMaterialfv(w[0], w[1], values);
+            return 6;
+        case LIGHTFV:
+            std::memcpy(values, w + 2, sizeof values);
+            glLightfv(w[0], w[1], values);
+            return 6;
         case LIGHT_MODELF: glLightModelf(w[0], word_float(w[1])); return 2;
         case COLOR_MATERIAL: glColorMaterial(w[0], w[1]); return 2;
         case TEX_ENVF: glTexEnvf(w[0], w[1], word_float(w[2])); return 3;
@@ -110,10 +122,10 @@ void replay(const Packed& words) {
     while (w < end) {
         const uint32_t function = *w++;
         size_t used = replay_vertex(function, w);
-        if (used == SIZE_MAX) used = replay_matrix(function, w);
-        if (used == SIZE_MAX) used = replay_state(function, w);
-        if (used == SIZE_MAX) used = replay_picture(function, w);
-        if (used == SIZE_MAX) std::abort();
+        if (used == SIZE_MAX) { used = replay_matrix(function, w); }
+        if (used == SIZE_MAX) { used = replay_state(function, w); }
+        if (used == SIZE_MAX) { used = replay_picture(function, w); }
+        if (used == SIZE_MAX) { std::abort(); }
         w += used;
     }
 }

@@ -18,41 +18,92 @@ struct FunctionInfo {
 };
 
 constexpr FunctionInfo FUNCTIONS[FUNCTION_COUNT] = {
-    {"glBegin", "p"}, {"glEnd", ""}, {"glVertex2f", ""}, {"glVertex3f", ""}, {"glNormal3f", ""},
-    {"glTexCoord2f", ""}, {"glColor3f", ""}, {"glColor4f", ""}, {"glEdgeFlag", "b"}, {"glMatrixMode", "e"},
-    {"glLoadIdentity", ""}, {"glLoadMatrixf", ""}, {"glMultMatrixf", ""}, {"glPushMatrix", ""}, {"glPopMatrix", ""},
-    {"glTranslatef", ""}, {"glRotatef", ""}, {"glScalef", ""}, {"glViewport", ""}, {"glClear", "c"},
-    {"glClearColor", ""}, {"glFlush", ""}, {"glEnable", "e"}, {"glDisable", "e"}, {"glShadeModel", "e"},
-    {"glDepthFunc", "e"}, {"glDepthMask", "b"}, {"glBlendFunc", "ff"}, {"glPolygonMode", "ee"},
-    {"glMaterialfv", "ee"}, {"glLightfv", "ee"}, {"glLightModelf", "en"}, {"glColorMaterial", "ee"},
-    {"glTexEnvf", "eee"}, {"glTexParameterf", "eee"}, {"glTexImage2D", "ennnnnee"}, {"glPixelStorei", "en"},
-    {"glRasterPos3f", ""}, {"glBitmap", ""}, {"glReadPixels", "nnnnee"}, {"glGetFloatv", "e"},
-    {"glGetIntegerv", "e"}, {"glGetBooleanv", "e"}};
+    {"glBegin", "p"},          {"glEnd", ""},          {"glVertex2f", ""},         {"glVertex3f", ""},
+    {"glNormal3f", ""},        {"glTexCoord2f", ""},   {"glColor3f", ""},          {"glColor4f", ""},
+    {"glEdgeFlag", "b"},       {"glMatrixMode", "e"},  {"glLoadIdentity", ""},     {"glLoadMatrixf", ""},
+    {"glMultMatrixf", ""},     {"glPushMatrix", ""},   {"glPopMatrix", ""},        {"glTranslatef", ""},
+    {"glRotatef", ""},         {"glScalef", ""},       {"glViewport", ""},         {"glClear", "c"},
+    {"glClearColor", ""},      {"glFlush", ""},        {"glEnable", "e"},          {"glDisable", "e"},
+    {"glShadeModel", "e"},     {"glDepthFunc", "e"},   {"glDepthMask", "b"},       {"glBlendFunc", "ff"},
+    {"glPolygonMode", "ee"},   {"glMaterialfv", "ee"}, {"glLightfv", "ee"},        {"glLightModelf", "en"},
+    {"glColorMaterial", "ee"}, {"glTexEnvf", "eee"},   {"glTexParameterf", "eee"}, {"glTexImage2D", "ennnnnee"},
+    {"glPixelStorei", "en"},   {"glRasterPos3f", ""},  {"glBitmap", ""},           {"glReadPixels", "nnnnee"},
+    {"glGetFloatv", "e"},      {"glGetIntegerv", "e"}, {"glGetBooleanv", "e"}};
 
 struct ConstantName {
     GLenum value;
     const char* name;
 };
 
-#define NAMED(constant) {constant, #constant}
-constexpr ConstantName CONSTANTS[] = {
-    NAMED(GL_NEVER), NAMED(GL_LESS), NAMED(GL_EQUAL), NAMED(GL_LEQUAL), NAMED(GL_ALWAYS), NAMED(GL_FRONT),
-    NAMED(GL_BACK), NAMED(GL_FRONT_AND_BACK), NAMED(GL_CURRENT_COLOR), NAMED(GL_POLYGON_MODE), NAMED(GL_CULL_FACE),
-    NAMED(GL_LIGHTING), NAMED(GL_COLOR_MATERIAL), NAMED(GL_DEPTH_TEST), NAMED(GL_DEPTH_WRITEMASK),
-    NAMED(GL_MATRIX_MODE), NAMED(GL_NORMALIZE), NAMED(GL_VIEWPORT), NAMED(GL_MODELVIEW_STACK_DEPTH),
-    NAMED(GL_PROJECTION_STACK_DEPTH), NAMED(GL_MODELVIEW_MATRIX), NAMED(GL_PROJECTION_MATRIX), NAMED(GL_BLEND_DST),
-    NAMED(GL_BLEND_SRC), NAMED(GL_BLEND), NAMED(GL_COLOR_CLEAR_VALUE), NAMED(GL_MAX_MODELVIEW_STACK_DEPTH),
-    NAMED(GL_UNPACK_ALIGNMENT), NAMED(GL_PACK_ALIGNMENT), NAMED(GL_TEXTURE_2D), NAMED(GL_AMBIENT), NAMED(GL_DIFFUSE),
-    NAMED(GL_SPECULAR), NAMED(GL_POSITION), NAMED(GL_SHININESS), NAMED(GL_EMISSION), NAMED(GL_AMBIENT_AND_DIFFUSE),
-    NAMED(GL_MODELVIEW), NAMED(GL_PROJECTION), NAMED(GL_TEXTURE), NAMED(GL_RGB), NAMED(GL_RGBA),
-    NAMED(GL_UNSIGNED_BYTE), NAMED(GL_POINT), NAMED(GL_LINE), NAMED(GL_FILL), NAMED(GL_FLAT), NAMED(GL_SMOOTH),
-    NAMED(GL_MODULATE), NAMED(GL_DECAL), NAMED(GL_REPLACE), NAMED(GL_TEXTURE_ENV_MODE), NAMED(GL_TEXTURE_ENV),
-    NAMED(GL_NEAREST), NAMED(GL_LINEAR), NAMED(GL_TEXTURE_MAG_FILTER), NAMED(GL_TEXTURE_MIN_FILTER),
-    NAMED(GL_TEXTURE_WRAP_S), NAMED(GL_TEXTURE_WRAP_T), NAMED(GL_LIGHT0), NAMED(GL_LIGHT1), NAMED(GL_LIGHT2),
-    NAMED(GL_LIGHT_MODEL_LOCAL_VIEWER), NAMED(GL_LIGHT_MODEL_TWO_SIDE)};
+#define NAMED(constant) \
+    { constant, #constant }
+constexpr ConstantName CONSTANTS[] = {NAMED(GL_NEVER),
+                                      NAMED(GL_LESS),
+                                      NAMED(GL_EQUAL),
+                                      NAMED(GL_LEQUAL),
+                                      NAMED(GL_ALWAYS),
+                                      NAMED(GL_FRONT),
+                                      NAMED(GL_BACK),
+                                      NAMED(GL_FRONT_AND_BACK),
+                                      NAMED(GL_CURRENT_COLOR),
+                                      NAMED(GL_POLYGON_MODE),
+                                      NAMED(GL_CULL_FACE),
+                                      NAMED(GL_LIGHTING),
+                                      NAMED(GL_COLOR_MATERIAL),
+                                      NAMED(GL_DEPTH_TEST),
+                                      NAMED(GL_DEPTH_WRITEMASK),
+                                      NAMED(GL_MATRIX_MODE),
+                                      NAMED(GL_NORMALIZE),
+                                      NAMED(GL_VIEWPORT),
+                                      NAMED(GL_MODELVIEW_STACK_DEPTH),
+                                      NAMED(GL_PROJECTION_STACK_DEPTH),
+                                      NAMED(GL_MODELVIEW_MATRIX),
+                                      NAMED(GL_PROJECTION_MATRIX),
+                                      NAMED(GL_BLEND_DST),
+                                      NAMED(GL_BLEND_SRC),
+                                      NAMED(GL_BLEND),
+                                      NAMED(GL_COLOR_CLEAR_VALUE),
+                                      NAMED(GL_MAX_MODELVIEW_STACK_DEPTH),
+                                      NAMED(GL_UNPACK_ALIGNMENT),
+                                      NAMED(GL_PACK_ALIGNMENT),
+                                      NAMED(GL_TEXTURE_2D),
+                                      NAMED(GL_AMBIENT),
+                                      NAMED(GL_DIFFUSE),
+                                      NAMED(GL_SPECULAR),
+                                      NAMED(GL_POSITION),
+                                      NAMED(GL_SHININESS),
+                                      NAMED(GL_EMISSION),
+                                      NAMED(GL_AMBIENT_AND_DIFFUSE),
+                                      NAMED(GL_MODELVIEW),
+                                      NAMED(GL_PROJECTION),
+                                      NAMED(GL_TEXTURE),
+                                      NAMED(GL_RGB),
+                                      NAMED(GL_RGBA),
+                                      NAMED(GL_UNSIGNED_BYTE),
+                                      NAMED(GL_POINT),
+                                      NAMED(GL_LINE),
+                                      NAMED(GL_FILL),
+                                      NAMED(GL_FLAT),
+                                      NAMED(GL_SMOOTH),
+                                      NAMED(GL_MODULATE),
+                                      NAMED(GL_DECAL),
+                                      NAMED(GL_REPLACE),
+                                      NAMED(GL_TEXTURE_ENV_MODE),
+                                      NAMED(GL_TEXTURE_ENV),
+                                      NAMED(GL_NEAREST),
+                                      NAMED(GL_LINEAR),
+                                      NAMED(GL_TEXTURE_MAG_FILTER),
+                                      NAMED(GL_TEXTURE_MIN_FILTER),
+                                      NAMED(GL_TEXTURE_WRAP_S),
+                                      NAMED(GL_TEXTURE_WRAP_T),
+                                      NAMED(GL_LIGHT0),
+                                      NAMED(GL_LIGHT1),
+                                      NAMED(GL_LIGHT2),
+                                      NAMED(GL_LIGHT_MODEL_LOCAL_VIEWER),
+                                      NAMED(GL_LIGHT_MODEL_TWO_SIDE)};
 constexpr ConstantName PRIMITIVES[] = {
-    NAMED(GL_POINTS), NAMED(GL_LINES), NAMED(GL_LINE_LOOP), NAMED(GL_LINE_STRIP), NAMED(GL_TRIANGLES),
-    NAMED(GL_TRIANGLE_STRIP), NAMED(GL_TRIANGLE_FAN), NAMED(GL_QUADS), NAMED(GL_QUAD_STRIP), NAMED(GL_POLYGON)};
+    NAMED(GL_POINTS),         NAMED(GL_LINES),        NAMED(GL_LINE_LOOP), NAMED(GL_LINE_STRIP), NAMED(GL_TRIANGLES),
+    NAMED(GL_TRIANGLE_STRIP), NAMED(GL_TRIANGLE_FAN), NAMED(GL_QUADS),     NAMED(GL_QUAD_STRIP), NAMED(GL_POLYGON)};
 constexpr ConstantName BLEND_FACTORS[] = {NAMED(GL_ZERO), NAMED(GL_ONE), NAMED(GL_SRC_ALPHA),
                                           NAMED(GL_ONE_MINUS_SRC_ALPHA)};
 #undef NAMED
@@ -71,8 +122,8 @@ bool find_name(const ConstantName (&table)[Size], double value, std::string* out
 }
 
 std::string number_text(double value) {
-    if (std::isnan(value)) return "nan";
-    if (value == 0.0) return "0";
+    if (std::isnan(value)) { return "nan"; }
+    if (value == 0.0) { return "0"; }
     char buffer[64];
     std::to_chars_result end{};
     if (value == std::floor(value) && std::fabs(value) < 1e15) {
@@ -86,8 +137,8 @@ std::string number_text(double value) {
 std::string buffers_text(double value) {
     const auto mask = static_cast<GLbitfield>(value);
     std::string out;
-    if ((mask & GL_COLOR_BUFFER_BIT) != 0) out = "GL_COLOR_BUFFER_BIT";
-    if ((mask & GL_DEPTH_BUFFER_BIT) != 0) out += out.empty() ? "GL_DEPTH_BUFFER_BIT" : "|GL_DEPTH_BUFFER_BIT";
+    if ((mask & GL_COLOR_BUFFER_BIT) != 0) { out = "GL_COLOR_BUFFER_BIT"; }
+    if ((mask & GL_DEPTH_BUFFER_BIT) != 0) { out += out.empty() ? "GL_DEPTH_BUFFER_BIT" : "|GL_DEPTH_BUFFER_BIT"; }
     return out.empty() ? "0" : out;
 }
 
@@ -104,7 +155,7 @@ std::string argument_text(char form, double value) {
 }
 
 std::string data_text(const void* data) {
-    if (data == nullptr) return "null";
+    if (data == nullptr) { return "null"; }
     const auto found = data_names.find(data);
     return found == data_names.end() ? "data" : found->second;
 }
@@ -122,8 +173,8 @@ std::string call_text(const Call& call) {
     for (int i = 0; i < call.count; ++i) {
         out += ' ' + argument_text(i < formed ? info.form[i] : 'n', call.arguments[static_cast<size_t>(i)]);
     }
-    if (call.function == TEX_IMAGE2D) out += ' ' + data_text(call.data);
-    if (call.function == BITMAP) out += ' ' + call.bytes;
+    if (call.function == TEX_IMAGE2D) { out += ' ' + data_text(call.data); }
+    if (call.function == BITMAP) { out += ' ' + call.bytes; }
     return out;
 }
 

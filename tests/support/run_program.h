@@ -7,8 +7,8 @@
 namespace pelt::test {
 
 struct RunOptions {
-    std::string directory = {};   // where it runs; empty for here
-    long file_size_limit = -1;    // bytes that a file may grow to
+    std::string directory = {};  // where it runs; empty for here
+    long file_size_limit = -1;   // bytes that a file may grow to
     bool errors_to_terminal = false;
 };
 

@@ -13,9 +13,7 @@ namespace pelt::test {
 namespace {
 
 void become(const std::vector<std::string>& words, const RunOptions& options, int out, int err) {
-    if (!options.directory.empty() && chdir(options.directory.c_str()) != 0) {
-        _exit(127);
-    }
+    if (!options.directory.empty() && chdir(options.directory.c_str()) != 0) { _exit(127); }
     if (options.file_size_limit >= 0) {
         const auto bytes = static_cast<rlim_t>(options.file_size_limit);
         const rlimit limit{bytes, bytes};
@@ -25,9 +23,7 @@ void become(const std::vector<std::string>& words, const RunOptions& options, in
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
     std::vector<char*> arguments;
-    for (const std::string& word : words) {
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    }
+    for (const std::string& word : words) { arguments.push_back(const_cast<char*>(word.c_str())); }
     arguments.push_back(nullptr);
     execvp(arguments[0], arguments.data());
     _exit(127);
@@ -41,9 +37,7 @@ void collect(int out, int err, RunResult& result) {
         poll(ends, 2, -1);
         for (int end = 0; end < 2; ++end) {
             char buffer[65536];
-            if (ends[end].fd < 0 || ends[end].revents == 0) {
-                continue;
-            }
+            if (ends[end].fd < 0 || ends[end].revents == 0) { continue; }
             const ssize_t size = read(ends[end].fd, buffer, sizeof buffer);
             if (size <= 0) {
                 ends[end].fd = -1;
@@ -66,9 +60,7 @@ RunResult run_program(const std::vector<std::string>& words, const RunOptions& o
     const auto open_errors = [&] {
         return options.errors_to_terminal ? openpty(&err[0], &err[1], nullptr, nullptr, nullptr) : pipe(err);
     };
-    if (pipe(out) != 0 || open_errors() != 0) {
-        return result;
-    }
+    if (pipe(out) != 0 || open_errors() != 0) { return result; }
     const pid_t child = fork();
     if (child == 0) {
         close(out[0]);

@@ -25,7 +25,7 @@ std::string content(const std::string& path) {
     std::string text;
     if (std::FILE* file = std::fopen(path.c_str(), "rb")) {
         char buffer[65536];
-        for (size_t size; (size = std::fread(buffer, 1, sizeof buffer, file)) > 0;) text.append(buffer, size);
+        for (size_t size; (size = std::fread(buffer, 1, sizeof buffer, file)) > 0;) { text.append(buffer, size); }
         std::fclose(file);
     }
     return text;
@@ -38,7 +38,7 @@ bool run_options_are_served() { return false; }
 RunResult run_program(const std::vector<std::string>& words, const RunOptions& options) {
     const TempDir work;
     std::string line;
-    for (const std::string& word : words) line += quoted_word(word) + ' ';
+    for (const std::string& word : words) { line += quoted_word(word) + ' '; }
     std::wstring wide_line = file_system_name(line.c_str());
     const std::wstring directory = file_system_name(options.directory.c_str());
     STARTUPINFOW start{};

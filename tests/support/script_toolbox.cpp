@@ -34,7 +34,7 @@ int count_words(void*, Tcl_Interp* interp, int objc, Tcl_Obj* const[]) {
 // Hands over an event record of the words from the code on, or none.
 void input(int count, const char* const words[]) {
     int32_t fields[6] = {};
-    for (int i = 0; i < count && i < 6; ++i) fields[i] = text_to_int(words[i]);
+    for (int i = 0; i < count && i < 6; ++i) { fields[i] = text_to_int(words[i]); }
     const MouseEvent event{fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]};
     view_input(0, 0, argument(words[0]) != nullptr ? &event : nullptr);
 }
@@ -93,6 +93,6 @@ int toolbox(void*, Tcl_Interp* interp, int argc, const char* argv[]) {
 }  // namespace pelt
 
 extern "C" __attribute__((visibility("default"))) int Toolbox_Init(Tcl_Interp* interp) {
-    if (pelt::tcl_glue_init(interp) != 0) return TCL_ERROR;
+    if (pelt::tcl_glue_init(interp) != 0) { return TCL_ERROR; }
     return pelt::tcl_add_command("toolbox", pelt::toolbox, nullptr) ? TCL_OK : TCL_ERROR;
 }

@@ -33,8 +33,8 @@ public:
         std::random_device entropy;
         for (int attempt = 0; attempt < 100; ++attempt) {
             const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
-            const std::string name = "pelt_test_" + std::to_string(entropy()) + "_" + std::to_string(ticks) + "_" +
-                                     std::to_string(++serial);
+            const std::string name =
+                "pelt_test_" + std::to_string(entropy()) + "_" + std::to_string(ticks) + "_" + std::to_string(++serial);
             const std::filesystem::path candidate = as_models_keep_it(std::filesystem::temp_directory_path()) / name;
             if (std::filesystem::create_directory(candidate)) {
                 root_ = candidate;
@@ -69,9 +69,7 @@ public:
         std::ofstream stream(target, std::ios::binary | std::ios::trunc);
         stream.write(content.data(), static_cast<std::streamsize>(content.size()));
         stream.close();
-        if (!stream) {
-            throw std::runtime_error("cannot write " + name_of(target));
-        }
+        if (!stream) { throw std::runtime_error("cannot write " + name_of(target)); }
         return file(name);
     }
 
@@ -86,10 +84,10 @@ public:
 private:
     // Where a backslash separates, models keep their directories in lower case; the tests compare with what they keep.
     static std::filesystem::path as_models_keep_it(std::filesystem::path folder) {
-        if (std::filesystem::path::preferred_separator == '/') return folder;
+        if (std::filesystem::path::preferred_separator == '/') { return folder; }
         std::string text = name_of(folder);
         for (char& c : text) {
-            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+            if (c >= 'A' && c <= 'Z') { c = static_cast<char>(c - 'A' + 'a'); }
         }
         return path_of(text);
     }

@@ -1,5 +1,4 @@
 // pelt-model check beside a load: both read a file in the same way, and walk the same tree.
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -27,9 +26,7 @@ constexpr const char* HEAD = "points\n1 0 0 0\n2 1 0 0\n3 0 1 0\n4 1 1 0\nlayer 
 Lines lines_of(const std::string& text) {
     Lines lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
+    for (std::string line; std::getline(stream, line);) { lines.push_back(line); }
     return lines;
 }
 
@@ -82,8 +79,9 @@ TEST_F(CheckAndLoad, AByteOrderMarkCountsAtTheStartOfTheFileAlone) {
 
 // Puts in what readers disagree on.
 std::string mutated(std::string text, std::mt19937& random) {
-    static const std::string PIECES[] = {"\r",  "\r\n", "\n",     "\xEF\xBB\xBF", "\"",  "\"\"", "\t", " ",  "#",   "-",
-                                         "1.5", "99",   "points", "none",         "\x80", ".",   "0",  "\n1", "\n#"};
+    static const std::string PIECES[] = {"\r",   "\r\n", "\n", "\xEF\xBB\xBF", "\"", "\"\"",   "\t",
+                                         " ",    "#",    "-",  "1.5",          "99", "points", "none",
+                                         "\x80", ".",    "0",  "\n1",          "\n#"};
     const auto below = [&](size_t limit) { return limit == 0 ? 0 : random() % limit; };
     for (size_t change = 1 + below(4); change > 0; --change) {
         const size_t place = below(text.size() + 1);
@@ -132,12 +130,11 @@ TEST_F(CheckAndLoad, BothNameTheSameFirstLineOfAnyFile) {
 
 TEST_F(CheckAndLoad, WhatEndsTheLoadComesFirst) {
     // The id, the normal and the missing child stand before the line that ends the load, and are no reason for it.
-    const std::string text = std::string("child gone 0 0 0 1 1 1 0 0 0\nnormals\n1 0 0 0\npoints\n40000 0 0 0\n") +
-                             "points\n1 2\n";
+    const std::string text =
+        std::string("child gone 0 0 0 1 1 1 0 0 0\nnormals\n1 0 0 0\npoints\n40000 0 0 0\n") + "points\n1 2\n";
     EXPECT_EQ(check(text),
               (Lines{"m.mod:7: Bad point definition", "m.mod:1: Cannot find child model: gone.mod",
-                     "m.mod:3: bad normal: 1",
-                     "m.mod:5: a point id above 32767, which no primitive can name: 40000"}));
+                     "m.mod:3: bad normal: 1", "m.mod:5: a point id above 32767, which no primitive can name: 40000"}));
     EXPECT_EQ(pelt_model({"info", "m.mod"}, {dir.path()}).err, "m.mod:7: Bad point definition\n");
 }
 
@@ -192,23 +189,20 @@ TEST_F(CheckAndLoad, StrictTakesALineOf1023BytesAsWhole) {
 TEST_F(CheckAndLoad, StrictTakes256FieldsAsGood) {
     const auto fields = [](int count, const std::string& end) {
         std::string text = "points";
-        for (int i = 1; i < count; ++i) {
-            text += " x";
-        }
+        for (int i = 1; i < count; ++i) { text += " x"; }
         return text + end + "\n";
     };
     const Lines more{"m.mod:1: fields behind the 256th are ignored"};
-    for (const char* end : {"", " ", "\t ", " \"\"", " \""}) {
-        EXPECT_EQ(strict(fields(256, end)), Lines{}) << end;
-    }
+    for (const char* end : {"", " ", "\t ", " \"\"", " \""}) { EXPECT_EQ(strict(fields(256, end)), Lines{}) << end; }
     EXPECT_EQ(strict(fields(257, "")), more);
     EXPECT_EQ(strict(fields(256, "  \"a b\"")), more);
     EXPECT_EQ(strict(fields(300, "")), more);
 }
 
 TEST_F(CheckAndLoad, StrictReportsCoordinatesThatAreNoWholeNumbers) {
-    const std::string text = "joint a 0 1.5 0 world 0\npoints\n1 0 2.5 0\n2 1e3 0 x\n3 1 2 3 0.5\n"
-                             "layer a 1 red 3 singlesided\nchild wing 1.5 0 0 1 1 1 0 0 0\n";
+    const std::string text =
+        "joint a 0 1.5 0 world 0\npoints\n1 0 2.5 0\n2 1e3 0 x\n3 1 2 3 0.5\n"
+        "layer a 1 red 3 singlesided\nchild wing 1.5 0 0 1 1 1 0 0 0\n";
     dir.write("wing.mod", "");
     EXPECT_EQ(check(text), Lines{});
     EXPECT_EQ(strict(text), (Lines{"m.mod:1: a coordinate that is no whole number is read as 0: 1.5",
@@ -227,29 +221,31 @@ TEST_F(CheckAndLoad, StrictReportsPointsThatAreDefinedTwice) {
 TEST_F(CheckAndLoad, StrictReportsPointsThatOnlyANormalMade) {
     const std::string text = "normals\n7 0 0 1\n8 0 0 1\n9 1 0 0\npoints\n8 0 0 0\n";
     EXPECT_EQ(check(text), Lines{});
-    EXPECT_EQ(strict(text), (Lines{"m.mod:2: a point that only a normal made: 7",
-                                   "m.mod:4: a point that only a normal made: 9"}));
+    EXPECT_EQ(strict(text),
+              (Lines{"m.mod:2: a point that only a normal made: 7", "m.mod:4: a point that only a normal made: 9"}));
 }
 
 TEST_F(CheckAndLoad, StrictReportsPrimitivesThatNameAPointTwice) {
     // Normals and control points may be named as often as one likes, and a line may come back to where it began.
-    const std::string good = "triangles\n0 1 2 3 1 1 1\n3 1 2 3 3 1 1 1 1 1 1 1 1 1\n1 1 2 3 4\n2 1 2 3 4\n"
-                             "lines\n2 1 2 1\n";
+    const std::string good =
+        "triangles\n0 1 2 3 1 1 1\n3 1 2 3 3 1 1 1 1 1 1 1 1 1\n1 1 2 3 4\n2 1 2 3 4\n"
+        "lines\n2 1 2 1\n";
     EXPECT_EQ(strict(HEAD + good), Lines{});
     const std::string text = std::string(HEAD) + "triangles\n0 1 2 1\n1 1 2 3 3\n2 4 2 3 4\n3 2 2 1\n4 1 2 1 4\n";
     EXPECT_EQ(check(text), Lines{});
-    EXPECT_EQ(strict(text), (Lines{"m.mod:8: a primitive that names a point twice: 1",
-                                   "m.mod:9: a primitive that names a point twice: 3",
-                                   "m.mod:10: a primitive that names a point twice: 4",
-                                   "m.mod:11: a primitive that names a point twice: 2",
-                                   "m.mod:12: a primitive that names a point twice: 1"}));
+    EXPECT_EQ(
+        strict(text),
+        (Lines{"m.mod:8: a primitive that names a point twice: 1", "m.mod:9: a primitive that names a point twice: 3",
+               "m.mod:10: a primitive that names a point twice: 4", "m.mod:11: a primitive that names a point twice: 2",
+               "m.mod:12: a primitive that names a point twice: 1"}));
 }
 
 TEST_F(CheckAndLoad, StrictReportsWordsOfALayerLineThatMeanNothing) {
     EXPECT_EQ(strict("layer a 1 2 3 singlesided\nlayer b 1 2 3 doublesided mirror -z\n"), Lines{});
-    const std::string text = "layer a 1 2 3 onesided\nlayer b 1 2 3 singlesided mirrored x\n"
-                             "layer c 1 2 3 singlesided mirror\nlayer d 1 2 3 doublesided mirror x y\n"
-                             "layer e 1 2 3 both mirror y\n";
+    const std::string text =
+        "layer a 1 2 3 onesided\nlayer b 1 2 3 singlesided mirrored x\n"
+        "layer c 1 2 3 singlesided mirror\nlayer d 1 2 3 doublesided mirror x y\n"
+        "layer e 1 2 3 both mirror y\n";
     EXPECT_EQ(check(text), Lines{});
     EXPECT_EQ(strict(text),
               (Lines{"m.mod:1: ignored in a layer line: onesided", "m.mod:2: ignored in a layer line: mirrored x",

@@ -1,8 +1,8 @@
 // Every example that the program and its documents give is run, on the models that come along, to its end.
 //
 // The examples are found in the texts: lines that begin with "pelt-model", in the help alone or behind "Example:",
-// in the documents between lines of "```". "# status N" behind one says that it ends so, else it ends with 0; && joins two.
-
+// in the documents between lines of "```". "# status N" behind one says that it ends so, else it ends with 0; && joins
+// two.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -39,9 +39,7 @@ void take_example(const std::string& where, std::string line, Examples& examples
     constexpr const char* STATUS = "# status ";
     line = trimmed(line);
     line = line.rfind(LABEL, 0) == 0 ? trimmed(line.substr(std::string(LABEL).size())) : line;
-    if (line.rfind("pelt-model ", 0) != 0) {
-        return;
-    }
+    if (line.rfind("pelt-model ", 0) != 0) { return; }
     const size_t status = line.find(STATUS);
     const int expected = status == std::string::npos ? 0 : std::stoi(line.substr(status + std::string(STATUS).size()));
     examples.push_back({where, trimmed(line.substr(0, line.find(" #"))), expected});
@@ -50,9 +48,7 @@ void take_example(const std::string& where, std::string line, Examples& examples
 Examples examples_of_help(const Texts& words) {
     Examples examples;
     std::istringstream help(pelt_model(words).out);
-    for (std::string line; std::getline(help, line);) {
-        take_example(words.front(), line, examples);
-    }
+    for (std::string line; std::getline(help, line);) { take_example(words.front(), line, examples); }
     return examples;
 }
 
@@ -73,9 +69,7 @@ Examples examples_of_document(const fs::path& path) {
 Texts words_of(const std::string& text) {
     std::istringstream stream(text);
     Texts words;
-    for (std::string word; stream >> word;) {
-        words.push_back(word);
-    }
+    for (std::string word; stream >> word;) { words.push_back(word); }
     return words;
 }
 
@@ -88,16 +82,12 @@ protected:
     // As a shell does it: the names that end as the pattern does behind its star, in order.
     Texts expanded(const std::string& word) const {
         const size_t star = word.find('*');
-        if (star == std::string::npos) {
-            return {word};
-        }
+        if (star == std::string::npos) { return {word}; }
         Texts names;
         for (const auto& entry : fs::directory_iterator(test::path_of(dir.file(word.substr(0, star))))) {
             const std::string name = word.substr(0, star) + test::name_of(entry.path().filename());
             const std::string end = word.substr(star + 1);
-            if (name.size() >= word.size() && name.substr(name.size() - end.size()) == end) {
-                names.push_back(name);
-            }
+            if (name.size() >= word.size() && name.substr(name.size() - end.size()) == end) { names.push_back(name); }
         }
         std::sort(names.begin(), names.end());
         return names;
@@ -106,9 +96,7 @@ protected:
     RunResult run_one(const std::string& command) const {
         Texts words;
         for (const std::string& word : words_of(command)) {
-            for (const std::string& name : expanded(word)) {
-                words.push_back(test::native_path(name));
-            }
+            for (const std::string& name : expanded(word)) { words.push_back(test::native_path(name)); }
         }
         EXPECT_EQ(words.front(), "pelt-model");
         words.erase(words.begin());
@@ -119,9 +107,7 @@ protected:
     void expect_outputs_to_read_back(const std::string& command) const {
         const Texts words = words_of(command);
         const auto option = std::find(words.begin(), words.end(), "-o");
-        if (option == words.end()) {
-            return;
-        }
+        if (option == words.end()) { return; }
         const std::string& output = *(option + 1);
         EXPECT_TRUE(dir.exists(output)) << command;
         if (output.size() > 4 && output.substr(output.size() - 4) == ".mod") {
@@ -152,9 +138,7 @@ TEST_F(ExamplesOfTheTool, ThoseOfTheHelpRunToTheirEnd) {
     std::istringstream help(pelt_model({"--help"}).out);
     for (std::string line; std::getline(help, line);) {
         listed = trimmed(line) == "Subcommands:" || (listed && !trimmed(line).empty());
-        if (listed && line.rfind("  ", 0) == 0 && line[2] != ' ') {
-            commands.push_back(words_of(line).front());
-        }
+        if (listed && line.rfind("  ", 0) == 0 && line[2] != ' ') { commands.push_back(words_of(line).front()); }
     }
     ASSERT_EQ(commands.size(), 7u) << "the list of the commands has another form";
     Examples all = examples_of_help({"--help"});
@@ -164,18 +148,14 @@ TEST_F(ExamplesOfTheTool, ThoseOfTheHelpRunToTheirEnd) {
         EXPECT_FALSE(own.empty()) << command;
         all.insert(all.end(), own.begin(), own.end());
     }
-    for (const Example& example : all) {
-        expect_to_run(example);
-    }
+    for (const Example& example : all) { expect_to_run(example); }
 }
 
 TEST_F(ExamplesOfTheTool, ThoseOfTheDocumentsRunToTheirEnd) {
     const fs::path root(PELT_SOURCE_DIR);
     std::vector<fs::path> documents{root / "README.md", root / "CONTRIBUTING.md"};
     for (const auto& entry : fs::directory_iterator(root / "docs")) {
-        if (entry.path().extension() == ".md") {
-            documents.push_back(entry.path());
-        }
+        if (entry.path().extension() == ".md") { documents.push_back(entry.path()); }
     }
     size_t count = 0;
     for (const fs::path& document : documents) {

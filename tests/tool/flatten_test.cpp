@@ -1,5 +1,4 @@
 // pelt-model flatten run as a program: the pipeline, single steps, and its refusals.
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -41,9 +40,7 @@ Place place_of(const Model* model, int32_t id) {
 Faces faces_of(const Model* model, const std::string& layer_name) {
     Faces faces;
     const Layer* layer = model_find_layer(model, layer_name.c_str());
-    if (layer == nullptr) {
-        return faces;
-    }
+    if (layer == nullptr) { return faces; }
     EXPECT_EQ(list_count(&layer->polygons), 0);
     for (const Triangle& triangle : list_elements<Triangle>(layer->triangles)) {
         EXPECT_EQ(triangle.quad, 0);
@@ -56,9 +53,7 @@ Faces faces_of(const Model* model, const std::string& layer_name) {
 
 std::vector<std::string> layer_names(const Model* model) {
     std::vector<std::string> names;
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        names.emplace_back(layer.name);
-    }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { names.emplace_back(layer.name); }
     return names;
 }
 
@@ -100,16 +95,18 @@ TEST_F(Flatten, AQuadBecomesTwoTriangles) {
 }
 
 TEST_F(Flatten, APolygonBecomesTheTrianglesOfItsStrip) {
-    const OwnedModel model = flattened("points\n1 0 0 0\n2 0 10 0\n3 10 0 0\n4 10 10 0\n5 20 0 0\nnormals\n1 0 0 1\n"
-                                       "layer a 1 2 3 singlesided\ntriangles\n2 1 2 3 4 5\n");
+    const OwnedModel model = flattened(
+        "points\n1 0 0 0\n2 0 10 0\n3 10 0 0\n4 10 10 0\n5 20 0 0\nnormals\n1 0 0 1\n"
+        "layer a 1 2 3 singlesided\ntriangles\n2 1 2 3 4 5\n");
     EXPECT_EQ(faces_of(model.get(), "a"),
               (Faces{face({0, 0, 0}, {0, 10, 0}, {10, 0, 0}), face({10, 0, 0}, {0, 10, 0}, {10, 10, 0}),
                      face({10, 0, 0}, {10, 10, 0}, {20, 0, 0})}));
 }
 
 TEST_F(Flatten, ChildrenAreMergedInUnderNumberedNames) {
-    dir.write("wing.mod", "points\n1 0 0 0\n2 10 0 0\n3 0 10 0\nlayer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n"
-                          "child tip 0 0 5 1 1 1 0 0 0\n");
+    dir.write("wing.mod",
+              "points\n1 0 0 0\n2 10 0 0\n3 0 10 0\nlayer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n"
+              "child tip 0 0 5 1 1 1 0 0 0\n");
     dir.write("tip.mod", "points\n1 1 0 0\n2 2 0 0\n3 1 2 0\nlayer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n");
     const OwnedModel model = flattened(std::string(SQUARE) + "child wing 100 0 0 2 1 1 0 0 90\n");
     EXPECT_EQ(list_count(&model->children), 0);
@@ -136,8 +133,9 @@ const Faces QUARTERS{face({0, 0, 0}, {20, 0, 0}, {0, 20, 0}), face({20, 0, 0}, {
                      face({0, 20, 0}, {20, 20, 0}, {0, 41, 0}), face({20, 0, 0}, {20, 20, 0}, {0, 20, 0})};
 
 TEST_F(Flatten, ACurvedTriangleBecomesFourWhateverJointsItsPointsHave) {
-    constexpr const char* POINTS = "points\n10 0 0 0\n20 41 0 0\n30 0 41 0\n40 7 7 7\nnormals\n10 0 0 1\n"
-                                   "layer a 1 2 3 singlesided\ntriangles\n3 10 20 30\n";
+    constexpr const char* POINTS =
+        "points\n10 0 0 0\n20 41 0 0\n30 0 41 0\n40 7 7 7\nnormals\n10 0 0 1\n"
+        "layer a 1 2 3 singlesided\ntriangles\n3 10 20 30\n";
     EXPECT_EQ(faces_of(flattened(POINTS).get(), "a"), QUARTERS);
     // The new points of joints come behind those of other joints and of none, which they must not put out of order.
     EXPECT_EQ(faces_of(flattened(std::string("joint hip 0 0 0 world 1\njoint knee 0 0 0 hip 1\n") + POINTS).get(), "a"),
@@ -155,8 +153,9 @@ TEST_F(Flatten, ACurvedTriangleBecomesFourWhateverJointsItsPointsHave) {
 }
 
 TEST_F(Flatten, LinesKeepTheirPointsWhenThoseAreRenumbered) {
-    const OwnedModel model = flattened("joint hip 0 0 0 world 1\npoints\n10 1 0 0\n30 3 0 0\n20 2 0 0\n"
-                                       "normals\n10 0 0 1\nlayer a 1 2 3 singlesided\nlines\n2 20 10 30\n");
+    const OwnedModel model = flattened(
+        "joint hip 0 0 0 world 1\npoints\n10 1 0 0\n30 3 0 0\n20 2 0 0\n"
+        "normals\n10 0 0 1\nlayer a 1 2 3 singlesided\nlines\n2 20 10 30\n");
     const Layer* layer = model_find_layer(model.get(), "a");
     ASSERT_EQ(list_count(&layer->lines), 1);
     std::vector<float> xs;
@@ -188,8 +187,9 @@ TEST_F(Flatten, TextureCoordinatesStayWithTheirCorners) {
 }
 
 TEST_F(Flatten, TextureCoordinatesOfChildrenComeAlong) {
-    dir.write("wing.mod", "points\n1 0 0 0\n2 10 0 0\n3 0 10 0\nlayer b 1 2 3 singlesided\ntriangles\n0 1 2 3\n"
-                          "uvees\n1 0.125 0.25\n2 0.5 0.75\n3 1.0 1.5\nimage a.tga x y\n");
+    dir.write("wing.mod",
+              "points\n1 0 0 0\n2 10 0 0\n3 0 10 0\nlayer b 1 2 3 singlesided\ntriangles\n0 1 2 3\n"
+              "uvees\n1 0.125 0.25\n2 0.5 0.75\n3 1.0 1.5\nimage a.tga x y\n");
     const OwnedModel model =
         flattened(std::string("joint hip 0 0 0 world 4\n") + SQUARE + "child wing 0 0 0 1 1 1 0 0 0\n");
     const Layer* layer = model_find_layer(model.get(), "1_b");
@@ -204,12 +204,14 @@ TEST_F(Flatten, TextureCoordinatesOfChildrenComeAlong) {
 
 TEST_F(Flatten, NoCurveIsLeftAlsoInMergedChildren) {
     constexpr const char* CURVED = "points\n1 0 0 0\n2 41 0 0\n3 0 41 0\n4 41 41 0\nnormals\n1 0 0 1\n";
-    dir.write("wing.mod", std::string(CURVED) + "layer a 1 2 3 singlesided\ntriangles\n3 1 2 3\n"
-                          "layer b 1 2 3 singlesided mirror x\ntriangles\n3 1 2 3 1\n4 1 2 3 4\n"
-                          "child tip 0 0 7 1 1 1 0 0 0\n");
+    dir.write("wing.mod", std::string(CURVED) +
+                              "layer a 1 2 3 singlesided\ntriangles\n3 1 2 3\n"
+                              "layer b 1 2 3 singlesided mirror x\ntriangles\n3 1 2 3 1\n4 1 2 3 4\n"
+                              "child tip 0 0 7 1 1 1 0 0 0\n");
     dir.write("tip.mod", std::string(CURVED) + "layer a 1 2 3 singlesided\ntriangles\n3 1 2 3\n");
-    const OwnedModel model = flattened(std::string(CURVED) + "layer a 1 2 3 singlesided\ntriangles\n4 1 2 3 4 2\n"
-                                                             "child wing 100 0 0 1 1 1 0 0 0\n");
+    const OwnedModel model = flattened(std::string(CURVED) +
+                                       "layer a 1 2 3 singlesided\ntriangles\n4 1 2 3 4 2\n"
+                                       "child wing 100 0 0 1 1 1 0 0 0\n");
     Faces wing;
     Faces tip;
     for (const Face& quarter : QUARTERS) {
@@ -260,8 +262,9 @@ TEST_F(Flatten, OnlyRunsTheStepsThatAreNamed) {
 
 TEST_F(Flatten, TheWordBehindTheStepsIsTheModel) {
     test::TempDir files;
-    files.write("m.mod", "points\n1 0 0 0\n2 10 0 0\n3 0 10 0\n"
-                         "layer a 1 2 3 singlesided mirror x\ntriangles\n0 1 2 3\n");
+    files.write("m.mod",
+                "points\n1 0 0 0\n2 10 0 0\n3 0 10 0\n"
+                "layer a 1 2 3 singlesided mirror x\ntriangles\n0 1 2 3\n");
     const auto run = test::pelt_model({"flatten", "--only", "mirror", "m.mod", "-o", "out.mod"}, {files.path()});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(files.read("out.mod").find("layer a_mirror"), std::string::npos);
@@ -305,17 +308,17 @@ TEST_F(AtTheLimit, WithoutNewPointsThereIsNothingToRefuse) {
     EXPECT_EQ(list_count(&flattened(model("layer a 1 2 3 singlesided", "0 1 2 3"))->points), 4);
 }
 
-TEST_F(AtTheLimit, AModelThatIsBeyondItAlready) {
-    expect_refused("points\n32768 0 0 0\n", "point ids above 32767");
-}
+TEST_F(AtTheLimit, AModelThatIsBeyondItAlready) { expect_refused("points\n32768 0 0 0\n", "point ids above 32767"); }
 
 TEST_F(Flatten, WhatChildrenLoseIsNamed) {
-    dir.write("wing.mod", "joint hip 0 0 0 world 1\npoints\n1 0 0 0\n2 1 0 0\n"
-                          "layer w 1 2 3 singlesided\nlines\n2 1 2\n");
+    dir.write("wing.mod",
+              "joint hip 0 0 0 world 1\npoints\n1 0 0 0\n2 1 0 0\n"
+              "layer w 1 2 3 singlesided\nlines\n2 1 2\n");
     const RunResult run = flatten(std::string(SQUARE) + "child wing 0 0 0 1 1 1 0 0 0\n");
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "m.mod: warning: child wing: its joints are not carried over\n"
-                       "m.mod: warning: child wing: its lines are not carried over\n");
+    EXPECT_EQ(run.err,
+              "m.mod: warning: child wing: its joints are not carried over\n"
+              "m.mod: warning: child wing: its lines are not carried over\n");
 }
 
 TEST_F(Flatten, TheInputIsReplacedOnlyWhenItIsTheOutput) {
@@ -328,10 +331,11 @@ TEST_F(Flatten, TheInputIsReplacedOnlyWhenItIsTheOutput) {
 
 TEST_F(Flatten, PlacesThatAreNoNumbersEndAsZero) {
     // Only huge angles and scales are left to a file; the point of the child is cut to what an integer holds.
-    dir.write("wing.mod", "points\n1 2147483647 0 0\n2 1 0 0\n3 0 1 0\n"
-                          "layer w 1 2 3 singlesided\ntriangles\n0 1 2 3\n");
-    const OwnedModel model = flattened(std::string(SQUARE) +
-                                       "child wing 0 0 0 99999999999999999999999999999999999999999.0 1 1 0 0 45\n");
+    dir.write("wing.mod",
+              "points\n1 2147483647 0 0\n2 1 0 0\n3 0 1 0\n"
+              "layer w 1 2 3 singlesided\ntriangles\n0 1 2 3\n");
+    const OwnedModel model =
+        flattened(std::string(SQUARE) + "child wing 0 0 0 99999999999999999999999999999999999999999.0 1 1 0 0 45\n");
     EXPECT_EQ(list_count(&model->points), 7);
     // The scale is infinite. Turned by 45 degrees, points 1 and 2 lie infinitely far along x and y, and infinity times
     // nothing is their z; point 3 has nothing of the infinite scale along x, and so no place on any axis.

@@ -1,5 +1,4 @@
 // pelt-model run as a program: its command line, info, check and ps2-check.
-
 #include <gtest/gtest.h>
 
 #include <string>
@@ -26,9 +25,7 @@ bool holds(const std::string& text, const std::string& part) { return text.find(
 std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
+    for (std::string line; std::getline(stream, line);) { lines.push_back(line); }
     return lines;
 }
 
@@ -55,9 +52,7 @@ TEST_F(Tool, HelpNamesEveryCommandAndTheExitStatus) {
     const RunResult run = pelt_model({"--help"});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
-    for (const std::string& command : COMMANDS) {
-        EXPECT_TRUE(holds(run.out, "\n  " + command + " ")) << command;
-    }
+    for (const std::string& command : COMMANDS) { EXPECT_TRUE(holds(run.out, "\n  " + command + " ")) << command; }
     EXPECT_TRUE(holds(run.out, "Exit status: 0"));
 }
 
@@ -167,9 +162,8 @@ TEST_F(Tool, CheckSaysGoodOnceAndNothingWhenQuiet) {
 TEST_F(Tool, CheckReportsEveryBadLine) {
     EXPECT_EQ(problems("points\n1 0 0\n2 0 0 0\n\n# comment\nlayer a 1 2 3\nlayer b 1 2 3 singlesided\n"
                        "triangles\n0 2 2 9\n0 2 2 2\n7 1\n2 2\n"),
-              (Lines{"m.mod:2: Bad point definition", "m.mod:6: Bad layer definition",
-                     "m.mod:9: point does not exist", "m.mod:11: Bad triangle definition",
-                     "m.mod:12: Bad triangle definition"}));
+              (Lines{"m.mod:2: Bad point definition", "m.mod:6: Bad layer definition", "m.mod:9: point does not exist",
+                     "m.mod:11: Bad triangle definition", "m.mod:12: Bad triangle definition"}));
 }
 
 TEST_F(Tool, CheckHasATextForEveryLineThatFailsWithoutOne) {
@@ -220,15 +214,11 @@ TEST_F(Tool, CheckFindsATreeThatIsTooDeep) {
 
 TEST_F(Tool, CheckFindsATreeThatIsTooLarge) {
     std::string children;
-    for (int i = 0; i < 70; ++i) {
-        children += "child leaf 0 0 0 1 1 1 0 0 0\n";
-    }
+    for (int i = 0; i < 70; ++i) { children += "child leaf 0 0 0 1 1 1 0 0 0\n"; }
     dir.write("leaf.mod", "");
     dir.write("twig.mod", children);
     std::string twigs;
-    for (int i = 0; i < 70; ++i) {
-        twigs += "child twig 0 0 0 1 1 1 0 0 0\n";
-    }
+    for (int i = 0; i < 70; ++i) { twigs += "child twig 0 0 0 1 1 1 0 0 0\n"; }
     const Lines found = problems(twigs);
     ASSERT_EQ(found.size(), 1u);
     EXPECT_TRUE(holds(found[0], "m.mod: too many child models")) << found[0];
@@ -252,7 +242,10 @@ TEST_F(Tool, WhatAFileSaysIsNoCommandToTheTerminal) {
 }
 
 // Controls of one byte and of two in UTF-8, and bytes that are no UTF-8, which terminals of eight bits obey too.
-const std::string HOSTILE = "e\x1b[2J\x07\x7f\x9b" "1m\xc2\x9b" "2m\xff\xc0\x9b\xed\xa0\x80\xf4\x90\x80\x80\xc3";
+const std::string HOSTILE =
+    "e\x1b[2J\x07\x7f\x9b"
+    "1m\xc2\x9b"
+    "2m\xff\xc0\x9b\xed\xa0\x80\xf4\x90\x80\x80\xc3";
 
 // Whether a terminal could take a part of the text for a command.
 bool is_harmless(const std::string& text) {
@@ -262,9 +255,7 @@ bool is_harmless(const std::string& text) {
         const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\xFF');
         const bool two_byte_control = byte == 0xC2 && next < 0xA0;
         const bool no_utf8 = byte == 0x9B || byte == 0xFF || byte == 0xC0 || byte == 0xED || byte == 0xF4;
-        if (control || two_byte_control || no_utf8) {
-            return false;
-        }
+        if (control || two_byte_control || no_utf8) { return false; }
     }
     return true;
 }
@@ -299,15 +290,20 @@ TEST_F(Tool, NoControlByteOfAFileReachesATerminal) {
 }
 
 TEST_F(Tool, NoControlByteOfANameReachesATerminal) {
-    if (!test::run_options_are_served()) {
-        GTEST_SKIP() << "no such names are to be had here";
-    }
+    if (!test::run_options_are_served()) { GTEST_SKIP() << "no such names are to be had here"; }
     const std::string name = "n\u00e9" + HOSTILE + "\n.mod";
     dir.write(name, GOOD_MODEL);
-    for (const Lines& words : {Lines{"check", name}, {"info", name}, {"info", "--json", name}, {"ps2-check", name},
-                               {"check", name + "x"}, {"info", name + "x"}, {"write", name, "-o", "none/" + name},
-                               {"write", name, "-o", "x/../" + name}, {"flatten", "a", "-o", "b", "--only", name},
-                               {name}, {"-" + name}}) {
+    for (const Lines& words : {Lines{"check", name},
+                               {"info", name},
+                               {"info", "--json", name},
+                               {"ps2-check", name},
+                               {"check", name + "x"},
+                               {"info", name + "x"},
+                               {"write", name, "-o", "none/" + name},
+                               {"write", name, "-o", "x/../" + name},
+                               {"flatten", "a", "-o", "b", "--only", name},
+                               {name},
+                               {"-" + name}}) {
         const RunResult run = pelt_model(words, {dir.path()});
         EXPECT_TRUE(is_harmless(run.out + run.err)) << words[0] << " " << run.out << run.err;
     }
@@ -317,9 +313,7 @@ TEST_F(Tool, NoControlByteOfANameReachesATerminal) {
 }
 
 TEST_F(Tool, WhatIsNoRegularFileIsNoFile) {
-    if (!test::run_options_are_served()) {
-        GTEST_SKIP() << "no pipes and devices with names to be had here";
-    }
+    if (!test::run_options_are_served()) { GTEST_SKIP() << "no pipes and devices with names to be had here"; }
     ASSERT_EQ(test::run_program({"mkfifo", dir.file("pipe.mod")}).status, 0);
     dir.make_dir("d.mod");
     for (const char* name : {"pipe.mod", "d.mod", "/dev/zero", "/dev/null", "/dev/stdin", "", "m.mod/x.mod"}) {
@@ -335,18 +329,17 @@ TEST_F(Tool, WhatIsNoRegularFileIsNoFile) {
 
 TEST_F(Tool, StrictReportsLinesThatAreIgnored) {
     const std::string long_line = "2" + std::string(1030, ' ') + "1 2";
-    const std::string text = "autor nobody\npoints\n1 0 0 0\n1.5 0 0 0\n # no comment\nlayer a 1 2 3 singlesided\n"
-                             "lines\n3 1 1\n2 1 1\n";
+    const std::string text =
+        "autor nobody\npoints\n1 0 0 0\n1.5 0 0 0\n # no comment\nlayer a 1 2 3 singlesided\n"
+        "lines\n3 1 1\n2 1 1\n";
     EXPECT_EQ(problems(text), Lines{});
-    EXPECT_EQ(problems(text, {"--strict"}), (Lines{"m.mod:1: ignored: autor nobody", "m.mod:4: ignored: 1.5 0 0 0",
-                                                   "m.mod:5: ignored:  # no comment",
-                                                   "m.mod:8: ignored: a line of this type"}));
+    EXPECT_EQ(problems(text, {"--strict"}),
+              (Lines{"m.mod:1: ignored: autor nobody", "m.mod:4: ignored: 1.5 0 0 0", "m.mod:5: ignored:  # no comment",
+                     "m.mod:8: ignored: a line of this type"}));
     EXPECT_EQ(problems("layer a 1 2 3 singlesided" + std::string(1030, ' ') + "\n", {"--strict"}),
               Lines{"m.mod:1: a line of more than 1023 bytes is read in pieces"});
     std::string fields = "points";
-    for (int i = 0; i < 256; ++i) {
-        fields += " x";
-    }
+    for (int i = 0; i < 256; ++i) { fields += " x"; }
     EXPECT_EQ(problems(fields + "\n", {"--strict"}), Lines{"m.mod:1: fields behind the 256th are ignored"});
 }
 
@@ -362,9 +355,7 @@ TEST_F(Tool, CheckTakesWhatIsNoModelAtAll) {
     EXPECT_EQ(directory.status, 1);
     EXPECT_EQ(directory.err, "d.mod: could not find the file\n");
     std::string bytes;
-    for (int i = 0; i < 100000; ++i) {
-        bytes += static_cast<char>(i * 7919 >> 3);
-    }
+    for (int i = 0; i < 100000; ++i) { bytes += static_cast<char>(i * 7919 >> 3); }
     dir.write("noise.mod", bytes);
     EXPECT_LE(pelt_model({"check", "--strict", "--max", "5", "noise.mod"}, {dir.path()}).status, 1);
 }
@@ -381,9 +372,7 @@ TEST_F(Tool, PlacesOfErrorsAreWholeHoweverLongThePath) {
 
 TEST_F(Tool, LargeFilesAreTakenAsSmallOnes) {
     std::string text = "points\n";
-    for (int id = 1; id <= 32767; ++id) {
-        text += std::to_string(id) + " " + std::to_string(id) + " 0 0\n";
-    }
+    for (int id = 1; id <= 32767; ++id) { text += std::to_string(id) + " " + std::to_string(id) + " 0 0\n"; }
     text += "layer a 1 2 3 singlesided\ntriangles\n";
     for (int id = 1; id + 2 <= 32767; ++id) {
         text += "0 " + std::to_string(id) + " " + std::to_string(id + 1) + " " + std::to_string(id + 2) + "\n";
@@ -393,18 +382,14 @@ TEST_F(Tool, LargeFilesAreTakenAsSmallOnes) {
     EXPECT_EQ(Json::parse(run.out)[0]["layers"][0]["triangles"], 32765);
 
     std::string noise;
-    for (int i = 0; i < 200000; ++i) {
-        noise += "0 1 2 3\n";
-    }
+    for (int i = 0; i < 200000; ++i) { noise += "0 1 2 3\n"; }
     EXPECT_EQ(problems(noise).size(), 200000u);
 }
 
 // ---- progress ----
 
 TEST_F(Tool, ProgressStandsOnATerminalAloneAndOnlyForSeveralFiles) {
-    if (!test::run_options_are_served()) {
-        GTEST_SKIP() << "no terminal to be had here";
-    }
+    if (!test::run_options_are_served()) { GTEST_SKIP() << "no terminal to be had here"; }
     dir.write("a.mod", GOOD_MODEL);
     dir.write("b.mod", GOOD_MODEL);
     const RunResult terminal = pelt_model({"check", "a.mod", "b.mod"}, {dir.path(), -1, true});
@@ -419,16 +404,15 @@ TEST_F(Tool, ProgressStandsOnATerminalAloneAndOnlyForSeveralFiles) {
 // ---- ps2-check ----
 
 TEST_F(Tool, Ps2CheckReportsEveryImageThatLacksItsFiles) {
-    for (const char* name : {"a.tga", "b.tga", "c.tga"}) {
-        dir.write(name, test::solid_tga(1, 1, 1, 2, 3));
-    }
+    for (const char* name : {"a.tga", "b.tga", "c.tga"}) { dir.write(name, test::solid_tga(1, 1, 1, 2, 3)); }
     std::string header(32, '\0');
     header[4] = 8;
     header.replace(16, 4, "wood");
     dir.write("a.p2i", header);
     dir.write("wing.mod", "points\n1 0 0 0\nlayer w 1 2 3 singlesided\ntriangles\n0 1 1 1\nimage c.tga x y\n");
-    dir.write("m.mod", "points\n1 0 0 0\nlayer a 1 2 3 singlesided\ntriangles\n0 1 1 1\nimage a.tga x y\n"
-                       "reflect b.tga 0.5\nchild wing 0 0 0 1 1 1 0 0 0\n");
+    dir.write("m.mod",
+              "points\n1 0 0 0\nlayer a 1 2 3 singlesided\ntriangles\n0 1 1 1\nimage a.tga x y\n"
+              "reflect b.tga 0.5\nchild wing 0 0 0 1 1 1 0 0 0\n");
     const RunResult bad = pelt_model({"ps2-check", "m.mod"}, {dir.path()});
     EXPECT_EQ(bad.status, 1);
     EXPECT_EQ(bad.err,

@@ -1,5 +1,4 @@
 // pelt-model run as a program: write, export and normals, and how files are replaced.
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -91,11 +90,9 @@ TEST_F(ToolFiles, StandardOutputIsADash) {
 }
 
 TEST_F(ToolFiles, OutputThatDoesNotArriveIsAnError) {
-    if (!fs::exists("/dev/full")) {
-        GTEST_SKIP() << "no device that is always full";
-    }
-    const char* commands[] = {"--help", "info m.mod", "info --json m.mod", "check m.mod", "ps2-check plain.mod",
-                              "write m.mod -o -"};
+    if (!fs::exists("/dev/full")) { GTEST_SKIP() << "no device that is always full"; }
+    const char* commands[] = {"--help",      "info m.mod",          "info --json m.mod",
+                              "check m.mod", "ps2-check plain.mod", "write m.mod -o -"};
     dir.write("plain.mod", "points\n1 0 0 0\n");
     for (const char* command : commands) {
         const std::string line = std::string("exec ") + PELT_MODEL_TOOL + " " + command + " > /dev/full";
@@ -108,8 +105,9 @@ TEST_F(ToolFiles, OutputThatDoesNotArriveIsAnError) {
 }
 
 TEST_F(ToolFiles, WriteWarnsOfWhatIsLostAndStillWrites) {
-    dir.write("l.mod", "points\n1 0 0 0 0.5\nlayer \"two words\" 1 2 3 singlesided\ninvisible 0 0 0\n"
-                       "triangles\n0 1 1 1\nimage a.tga x y repeat 2 2\n");
+    dir.write("l.mod",
+              "points\n1 0 0 0 0.5\nlayer \"two words\" 1 2 3 singlesided\ninvisible 0 0 0\n"
+              "triangles\n0 1 1 1\nimage a.tga x y repeat 2 2\n");
     const RunResult run = tool({"write", "l.mod", "-o", "new.mod"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(holds(run.err, "l.mod: warning: weight lost, it reads back as 1: 1 world point (first: 1)\n"));
@@ -132,11 +130,15 @@ TEST_F(ToolFiles, WhatTheReaderRefusesIsNotWritten) {
     for (const char* command : {"write", "flatten", "normals"}) {
         const RunResult run = tool({command, "key.mod", "-o", "old.mod"});
         EXPECT_EQ(run.status, 1) << command;
-        EXPECT_TRUE(holds(run.err, "comes out in bytes, where the reader wants 0.0 to 1.0 (the new file will not read "
-                                   "back)\n")) << run.err;
+        EXPECT_TRUE(holds(run.err,
+                          "comes out in bytes, where the reader wants 0.0 to 1.0 (the new file will not read "
+                          "back)\n"))
+            << run.err;
         EXPECT_TRUE(holds(run.err, "old.mod: the new file does not read back: line ")) << run.err;
-        EXPECT_TRUE(holds(run.err, ": invisible color out of range (should be 0.0 to 1.0); nothing is written "
-                                   "(--force writes it)\n")) << run.err;
+        EXPECT_TRUE(holds(run.err,
+                          ": invisible color out of range (should be 0.0 to 1.0); nothing is written "
+                          "(--force writes it)\n"))
+            << run.err;
         EXPECT_EQ(dir.read("old.mod"), "as it was") << command;
         EXPECT_EQ(tool({command, "key.mod", "-o", "new.mod"}).status, 1);
         EXPECT_EQ(names_in_directory(), before) << command;
@@ -170,8 +172,9 @@ TEST_F(ToolFiles, TheRefusalNamesTheLineOfTheNewFile) {
 }
 
 TEST_F(ToolFiles, LayersThatReadBackUnderOneNameAreRefused) {
-    dir.write("two.mod", "points\n1 0 0 0\nlayer \"two words\" 1 2 3 singlesided\ntriangles\n0 1 1 1\n"
-                         "layer \"two more\" 1 2 3 singlesided\ntriangles\n0 1 1 1\n");
+    dir.write("two.mod",
+              "points\n1 0 0 0\nlayer \"two words\" 1 2 3 singlesided\ntriangles\n0 1 1 1\n"
+              "layer \"two more\" 1 2 3 singlesided\ntriangles\n0 1 1 1\n");
     const RunResult run = tool({"write", "two.mod", "-o", "new.mod"});
     EXPECT_EQ(run.status, 1);
     EXPECT_TRUE(holds(run.err, ": duplicate layer name not allowed; nothing is written")) << run.err;
@@ -181,8 +184,9 @@ TEST_F(ToolFiles, LayersThatReadBackUnderOneNameAreRefused) {
 TEST_F(ToolFiles, EachJointIsWrittenWithTheCountOfThePointsThatNameIt) {
     // Hip owns the first point, knee the second; the blend gives hip the third; the fourth says itself that it is
     // knee's; the last is nobody's.
-    dir.write("j.mod", "joint hip 0 0 0 world 1\njoint knee 0 0 0 hip 1\nblend hip knee 1\n"
-                       "points\n10 1 0 0\n20 2 0 0\n30 3 0 0\n40 4 0 0 0.5 knee hip\n50 5 0 0\nnormals\n10 0 0 1\n");
+    dir.write("j.mod",
+              "joint hip 0 0 0 world 1\njoint knee 0 0 0 hip 1\nblend hip knee 1\n"
+              "points\n10 1 0 0\n20 2 0 0\n30 3 0 0\n40 4 0 0 0.5 knee hip\n50 5 0 0\nnormals\n10 0 0 1\n");
     dir.write("k.mod", "joint hip 0 0 0 world 7\njoint knee 0 0 0 hip 7\npoints\n10 1 0 0\n");
     for (const char* command : {"write", "flatten", "normals"}) {
         const RunResult run = tool({command, "j.mod", "-o", "new.mod"});
@@ -237,13 +241,9 @@ TEST_F(ToolFiles, AReturnInANameEndsNoLineOfTheNewFile) {
 // ---- how a file is replaced ----
 
 TEST_F(ToolFiles, AFailureInTheMiddleLeavesTheOldFileAndNothingElse) {
-    if (!test::run_options_are_served()) {
-        GTEST_SKIP() << "no limit on the size of a file here";
-    }
+    if (!test::run_options_are_served()) { GTEST_SKIP() << "no limit on the size of a file here"; }
     std::string text = "points\n";
-    for (int id = 1; id <= 5000; ++id) {
-        text += std::to_string(id) + " 1 2 3\n";
-    }
+    for (int id = 1; id <= 5000; ++id) { text += std::to_string(id) + " 1 2 3\n"; }
     dir.write("large.mod", text);
     for (const char* command : {"write", "export", "flatten", "normals"}) {
         dir.write("old.mod", "as it was");
@@ -285,9 +285,7 @@ TEST_F(ToolFiles, ASymbolicLinkIsFollowedAndPermissionsStay) {
     fs::permissions(dir.file("sub/real.mod"), fs::perms::owner_read | fs::perms::owner_write);
     std::error_code no_links;
     fs::create_symlink("sub/real.mod", dir.file("link.mod"), no_links);
-    if (no_links) {
-        GTEST_SKIP() << "no symbolic links can be made here";
-    }
+    if (no_links) { GTEST_SKIP() << "no symbolic links can be made here"; }
     EXPECT_EQ(tool({"write", "m.mod", "-o", "link.mod"}).status, 0);
     EXPECT_TRUE(fs::is_symlink(dir.file("link.mod")));
     EXPECT_TRUE(holds(dir.read("sub/real.mod"), "# model: link.mod"));
@@ -298,9 +296,7 @@ TEST_F(ToolFiles, OtherNamesOfAReplacedFileStayItsNames) {
     dir.write("one.mod", "old");
     std::error_code no_links;
     fs::create_hard_link(dir.file("one.mod"), dir.file("other.mod"), no_links);
-    if (no_links) {
-        GTEST_SKIP() << "no hard links can be made here";
-    }
+    if (no_links) { GTEST_SKIP() << "no hard links can be made here"; }
     EXPECT_EQ(tool({"write", "m.mod", "-o", "one.mod"}).status, 0);
     EXPECT_TRUE(holds(dir.read("other.mod"), "# model: one.mod"));
     EXPECT_EQ(names_in_directory(), (std::vector<std::string>{"a.tga", "m.mod", "one.mod", "other.mod"}));
@@ -323,8 +319,9 @@ TEST_F(ToolFiles, ExportWritesToTheVeryNameAndReadsBackElsewhere) {
 
 TEST_F(ToolFiles, ExportWarnsOfChildrenAndOfPolygonsThatNameIds) {
     dir.write("wing.mod", "");
-    dir.write("p.mod", "points\n10 0 0 0\n20 1 0 0\n30 0 1 0\nlayer a 1 2 3 singlesided\ntriangles\n2 10 20 30\n"
-                       "child wing 0 0 0 1 1 1 0 0 0\n");
+    dir.write("p.mod",
+              "points\n10 0 0 0\n20 1 0 0\n30 0 1 0\nlayer a 1 2 3 singlesided\ntriangles\n2 10 20 30\n"
+              "child wing 0 0 0 1 1 1 0 0 0\n");
     const RunResult run = tool({"export", "p.mod", "-o", "p.obj"});
     EXPECT_EQ(run.status, 0);
     EXPECT_TRUE(holds(run.err, "p.mod: warning: child models are not exported")) << run.err;
@@ -332,9 +329,7 @@ TEST_F(ToolFiles, ExportWarnsOfChildrenAndOfPolygonsThatNameIds) {
 }
 
 TEST_F(ToolFiles, AssimpReadsTheExport) {
-    if (run_program({"assimp", "version"}).status == 127) {
-        GTEST_SKIP() << "assimp is not installed";
-    }
+    if (run_program({"assimp", "version"}).status == 127) { GTEST_SKIP() << "assimp is not installed"; }
     dir.write("cube.mod", CUBE);
     ASSERT_EQ(tool({"export", "cube.mod", "-o", "cube.obj"}).status, 0);
     const RunResult run = run_program({"assimp", "info", dir.file("cube.obj")});
@@ -372,9 +367,10 @@ TEST_F(ToolFiles, NormalsOfACubePointAwayFromItsCorners) {
 
 TEST_F(ToolFiles, NormalsAreNumbersWhateverTheFaces) {
     // A face on a line, one of a single place, two that lie back to back, and one that shares points with the first.
-    dir.write("odd.mod", "points\n1 0 0 0\n2 1 2 3\n3 2 4 6\n4 9 9 9\n5 0 0 0\n6 5 0 0\n7 0 5 0\n8 2 9 6\n"
-                         "layer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n0 4 4 4\n0 5 6 7\n0 5 7 6\n0 1 3 8\n"
-                         "1 4 4 4 4\n2 1 2 3 2 1\n");
+    dir.write("odd.mod",
+              "points\n1 0 0 0\n2 1 2 3\n3 2 4 6\n4 9 9 9\n5 0 0 0\n6 5 0 0\n7 0 5 0\n8 2 9 6\n"
+              "layer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n0 4 4 4\n0 5 6 7\n0 5 7 6\n0 1 3 8\n"
+              "1 4 4 4 4\n2 1 2 3 2 1\n");
     for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--curved"}}) {
         std::vector<std::string> words{"normals", "odd.mod", "-o", "new.mod"};
         words.insert(words.end(), more.begin(), more.end());

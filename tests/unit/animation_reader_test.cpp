@@ -165,7 +165,7 @@ TEST_F(Clip, HoldTimeBecomesTheEnd) {
 TEST_F(Clip, RotationsAreStoredAsTheDocumentedQuaternions) {
     read("names rotate\n0.0 10 0 0\n1.0 350 0 0\n2.0 100 0 0\n3.0 260 0 0\n4.0 180 0 0\n5.0 360 0 0\n");
     ASSERT_EQ(clip->frame_count, 6);
-    expect_key(key(0, ROTATE), 0.08715574f, 0, 0, 0.9961947f);   // sine and cosine of 5 degrees
+    expect_key(key(0, ROTATE), 0.08715574f, 0, 0, 0.9961947f);  // sine and cosine of 5 degrees
     expect_key(key(1, ROTATE), -0.08715574f, 0, 0, 0.9961947f);
     expect_key(key(2, ROTATE), 0.76604444f, 0, 0, 0.64278761f);  // of 50 degrees
     expect_key(key(3, ROTATE), -0.76604444f, 0, 0, 0.64278761f);
@@ -293,7 +293,7 @@ TEST_F(Clip, LongNamesAreBounded) {
 
 std::string repeated(const std::string& text, int count) {
     std::string all;
-    for (int i = 0; i < count; ++i) all += text;
+    for (int i = 0; i < count; ++i) { all += text; }
     return all;
 }
 
@@ -333,7 +333,7 @@ TEST_F(Clip, CommentsAndBlankLinesStandAnywhere) {
 TEST_F(Clip, WithoutATrackLineColumnsFillTheTracksInOrder) {
     EXPECT_EQ(read("1.0 7 8 9 10 0 0 20 0 0 30 0 0 40 0 0\n"), 1.0f);
     expect_key(key(0, 0), 7, 8, 9, 1);
-    for (int slot = 1; slot < 5; ++slot) expect_turn(key(0, slot), 1, 0, 0, slot * 10);
+    for (int slot = 1; slot < 5; ++slot) { expect_turn(key(0, slot), 1, 0, 0, slot * 10); }
 }
 
 TEST_F(Clip, WithoutATrackLineColumnsFromTheCountOnAreIgnored) {
@@ -343,7 +343,7 @@ TEST_F(Clip, WithoutATrackLineColumnsFromTheCountOnAreIgnored) {
 }
 
 TEST_F(Clip, WithoutATrackLineMoreTracksThanALineCanHoldAreBounded) {
-    for (int i = 0; i < 300; ++i) model_add_joint(model, numbered("j", i).c_str(), 0, 0, 0, "world", 0);
+    for (int i = 0; i < 300; ++i) { model_add_joint(model, numbered("j", i).c_str(), 0, 0, 0, "world", 0); }
     EXPECT_EQ(read("1.0" + repeated(" 1 0 0", 150) + "\n"), 1.0f);  // 451 words, of which a line holds 256
     EXPECT_NE(key(0, 84), nullptr);
     EXPECT_EQ(key(0, 85), nullptr);
@@ -476,7 +476,7 @@ TEST_F(Clip, KeysTakeAsMuchAsTheFileHasColumnsForWhateverTheModelHas) {
     }
     const std::string last = "j" + std::to_string(MANY_JOINTS - 1);
     std::string text = "names " + last + "\n";
-    for (int i = 0; i < MANY_FRAMES; ++i) text += std::to_string(i) + ".0 0 0 0\n";
+    for (int i = 0; i < MANY_FRAMES; ++i) { text += std::to_string(i) + ".0 0 0 0\n"; }
     const struct mallinfo2 before = mallinfo2();
     EXPECT_EQ(read(text), static_cast<float>(MANY_FRAMES - 1));
     const struct mallinfo2 after = mallinfo2();
@@ -512,7 +512,7 @@ TEST_F(Clip, SubclipThatNamesItselfIsPassedOver) {
     std::vector<std::string> names = {"main", "./main", "../here/main"};
     std::error_code no_links;
     std::filesystem::create_symlink("main", dir.file("here/link"), no_links);
-    if (!no_links) names.push_back("link");
+    if (!no_links) { names.push_back("link"); }
     for (const std::string& name : names) {
         dir.write("here/main", "names translate\n0.0 1 1 1\n2.0 2 2 2\n5.0 " + name + "\n");
         animation_release(animation);
@@ -551,7 +551,7 @@ TEST_F(Clip, FiveOpenFilesBoundTheDepth) {
     // The fifth file down would be the sixth open one.
     EXPECT_EQ(read("names translate\n0.0 1 1 1\n2.0 2 2 2\n0.0 c1\n"), 14.0f);
     const AnimationClip* deepest = clip;
-    for (int i = 1; i <= 4; ++i) deepest = &deepest->subclips[0];
+    for (int i = 1; i <= 4; ++i) { deepest = &deepest->subclips[0]; }
     EXPECT_EQ(deepest->end_time, 14.0f);
     EXPECT_EQ(deepest->subclips[0].name, nullptr);
 }
@@ -663,7 +663,7 @@ TEST_F(Clip, KeysOfOneFileAreHeldOnceHoweverOftenItIsPulledIn) {
     constexpr int FRAMES = 1000;
     constexpr size_t COLUMNS = 80;
     std::string sub = "names" + repeated(" hip", COLUMNS) + "\n";
-    for (int i = 0; i < FRAMES; ++i) sub += std::to_string(i) + repeated(" 0 0 0", COLUMNS) + "\n";
+    for (int i = 0; i < FRAMES; ++i) { sub += std::to_string(i) + repeated(" 0 0 0", COLUMNS) + "\n"; }
     dir.write("sub", sub);
     const auto bytes_of = [&](int subclips) {
         animation_release(animation);
@@ -736,7 +736,7 @@ protected:
     }
     void TearDown() override { release(); }
     void release() {
-        if (set == nullptr) return;
+        if (set == nullptr) { return; }
         for (int32_t i = 0; i < set->count; ++i) {
             animation_release(set->animations[i]);
             model_release(set->models[i]);
@@ -801,7 +801,7 @@ TEST_F(SceneList, EmptyListIsAnEmptyScene) {
 
 TEST_F(SceneList, RowsBeyondThe24thAreIgnored) {
     std::string list;
-    for (int i = 0; i < 24; ++i) list += row("arm.mod", "walk", "world");
+    for (int i = 0; i < 24; ++i) { list += row("arm.mod", "walk", "world"); }
     ASSERT_NE(load(list + row("nowhere.mod", "walk", "world")), nullptr);
     EXPECT_EQ(set->count, 24);
     EXPECT_EQ(error(), "(none)");
@@ -859,15 +859,15 @@ TEST_F(SceneList, RowsThatHangOnEachOtherInACircleFail) {
     expect_failure(row("body.mod", "walk", "arm.mod") + row("arm.mod", "walk", "body.mod"),
                    "could not find parent: arm.mod");
     // The first row hangs on the circle and is no part of it.
-    expect_failure(row("leg.mod", "walk", "body.mod") + row("body.mod", "walk", "arm.mod") +
-                       row("arm.mod", "walk", "body.mod"),
-                   "could not find parent: arm.mod");
+    expect_failure(
+        row("leg.mod", "walk", "body.mod") + row("body.mod", "walk", "arm.mod") + row("arm.mod", "walk", "body.mod"),
+        "could not find parent: arm.mod");
 }
 
 TEST_F(SceneList, ChainOfRowsIsNoCircle) {
-    ASSERT_NE(load(row("leg.mod", "walk", "arm.mod") + row("arm.mod", "walk", "body.mod") +
-                   row("body.mod", "walk", "world")),
-              nullptr);
+    ASSERT_NE(
+        load(row("leg.mod", "walk", "arm.mod") + row("arm.mod", "walk", "body.mod") + row("body.mod", "walk", "world")),
+        nullptr);
     EXPECT_EQ(set->count, 3);
 }
 
@@ -938,10 +938,10 @@ TEST_F(SceneList, LengthOfTheSceneIsThatOfItsLongestClip) {
 // 20,000 frames in each of 500 clips are ten of the sixteen million keys that a scene may have.
 TEST_F(SceneList, RowsTogetherHaveALimitOfKeys) {
     std::string sub;
-    for (int i = 0; i < 20000; ++i) sub += std::to_string(i) + " 1 1 1\n";
+    for (int i = 0; i < 20000; ++i) { sub += std::to_string(i) + " 1 1 1\n"; }
     dir.write("clips/sub", sub);
     std::string many;
-    for (int i = 0; i < 500; ++i) many += "0.0 sub\n";
+    for (int i = 0; i < 500; ++i) { many += "0.0 sub\n"; }
     dir.write("clips/many", many);
     EXPECT_NE(load(row("body.mod", "many", "world")), nullptr) << error();
     expect_failure(row("body.mod", "many", "world") + row("arm.mod", "many", "world"),

@@ -27,7 +27,7 @@ constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
 
 Mat4 marked() {
     Mat4 m;
-    for (int i = 0; i < 16; ++i) m.m[i] = 100.0f + static_cast<float>(i);
+    for (int i = 0; i < 16; ++i) { m.m[i] = 100.0f + static_cast<float>(i); }
     return m;
 }
 
@@ -244,7 +244,7 @@ TEST(AnimationSample, HoldTimeFreezesAClipAtEveryTime) {
     AnimationClip clip;
     ClipBuilder build(&clip, SLOTS);
     build.frame(0.0f, {{TRANSLATE, place_key(0, 0, 0)}}).frame(2.0f, {{TRANSLATE, place_key(8, 0, 0)}}).hold(0.5f);
-    for (float time : {0.0f, 0.5f, 1.0f, 100.0f, -5.0f}) expect_place(sampled(time, &clip, TRANSLATE), 2, 0, 0);
+    for (float time : {0.0f, 0.5f, 1.0f, 100.0f, -5.0f}) { expect_place(sampled(time, &clip, TRANSLATE), 2, 0, 0); }
 }
 
 TEST(AnimationSample, HoldTimeIsWhatTheSubclipsSeeToo) {
@@ -264,7 +264,7 @@ TEST(AnimationSample, HoldTimeBeforeTheStartNeverHasAnEffect) {
     sub.frame(2.0f, {{TRANSLATE, place_key(0, 9, 0)}}).start(2.0f).hold(1.5f);
     ClipBuilder build(&clip, SLOTS);
     build.frame(0.0f, {{TRANSLATE, place_key(1, 0, 0)}}).end(9.0f).subclips(&subclips);
-    for (float time : {0.0f, 1.5f, 2.0f, 3.0f, 8.0f}) expect_place(sampled(time, &clip, TRANSLATE), 1, 0, 0);
+    for (float time : {0.0f, 1.5f, 2.0f, 3.0f, 8.0f}) { expect_place(sampled(time, &clip, TRANSLATE), 1, 0, 0); }
 }
 
 TEST(AnimationSample, OnlyTheFirstFrameTellsWhetherATrackIsThere) {
@@ -282,9 +282,9 @@ TEST(AnimationSample, MissingKeysAndFramesGiveNoValue) {
     build.frame(0.0f, {{TRACK, turn_key(1, 0, 0, 10)}}).frame(1.0f, {}).frame(2.0f, {{TRACK, turn_key(1, 0, 0, 50)}});
     build.end(3.0f);
     expect_turn_about_x(sampled(0.0f, &clip, TRACK), 10);
-    expect_nothing(0.5f, &clip, TRACK);   // the second key is missing
-    expect_nothing(1.0f, &clip, TRACK);   // the only key is missing
-    expect_nothing(1.5f, &clip, TRACK);   // the first key is missing
+    expect_nothing(0.5f, &clip, TRACK);  // the second key is missing
+    expect_nothing(1.0f, &clip, TRACK);  // the only key is missing
+    expect_nothing(1.5f, &clip, TRACK);  // the first key is missing
     expect_turn_about_x(sampled(2.0f, &clip, TRACK), 50);
     build.empty_frame().empty_frame();
     expect_nothing(2.5f, &clip, TRACK);
@@ -306,8 +306,8 @@ TEST(AnimationSample, SlotsOutOfRangeGiveNoValue) {
     ClipBuilder build(&clip, SLOTS);
     // The table has an entry at slot_count, which a track name may fill and no sample reads.
     build.frame(0.0f, {{TRACK, turn_key(1, 0, 0, 10)}, {SLOTS, turn_key(1, 0, 0, 10)}}).end(1.0f);
-    for (int32_t slot : {-1, SLOTS, SLOTS + 1, std::numeric_limits<int32_t>::max(),
-                         std::numeric_limits<int32_t>::min()}) {
+    for (int32_t slot :
+         {-1, SLOTS, SLOTS + 1, std::numeric_limits<int32_t>::max(), std::numeric_limits<int32_t>::min()}) {
         expect_nothing(0.0f, &clip, slot);
     }
 }
@@ -323,7 +323,7 @@ TEST(AnimationSample, NonFiniteAndEnormousTimesEnd) {
     AnimationClip clip;
     ClipBuilder build(&clip, SLOTS);
     build.frame(0.0f, {{TRANSLATE, place_key(3, 0, 0)}}).frame(1.0f, {{TRANSLATE, place_key(4, 0, 0)}});
-    for (float time : {INFINITE, -INFINITE, 3e38f, -3e38f}) expect_nothing(time, &clip, TRANSLATE);
+    for (float time : {INFINITE, -INFINITE, 3e38f, -3e38f}) { expect_nothing(time, &clip, TRANSLATE); }
     expect_place(sampled(NOT_A_NUMBER, &clip, TRANSLATE), 3, 0, 0);  // neither before nor behind: the first key
 }
 
@@ -345,7 +345,9 @@ struct Walked {
 Walked walk(float time, const AnimationClip& clip) {
     int32_t i = 0;
     int32_t previous = 0;
-    while (i < clip.frame_count && clip.frames[i].time < time && clip.frames[i].time < clip.end_time) previous = i++;
+    while (i < clip.frame_count && clip.frames[i].time < time && clip.frames[i].time < clip.end_time) {
+        previous = i++;
+    }
     return i == clip.frame_count ? Walked{previous, i - 1, true} : Walked{previous, i, false};
 }
 
@@ -354,9 +356,9 @@ float walked_value(float time, const AnimationClip& clip) {
     const Walked found = walk(time, clip);
     const float number = static_cast<float>(found.frame);
     const float at = clip.frames[found.frame].time;
-    if (found.ran_off || at == time) return number;
+    if (found.ran_off || at == time) { return number; }
     const float interval = at - clip.frames[found.previous].time;
-    if (std::fabs(interval) < 0.0001f) return number;
+    if (std::fabs(interval) < 0.0001f) { return number; }
     const float share = (time - clip.frames[found.previous].time) / interval;
     const float first = static_cast<float>(found.previous);
     return first + (number - first) * share;
@@ -364,15 +366,9 @@ float walked_value(float time, const AnimationClip& clip) {
 
 TEST(AnimationSample, SearchFindsTheFrameOfAWalkAlsoForTimesOutOfOrder) {
     const std::vector<std::vector<float>> files = {
-        {0, 1, 2, 3, 4, 5, 6},
-        {0, 3, 1, 2, 5, 4, 6, 6, 6, 7},
-        {5, 4, 3, 2, 1, 0},
-        {1, 1, 1, 1},
-        {0, 2, NOT_A_NUMBER, 1, 3, 9},
-        {NOT_A_NUMBER, 1, 2},
-        {-3, INFINITE, 2, 4},
-        {-INFINITE, 0, 0, 2},
-        {2},
+        {0, 1, 2, 3, 4, 5, 6}, {0, 3, 1, 2, 5, 4, 6, 6, 6, 7}, {5, 4, 3, 2, 1, 0},
+        {1, 1, 1, 1},          {0, 2, NOT_A_NUMBER, 1, 3, 9},  {NOT_A_NUMBER, 1, 2},
+        {-3, INFINITE, 2, 4},  {-INFINITE, 0, 0, 2},           {2},
     };
     for (const std::vector<float>& times : files) {
         for (float end : {0.5f, 2.0f, 3.5f, 100.0f}) {

@@ -1,6 +1,5 @@
 // Words, typed arguments and result texts, without Tcl. The room lies in the shared library, which shows nothing but
 // its entry points, so that its source is compiled into this test.
-
 #include "script/arguments.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +16,7 @@ std::vector<std::string> split(const std::vector<const char*>& argv, WordConvert
     WordTable table;
     words_split(&table, static_cast<int>(argv.size()), argv.data(), converter);
     std::vector<std::string> words;
-    for (Words word = table.words.data(); *word != nullptr; ++word) words.emplace_back(*word);
+    for (Words word = table.words.data(); *word != nullptr; ++word) { words.emplace_back(*word); }
     return words;
 }
 
@@ -43,7 +42,7 @@ TEST(WordsSplit, TheTableEndsAt1024Words) {
 
 TEST(WordsSplit, TheTableEndsAt1024WordsWithinAnArgument) {
     std::string text = "x";
-    for (int i = 0; i < 3000; ++i) text += " x";
+    for (int i = 0; i < 3000; ++i) { text += " x"; }
     EXPECT_EQ(split({"command", text.c_str()}).size(), 1024u);
 }
 
@@ -71,9 +70,9 @@ struct Number {
 };
 
 TEST(ArgRead, Integers) {
-    const Number numbers[] = {{"12", 1, 12},    {"1.0", 0, 99}, {"--5", 1, 0},  {"5-3", 1, 5},  {"-7", 1, -7},
-                              {"+1", 0, 99},    {"", 1, 0},     {"-", 1, 0},    {"1e3", 0, 99}, {"0x10", 0, 99},
-                              {"1/2", 0, 99}};
+    const Number numbers[] = {{"12", 1, 12},  {"1.0", 0, 99},  {"--5", 1, 0}, {"5-3", 1, 5},
+                              {"-7", 1, -7},  {"+1", 0, 99},   {"", 1, 0},    {"-", 1, 0},
+                              {"1e3", 0, 99}, {"0x10", 0, 99}, {"1/2", 0, 99}};
     for (const Number& number : numbers) {
         int32_t value = 99;
         EXPECT_EQ(arg_read(&value, number.word, ARG_INT), number.accepted) << number.word;
@@ -94,7 +93,7 @@ TEST(ArgRead, Floats) {
         const char* word;
         int accepted;
         float value;
-    } numbers[] = {{"1", 1, 1.0f},    {".5", 1, 0.5f},  {"5.", 1, 5.0f},    {"-.5", 1, -0.5f},
+    } numbers[] = {{"1", 1, 1.0f},    {".5", 1, 0.5f},  {"5.", 1, 5.0f},     {"-.5", 1, -0.5f},
                    {"1e3", 0, 99.0f}, {"+1", 0, 99.0f}, {"1.2.3", 0, 99.0f}, {"x", 0, 99.0f}};
     for (const auto& number : numbers) {
         float value = 99.0f;
@@ -104,9 +103,9 @@ TEST(ArgRead, Floats) {
 }
 
 TEST(ArgRead, Flags) {
-    const Number flags[] = {{"on", 1, 1},    {"true", 1, 1}, {"off", 1, 0},  {"false", 1, 0},
-                            {"1", 1, 1},     {"0", 1, 0},    {"2", 1, 2},    {"-3", 1, -3},
-                            {"1.0", 0, 99},  {"ON", 0, 99},  {"yes", 0, 99}, {"True", 0, 99}};
+    const Number flags[] = {{"on", 1, 1},   {"true", 1, 1}, {"off", 1, 0},  {"false", 1, 0},
+                            {"1", 1, 1},    {"0", 1, 0},    {"2", 1, 2},    {"-3", 1, -3},
+                            {"1.0", 0, 99}, {"ON", 0, 99},  {"yes", 0, 99}, {"True", 0, 99}};
     for (const Number& flag : flags) {
         int32_t value = 99;
         EXPECT_EQ(arg_read(&value, flag.word, ARG_FLAG), flag.accepted) << flag.word;
@@ -124,13 +123,13 @@ TEST(ArgRead, ATextIsThePointerItself) {
 TEST(ArgRead, ANullDestinationOrWordGives0) {
     int32_t value = 99;
     EXPECT_EQ(arg_read(nullptr, "1", ARG_INT), 0);
-    for (const int kind : {ARG_INT, ARG_FLOAT, ARG_TEXT, ARG_FLAG}) EXPECT_EQ(arg_read(&value, nullptr, kind), 0);
+    for (const int kind : {ARG_INT, ARG_FLOAT, ARG_TEXT, ARG_FLAG}) { EXPECT_EQ(arg_read(&value, nullptr, kind), 0); }
     EXPECT_EQ(value, 99);
 }
 
 TEST(ArgRead, AnUnknownKindStoresNothingAndGives1) {
     int32_t value = 99;
-    for (const int kind : {0, 5, -1}) EXPECT_EQ(arg_read(&value, "1", kind), 1);
+    for (const int kind : {0, 5, -1}) { EXPECT_EQ(arg_read(&value, "1", kind), 1); }
     EXPECT_EQ(value, 99);
 }
 

@@ -1,11 +1,11 @@
 // Mirrored layers made real, against plain expectations and against the search that the index stands for.
 #include <gtest/gtest.h>
 
+#include "formats/layer_image.h"
+#include "foundation/text.h"
 #include "reduce/bake_mirror.h"
 #include "reduce/flatten.h"
 #include "reduce/flatten_limits.h"
-#include "formats/layer_image.h"
-#include "foundation/text.h"
 #include "support/edit_model.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
@@ -345,8 +345,19 @@ TEST_F(BakeMirrorImages, the_image_axis_of_the_mirror_is_turned) {
     struct Case {
         int mirror, axis, turned;
     };
-    for (const Case& c : {Case{1, 1, 4}, {1, 4, 1}, {1, 2, 2}, {1, 5, 5}, {2, 2, 5}, {2, 5, 2}, {2, 1, 1}, {3, 3, 6},
-                          {3, 6, 3}, {3, 4, 4}, {4, 1, 1}, {4, 4, 4}, {5, 5, 5}}) {
+    for (const Case& c : {Case{1, 1, 4},
+                          {1, 4, 1},
+                          {1, 2, 2},
+                          {1, 5, 5},
+                          {2, 2, 5},
+                          {2, 5, 2},
+                          {2, 1, 1},
+                          {3, 3, 6},
+                          {3, 6, 3},
+                          {3, 4, 4},
+                          {4, 1, 1},
+                          {4, 4, 4},
+                          {5, 5, 5}}) {
         ASSERT_EQ(model_add_image(model.get(), "body", IMAGE_SLOT_BASE, "a.tga", c.axis, AXIS_MINUS_Z), 1);
         layer_of(model.get(), "body")->mirror = 1;
         layer_of(model.get(), "body")->mirror_axis = c.mirror;
@@ -431,8 +442,8 @@ public:
             model_add_layer(model_, name.c_str(), layer->colour[0], layer->colour[1], layer->colour[2],
                             layer->singlesided, 0, 1);
             axis_ = layer->mirror_axis;
-            for (const Triangle& t : list_elements<Triangle>(layer->triangles)) mirror(t, name.c_str());
-            for (const Polygon& p : list_elements<Polygon>(layer->polygons)) mirror(p, name.c_str());
+            for (const Triangle& t : list_elements<Triangle>(layer->triangles)) { mirror(t, name.c_str()); }
+            for (const Polygon& p : list_elements<Polygon>(layer->polygons)) { mirror(p, name.c_str()); }
             layer->mirror = 0;
         }
     }
@@ -440,15 +451,15 @@ public:
 private:
     Layer* next_mirrored() {
         for (Layer& layer : list_elements<Layer>(model_->layers)) {
-            if (layer.mirror) return &layer;
+            if (layer.mirror) { return &layer; }
         }
         return nullptr;
     }
 
     Vec3 turned(Vec3 v) const {
-        if (axis_ == 1) v.x = -v.x;
-        if (axis_ == 2) v.y = -v.y;
-        if (axis_ == 3) v.z = -v.z;
+        if (axis_ == 1) { v.x = -v.x; }
+        if (axis_ == 2) { v.y = -v.y; }
+        if (axis_ == 3) { v.z = -v.z; }
         return v;
     }
 
@@ -478,12 +489,12 @@ private:
         for (int i = 0; i < triangle_corners(&t); ++i) {
             std::tie(points[i], normals[i]) = corner(t.points[order[i]], t.normals[order[i]]);
         }
-        if (!t.quad) points[3] = points[0];
+        if (!t.quad) { points[3] = points[0]; }
         model_add_triangle(model_, target, t.quad, points, normals, nullptr, t.curve_type);
     }
 
     void mirror(const Polygon& polygon, const char* target) {
-        if (polygon.vertex_count < 3) return;
+        if (polygon.vertex_count < 3) { return; }
         Ids points, normals;
         for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
             const auto [p, n] = corner(vertex.point, vertex.normal);

@@ -1,5 +1,4 @@
 // Boxes, sizes, centres, and the radius of the scene.
-
 #include "edit/bounds.h"
 
 #include <gtest/gtest.h>
@@ -52,14 +51,14 @@ TEST_F(BoundsTest, NullModelHasABoxOfZeros) {
     const Box box = model_bounds(nullptr, nullptr);
     expect_vec(0, 0, 0, box.lower);
     expect_vec(0, 0, 0, box.upper);
-    EXPECT_EQ(0.0f, model_largest_extent(nullptr, nullptr));
+    EXPECT_EQ(model_largest_extent(nullptr, nullptr), 0.0f);
 }
 
 TEST_F(BoundsTest, SizeCentreAndLargestExtentComeFromTheBox) {
     Model* model = add({-30, 2, 4}, {10, 6, 9});
     expect_vec(40, 4, 5, model_size(model, nullptr));
     expect_vec(-10, 4, 6.5f, model_centre(model, nullptr));
-    EXPECT_FLOAT_EQ(30.0f, model_largest_extent(model, nullptr));
+    EXPECT_FLOAT_EQ(model_largest_extent(model, nullptr), 30.0f);
 }
 
 TEST_F(BoundsTest, TheMatrixMovesTheBox) {
@@ -119,8 +118,8 @@ TEST_F(BoundsTest, LinksChainUnderTheMatrixAndTheMatrixStaysAsItWas) {
     const Box box = model_bounds(parent, &matrix);
     expect_vec(-10, 0, 0, box.lower);
     expect_vec(222, 2, 2, box.upper);
-    EXPECT_EQ(2.0f, matrix.m[0]);
-    EXPECT_EQ(0.0f, matrix.m[3]);
+    EXPECT_EQ(matrix.m[0], 2.0f);
+    EXPECT_EQ(matrix.m[3], 0.0f);
 }
 
 // Intended: its place does not count, nor does the matrix.
@@ -167,9 +166,9 @@ TEST_F(BoundsTest, TheLargestExtentIsLookedForInAllSixValues) {
     const Vec3 high{1, 2, 3};
     for (int axis = 0; axis < 3; ++axis) {
         const Vec3 far{axis == 0 ? 50.0f : 0, axis == 1 ? 50.0f : 0, axis == 2 ? 50.0f : 0};
-        EXPECT_EQ(50.0f, model_largest_extent(add(low, far), nullptr)) << axis;
+        EXPECT_EQ(model_largest_extent(add(low, far), nullptr), 50.0f) << axis;
         const Vec3 back{-far.x, -far.y, -far.z};
-        EXPECT_EQ(50.0f, model_largest_extent(add(back, high), nullptr)) << axis;
+        EXPECT_EQ(model_largest_extent(add(back, high), nullptr), 50.0f) << axis;
     }
 }
 
@@ -229,19 +228,19 @@ TEST_F(BoundsTest, TheCentreOfASelectedChildWithoutAStateUsesItsRestAndMakesNoSt
     Model* parent = add({0, 0, 0}, {1, 1, 1});
     Model* child = make({10, 10, 10}, {20, 20, 20}, parent);
     next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
-    ASSERT_EQ(1, selection_add_model(&session, child_state(&session, link(parent, child, {500, 0, 0}))->id));
+    ASSERT_EQ(selection_add_model(&session, child_state(&session, link(parent, child, {500, 0, 0}))->id), 1);
     expect_vec(15, 15, 15, selection_centre(&session));
-    EXPECT_EQ(-1, child->state_index);
+    EXPECT_EQ(child->state_index, -1);
 }
 
 TEST_F(BoundsTest, RadiusIsTwiceTheLargestSizeWithTheTranslationAdded) {
     Model* model = add({0, 0, 0}, {10, 40, 30});
     session_grow_radius(&session, model);
-    EXPECT_EQ(80.0f, session_get_radius(&session));
+    EXPECT_EQ(session_get_radius(&session), 80.0f);
     model_state(&session, model)->translate = Vec3{100, 0, -500};
     session_grow_radius(&session, model);
-    EXPECT_EQ(220.0f, session_get_radius(&session));
-    EXPECT_EQ(0.0f, session_get_radius(nullptr));
+    EXPECT_EQ(session_get_radius(&session), 220.0f);
+    EXPECT_EQ(session_get_radius(nullptr), 0.0f);
 }
 
 TEST_F(BoundsTest, RadiusAddsTheTranslationOfEachAxisToTheSizeOfThatAxis) {
@@ -259,10 +258,10 @@ TEST_F(BoundsTest, RadiusOnlyGrows) {
     session.radius = 80.0f;
     Model* model = add({0, 0, 0}, {10, 39, 30});
     session_grow_radius(&session, model);
-    EXPECT_EQ(80.0f, session.radius);
+    EXPECT_EQ(session.radius, 80.0f);
     session_grow_radius(&session, nullptr);
     session_grow_radius(nullptr, model);
-    EXPECT_EQ(80.0f, session.radius);
+    EXPECT_EQ(session.radius, 80.0f);
 }
 
 TEST_F(BoundsTest, RadiusIgnoresASizeThatIsNotFinite) {
@@ -274,16 +273,16 @@ TEST_F(BoundsTest, RadiusIgnoresASizeThatIsNotFinite) {
                               Vec3{0, -infinity, 500}, Vec3{0, 0, huge}}) {
         model_state(&session, model)->translate = place;
         session_grow_radius(&session, model);
-        EXPECT_EQ(10.0f, session.radius);
+        EXPECT_EQ(session.radius, 10.0f);
     }
 }
 
 TEST_F(BoundsTest, GrowingTheRadiusMakesTheState) {
     Model* model = make({0, 0, 0}, {10, 10, 10});
     session_grow_radius(&session, model);
-    EXPECT_NE(-1, model->state_index);
+    EXPECT_NE(model->state_index, -1);
     session_add_root(&session, model, nullptr);
-    EXPECT_EQ(1, list_count(&session.model_states));
+    EXPECT_EQ(list_count(&session.model_states), 1);
 }
 
 }  // namespace

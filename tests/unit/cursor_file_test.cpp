@@ -24,7 +24,7 @@ void put_32(Bytes* out, uint32_t value) {
     put_16(out, value >> 16);
 }
 void set_32(Bytes* bytes, size_t at, uint32_t value) {
-    for (size_t i = 0; i < 4; ++i) (*bytes)[at + i] = static_cast<uint8_t>(value >> 8 * i);
+    for (size_t i = 0; i < 4; ++i) { (*bytes)[at + i] = static_cast<uint8_t>(value >> 8 * i); }
 }
 void append(Bytes* out, const Bytes& more) { out->insert(out->end(), more.begin(), more.end()); }
 
@@ -36,7 +36,7 @@ Bytes bitmap(uint32_t width, uint32_t height, uint32_t bits, const Bytes& palett
     put_32(&out, 2 * height);
     put_16(&out, 1);
     put_16(&out, bits);
-    for (int i = 0; i < 6; ++i) put_32(&out, 0);
+    for (int i = 0; i < 6; ++i) { put_32(&out, 0); }
     append(&out, palette);
     append(&out, rows);
     return out;
@@ -62,7 +62,7 @@ Bytes file_of(const std::vector<Picture>& pictures) {
         put_32(&out, static_cast<uint32_t>(offset));
         offset += picture.data.size();
     }
-    for (const Picture& picture : pictures) append(&out, picture.data);
+    for (const Picture& picture : pictures) { append(&out, picture.data); }
     return out;
 }
 
@@ -75,7 +75,7 @@ bool parse(const Bytes& bytes, CursorImage* image) {
 
 std::vector<uint32_t> pixels_of(const Bytes& bytes) {
     CursorImage image{};
-    if (!parse(bytes, &image)) return {};
+    if (!parse(bytes, &image)) { return {}; }
     const std::vector<uint32_t> pixels(image.pixels, image.pixels + image.width * image.height);
     cursor_image_free(&image);
     return pixels;
@@ -87,7 +87,7 @@ const Bytes BLACK_AND_WHITE = {0, 0, 0, 0, 255, 255, 255, 0};
 Bytes one_bit_file() {
     return file_of({{3, 2, 1, 1,
                      bitmap(3, 2, 1, BLACK_AND_WHITE,
-                            {0b10100000, 0, 0, 0, 0b01000000, 0, 0, 0,    // colours: bottom, top
+                            {0b10100000, 0, 0, 0, 0b01000000, 0, 0, 0,       // colours: bottom, top
                              0b11000000, 0, 0, 0, 0b00100000, 0, 0, 0})}});  // mask: bottom, top
 }
 
@@ -192,21 +192,35 @@ struct Broken {
 
 TEST(CursorFile, SenselessSizesOffsetsAndCountsAreRefused) {
     const Broken broken[] = {
-        {"reserved word set, type 2", 0, 0x00020001}, {"type of an icon", 0, 0x00010000},
-        {"type 3", 0, 0x00030000},                    {"bytes of the picture: none", 14, 0},
+        {"reserved word set, type 2", 0, 0x00020001},
+        {"type of an icon", 0, 0x00010000},
+        {"type 3", 0, 0x00030000},
+        {"bytes of the picture: none", 14, 0},
         {"bytes of the picture: all there are", 14, 0xFFFFFFFF},
-        {"offset behind the file", 18, 1000},         {"offset at its end", 18, 22 + 64},
-        {"offset of all bits", 18, 0xFFFFFFFF},       {"header of 12 bytes", 22, 12},
-        {"header of 39", 22, 39},                     {"header larger than the picture", 22, 0x7FFFFFFF},
-        {"header of all bits", 22, 0xFFFFFFFF},       {"width 0", 26, 0},
-        {"width 257", 26, 257},                       {"width negative", 26, 0xFFFFFFFF},
-        {"width largest", 26, 0x7FFFFFFF},            {"height 0", 30, 0},
-        {"height 1, of both halves", 30, 1},          {"height odd", 30, 5},
-        {"height beyond 256", 30, 514},               {"height negative", 30, 0xFFFFFFFC},
-        {"width beyond the bytes", 26, 200},          {"height beyond the bytes", 30, 64},
-        {"bits 0", 34, 0x00000001},                   {"bits 2", 34, 0x00020001},
-        {"bits 16", 34, 0x00100001},                  {"bits 65535", 34, 0xFFFF0001},
-        {"compressed", 38, 1},                        {"palette too large", 54, 3},
+        {"offset behind the file", 18, 1000},
+        {"offset at its end", 18, 22 + 64},
+        {"offset of all bits", 18, 0xFFFFFFFF},
+        {"header of 12 bytes", 22, 12},
+        {"header of 39", 22, 39},
+        {"header larger than the picture", 22, 0x7FFFFFFF},
+        {"header of all bits", 22, 0xFFFFFFFF},
+        {"width 0", 26, 0},
+        {"width 257", 26, 257},
+        {"width negative", 26, 0xFFFFFFFF},
+        {"width largest", 26, 0x7FFFFFFF},
+        {"height 0", 30, 0},
+        {"height 1, of both halves", 30, 1},
+        {"height odd", 30, 5},
+        {"height beyond 256", 30, 514},
+        {"height negative", 30, 0xFFFFFFFC},
+        {"width beyond the bytes", 26, 200},
+        {"height beyond the bytes", 30, 64},
+        {"bits 0", 34, 0x00000001},
+        {"bits 2", 34, 0x00020001},
+        {"bits 16", 34, 0x00100001},
+        {"bits 65535", 34, 0xFFFF0001},
+        {"compressed", 38, 1},
+        {"palette too large", 54, 3},
         {"palette of all bits", 54, 0xFFFFFFFF},
     };
     for (const Broken& each : broken) {
@@ -234,7 +248,7 @@ TEST(CursorFile, AnyChangedBytesAreReadInBoundsOrRefused) {
     int accepted = 0, refused = 0;
     for (int round = 0; round < 20000; ++round) {
         Bytes file(cursor.bytes, cursor.bytes + cursor.size);
-        for (int change = 0; change < 3; ++change) file[random() % 70] = static_cast<uint8_t>(random());
+        for (int change = 0; change < 3; ++change) { file[random() % 70] = static_cast<uint8_t>(random()); }
         CursorImage image{};
         if (!parse(file, &image)) {
             ++refused;
@@ -259,8 +273,10 @@ constexpr uint32_t X_PICTURE = 0xFFFD0002;
 
 Bytes x_picture(uint32_t width, uint32_t height, size_t pixels) {
     Bytes out;
-    for (const uint32_t value : {uint32_t{36}, X_PICTURE, uint32_t{32}, uint32_t{1}, width, height}) put_32(&out, value);
-    for (int i = 0; i < 3; ++i) put_32(&out, 0);
+    for (const uint32_t value : {uint32_t{36}, X_PICTURE, uint32_t{32}, uint32_t{1}, width, height}) {
+        put_32(&out, value);
+    }
+    for (int i = 0; i < 3; ++i) { put_32(&out, 0); }
     out.resize(out.size() + 4 * pixels, 0xFF);
     return out;
 }
@@ -268,7 +284,9 @@ Bytes x_picture(uint32_t width, uint32_t height, size_t pixels) {
 // A head, an entry for each place, and what stands behind them.
 Bytes x_file(const std::vector<uint32_t>& places, const Bytes& body, uint32_t kind = X_PICTURE) {
     Bytes out = {'X', 'c', 'u', 'r'};
-    for (const size_t value : {size_t{16}, size_t{0x10000}, places.size()}) put_32(&out, static_cast<uint32_t>(value));
+    for (const size_t value : {size_t{16}, size_t{0x10000}, places.size()}) {
+        put_32(&out, static_cast<uint32_t>(value));
+    }
     for (const uint32_t place : places) {
         put_32(&out, kind);
         put_32(&out, 32);

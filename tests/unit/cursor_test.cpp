@@ -36,7 +36,7 @@ TEST_F(CursorTest, EachBuiltInNameLoadsItsGroup) {
 }
 
 TEST_F(CursorTest, NamesAreComparedExactly) {
-    for (const char* name : {"Pan", "pan ", "pa", "", "X"}) EXPECT_EQ(cursor_create("pelt", name), 0) << name;
+    for (const char* name : {"Pan", "pan ", "pa", "", "X"}) { EXPECT_EQ(cursor_create("pelt", name), 0) << name; }
     EXPECT_EQ(null_system.file_loads.size(), 5u);
 }
 
@@ -98,8 +98,8 @@ TEST_F(CursorTest, AnUnknownOrNegativeIdKeepsTheOldCursor) {
     const int32_t pan = cursor_create("pelt", "pan");
     cursor_apply(pan);
     null_system.cursors_applied.clear();
-    for (const int32_t id : {pan + 1, -1, -pan, std::numeric_limits<int32_t>::max(),
-                             std::numeric_limits<int32_t>::min()}) {
+    for (const int32_t id :
+         {pan + 1, -1, -pan, std::numeric_limits<int32_t>::max(), std::numeric_limits<int32_t>::min()}) {
         EXPECT_EQ(cursor_apply(id), 0) << id;
     }
     EXPECT_EQ(gl_system.current_cursor, pan);
@@ -153,7 +153,7 @@ TEST(BuiltinCursors, EachIsAPictureOf32PixelsInBlackAndWhiteWithItsHotSpot) {
         std::string name;
         int32_t hot_x, hot_y;
     };
-    const Expected expected[] = {{101, "zoom", 16, 0}, {102, "pick", 15, 15}, {103, "y", 17, 6}, {104, "pan", 17, 21},
+    const Expected expected[] = {{101, "zoom", 16, 0}, {102, "pick", 15, 15},   {103, "y", 17, 6}, {104, "pan", 17, 21},
                                  {105, "x", 17, 6},    {106, "rotate", 25, 15}, {107, "z", 17, 6}};
     for (int i = 0; i < BUILTIN_CURSOR_COUNT; ++i) {
         const BuiltinCursor& cursor = BUILTIN_CURSORS[i];

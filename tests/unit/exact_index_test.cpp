@@ -75,7 +75,7 @@ TEST(ExactIndex, many_vectors_and_slots_as_in_a_plain_search) {
         const Vec3 sought = step % 2 ? Vec3{static_cast<float>(random() % 5), 0.5f, 1} : at[random() % at.size()];
         int32_t expected = -1;
         for (size_t i = 0; i < at.size() && expected < 0 && sought.x >= 0; ++i) {
-            if (at[i].x == sought.x) expected = static_cast<int32_t>(i);
+            if (at[i].x == sought.x) { expected = static_cast<int32_t>(i); }
         }
         ASSERT_EQ(exact_index_find(index, sought), expected) << step;
     }

@@ -33,9 +33,7 @@ std::vector<std::string> lines_of(const std::string& path, int size) {
     std::vector<std::string> lines;
     std::vector<char> buffer(static_cast<size_t>(size));
     const int slot = open_read(path);
-    while (file_gets(buffer.data(), size, slot) != nullptr) {
-        lines.emplace_back(buffer.data());
-    }
+    while (file_gets(buffer.data(), size, slot) != nullptr) { lines.emplace_back(buffer.data()); }
     EXPECT_NE(file_eof(slot), 0);
     EXPECT_EQ(file_error(slot), 0);
     file_close(slot);
@@ -45,9 +43,7 @@ std::vector<std::string> lines_of(const std::string& path, int size) {
 using Lines = std::vector<std::string>;
 
 // Text of a result that may be null.
-std::string text(const char* result) {
-    return result != nullptr ? result : "(null)";
-}
+std::string text(const char* result) { return result != nullptr ? result : "(null)"; }
 
 TEST(FileTable, InitIsAlwaysOne) {
     EXPECT_EQ(file_table_init(), 1);
@@ -69,30 +65,22 @@ TEST(FileTable, SixthOpenGivesMinusOneAndTheFileIsNotTouched) {
     EXPECT_EQ(file_open(dir.file("new").c_str(), "w"), -1);
     EXPECT_FALSE(dir.exists("new"));
     EXPECT_EQ(file_exists(path.c_str()), 0);  // the test needs a slot as well: intended
-    for (int slot = 0; slot < FILE_TABLE_SIZE; ++slot) {
-        EXPECT_EQ(file_close(slot), 1);
-    }
+    for (int slot = 0; slot < FILE_TABLE_SIZE; ++slot) { EXPECT_EQ(file_close(slot), 1); }
     EXPECT_EQ(file_exists(path.c_str()), 1);
 }
 
 TEST(FileTable, LowestFreeSlotIsTakenAgain) {
     TempDir dir;
     const std::string path = dir.write("a", "x");
-    for (int i = 0; i < 4; ++i) {
-        open_read(path);
-    }
+    for (int i = 0; i < 4; ++i) { open_read(path); }
     EXPECT_EQ(file_close(2), 1);
     EXPECT_EQ(file_open(path.c_str(), "r"), 2);
-    for (int slot = 0; slot < 4; ++slot) {
-        file_close(slot);
-    }
+    for (int slot = 0; slot < 4; ++slot) { file_close(slot); }
 }
 
 TEST(FileTable, CloseOfAFreeOrBadSlotIsZeroAndHarmless) {
     TempDir dir;
-    for (int slot : {-1, 0, 4, 5, 1 << 30, -(1 << 30)}) {
-        EXPECT_EQ(file_close(slot), 0) << slot;
-    }
+    for (int slot : {-1, 0, 4, 5, 1 << 30, -(1 << 30)}) { EXPECT_EQ(file_close(slot), 0) << slot; }
     const int slot = open_read(dir.write("a", "x"));
     EXPECT_EQ(file_close(slot), 1);
     EXPECT_EQ(file_close(slot), 0);
@@ -118,9 +106,7 @@ TEST(FileOpen, NullNamesAndOtherModesAreRefused) {
     EXPECT_EQ(file_open(nullptr, "r"), -1);
     EXPECT_EQ(file_open(path.c_str(), nullptr), -1);
     EXPECT_EQ(file_open("", "r"), -1);
-    for (const char* mode : {"", "a", "rb", "r+", "wx"}) {
-        EXPECT_EQ(file_open(path.c_str(), mode), -1) << mode;
-    }
+    for (const char* mode : {"", "a", "rb", "r+", "wx"}) { EXPECT_EQ(file_open(path.c_str(), mode), -1) << mode; }
     EXPECT_EQ(dir.read("a"), "x");
 }
 
@@ -151,9 +137,7 @@ TEST(FileOpen, PipeIsNeverOpenedAndNothingWaits) {
     EXPECT_EQ(file_exists(path.c_str()), 0);
 }
 
-TEST(FileOpen, DeviceIsNotRead) {
-    EXPECT_EQ(file_open("/dev/zero", "r"), -1);
-}
+TEST(FileOpen, DeviceIsNotRead) { EXPECT_EQ(file_open("/dev/zero", "r"), -1); }
 
 TEST(FileOpen, LinkToAFileIsFollowed) {
     TempDir dir;
@@ -212,9 +196,7 @@ TEST(FileGets, SizeBelowTwoGivesNull) {
     TempDir dir;
     const int slot = open_read(dir.write("a", "x\n"));
     char buffer[4] = "yes";
-    for (int size : {1, 0, -1}) {
-        EXPECT_EQ(file_gets(buffer, size, slot), nullptr);
-    }
+    for (int size : {1, 0, -1}) { EXPECT_EQ(file_gets(buffer, size, slot), nullptr); }
     EXPECT_EQ(file_gets(nullptr, 4, slot), nullptr);
     EXPECT_STREQ(buffer, "yes");
     EXPECT_STREQ(file_gets(buffer, 4, slot), "x");
@@ -358,9 +340,7 @@ TEST(FileReadAll, GivesTheWholeContentOfAnySize) {
     TempDir dir;
     for (size_t size : {size_t{1}, size_t{65534}, size_t{65535}, size_t{65536}, size_t{65537}, size_t{3000000}}) {
         std::string content(size, '\0');
-        for (size_t i = 0; i < size; ++i) {
-            content[i] = static_cast<char>(i * 31 % 251);
-        }
+        for (size_t i = 0; i < size; ++i) { content[i] = static_cast<char>(i * 31 % 251); }
         size_t read = 0;
         char* block = file_read_all(dir.write("a", content).c_str(), &read);
         ASSERT_NE(block, nullptr);
@@ -462,9 +442,7 @@ TEST(FileResolve, NothingAndEndlessPathsAreEmpty) {
     EXPECT_EQ(file_resolve("\\\\"), "");
     EXPECT_EQ(file_resolve(std::string(100000, '/').c_str()), "");
     std::string deep;
-    for (int i = 0; i < 20000; ++i) {
-        deep += "./";
-    }
+    for (int i = 0; i < 20000; ++i) { deep += "./"; }
     EXPECT_EQ(file_resolve((deep + "x").c_str()), "");
     EXPECT_EQ(file_resolve(("/" + std::string(50000, 'a')).c_str()), "");
 }
@@ -592,9 +570,9 @@ TEST(PathSetExtension, ReplacesWhatStandsBehindTheDot) {
 
 TEST(PathSetExtension, WithoutADotItIsAppended) {
     EXPECT_EQ(text(path_set_extension("abcdef", "obj")), "abcdefobj");
-    EXPECT_EQ(text(path_set_extension("a.mo", "obj")), "a.moobj");     // below five characters
+    EXPECT_EQ(text(path_set_extension("a.mo", "obj")), "a.moobj");        // below five characters
     EXPECT_EQ(text(path_set_extension("ship.gz", "obj")), "ship.gzobj");  // the dot stands too far back to be seen
-    EXPECT_EQ(text(path_set_extension(".abcd", "obj")), ".abcdobj");   // a dot in the first place is none
+    EXPECT_EQ(text(path_set_extension(".abcd", "obj")), ".abcdobj");      // a dot in the first place is none
     EXPECT_EQ(text(path_set_extension("a.mod", "obj")), "a.obj");
 }
 

@@ -46,7 +46,7 @@ struct Faults {
 Faults faults;
 
 int fail_or_die() {
-    if (faults.kill) raise(SIGKILL);
+    if (faults.kill) { raise(SIGKILL); }
     errno = EIO;
     return -1;
 }
@@ -54,22 +54,22 @@ int fail_or_die() {
 }  // namespace
 
 extern "C" int fsync(int descriptor) {
-    struct stat status{};
+    struct stat status {};
     fstat(descriptor, &status);
     faults.order += S_ISDIR(status.st_mode) ? 'd' : 'f';
     const int call = ++faults.fsyncs;
-    if (call >= faults.fsync_from && call <= faults.fsync_to) return fail_or_die();
+    if (call >= faults.fsync_from && call <= faults.fsync_to) { return fail_or_die(); }
     return static_cast<int>(syscall(SYS_fsync, descriptor));
 }
 
 extern "C" int rename(const char* from, const char* to) {
     faults.order += 'r';
-    if (++faults.renames >= faults.rename_from) return fail_or_die();
+    if (++faults.renames >= faults.rename_from) { return fail_or_die(); }
     return static_cast<int>(syscall(SYS_renameat2, AT_FDCWD, from, AT_FDCWD, to, 0));
 }
 
 extern "C" int fsetxattr(int descriptor, const char* name, const void* value, size_t size, int flags) noexcept {
-    if (++faults.setxattrs >= faults.setxattr_from) return fail_or_die();
+    if (++faults.setxattrs >= faults.setxattr_from) { return fail_or_die(); }
     return static_cast<int>(syscall(SYS_fsetxattr, descriptor, name, value, size, flags));
 }
 #endif
@@ -110,9 +110,9 @@ TEST(FileReplace, ANameThatCannotBeOpenedGives0) {
 TEST(FileReplace, AFullTableOfFilesRefusesAndLosesNothing) {
     TempDir dir;
     const std::string path = dir.write("a", "former");
-    for (int i = 0; i < FILE_TABLE_SIZE; ++i) ASSERT_EQ(file_open(path.c_str(), "r"), i);
+    for (int i = 0; i < FILE_TABLE_SIZE; ++i) { ASSERT_EQ(file_open(path.c_str(), "r"), i); }
     EXPECT_EQ(put(path, "new"), 0);
-    for (int i = 0; i < FILE_TABLE_SIZE; ++i) EXPECT_EQ(file_close(i), 1);
+    for (int i = 0; i < FILE_TABLE_SIZE; ++i) { EXPECT_EQ(file_close(i), 1); }
     EXPECT_EQ(dir.read("a"), "former");
     EXPECT_EQ(put(path, "new"), 1);
 }
@@ -153,14 +153,10 @@ public:
             EXPECT_EQ(chown(path_.c_str(), other, other), 0);
         }
         EXPECT_EQ(chmod(path_.c_str(), 0555), 0);
-        if (geteuid() == 0) {
-            EXPECT_EQ(seteuid(other), 0);
-        }
+        if (geteuid() == 0) { EXPECT_EQ(seteuid(other), 0); }
     }
     ~ReadOnlyDirectory() {
-        if (geteuid() != getuid()) {
-            EXPECT_EQ(seteuid(getuid()), 0);
-        }
+        if (geteuid() != getuid()) { EXPECT_EQ(seteuid(getuid()), 0); }
         chmod(path_.c_str(), 0755);
     }
     ReadOnlyDirectory(const ReadOnlyDirectory&) = delete;
@@ -264,7 +260,7 @@ TEST(FileReplace, ADeviceTakesTheBytesAndAPipeIsRefused) {
 // ---- what a file is beside its content ----
 
 ino_t file_number(const std::string& path) {
-    struct stat status{};
+    struct stat status {};
     EXPECT_EQ(stat(path.c_str(), &status), 0);
     return status.st_ino;
 }
@@ -277,7 +273,7 @@ std::string access_list(unsigned char user) {
     std::string list("\x02\0\0\0", 4);
     const auto add = [&](unsigned char tag, unsigned char may, unsigned char id) {
         const unsigned char high = id == NO_ONE ? NO_ONE : 0;
-        for (const unsigned char byte : {tag, {}, may, {}, id, high, high, high}) list += static_cast<char>(byte);
+        for (const unsigned char byte : {tag, {}, may, {}, id, high, high, high}) { list += static_cast<char>(byte); }
     };
     add(0x01, 6, NO_ONE);
     add(0x02, 4, user);
@@ -321,7 +317,7 @@ protected:
         std::string found;
         for (const auto& entry : std::filesystem::directory_iterator(dir.path())) {
             const std::string name = entry.path().filename().string();
-            if (name.starts_with(".pelt-")) found += dir.read(name);
+            if (name.starts_with(".pelt-")) { found += dir.read(name); }
         }
         return found;
     }
@@ -333,10 +329,10 @@ protected:
 TEST_F(FileReplaceFaults, AReplacedFileKeepsItsGroupAndOwner) {
     constexpr id_t other = 4321;
     for (const uid_t owner : {geteuid(), static_cast<uid_t>(other)}) {
-        if (chown(path.c_str(), owner, other) != 0) GTEST_SKIP() << "files cannot be given away here";
+        if (chown(path.c_str(), owner, other) != 0) { GTEST_SKIP() << "files cannot be given away here"; }
         ASSERT_EQ(chmod(path.c_str(), 02750), 0);
         EXPECT_EQ(replace("new").error, 0);
-        struct stat status{};
+        struct stat status {};
         ASSERT_EQ(stat(path.c_str(), &status), 0);
         EXPECT_EQ(status.st_uid, owner);
         EXPECT_EQ(status.st_gid, other);
@@ -346,7 +342,7 @@ TEST_F(FileReplaceFaults, AReplacedFileKeepsItsGroupAndOwner) {
 }
 
 TEST_F(FileReplaceFaults, AFileOfAnotherIsWrittenInPlace) {
-    if (geteuid() != 0) GTEST_SKIP() << "only root can take another's place";
+    if (geteuid() != 0) { GTEST_SKIP() << "only root can take another's place"; }
     const std::string longer = dir.write("b", "content of root's");
     ASSERT_EQ(chmod(longer.c_str(), 0666), 0);
     ASSERT_EQ(chmod(dir.path().c_str(), 0777), 0);
@@ -360,7 +356,9 @@ TEST_F(FileReplaceFaults, AFileOfAnotherIsWrittenInPlace) {
 }
 
 TEST_F(FileReplaceFaults, AReplacedFileKeepsItsExtendedAttributes) {
-    if (!give_attribute(path, "user.origin", "a workshop")) GTEST_SKIP() << "no such attributes on this file system";
+    if (!give_attribute(path, "user.origin", "a workshop")) {
+        GTEST_SKIP() << "no such attributes on this file system";
+    }
     ASSERT_TRUE(give_attribute(path, "user.empty", ""));
     const ino_t before = file_number(path);
     EXPECT_EQ(replace("new").error, 0);
@@ -371,10 +369,10 @@ TEST_F(FileReplaceFaults, AReplacedFileKeepsItsExtendedAttributes) {
 }
 
 TEST_F(FileReplaceFaults, AReplacedFileKeepsItsAccessList) {
-    if (!give_attribute(path, ACCESS_LIST, access_list(77))) GTEST_SKIP() << "no access lists on this file system";
+    if (!give_attribute(path, ACCESS_LIST, access_list(77))) { GTEST_SKIP() << "no access lists on this file system"; }
     EXPECT_EQ(replace("new").error, 0);
     EXPECT_EQ(attribute(path, ACCESS_LIST), access_list(77));
-    struct stat status{};
+    struct stat status {};
     ASSERT_EQ(stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0640U);
 }
@@ -391,7 +389,9 @@ TEST_F(FileReplaceFaults, AnAccessListOfTheDirectorysIsNotPutOnAReplacedFile) {
 }
 
 TEST_F(FileReplaceFaults, AFileWhoseAttributesNoOtherCanHaveIsWrittenInPlace) {
-    if (!give_attribute(path, "user.origin", "a workshop")) GTEST_SKIP() << "no such attributes on this file system";
+    if (!give_attribute(path, "user.origin", "a workshop")) {
+        GTEST_SKIP() << "no such attributes on this file system";
+    }
     const ino_t before = file_number(path);
     faults.setxattr_from = 1;
     EXPECT_EQ(replace("new").error, 0);
@@ -495,7 +495,7 @@ TEST_F(FileReplaceFaults, KilledWhileWritingInPlaceLeavesTheCopy) {
 }
 
 TEST_F(FileReplaceFaults, AFileThatMayNotBeReadIsReplacedAllTheSame) {
-    if (geteuid() != 0) GTEST_SKIP() << "only root can become another";
+    if (geteuid() != 0) { GTEST_SKIP() << "only root can become another"; }
     const std::string secret = dir.write("secret", "former");
     ASSERT_EQ(chmod(secret.c_str(), 0200), 0);
     ASSERT_EQ(chown(secret.c_str(), 65534, getegid()), 0);

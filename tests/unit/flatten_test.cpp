@@ -1,12 +1,12 @@
 // Merging children, and the whole of flattening.
 #include <gtest/gtest.h>
 
+#include "formats/layer_image.h"
+#include "foundation/text.h"
 #include "reduce/bake_mirror.h"
 #include "reduce/flatten.h"
 #include "reduce/flatten_limits.h"
 #include "reduce/tessellate.h"
-#include "formats/layer_image.h"
-#include "foundation/text.h"
 #include "support/edit_model.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
@@ -551,7 +551,7 @@ TEST_F(FlattenImages, an_image_that_is_not_in_the_parents_directory_is_no_failur
 TEST_F(FlattenImages, the_whole_pipeline_leaves_triangles_alone) {
     put_points(model.get(), {{0, 0, 0}, {100, 0, 0}, {0, 100, 0}, {100, 100, 0}});
     Joint* arm = put_joint(model.get(), "arm");
-    for (Point& point : list_elements<Point>(model->points)) point.joint_a = arm;
+    for (Point& point : list_elements<Point>(model->points)) { point.joint_a = arm; }
     put_layer(model.get(), "skin", AXIS_X);
     put_triangle(model.get(), "skin", {1, 2, 3, 4}, {}, 4);
     put_polygon(model.get(), "skin", {1, 2, 3, 4}, {2, 2, 3, 4});

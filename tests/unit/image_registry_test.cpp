@@ -92,13 +92,13 @@ TEST_F(ImageRegistry, EachOfThousandsOfSpellingsIsAnEntryOfItsOwn) {
     std::vector<std::string> paths;
     for (int i = 0; i < MANY; ++i) {
         std::string path = dir.path() + "/";
-        for (int bit = 0; bit < SPELLING_BITS; ++bit) path += (i >> bit & 1) != 0 ? ".//" : "./";
+        for (int bit = 0; bit < SPELLING_BITS; ++bit) { path += (i >> bit & 1) != 0 ? ".//" : "./"; }
         paths.push_back(path + "a.tga");
         ASSERT_NE(load(paths.back()), nullptr);
     }
     EXPECT_EQ(list_count(image_registry()), MANY);
-    for (const std::string& path : paths) EXPECT_EQ(image_find(path.c_str())->path, path);
-    for (const std::string& path : paths) EXPECT_EQ(image_release(path.c_str()), 1);
+    for (const std::string& path : paths) { EXPECT_EQ(image_find(path.c_str())->path, path); }
+    for (const std::string& path : paths) { EXPECT_EQ(image_release(path.c_str()), 1); }
     EXPECT_EQ(image_find(paths.front().c_str()), nullptr);
 }
 
@@ -117,7 +117,7 @@ TEST_F(ImageRegistry, SpellingsAndNamesOfOneFileHaveTheirPixelsInCommon) {
     EXPECT_EQ(list_count(image_registry()), 4);
     EXPECT_EQ(image_find(path.c_str())->ref_count, 1);
     EXPECT_NE(image_find(path.c_str())->id, image_find(spelling.c_str())->id);
-    for (const std::string& used : {path, link, alike}) EXPECT_EQ(image_release(used.c_str()), 1);
+    for (const std::string& used : {path, link, alike}) { EXPECT_EQ(image_release(used.c_str()), 1); }
     EXPECT_EQ(image_find(spelling.c_str())->pixels, pixels);
     EXPECT_EQ(pixels[0], 'c');
     EXPECT_EQ(image_release(spelling.c_str()), 1);
@@ -127,7 +127,7 @@ TEST_F(ImageRegistry, SpellingsHaveKeyedPixelsInCommonWhereTheirKeysAreAlike) {
     const std::string path = picture("a.tga", {"\x03\x02\x01", 3});
     const std::string second = dir.path() + "/./a.tga";
     const std::string third = dir.path() + "/././a.tga";
-    for (const std::string& used : {path, second, third}) load(used);
+    for (const std::string& used : {path, second, third}) { load(used); }
     const unsigned char* keyed = image_keyed(path.c_str(), 1, 2, 3);
     EXPECT_EQ(image_keyed(second.c_str(), 1, 2, 3), keyed);
     const unsigned char* other = image_keyed(third.c_str(), 9, 9, 9);
@@ -169,7 +169,7 @@ TEST_F(ImageRegistry, AFileThatChangedLongAfterItWasLoadedIsReadAgainUnderAnothe
     const std::string other = dir.path() + "/././a.tga";
     ASSERT_NE(load(other), nullptr);
     EXPECT_EQ(image_find(other.c_str())->pixels[0], 'b');
-    for (const std::string& used : {path, same, other}) image_release(used.c_str());
+    for (const std::string& used : {path, same, other}) { image_release(used.c_str()); }
 }
 
 TEST_F(ImageRegistry, AFailureSetsTheLoadErrorAndZeroSizes) {
@@ -195,7 +195,10 @@ TEST_F(ImageRegistry, NullsAreRefusedWithoutAText) {
 
 TEST_F(ImageRegistry, TheKeyIsComparedExactly) {
     // Blue, green, red in the file.
-    const std::string path = picture("a.tga", {"\x03\x02\x01" "\x03\x02\x02" "\x03\x02\x01", 9});
+    const std::string path = picture("a.tga", {"\x03\x02\x01"
+                                               "\x03\x02\x02"
+                                               "\x03\x02\x01",
+                                               9});
     load(path);
     const unsigned char* keyed = image_keyed(path.c_str(), 1, 2, 3);
     ASSERT_NE(keyed, nullptr);

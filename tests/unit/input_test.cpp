@@ -62,7 +62,7 @@ TEST_F(InputTest, AnyHeldButtonOverrulesEveryMessage) {
     for (uint32_t message = 0x200; message <= 0x209; ++message) {
         for (uint32_t held = 0; held < 32; ++held) {
             const bool left = held % 2 == 1, right = held / 2 % 2 == 1, middle = held / 16 == 1;
-            if (!left && !right && !middle) continue;
+            if (!left && !right && !middle) { continue; }
             const int32_t button = middle || (left && right) ? 2 : right ? 3 : 1;
             const MouseEvent event = mouse(message, held);
             EXPECT_EQ(event.button, button) << message << " " << held;
@@ -106,7 +106,7 @@ TEST_F(InputTest, NegativeCoordinatesKeepTheirSign) {
 }
 
 TEST_F(InputTest, LparamIsCutTo32BitsBeforeItsHalvesAreTaken) {
-    if (sizeof(std::intptr_t) < 8) GTEST_SKIP() << "lparam has no more than 32 bits here";
+    if (sizeof(std::intptr_t) < 8) { GTEST_SKIP() << "lparam has no more than 32 bits here"; }
     const auto wide = static_cast<std::intptr_t>(0x7654321000000000 | 0xFFFE0003);
     input_mouse(window, MESSAGE_MOUSE_MOVE, 0, wide);
     EXPECT_EQ(mouse_events.back().x, 3);

@@ -14,7 +14,7 @@ namespace {
 // The bytes 1, 2, 3 and so on.
 uint64_t hash_of_count(HashSecret secret, size_t size) {
     std::vector<unsigned char> bytes;
-    for (size_t i = 1; i <= size; ++i) bytes.push_back(static_cast<unsigned char>(i));
+    for (size_t i = 1; i <= size; ++i) { bytes.push_back(static_cast<unsigned char>(i)); }
     return hash_bytes(secret, bytes.data(), bytes.size());
 }
 
@@ -60,7 +60,7 @@ TEST(KeyHash, EachByteOfAnIntegerMatters) {
 
 TEST(KeyHash, TenThousandIntegersInARowHaveAsManyValues) {
     std::set<uint64_t> values;
-    for (int32_t key = 0; key < 10000; ++key) values.insert(key_hash(key));
+    for (int32_t key = 0; key < 10000; ++key) { values.insert(key_hash(key)); }
     EXPECT_EQ(values.size(), 10000u);
 }
 

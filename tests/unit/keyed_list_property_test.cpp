@@ -19,9 +19,9 @@ constexpr int32_t LOWEST_KEY = -4;
 
 struct Course {
     int operations;
-    int32_t keys;      // as many, from LOWEST_KEY on
-    int phase;         // operations of each phase of growing and of shrinking; the list is emptied after both
-    int32_t slots;     // that the list must have had at its longest
+    int32_t keys;   // as many, from LOWEST_KEY on
+    int phase;      // operations of each phase of growing and of shrinking; the list is emptied after both
+    int32_t slots;  // that the list must have had at its longest
 };
 constexpr Course SHORT_LIST{1000000, 90, 500, 32};
 constexpr Course LONG_LIST{60000, 3000, 10000, 1025};
@@ -37,28 +37,28 @@ struct PlainList {
 
     int32_t slot_of(int32_t key) const {
         for (size_t i = 0; i < slots.size(); ++i) {
-            if (slots[i].occupied && slots[i].key == key) return static_cast<int32_t>(i);
+            if (slots[i].occupied && slots[i].key == key) { return static_cast<int32_t>(i); }
         }
         return -1;
     }
     int32_t rank_of_slot(int32_t slot) const {
         int32_t rank = 0;
-        for (int32_t i = 0; i < slot; ++i) rank += slots[static_cast<size_t>(i)].occupied ? 1 : 0;
+        for (int32_t i = 0; i < slot; ++i) { rank += slots[static_cast<size_t>(i)].occupied ? 1 : 0; }
         return rank;
     }
     int32_t count() const { return rank_of_slot(static_cast<int32_t>(slots.size())); }
     // The first occupied slot, or the value given when there is none.
     int32_t first_slot(int32_t none) const {
         for (size_t i = 0; i < slots.size(); ++i) {
-            if (slots[i].occupied) return static_cast<int32_t>(i);
+            if (slots[i].occupied) { return static_cast<int32_t>(i); }
         }
         return none;
     }
     int32_t* add(int32_t key) {
         const int32_t found = slot_of(key);
-        if (found >= 0) return &slots[static_cast<size_t>(found)].value;
+        if (found >= 0) { return &slots[static_cast<size_t>(found)].value; }
         for (PlainSlot& slot : slots) {
-            if (slot.occupied) continue;
+            if (slot.occupied) { continue; }
             slot.occupied = true;
             slot.key = key;
             return &slot.value;
@@ -100,14 +100,14 @@ template <typename Keys>
 void expect_same_walk(const KeyedList& list, const PlainList& plain) {
     size_t at = 0;
     for (auto it = list_elements<int32_t>(list).begin(); it != std::default_sentinel; ++it) {
-        while (at < plain.slots.size() && !plain.slots[at].occupied) ++at;
+        while (at < plain.slots.size() && !plain.slots[at].occupied) { ++at; }
         ASSERT_LT(at, plain.slots.size());
         ASSERT_EQ(it.slot(), static_cast<int32_t>(at));
         ASSERT_EQ(*it, plain.slots[at].value);
         ASSERT_TRUE(Keys::is(list, it.slot(), plain.slots[at].key));
         ++at;
     }
-    while (at < plain.slots.size() && !plain.slots[at].occupied) ++at;
+    while (at < plain.slots.size() && !plain.slots[at].occupied) { ++at; }
     ASSERT_EQ(at, plain.slots.size());
 }
 
@@ -115,7 +115,7 @@ void expect_same_walk(const KeyedList& list, const PlainList& plain) {
 void expect_same_cursor(KeyedList* list, const PlainList& plain) {
     const void* element = list_first(list);
     for (const PlainSlot& slot : plain.slots) {
-        if (!slot.occupied) continue;
+        if (!slot.occupied) { continue; }
         ASSERT_NE(element, nullptr);
         ASSERT_EQ(*static_cast<const int32_t*>(element), slot.value);
         element = list_next(list);
@@ -130,9 +130,7 @@ void expect_same_copy(const KeyedList& list, const PlainList& plain) {
     ASSERT_EQ(list_copy(&list, &copy), 1);
     expect_same_walk<Keys>(copy, plain);
     for (const PlainSlot& slot : plain.slots) {
-        if (slot.occupied) {
-            ASSERT_NE(list_find(&copy, Keys::key(slot.key)), nullptr);
-        }
+        if (slot.occupied) { ASSERT_NE(list_find(&copy, Keys::key(slot.key)), nullptr); }
     }
     list_clear(&copy);
     ASSERT_EQ(list_count(&copy), 0);
@@ -146,7 +144,7 @@ template <typename Keys>
 void empty_both(KeyedList* list, PlainList* plain, std::mt19937* random) {
     std::vector<int32_t> slots;
     for (size_t i = 0; i < plain->slots.size(); ++i) {
-        if (plain->slots[i].occupied) slots.push_back(static_cast<int32_t>(i));
+        if (plain->slots[i].occupied) { slots.push_back(static_cast<int32_t>(i)); }
     }
     switch ((*random)() % 3) {
         case 0: std::reverse(slots.begin(), slots.end()); break;
@@ -185,7 +183,7 @@ void run_operations(const Course& course, unsigned seed) {
         switch (random() % 8) {
             case 0:
             case 1: {
-                if (!growing && random() % 4 != 0) break;
+                if (!growing && random() % 4 != 0) { break; }
                 auto* value = static_cast<int32_t*>(list_add(&list, Keys::key(number)));
                 int32_t* expected = plain.add(number);
                 ASSERT_NE(value, nullptr);
@@ -195,7 +193,7 @@ void run_operations(const Course& course, unsigned seed) {
             }
             case 2:
             case 3: {
-                if (growing && random() % 4 != 0) break;
+                if (growing && random() % 4 != 0) { break; }
                 const int expected = Keys::removable(number) ? plain.remove_slot(slot) : 0;
                 ASSERT_EQ(list_remove(&list, Keys::key(number)), expected);
                 break;
@@ -203,22 +201,16 @@ void run_operations(const Course& course, unsigned seed) {
             case 4: {
                 const auto* value = static_cast<const int32_t*>(list_find(&list, Keys::key(number)));
                 ASSERT_EQ(value != nullptr, slot >= 0);
-                if (value != nullptr) {
-                    ASSERT_EQ(*value, plain.slots[static_cast<size_t>(slot)].value);
-                }
+                if (value != nullptr) { ASSERT_EQ(*value, plain.slots[static_cast<size_t>(slot)].value); }
                 break;
             }
             case 5:
                 ASSERT_EQ(list_index_of(&list, Keys::key(number), 0), slot);
                 ASSERT_EQ(list_index_of(&list, Keys::key(number), 1), slot < 0 ? -1 : plain.rank_of_slot(slot));
-                if (slot >= 0) {
-                    ASSERT_EQ(list_at(&list, plain.rank_of_slot(slot), 1), list_at(&list, slot, 0));
-                }
+                if (slot >= 0) { ASSERT_EQ(list_at(&list, plain.rank_of_slot(slot), 1), list_at(&list, slot, 0)); }
                 break;
             case 6:
-                if (random() % 8 == 0) {
-                    ASSERT_EQ(list_remove_slot(&list, number), plain.remove_slot(number));
-                }
+                if (random() % 8 == 0) { ASSERT_EQ(list_remove_slot(&list, number), plain.remove_slot(number)); }
                 break;
             default:
                 ASSERT_EQ(list_count(&list), plain.count());

@@ -26,15 +26,11 @@ struct List : KeyedList {
     List& operator=(const List&) = delete;
 };
 
-int32_t* add_int(KeyedList* list, int32_t key) {
-    return static_cast<int32_t*>(list_add(list, key));
-}
+int32_t* add_int(KeyedList* list, int32_t key) { return static_cast<int32_t*>(list_add(list, key)); }
 
 // Keys 1 to n, each element holding 100 times its key.
 void fill(KeyedList* list, int32_t n) {
-    for (int32_t key = 1; key <= n; ++key) {
-        *add_int(list, key) = 100 * key;
-    }
+    for (int32_t key = 1; key <= n; ++key) { *add_int(list, key) = 100 * key; }
 }
 
 std::vector<int32_t> keys_in_walk(KeyedList* list) {
@@ -64,9 +60,7 @@ TEST(KeyedListInit, RefusesKindThreeAndLeavesTheRecord) {
     EXPECT_EQ(std::memcmp(&list, &before, sizeof list), 0);
 }
 
-TEST(KeyedListInit, RefusesNull) {
-    EXPECT_EQ(list_init(nullptr, 4, KEY_INT), 0);
-}
+TEST(KeyedListInit, RefusesNull) { EXPECT_EQ(list_init(nullptr, 4, KEY_INT), 0); }
 
 TEST(KeyedListInit, AllocatesNothing) {
     List list(4, KEY_INT);
@@ -187,9 +181,7 @@ TEST(KeyedListAdd, ZeroFilledRecordRefusesEverything) {
     EXPECT_EQ(list_clear(&list), 1);
     EXPECT_EQ(list.element_size, 0);
     int visited = 0;
-    for (int32_t& element : list_elements<int32_t>(list)) {
-        visited += 1 + element;
-    }
+    for (int32_t& element : list_elements<int32_t>(list)) { visited += 1 + element; }
     EXPECT_EQ(visited, 0);
 }
 
@@ -258,9 +250,7 @@ TEST(KeyedListRemove, IndexBehindAHoleIsFourBySlotAndThreeByRank) {
 TEST(KeyedListRemove, LowestHoleIsFilledFirst) {
     List list(4, KEY_INT);
     fill(&list, 200);
-    for (int32_t key : {150, 3, 90}) {
-        EXPECT_EQ(list_remove(&list, key), 1);
-    }
+    for (int32_t key : {150, 3, 90}) { EXPECT_EQ(list_remove(&list, key), 1); }
     const int32_t keys[4] = {1000, 2000, 3000, 4000};
     const int32_t slots[4] = {2, 89, 149, 200};
     for (int i = 0; i < 4; ++i) {
@@ -338,9 +328,7 @@ TEST(KeyedListWalk, EmptyPopulatedListDoesNotResetTheCursor) {
     list_first(&list);
     list_next(&list);
     list_next(&list);
-    for (int32_t key = 1; key <= 3; ++key) {
-        list_remove(&list, key);
-    }
+    for (int32_t key = 1; key <= 3; ++key) { list_remove(&list, key); }
     EXPECT_EQ(list_first(&list), nullptr);
     EXPECT_EQ(list.cursor, 2);
 }
@@ -417,9 +405,7 @@ TEST(KeyedListWalk, NestedElementsMeetEveryPair) {
     list_remove(&list, 50);
     int64_t sum = 0;
     for (const int32_t& outer : list_elements<int32_t>(list)) {
-        for (const int32_t& inner : list_elements<int32_t>(list)) {
-            sum += int64_t{outer} * inner;
-        }
+        for (const int32_t& inner : list_elements<int32_t>(list)) { sum += int64_t{outer} * inner; }
     }
     const int64_t total = 100 * (5050 - 50);
     EXPECT_EQ(sum, total * total);
@@ -472,9 +458,7 @@ TEST(KeyedListAt, RefusesNegativeFreeAndTooLargeIndices) {
 TEST(KeyedListAt, RankCountsOccupiedSlotsAcrossWords) {
     List list(4, KEY_INT);
     fill(&list, 500);
-    for (int32_t key = 1; key <= 500; key += 2) {
-        list_remove(&list, key);
-    }
+    for (int32_t key = 1; key <= 500; key += 2) { list_remove(&list, key); }
     for (int32_t rank = 0; rank < 250; ++rank) {
         ASSERT_EQ(*static_cast<int32_t*>(list_at(&list, rank, 1)), 200 * (rank + 1));
         ASSERT_EQ(list_index_of(&list, 2 * (rank + 1), 1), rank);
@@ -485,9 +469,7 @@ TEST(KeyedListAt, RankCountsOccupiedSlotsAcrossWords) {
 TEST(KeyedListNextSlot, SkipsHolesAndEndsAtTheCapacity) {
     List list(4, KEY_INT);
     fill(&list, 200);
-    for (int32_t key = 11; key <= 190; ++key) {
-        list_remove(&list, key);
-    }
+    for (int32_t key = 11; key <= 190; ++key) { list_remove(&list, key); }
     EXPECT_EQ(list_next_slot(&list, -7), 0);
     EXPECT_EQ(list_next_slot(&list, 9), 9);
     EXPECT_EQ(list_next_slot(&list, 10), 190);
@@ -510,9 +492,7 @@ TEST(KeyedListFree, AddIsRefusedAfterFreeAndWorksAfterClear) {
 
 TEST(KeyedListNone, AcceptsTheSameKeyAnyNumberOfTimesAndFindsNothing) {
     List list(4, KEY_NONE);
-    for (int i = 0; i < 40; ++i) {
-        ASSERT_NE(list_add(&list, 5), nullptr);
-    }
+    for (int i = 0; i < 40; ++i) { ASSERT_NE(list_add(&list, 5), nullptr); }
     EXPECT_EQ(list_count(&list), 40);
     EXPECT_EQ(list_find(&list, 5), nullptr);
     EXPECT_EQ(list_remove(&list, 5), 0);
@@ -537,9 +517,7 @@ TEST(KeyedListCopy, CopyOfAListWithoutElementsSharesNothing) {
 TEST(KeyedListCopy, CopyHoldsTheSameSlotsCursorAndKeysAndGrowsByItself) {
     for (int32_t step : {1, 7}) {
         List source(4, KEY_INT);
-        for (int32_t i = 1; i <= 150; ++i) {
-            *add_int(&source, i * step * (i % 2 == 0 ? 1 : -1)) = i;
-        }
+        for (int32_t i = 1; i <= 150; ++i) { *add_int(&source, i * step * (i % 2 == 0 ? 1 : -1)) = i; }
         list_first(&source);
         list_next(&source);
         list_remove(&source, 4 * step);
@@ -551,9 +529,7 @@ TEST(KeyedListCopy, CopyHoldsTheSameSlotsCursorAndKeysAndGrowsByItself) {
         EXPECT_EQ(*static_cast<int32_t*>(list_find(&copy, 6 * step)), 6);
         EXPECT_NE(list_find(&copy, 6 * step), list_find(&source, 6 * step));
         EXPECT_EQ(*add_int(&copy, 5000), 4);  // the hole and its bytes were copied too
-        for (int32_t i = 0; i < 500; ++i) {
-            list_add(&copy, 6000 + i);
-        }
+        for (int32_t i = 0; i < 500; ++i) { list_add(&copy, 6000 + i); }
         EXPECT_EQ(list_find(&source, 5000), nullptr);
         EXPECT_EQ(list_count(&source), 149);
         list_free(&copy);
@@ -563,15 +539,11 @@ TEST(KeyedListCopy, CopyHoldsTheSameSlotsCursorAndKeysAndGrowsByItself) {
 
 TEST(KeyedListCopy, TextsAreFoundInTheCopy) {
     List source(4, KEY_STRING);
-    for (int i = 0; i < 100; ++i) {
-        list_add(&source, ("k" + std::to_string(i)).c_str());
-    }
+    for (int i = 0; i < 100; ++i) { list_add(&source, ("k" + std::to_string(i)).c_str()); }
     KeyedList copy;
     list_copy(&source, &copy);
     list_free(&source);
-    for (int i = 0; i < 100; ++i) {
-        ASSERT_EQ(list_index_of(&copy, ("k" + std::to_string(i)).c_str(), 0), i);
-    }
+    for (int i = 0; i < 100; ++i) { ASSERT_EQ(list_index_of(&copy, ("k" + std::to_string(i)).c_str(), 0), i); }
     list_free(&copy);
 }
 
@@ -596,9 +568,7 @@ TEST(KeyedListText, KeyOfThirtyOneBytesWorks) {
 TEST(KeyedListText, KeyOfThirtyTwoBytesIsCutAndNeverFoundAndEachAddTakesASlot) {
     for (int before : {0, 40}) {  // found by scanning, found by the index
         List list(4, KEY_STRING);
-        for (int i = 0; i < before; ++i) {
-            list_add(&list, ("s" + std::to_string(i)).c_str());
-        }
+        for (int i = 0; i < before; ++i) { list_add(&list, ("s" + std::to_string(i)).c_str()); }
         const std::string stored(32, 'k');
         const std::string key = stored + "tail";
         void* first = list_add(&list, key.c_str());
@@ -650,28 +620,20 @@ TEST(KeyedListRecord, MayBeHandedOnByteByByte) {
 TEST(KeyedListKeys, ExtremeKeysAreDistinct) {
     List list(4, KEY_INT);
     const int32_t keys[] = {INT_MAX_KEY, INT_MIN_KEY, -1, 0, 1};
-    for (int32_t key : keys) {
-        list_add(&list, key);
-    }
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(list_index_of(&list, keys[i], 0), i);
-    }
+    for (int32_t key : keys) { list_add(&list, key); }
+    for (int i = 0; i < 5; ++i) { EXPECT_EQ(list_index_of(&list, keys[i], 0), i); }
     EXPECT_EQ(list_find(&list, INT_MIN_KEY + 1), nullptr);
     EXPECT_EQ(list_remove(&list, INT_MAX_KEY), 1);
 }
 
 TEST(KeyedListKeys, RunOfKeysThatBreaksLateIsStillFound) {
     List list(4, KEY_INT);
-    for (int32_t key = 100; key < 200; ++key) {
-        list_add(&list, key);
-    }
+    for (int32_t key = 100; key < 200; ++key) { list_add(&list, key); }
     EXPECT_EQ(list_find(&list, 99), nullptr);
     EXPECT_EQ(list_find(&list, 200), nullptr);
     list_add(&list, 5000);
     list_add(&list, 99);
-    for (int32_t key = 99; key < 200; ++key) {
-        ASSERT_EQ(list_index_of(&list, key, 0), key == 99 ? 101 : key - 100);
-    }
+    for (int32_t key = 99; key < 200; ++key) { ASSERT_EQ(list_index_of(&list, key, 0), key == 99 ? 101 : key - 100); }
     EXPECT_EQ(list_index_of(&list, 5000, 0), 100);
     EXPECT_EQ(list_find(&list, 200), nullptr);
 }
@@ -688,20 +650,14 @@ struct SlowList {
 
     int32_t find(int32_t key) const {
         for (size_t i = 0; i < slots.size(); ++i) {
-            if (slots[i].occupied && slots[i].key == key) {
-                return static_cast<int32_t>(i);
-            }
+            if (slots[i].occupied && slots[i].key == key) { return static_cast<int32_t>(i); }
         }
         return -1;
     }
     Slot& add(int32_t key) {
         size_t place = 0;
-        while (place < slots.size() && slots[place].occupied) {
-            ++place;
-        }
-        if (place == slots.size()) {
-            slots.resize(slots.empty() ? 16 : 2 * slots.size());
-        }
+        while (place < slots.size() && slots[place].occupied) { ++place; }
+        if (place == slots.size()) { slots.resize(slots.empty() ? 16 : 2 * slots.size()); }
         slots[place].occupied = true;
         slots[place].key = key;
         ++count;
@@ -713,8 +669,8 @@ void compare(const KeyedList& list, const SlowList& slow, int key_range, bool te
     ASSERT_EQ(list_count(&list), slow.count);
     ASSERT_EQ(list.capacity, static_cast<int32_t>(slow.slots.size()));
     for (int32_t key = 1; key <= key_range; ++key) {
-        const int32_t slot = texts ? list_index_of(&list, ("n" + std::to_string(key)).c_str(), 0)
-                                   : list_index_of(&list, key, 0);
+        const int32_t slot =
+            texts ? list_index_of(&list, ("n" + std::to_string(key)).c_str(), 0) : list_index_of(&list, key, 0);
         ASSERT_EQ(slot, slow.find(key)) << key;
         if (slot >= 0) {
             ASSERT_EQ(*static_cast<int32_t*>(list_at(&list, slot, 0)), slow.slots[static_cast<size_t>(slot)].value);
@@ -722,9 +678,7 @@ void compare(const KeyedList& list, const SlowList& slow, int key_range, bool te
     }
     int32_t expected = 0;
     for (int32_t slot = list_next_slot(&list, 0); slot < list.capacity; slot = list_next_slot(&list, slot + 1)) {
-        while (!slow.slots[static_cast<size_t>(expected)].occupied) {
-            ++expected;
-        }
+        while (!slow.slots[static_cast<size_t>(expected)].occupied) { ++expected; }
         ASSERT_EQ(slot, expected++);
     }
 }
@@ -753,9 +707,7 @@ void exercise(int32_t kind, int key_range, unsigned seed) {
                 --slow.count;
             }
         }
-        if (step % 500 == 499) {
-            compare(list, slow, key_range, texts);
-        }
+        if (step % 500 == 499) { compare(list, slow, key_range, texts); }
     }
 }
 
@@ -774,9 +726,7 @@ TEST(KeyedListRandom, TextKeysAgreeWithASlowList) {
 TEST(KeyedListScale, HundredThousandScatteredKeysAreAllFound) {
     List list(4, KEY_INT);
     constexpr int32_t n = 100000;
-    for (int32_t i = 0; i < n; ++i) {
-        *add_int(&list, static_cast<int32_t>(int64_t{i} * 7919 % n) * 16 + 1) = i;
-    }
+    for (int32_t i = 0; i < n; ++i) { *add_int(&list, static_cast<int32_t>(int64_t{i} * 7919 % n) * 16 + 1) = i; }
     ASSERT_EQ(list_count(&list), n);
     for (int32_t i = 0; i < n; ++i) {
         ASSERT_EQ(*static_cast<int32_t*>(list_find(&list, static_cast<int32_t>(int64_t{i} * 7919 % n) * 16 + 1)), i);
@@ -804,7 +754,7 @@ constexpr size_t STRETCH_BY_CHANCE = 1000;
 
 constexpr uint32_t inverse_of(uint32_t odd) {
     uint32_t inverse = odd;
-    for (int i = 0; i < 5; ++i) inverse *= 2 - odd * inverse;
+    for (int i = 0; i < 5; ++i) { inverse *= 2 - odd * inverse; }
     return inverse;
 }
 
@@ -821,9 +771,7 @@ TEST(KeyedListIndex, IntegersChosenToCollideAreSpread) {
     List list(4, KEY_INT);
     for (uint32_t high = 1; list_count(&list) < 20000; ++high) {
         const uint32_t key = unmixed(high << 15);
-        if (key <= static_cast<uint32_t>(INT_MAX_KEY)) {
-            add_int(&list, static_cast<int32_t>(key));
-        }
+        if (key <= static_cast<uint32_t>(INT_MAX_KEY)) { add_int(&list, static_cast<int32_t>(key)); }
     }
     EXPECT_LT(longest_stretch(list), STRETCH_BY_CHANCE);
 }
@@ -839,7 +787,7 @@ uint32_t letter_of(uint32_t number, uint32_t place) {
 }
 std::string letters(uint32_t number) {
     std::string text;
-    for (uint32_t place = 0; place < HALF; ++place) text += static_cast<char>(letter_of(number, place));
+    for (uint32_t place = 0; place < HALF; ++place) { text += static_cast<char>(letter_of(number, place)); }
     return text;
 }
 
@@ -850,14 +798,14 @@ std::vector<std::string> bridges(uint32_t from, uint32_t to) {
     std::vector<uint64_t> first(HALVES);
     for (uint32_t number = 0; number < HALVES; ++number) {
         uint32_t hash = from;
-        for (uint32_t place = 0; place < HALF; ++place) hash = (hash ^ letter_of(number, place)) * FNV_FACTOR;
+        for (uint32_t place = 0; place < HALF; ++place) { hash = (hash ^ letter_of(number, place)) * FNV_FACTOR; }
         first[number] = uint64_t{hash} << 32 | number;
     }
     std::sort(first.begin(), first.end());
     std::vector<std::string> texts;
     for (uint32_t number = 0; number < HALVES; ++number) {
         uint32_t hash = to;
-        for (uint32_t place = HALF; place-- > 0;) hash = hash * FNV_INVERSE ^ letter_of(number, place);
+        for (uint32_t place = HALF; place-- > 0;) { hash = hash * FNV_INVERSE ^ letter_of(number, place); }
         const auto found = std::lower_bound(first.begin(), first.end(), uint64_t{hash} << 32);
         if (found != first.end() && *found >> 32 == hash) {
             texts.push_back(letters(static_cast<uint32_t>(*found)) + letters(number));

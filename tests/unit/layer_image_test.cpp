@@ -34,9 +34,7 @@ protected:
     }
 
     void read(const std::string& lines) { ASSERT_EQ(model_read_data(model, lines.c_str()), 1) << load_error_get(); }
-    void add_layer(const std::string& name) {
-        read("layer " + name + " 1 2 3 x\ntriangles\n0 1 2 3\n");
-    }
+    void add_layer(const std::string& name) { read("layer " + name + " 1 2 3 x\ntriangles\n0 1 2 3\n"); }
     int add(const char* layer, int slot, const char* name) {
         return model_add_image(model, layer, slot, name, AXIS_X, AXIS_Y);
     }
@@ -232,8 +230,9 @@ TEST_F(LayerImages, NamesFollowTheLayersAndThenTheChildren) {
     add("one", IMAGE_SLOT_MIRROR, "b.tga");
     add("two", IMAGE_SLOT_BASE, "b.tga");
     Model* child = model_create(dir.file("c.mod").c_str(), model);
-    ASSERT_EQ(model_read_data(child, "points\n1 0 0 0\n2 1 0 0\n3 0 1 0\nlayer l 1 2 3 x\ntriangles\n0 1 2 3\n"
-                                     "image a.tga x y\n"),
+    ASSERT_EQ(model_read_data(child,
+                              "points\n1 0 0 0\n2 1 0 0\n3 0 1 0\nlayer l 1 2 3 x\ntriangles\n0 1 2 3\n"
+                              "image a.tga x y\n"),
               1);
     model_add_child(model, nullptr, "absent", 0, 0, 0, 1, 1, 1, "0", "0", "0");
     model_add_child(model, child, "c", 0, 0, 0, 1, 1, 1, "0", "0", "0");

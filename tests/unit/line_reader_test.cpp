@@ -36,9 +36,7 @@ int run_data(const std::string& text, Action action) {
 
 Row current_row() {
     Row row{reader_line_number(), {}};
-    for (int32_t i = 0; i < reader_token_count(); ++i) {
-        row.tokens.emplace_back(reader_text(i));
-    }
+    for (int32_t i = 0; i < reader_token_count(); ++i) { row.tokens.emplace_back(reader_text(i)); }
     return row;
 }
 
@@ -92,9 +90,7 @@ TEST(Tokens, AQuotedBlankIsAToken) { EXPECT_EQ(tokens_of("\" \" y"), (Tokens{" "
 
 TEST(Tokens, NoMoreThan256AreKept) {
     std::string line;
-    for (int i = 0; i < 300; ++i) {
-        line += std::to_string(i % 10) + " ";
-    }
+    for (int i = 0; i < 300; ++i) { line += std::to_string(i % 10) + " "; }
     const Tokens tokens = tokens_of(line);
     EXPECT_EQ(tokens.size(), 256u);
     EXPECT_EQ(tokens.back(), "5");
@@ -102,20 +98,14 @@ TEST(Tokens, NoMoreThan256AreKept) {
 
 TEST(Tokens, ThoseBeyondTheLimitAreKnownToBeThere) {
     std::string line = "0";
-    for (int i = 1; i < READER_TOKEN_LIMIT; ++i) {
-        line += " 0";
-    }
+    for (int i = 1; i < READER_TOKEN_LIMIT; ++i) { line += " 0"; }
     const auto has_more = [](const std::string& text) {
         int more = -1;
         run_data(text, [&] { more = reader_has_more_tokens(); });
         return more;
     };
-    for (const char* nothing : {"", " \t", " \"\" x", " \""}) {
-        EXPECT_EQ(has_more(line + nothing), 0) << nothing;
-    }
-    for (const char* token : {" 1", "\tx", " \"a b\"", " \"a"}) {
-        EXPECT_EQ(has_more(line + token), 1) << token;
-    }
+    for (const char* nothing : {"", " \t", " \"\" x", " \""}) { EXPECT_EQ(has_more(line + nothing), 0) << nothing; }
+    for (const char* token : {" 1", "\tx", " \"a b\"", " \"a"}) { EXPECT_EQ(has_more(line + token), 1) << token; }
     EXPECT_EQ(has_more("1 2 3"), 0);
     EXPECT_EQ(reader_has_more_tokens(), 0) << "outside a read";
 }
@@ -193,9 +183,7 @@ TEST(TokenValues, AgreeWithTheRulesForWords) {
     const std::string alphabet = "05-.x";
     for (int number = 1; number < 5 * 5 * 5 * 5 * 5; ++number) {
         std::string word;
-        for (int rest = number; rest > 0; rest /= 5) {
-            word += alphabet[static_cast<size_t>(rest % 5)];
-        }
+        for (int rest = number; rest > 0; rest /= 5) { word += alphabet[static_cast<size_t>(rest % 5)]; }
         run_data(word, [&] {
             const WordClass kind = word_class(word.c_str());
             EXPECT_EQ(reader_is_int(0), kind == WORD_INT ? 1 : 0) << word;
@@ -340,9 +328,7 @@ TEST_F(LineReading, ACommentCharacterAtTheStartOfAPieceMarksOne) {
 
 TEST_F(LineReading, TheGreatestLineFitsWithAllItsTokens) {
     std::string line;
-    for (int i = 0; i < 511; ++i) {
-        line += "x ";
-    }
+    for (int i = 0; i < 511; ++i) { line += "x "; }
     line += "y";  // 1023 bytes
     const auto rows = rows_of_data(line);
     ASSERT_EQ(rows.size(), 1u);
@@ -397,9 +383,7 @@ TEST_F(LineReading, AnAbortEndsTheReadBehindTheRunningCallback) {
     for (const bool from_file : {true, false}) {
         Tokens seen;
         const Action action = [&] {
-            if (reader_token_equals("b", 0)) {
-                reader_abort();
-            }
+            if (reader_token_equals("b", 0)) { reader_abort(); }
             seen.emplace_back(reader_text(1));  // the line can still be read
         };
         EXPECT_EQ(from_file ? run_file(path, action) : run_data(text, action), 0);
@@ -430,7 +414,12 @@ TEST_F(LineReading, AnAbortedReadClosesItsFile) {
     const std::string path = dir.write("a.txt", "a\nb\n");
     for (int i = 0; i < 2 * FILE_TABLE_SIZE; ++i) {
         int calls = 0;
-        EXPECT_EQ(run_file(path, [&] { ++calls; reader_abort(); }), 0);
+        EXPECT_EQ(run_file(path,
+                           [&] {
+                               ++calls;
+                               reader_abort();
+                           }),
+                  0);
         EXPECT_EQ(calls, 1);
     }
 }
@@ -460,17 +449,23 @@ TEST_F(LineReading, TheOuterReadGoesOnBehindANestedOne) {
 
 TEST_F(LineReading, AnAbortOfANestedReadLeavesTheOuterOneAlone) {
     int outer_lines = 0;
-    EXPECT_EQ(run_data("a\nb\n", [&] {
-                  ++outer_lines;
-                  EXPECT_EQ(run_data("x\ny\n", [] { reader_abort(); }), 0);
-              }),
+    EXPECT_EQ(run_data("a\nb\n",
+                       [&] {
+                           ++outer_lines;
+                           EXPECT_EQ(run_data("x\ny\n", [] { reader_abort(); }), 0);
+                       }),
               1);
     EXPECT_EQ(outer_lines, 2);
 }
 
 TEST_F(LineReading, ANestedReadThatCannotBeOpenedLeavesTheOuterOneAlone) {
     int outer_lines = 0;
-    EXPECT_EQ(run_data("a\nb\n", [&] { ++outer_lines; run_file(dir.file("none"), [] {}); }), 1);
+    EXPECT_EQ(run_data("a\nb\n",
+                       [&] {
+                           ++outer_lines;
+                           run_file(dir.file("none"), [] {});
+                       }),
+              1);
     EXPECT_EQ(outer_lines, 2);
 }
 

@@ -13,30 +13,20 @@ namespace {
 
 constexpr double TURN = 6.2831854;  // the library's own two pi
 
-Mat4 identity() {
-    return {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
-}
+Mat4 identity() { return {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}; }
 
 Mat4 numbered() {
     Mat4 m;
-    for (int i = 0; i < 16; ++i) {
-        m.m[i] = static_cast<float>(i + 1);
-    }
+    for (int i = 0; i < 16; ++i) { m.m[i] = static_cast<float>(i + 1); }
     return m;
 }
 
-Mat4 translation(float x, float y, float z) {
-    return {{1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1}};
-}
+Mat4 translation(float x, float y, float z) { return {{1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1}}; }
 
-bool same_bits(const Mat4& a, const Mat4& b) {
-    return std::memcmp(a.m, b.m, sizeof a.m) == 0;
-}
+bool same_bits(const Mat4& a, const Mat4& b) { return std::memcmp(a.m, b.m, sizeof a.m) == 0; }
 
 void expect_near(const Mat4& actual, const Mat4& expected, float tolerance = 1e-6F) {
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_NEAR(actual.m[i], expected.m[i], tolerance) << "element " << i;
-    }
+    for (int i = 0; i < 16; ++i) { EXPECT_NEAR(actual.m[i], expected.m[i], tolerance) << "element " << i; }
 }
 
 // The right-handed rotation of column vectors about one axis, from its definition.
@@ -45,12 +35,9 @@ Mat4 rotation(int axis, double degrees) {
     const auto c = static_cast<float>(std::cos(r));
     const auto s = static_cast<float>(std::sin(r));
     switch (axis) {
-        case 0:
-            return {{1, 0, 0, 0, 0, c, -s, 0, 0, s, c, 0, 0, 0, 0, 1}};
-        case 1:
-            return {{c, 0, s, 0, 0, 1, 0, 0, -s, 0, c, 0, 0, 0, 0, 1}};
-        default:
-            return {{c, -s, 0, 0, s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
+        case 0: return {{1, 0, 0, 0, 0, c, -s, 0, 0, s, c, 0, 0, 0, 0, 1}};
+        case 1: return {{c, 0, s, 0, 0, 1, 0, 0, -s, 0, c, 0, 0, 0, 0, 1}};
+        default: return {{c, -s, 0, 0, s, c, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
     }
 }
 
@@ -91,17 +78,15 @@ TEST(MatCopying, IdentityCopySnapshotAndWords) {
 TEST(MatCopying, GlFormIsTheTranspose) {
     const Mat4 moved = translation(1, 2, 3);
     const Mat4* gl = mat_to_gl(&moved);
-    EXPECT_EQ(gl->m[12], 1.0F);
-    EXPECT_EQ(gl->m[13], 2.0F);
-    EXPECT_EQ(gl->m[14], 3.0F);
-    EXPECT_EQ(gl->m[3], 0.0F);
+    EXPECT_EQ(gl->m[12], 1.0f);
+    EXPECT_EQ(gl->m[13], 2.0f);
+    EXPECT_EQ(gl->m[14], 3.0f);
+    EXPECT_EQ(gl->m[3], 0.0f);
     const Mat4 source = numbered();
     Mat4 transposed;
     mat_transpose(&source, &transposed);
     for (int r = 0; r < 4; ++r) {
-        for (int c = 0; c < 4; ++c) {
-            EXPECT_EQ(transposed.m[4 * r + c], static_cast<float>(4 * c + r + 1));
-        }
+        for (int c = 0; c < 4; ++c) { EXPECT_EQ(transposed.m[4 * r + c], static_cast<float>(4 * c + r + 1)); }
     }
 }
 
@@ -177,29 +162,29 @@ TEST(MatScale, ActsBeforeWhatStandsInTheMatrix) {
 TEST(MatRotate, ZeroAnglesLeaveEveryBit) {
     Mat4 m = numbered();
     m.m[5] = std::numeric_limits<float>::quiet_NaN();
-    m.m[6] = -0.0F;
+    m.m[6] = -0.0f;
     const Mat4 before = m;
-    mat_rotate(&m, 0.0F, 0.0F, -0.0F);
+    mat_rotate(&m, 0.0f, 0.0f, -0.0f);
     EXPECT_TRUE(same_bits(m, before));
 }
 
 TEST(MatRotate, WholeTurnIsNotQuiteTheIdentity) {
     Mat4 m = identity();
-    mat_rotate(&m, 360.0F, 0.0F, 0.0F);
+    mat_rotate(&m, 360.0f, 0.0f, 0.0f);
     // 6.2831854 exceeds two pi by 9.28e-8.
-    EXPECT_NEAR(m.m[9], 9.28e-8F, 1e-10F);
-    EXPECT_NEAR(m.m[6], -9.28e-8F, 1e-10F);
-    EXPECT_EQ(m.m[5], 1.0F);
+    EXPECT_NEAR(m.m[9], 9.28e-8f, 1e-10F);
+    EXPECT_NEAR(m.m[6], -9.28e-8f, 1e-10F);
+    EXPECT_EQ(m.m[5], 1.0f);
 }
 
 TEST(MatRotate, EachAxisTurnsRightHanded) {
     for (int axis = 0; axis < 3; ++axis) {
         Mat4 m = identity();
-        mat_rotate(&m, axis == 0 ? 33.0F : 0.0F, axis == 1 ? 33.0F : 0.0F, axis == 2 ? 33.0F : 0.0F);
+        mat_rotate(&m, axis == 0 ? 33.0f : 0.0f, axis == 1 ? 33.0f : 0.0f, axis == 2 ? 33.0f : 0.0f);
         expect_near(m, rotation(axis, 33.0));
     }
     Mat4 z = identity();
-    mat_rotate(&z, 0.0F, 0.0F, 90.0F);
+    mat_rotate(&z, 0.0f, 0.0f, 90.0f);
     const Vec3 x{1, 0, 0};
     Vec3 turned;
     mat_transform_point(&z, &x, &turned);
@@ -210,13 +195,13 @@ TEST(MatRotate, IsTimesRxTimesRyTimesRz) {
     Mat4 m = numbered();
     const Mat4 expected =
         product(product(product(numbered(), rotation(0, 10.0)), rotation(1, 20.0)), rotation(2, 30.0));
-    mat_rotate(&m, 10.0F, 20.0F, 30.0F);
+    mat_rotate(&m, 10.0f, 20.0f, 30.0f);
     expect_near(m, expected, 2e-5F);
 }
 
 TEST(MatRotate, NonFiniteAnglesTravelOn) {
     Mat4 m = identity();
-    mat_rotate(&m, std::numeric_limits<float>::infinity(), 0.0F, 0.0F);
+    mat_rotate(&m, std::numeric_limits<float>::infinity(), 0.0f, 0.0f);
     EXPECT_TRUE(std::isnan(m.m[5]));
 }
 
@@ -285,7 +270,7 @@ TEST(MatRotateText, TextsOfAnyLengthAreDefined) {
 
 TEST(MatInverse, SingularMatrixGivesTheIdentity) {
     Mat4 m = identity();
-    m.m[1] = m.m[5] = m.m[9] = m.m[13] = 0.0F;
+    m.m[1] = m.m[5] = m.m[9] = m.m[13] = 0.0f;
     Mat4 out = numbered();
     mat_inverse(&m, &out);
     EXPECT_TRUE(same_bits(out, identity()));
@@ -298,12 +283,12 @@ TEST(MatInverse, OfATranslationIsTheOppositeTranslation) {
     const Mat4 m = translation(1, 2, 3);
     Mat4 out;
     mat_inverse(&m, &out);
-    expect_near(out, translation(-1, -2, -3), 0.0F);
+    expect_near(out, translation(-1, -2, -3), 0.0f);
 }
 
 TEST(MatInverse, TimesTheMatrixIsTheIdentityAndTheSourceStays) {
     Mat4 m = product(product(translation(1, -2, 3), rotation(0, 25.0)), rotation(1, 70.0));
-    mat_scale(&m, 2.0F, 0.5F, 3.0F);
+    mat_scale(&m, 2.0f, 0.5f, 3.0f);
     const Mat4 before = m;
     Mat4 inverse;
     mat_inverse(&m, &inverse);
@@ -317,7 +302,7 @@ TEST(MatInverse, RowsAreExchangedWhereTheDiagonalIsZero) {
     const Mat4 m = {{0, 1, 0, 0, 0, 0, 2, 0, 4, 0, 0, 0, 0, 0, 0, 1}};
     Mat4 out;
     mat_inverse(&m, &out);
-    expect_near(out, {{0, 0, 0.25F, 0, 1, 0, 0, 0, 0, 0.5F, 0, 0, 0, 0, 0, 1}}, 0.0F);
+    expect_near(out, {{0, 0, 0.25f, 0, 1, 0, 0, 0, 0, 0.5f, 0, 0, 0, 0, 0, 1}}, 0.0f);
 }
 
 TEST(MatInverse, OnlyAPivotOfExactlyZeroIsSingular) {
@@ -327,8 +312,8 @@ TEST(MatInverse, OnlyAPivotOfExactlyZeroIsSingular) {
     mat_inverse(&m, &out);
     EXPECT_FLOAT_EQ(out.m[0], 1e30F);
     EXPECT_FLOAT_EQ(out.m[5], 5e29F);
-    EXPECT_FLOAT_EQ(out.m[10], 2.5e29F);
-    EXPECT_EQ(out.m[15], 1.0F);
+    EXPECT_FLOAT_EQ(out.m[10], 2.5e29f);
+    EXPECT_EQ(out.m[15], 1.0f);
 }
 
 TEST(MatInverse, LastRowThatBeatsTheDiagonalIsThePivot) {
@@ -343,9 +328,9 @@ TEST(MatInverse, LastRowThatBeatsTheDiagonalIsThePivot) {
 
 TEST(MatTransformPoint, DividesByTheSumOfTheBottomRow) {
     Mat4 m = translation(1, 2, 3);
-    m.m[12] = 0.5F;
-    m.m[13] = 0.25F;
-    m.m[14] = 0.25F;  // the sum is 2, whatever the point
+    m.m[12] = 0.5f;
+    m.m[13] = 0.25f;
+    m.m[14] = 0.25f;  // the sum is 2, whatever the point
     for (const Vec3 p : {Vec3{0, 0, 0}, Vec3{10, 20, 30}}) {
         Vec3 out;
         mat_transform_point(&m, &p, &out);
@@ -360,7 +345,7 @@ TEST(MatTransformPoint, BottomRowOfSumZeroGivesNonFiniteValues) {
     mat_transform_point(&zero, &p, &out);
     EXPECT_TRUE(std::isnan(out.x));
     Mat4 flat = translation(1, 1, 1);
-    flat.m[15] = 0.0F;
+    flat.m[15] = 0.0f;
     mat_transform_point(&flat, &p, &out);
     EXPECT_TRUE(std::isinf(out.x));
 }
@@ -369,23 +354,23 @@ TEST(MatTransformPoint, FormWithWAddsItToTheDivisor) {
     const Mat4 m = translation(1, 2, 3);
     const Vec3 p{3, 4, 5};
     Vec3 out;
-    EXPECT_EQ(mat_transform_point_w(&m, &p, 1.0F, &out), &out);
+    EXPECT_EQ(mat_transform_point_w(&m, &p, 1.0f, &out), &out);
     expect_vec(out, 2, 3, 4);
 }
 
 TEST(VecNormalise, MakesUnitLength) {
     Vec3 v{3, 0, -4};
     EXPECT_EQ(vec_normalise(&v), &v);
-    expect_vec(v, 0.6F, 0, -0.8F);
+    expect_vec(v, 0.6f, 0, -0.8f);
     Vec3 all_axes{2, -3, 6};  // of the length 7
     vec_normalise(&all_axes);
-    expect_vec(all_axes, 2.0F / 7, -3.0F / 7, 6.0F / 7);
+    expect_vec(all_axes, 2.0f / 7, -3.0f / 7, 6.0f / 7);
 }
 
 TEST(VecNormalise, LargeComponentsDoNotOverflowTheLength) {
     Vec3 v{3e30F, 0, 4e30F};
     vec_normalise(&v);
-    expect_vec(v, 0.6F, 0, 0.8F);
+    expect_vec(v, 0.6f, 0, 0.8f);
 }
 
 TEST(VecNormalise, ZeroVectorComesOutNonFinite) {
@@ -405,14 +390,14 @@ TEST(VecAverage, IsTheMeanOfThePoints) {
 
 TEST(VecNear, EachComponentIsStrictlyCloserThanTheTolerance) {
     const Vec3 a{1, 2, 3};
-    const Vec3 inside{1.25F, 1.75F, 3.25F};
-    for (const Vec3& at_limit : {Vec3{1.5F, 2, 3}, Vec3{1, 2.5F, 3}, Vec3{1, 2, 3.5F}, Vec3{0.5F, 2, 3}}) {
-        EXPECT_EQ(vec_near(&a, &at_limit, 0.5F), 0);
-        EXPECT_EQ(vec_near(&a, &at_limit, 0.75F), 1);
+    const Vec3 inside{1.25f, 1.75f, 3.25f};
+    for (const Vec3& at_limit : {Vec3{1.5f, 2, 3}, Vec3{1, 2.5f, 3}, Vec3{1, 2, 3.5f}, Vec3{0.5f, 2, 3}}) {
+        EXPECT_EQ(vec_near(&a, &at_limit, 0.5f), 0);
+        EXPECT_EQ(vec_near(&a, &at_limit, 0.75f), 1);
     }
-    EXPECT_EQ(vec_near(&a, &inside, 0.5F), 1);
-    EXPECT_EQ(vec_near(&inside, &a, 0.5F), 1);
-    EXPECT_EQ(vec_near(&a, &a, 0.0F), 0);
+    EXPECT_EQ(vec_near(&a, &inside, 0.5f), 1);
+    EXPECT_EQ(vec_near(&inside, &a, 0.5f), 1);
+    EXPECT_EQ(vec_near(&a, &a, 0.0f), 0);
 }
 
 TEST(PlaneNormal, IsVCrossUOfUnitLength) {
@@ -429,18 +414,16 @@ TEST(PlaneNormal, IsVCrossUOfUnitLength) {
     const Vec3 origin{0, 0, 0};
     const Vec3 first{0, 2, 0};
     const Vec3 second{3, 0, -4};
-    expect_vec(plane_normal(&origin, &first, &second), 0.8F, 0, 0.6F);  // (3, 0, -4) cross (0, 2, 0) is (8, 0, 6)
+    expect_vec(plane_normal(&origin, &first, &second), 0.8f, 0, 0.6f);  // (3, 0, -4) cross (0, 2, 0) is (8, 0, 6)
 }
 
-TEST(TriangleNormal, WithoutATriangleIsZ) {
-    expect_vec(triangle_normal(nullptr), 0, 0, 1, 0.0F);
-}
+TEST(TriangleNormal, WithoutATriangleIsZ) { expect_vec(triangle_normal(nullptr), 0, 0, 1, 0.0f); }
 
 TEST(TriangleNormal, InAPlaneOfConstantZ) {
     const Vec3 t[] = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
     const Vec3 u[] = {{0, 0, 0}, {0, 1, 0}, {1, 0, 0}};
-    expect_vec(triangle_normal(t), 0, 0, -1, 0.0F);
-    expect_vec(triangle_normal(u), 0, 0, 1, 0.0F);
+    expect_vec(triangle_normal(t), 0, 0, -1, 0.0f);
+    expect_vec(triangle_normal(u), 0, 0, 1, 0.0f);
 }
 
 TEST(TriangleNormal, AxisPlanesAgreeWithTheCrossProduct) {
@@ -459,8 +442,8 @@ TEST(TriangleNormal, AxisPlanesAgreeWithTheCrossProduct) {
                 const Vec3 b{t[1].x - t[0].x, t[1].y - t[0].y, t[1].z - t[0].z};
                 const Vec3 c{t[2].x - t[0].x, t[2].y - t[0].y, t[2].z - t[0].z};
                 const float n[3] = {c.y * b.z - c.z * b.y, c.z * b.x - c.x * b.z, c.x * b.y - c.y * b.x};
-                const float sign = n[axis] > 0.0F ? 1.0F : -1.0F;
-                expect_vec(triangle_normal(t), axis == 0 ? sign : 0, axis == 1 ? sign : 0, axis == 2 ? sign : 0, 0.0F);
+                const float sign = n[axis] > 0.0f ? 1.0f : -1.0f;
+                expect_vec(triangle_normal(t), axis == 0 ? sign : 0, axis == 1 ? sign : 0, axis == 2 ? sign : 0, 0.0f);
             }
         }
     }
@@ -470,16 +453,16 @@ TEST(TriangleNormal, LargestComponentHasMagnitudeOneAndTheLengthIsMore) {
     const Vec3 t[] = {{0, 0, 0}, {1, 1, 0}, {1, 0, 1}};
     const Vec3 n = triangle_normal(t);
     const float largest = std::fmax(std::fabs(n.x), std::fmax(std::fabs(n.y), std::fabs(n.z)));
-    EXPECT_EQ(largest, 1.0F);
-    EXPECT_GT(n.x * n.x + n.y * n.y + n.z * n.z, 1.0F);
+    EXPECT_EQ(largest, 1.0f);
+    EXPECT_GT(n.x * n.x + n.y * n.y + n.z * n.z, 1.0f);
     // (C - A) cross (B - A) = (1,0,1) x (1,1,0) = (-1, 1, 1).
-    expect_vec(n, -1, 1, 1, 0.0F);
+    expect_vec(n, -1, 1, 1, 0.0f);
 }
 
 TEST(TriangleNormal, SkewedTriangleIsScaledToItsLargestComponent) {
     const Vec3 t[] = {{0, 0, 0}, {2, 0, 1}, {0, 3, 1}};
     // (0,3,1) x (2,0,1) = (3*1 - 1*0, 1*2 - 0*1, 0*0 - 3*2) = (3, 2, -6).
-    expect_vec(triangle_normal(t), 0.5F, 2.0F / 6.0F, -1.0F);
+    expect_vec(triangle_normal(t), 0.5f, 2.0f / 6.0f, -1.0f);
 }
 
 TEST(TriangleNormal, CollinearPointsOutsideTheAxisPlanesAreNonFinite) {
@@ -489,7 +472,7 @@ TEST(TriangleNormal, CollinearPointsOutsideTheAxisPlanesAreNonFinite) {
 
 TEST(TriangleNormal, CollinearPointsInAnAxisPlaneTakeTheOtherSide) {
     const Vec3 t[] = {{0, 0, 0}, {1, 1, 0}, {2, 2, 0}};
-    expect_vec(triangle_normal(t), 0, 0, -1, 0.0F);
+    expect_vec(triangle_normal(t), 0, 0, -1, 0.0f);
 }
 
 TEST(TurnsClockwise, TellsTheTurnAndIsZeroForCollinearPoints) {
@@ -501,55 +484,51 @@ TEST(TurnsClockwise, TellsTheTurnAndIsZeroForCollinearPoints) {
 
 TEST(TurnsClockwise, WorksAcrossTheSeamOfTheArcTangent) {
     // Heading (-1, -1), at -135 degrees, then (-1, 0.5), at 153: a clockwise turn that passes the half turn.
-    EXPECT_EQ(turns_clockwise(0, 0, -1, -1, -2, -0.5F), 1);
+    EXPECT_EQ(turns_clockwise(0, 0, -1, -1, -2, -0.5f), 1);
     // Heading (-1, 0.5), then (-1, -1): the same the other way.
-    EXPECT_EQ(turns_clockwise(0, 0, -1, 0.5F, -2, -0.5F), 0);
+    EXPECT_EQ(turns_clockwise(0, 0, -1, 0.5f, -2, -0.5f), 0);
 }
 
 TEST(VecScaleToLargest, DividesByTheGreatest) {
-    float r = 50.0F;
-    float g = 200.0F;
-    float b = -100.0F;
-    float largest = 0.0F;
+    float r = 50.0f;
+    float g = 200.0f;
+    float b = -100.0f;
+    float largest = 0.0f;
     vec_scale_to_largest(&r, &g, &b, &largest);
-    EXPECT_EQ(largest, 200.0F);
-    EXPECT_EQ(r, 0.25F);
-    EXPECT_EQ(g, 1.0F);
-    EXPECT_EQ(b, -0.5F);
+    EXPECT_EQ(largest, 200.0f);
+    EXPECT_EQ(r, 0.25f);
+    EXPECT_EQ(g, 1.0f);
+    EXPECT_EQ(b, -0.5f);
 }
 
 TEST(VecScaleToLargest, OfAllNegativeComponentsTheGreatestIsZero) {
-    float r = -3.0F;
-    float g = -1.0F;
-    float b = -2.0F;
-    float largest = 9.0F;
+    float r = -3.0f;
+    float g = -1.0f;
+    float b = -2.0f;
+    float largest = 9.0f;
     vec_scale_to_largest(&r, &g, &b, &largest);
-    EXPECT_EQ(largest, 0.0F);
-    for (float component : {r, g, b}) {
-        EXPECT_EQ(component, -std::numeric_limits<float>::infinity());
-    }
+    EXPECT_EQ(largest, 0.0f);
+    for (float component : {r, g, b}) { EXPECT_EQ(component, -std::numeric_limits<float>::infinity()); }
 }
 
 TEST(VecScaleToLargest, EachComponentMayBeTheGreatest) {
     for (int greatest = 0; greatest < 3; ++greatest) {
-        float v[3] = {1.0F, 1.0F, 1.0F};
-        v[greatest] = 4.0F;
-        float largest = 0.0F;
+        float v[3] = {1.0f, 1.0f, 1.0f};
+        v[greatest] = 4.0f;
+        float largest = 0.0f;
         vec_scale_to_largest(&v[0], &v[1], &v[2], &largest);
-        EXPECT_EQ(largest, 4.0F);
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_EQ(v[i], i == greatest ? 1.0F : 0.25F);
-        }
+        EXPECT_EQ(largest, 4.0f);
+        for (int i = 0; i < 3; ++i) { EXPECT_EQ(v[i], i == greatest ? 1.0f : 0.25f); }
     }
 }
 
 TEST(VecScaleToLargest, WithoutAPositiveComponentIsNonFinite) {
-    float r = -1.0F;
-    float g = 0.0F;
-    float b = -2.0F;
-    float largest = 9.0F;
+    float r = -1.0f;
+    float g = 0.0f;
+    float b = -2.0f;
+    float largest = 9.0f;
     vec_scale_to_largest(&r, &g, &b, &largest);
-    EXPECT_EQ(largest, 0.0F);
+    EXPECT_EQ(largest, 0.0f);
     EXPECT_TRUE(std::isinf(r));
     EXPECT_TRUE(std::isnan(g));
 }

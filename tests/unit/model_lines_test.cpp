@@ -37,7 +37,6 @@ TEST_F(ModelLines, ReadingStopsBehindTheFirstFailure) {
     EXPECT_EQ(model_count_points(model.get()), 1);
 }
 
-
 TEST_F(ModelLines, ADataLineBeforeAnySectionFails) {
     expect_error("1 2 3 4\n", "Bad point or triangle data", 1);
     expect_error("-1 2 3 4\n", "Bad point or triangle data", 1);
@@ -49,7 +48,7 @@ TEST_F(ModelLines, ADataLineBehindALayerLineFails) {
 
 TEST_F(ModelLines, EveryStatementEndsTheSection) {
     const std::string statements[] = {"transparency 0.5", "joint j 0 0 0 world 0", "child c 0 0 0 1 1 1 0 0 0",
-                                      "blend x y 1",      "invisible 0 0 0"};
+                                      "blend x y 1", "invisible 0 0 0"};
     for (const std::string& statement : statements) {
         const std::string text = LAYER + "points\n" + statement + "\n1 0 0 0\n";
         expect_error(text, "Bad point or triangle data", 4);
@@ -97,8 +96,9 @@ TEST_F(ModelLines, APointIdBelowOneFailsWithoutAText) {
 }
 
 TEST_F(ModelLines, APointLineMayNameItsJoints) {
-    const ModelPtr model = load_good("joint hip 0 0 0 world 0\njoint knee 0 0 0 hip 0\n"
-                                     "points\n1 0 0 0 0.5 hip knee\n2 0 0 0 0.5 hip unknown\n3 0 0 0 0.5 world knee\n");
+    const ModelPtr model = load_good(
+        "joint hip 0 0 0 world 0\njoint knee 0 0 0 hip 0\n"
+        "points\n1 0 0 0 0.5 hip knee\n2 0 0 0 0.5 hip unknown\n3 0 0 0 0.5 world knee\n");
     EXPECT_STREQ(point(model, 1).joint_a->name, "hip");
     EXPECT_STREQ(point(model, 1).joint_b->name, "knee");
     EXPECT_EQ(point(model, 2).joint_b, nullptr);
@@ -142,9 +142,7 @@ TEST_F(ModelLines, ANormalMayBeGivenByTwoAngles) {
 }
 
 TEST_F(ModelLines, ANormalHasThreeOrFourTokens) {
-    for (const char* line : {"5", "5 1", "5 1 2 3 4"}) {
-        expect_data_error("normals", line, "Bad normal definition");
-    }
+    for (const char* line : {"5", "5 1", "5 1 2 3 4"}) { expect_data_error("normals", line, "Bad normal definition"); }
 }
 
 TEST_F(ModelLines, ANormalOfAPointBelowOneFailsWithoutAText) { expect_silent_failure("normals\n0 0 0 1\n"); }
@@ -314,9 +312,7 @@ TEST_F(ModelLines, EveryBadFormOfAPrimitive) {
         {"-1 1 2 3", "Bad triangle definition"},
     };
     const std::string before = FOUR_POINTS + LAYER + "triangles\n";
-    for (const auto& each : cases) {
-        expect_error(before + each.line + "\n", each.message, lines_in(before) + 1);
-    }
+    for (const auto& each : cases) { expect_error(before + each.line + "\n", each.message, lines_in(before) + 1); }
 }
 
 TEST_F(ModelLines, CurveTypesThatDoNotFitFailWithoutAText) {
@@ -336,9 +332,7 @@ TEST_F(ModelLines, APolygonKeepsTheOrderOfItsPoints) {
 
 TEST_F(ModelLines, APolygonTakesAllTokensOfALine) {
     std::string line = "2";
-    for (int i = 0; i < 300; ++i) {
-        line += " 1";
-    }
+    for (int i = 0; i < 300; ++i) { line += " 1"; }
     const ModelPtr model = load_good(FOUR_POINTS + LAYER + "triangles\n" + line + "\n");
     EXPECT_EQ(static_cast<const Polygon*>(list_at(&layer(model).polygons, 0, 0))->vertex_count, 255);
 }
@@ -453,9 +447,7 @@ TEST_F(ModelLines, BadImageLinesFail) {
                                      "image a.tga x y repeat 1 -128.1",
                                      "image a.tga x y 1 1",
                                      "mirrorimage"};
-    for (const char* bad : bad_lines) {
-        expect_error(TRIANGLE + bad + "\n", "Bad image definition", line);
-    }
+    for (const char* bad : bad_lines) { expect_error(TRIANGLE + bad + "\n", "Bad image definition", line); }
     expect_error(TRIANGLE + "image a.tga x y repeat " + std::string(60, '9') + ".0 1\n", "Bad image definition", line);
     expect_error(TRIANGLE + "image a.tga q y\n", "Bad image axis definition", line);
     expect_error(TRIANGLE + "image a.tga x X\n", "Bad image axis definition", line);
@@ -470,8 +462,8 @@ TEST_F(ModelLines, ABadAxisOfAMissingImageLeavesTheTextOfTheImage) {
 }
 
 TEST_F(ModelLines, AMissingImageFailsTheLoad) {
-    for (const char* statement : {"image none.tga x y", "mirrorimage none.tga", "reflect none.tga 0.5",
-                                  "image none.tga x y repeat 2 2"}) {
+    for (const char* statement :
+         {"image none.tga x y", "mirrorimage none.tga", "reflect none.tga 0.5", "image none.tga x y repeat 2 2"}) {
         expect_error(TRIANGLE + statement + "\n", "cannot open TGA file: " + dir.file("none.tga"),
                      lines_in(TRIANGLE) + 1);
     }

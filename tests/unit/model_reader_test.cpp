@@ -98,8 +98,9 @@ TEST_F(ModelReader, EachReadClearsTheLoadError) {
 }
 
 TEST_F(ModelReader, AFileWrittenOnWindowsLoads) {
-    const ModelPtr model = load_good("\xEF\xBB\xBFpoints\r\n1 0 0 0\r\n2 9 0 0\r\n3 0 9 0\r\n"
-                                     "layer a 1 2 3 singlesided\r\ntriangles\r\n0 1 2 3\r\nimage a.tga x y\r\n");
+    const ModelPtr model = load_good(
+        "\xEF\xBB\xBFpoints\r\n1 0 0 0\r\n2 9 0 0\r\n3 0 9 0\r\n"
+        "layer a 1 2 3 singlesided\r\ntriangles\r\n0 1 2 3\r\nimage a.tga x y\r\n");
     EXPECT_EQ(layer(model).singlesided, 1);
     EXPECT_STREQ(layer_first_image(&layer(model))->names[0], "a.tga");
 }
@@ -113,14 +114,10 @@ TEST_F(ModelReader, AFailedLoadGivesItsImagesBack) {
 TEST_F(ModelReader, AFullTableOfFilesFindsNoModel) {
     path = dir.write("ship.mod", "");
     int slots[FILE_TABLE_SIZE];
-    for (int& slot : slots) {
-        slot = file_open(path.c_str(), "r");
-    }
+    for (int& slot : slots) { slot = file_open(path.c_str(), "r"); }
     EXPECT_EQ(model_load(path.c_str()), nullptr);
     EXPECT_EQ(error(), "could not find: " + path);
-    for (const int slot : slots) {
-        file_close(slot);
-    }
+    for (const int slot : slots) { file_close(slot); }
     EXPECT_NE(ModelPtr(model_load(path.c_str())), nullptr) << "and no slot was lost";
 }
 
@@ -146,8 +143,9 @@ TEST_F(ModelReader, AnInfiniteNormalFailsTheTest) {
 // ---- binding of points ----
 
 TEST_F(ModelReader, PointsAreDealtToTheJointsInTheOrderOfTheirFirstMention) {
-    const ModelPtr model = load_good("points\n6 0 0 0\n1 0 0 0\n2 0 0 0\n9 0 0 0\n4 0 0 0\n5 0 0 0\n1 7 7 7\n"
-                                     "joint hip 0 0 0 world 2\njoint knee 0 0 0 hip 3\n");
+    const ModelPtr model = load_good(
+        "points\n6 0 0 0\n1 0 0 0\n2 0 0 0\n9 0 0 0\n4 0 0 0\n5 0 0 0\n1 7 7 7\n"
+        "joint hip 0 0 0 world 2\njoint knee 0 0 0 hip 3\n");
     Joint* hip = model_find_joint(model.get(), "hip");
     Joint* knee = model_find_joint(model.get(), "knee");
     for (const int32_t id : {6, 1}) {
@@ -164,9 +162,10 @@ TEST_F(ModelReader, PointsAreDealtToTheJointsInTheOrderOfTheirFirstMention) {
 }
 
 TEST_F(ModelReader, BlendGroupsFollowTheJoints) {
-    const ModelPtr model = load_good("joint hip 0 0 0 world 1\njoint knee 0 0 0 hip 1\nblend knee hip 2\n"
-                                     "blend unknown knee 1\npoints\n1 0 0 0\n2 0 0 0\n3 0 0 0\n4 0 0 0\n5 0 0 0\n"
-                                     "6 0 0 0 0.5 knee knee\n");
+    const ModelPtr model = load_good(
+        "joint hip 0 0 0 world 1\njoint knee 0 0 0 hip 1\nblend knee hip 2\n"
+        "blend unknown knee 1\npoints\n1 0 0 0\n2 0 0 0\n3 0 0 0\n4 0 0 0\n5 0 0 0\n"
+        "6 0 0 0 0.5 knee knee\n");
     Joint* hip = model_find_joint(model.get(), "hip");
     Joint* knee = model_find_joint(model.get(), "knee");
     for (const int32_t id : {3, 4}) {
@@ -184,8 +183,9 @@ TEST_F(ModelReader, ABlendBeforeItsJointsFindsNone) {
 }
 
 TEST_F(ModelReader, AJointMayComeBeforeItsParent) {
-    const ModelPtr model = load_good("joint knee 0 0 0 hip 1\njoint hip 0 0 0 world 1\njoint toe 0 0 0 nowhere 1\n"
-                                     "points\n1 0 0 0\n2 0 0 0\n3 0 0 0\n");
+    const ModelPtr model = load_good(
+        "joint knee 0 0 0 hip 1\njoint hip 0 0 0 world 1\njoint toe 0 0 0 nowhere 1\n"
+        "points\n1 0 0 0\n2 0 0 0\n3 0 0 0\n");
     EXPECT_EQ(model_find_joint(model.get(), "knee")->parent_index, 1);
     EXPECT_EQ(point(model, 1).joint_b, model_find_joint(model.get(), "hip"));
     EXPECT_EQ(model_find_joint(model.get(), "toe")->parent_index, -1);
@@ -199,17 +199,16 @@ TEST_F(ModelReader, JointsWithoutPointsLeftKeepTheIndexTheyWereAddedWith) {
 }
 
 TEST_F(ModelReader, EnormousAndNegativePointCountsEnd) {
-    const ModelPtr model = load_good("joint a 0 0 0 world -5\njoint b 0 0 0 world 99999999999\njoint c 0 0 0 world 1\n"
-                                     "points\n1 0 0 0\n2 0 0 0\n");
+    const ModelPtr model = load_good(
+        "joint a 0 0 0 world -5\njoint b 0 0 0 world 99999999999\njoint c 0 0 0 world 1\n"
+        "points\n1 0 0 0\n2 0 0 0\n");
     EXPECT_EQ(point(model, 1).joint_a, model_find_joint(model.get(), "b"));
     EXPECT_EQ(point(model, 2).joint_a, model_find_joint(model.get(), "b"));
 }
 
 TEST_F(ModelReader, ManyJointsBindInReasonableTime) {
     std::string text = "points\n";
-    for (int i = 1; i <= 10000; ++i) {
-        text += std::to_string(i) + " 0 0 0\n";
-    }
+    for (int i = 1; i <= 10000; ++i) { text += std::to_string(i) + " 0 0 0\n"; }
     for (int i = 1; i <= 10000; ++i) {
         const std::string parent = i == 1 ? "world" : std::string("j").append(std::to_string(i - 1));
         text += "joint j" + std::to_string(i) + " 0 0 0 " + parent + " 1\n";
@@ -337,8 +336,9 @@ protected:
 TEST_F(ChildBudgetTest, EachLinkTakesThePointsAndPrimitivesOfItsModelOnceMore) {
     const std::string leaf = dir.write("leaf.mod", TRIANGLE);
     const std::string branch = dir.write("branch.mod", "child leaf 0 0 0 1 1 1 0 0 0\n");
-    path = dir.write("root.mod", TRIANGLE + "child leaf 0 0 0 1 1 1 0 0 0\nchild leaf 0 0 0 1 1 1 0 0 0\n"
-                                            "child branch 0 0 0 1 1 1 0 0 0\n");
+    path = dir.write("root.mod", TRIANGLE +
+                                     "child leaf 0 0 0 1 1 1 0 0 0\nchild leaf 0 0 0 1 1 1 0 0 0\n"
+                                     "child branch 0 0 0 1 1 1 0 0 0\n");
     const int64_t branch_alone = bytes_of(branch);
     const int64_t needed = 3 * bytes_of(leaf) + branch_alone;
     EXPECT_NE(load_with(needed), nullptr) << error();
@@ -369,9 +369,10 @@ TEST_F(ChildBudgetTest, AnHonestTreeIsFarFromIt) {
 TEST_F(ChildBudgetTest, EveryKindOfRecordCounts) {
     const ModelPtr bare = load_good(FOUR_POINTS + LAYER);
     const int64_t least = model_record_bytes(bare.get());
-    const std::string lines[] = {"joint j 0 0 0 world 0\n",  "child k 0 0 0 1 1 1 0 0 0\n", "layer b 1 2 3 d\n",
-                                 "triangles\n0 1 2 3\n",      "triangles\n2 1 2 3 4\n",       "lines\n2 1 2\n",
-                                 "uvees\n1 0.5 0.5\n",        "blend a b 1\n"};
+    const std::string lines[] = {"joint j 0 0 0 world 0\n", "child k 0 0 0 1 1 1 0 0 0\n",
+                                 "layer b 1 2 3 d\n",       "triangles\n0 1 2 3\n",
+                                 "triangles\n2 1 2 3 4\n",  "lines\n2 1 2\n",
+                                 "uvees\n1 0.5 0.5\n",      "blend a b 1\n"};
     for (const std::string& line : lines) {
         std::string many;
         for (int i = 0; i < 40; ++i) {
@@ -408,17 +409,11 @@ TEST_F(ModelChildren, ATreeOfTheGreatestDepthLoadsAndADeeperOneFails) {
 TEST_F(ModelChildren, ATreeOfTheGreatestSizeLoadsAndALargerOneFails) {
     dir.write("leaf.mod", "");
     std::string branch;
-    for (int i = 0; i < 63; ++i) {
-        branch += child("leaf");
-    }
+    for (int i = 0; i < 63; ++i) { branch += child("leaf"); }
     dir.write("branch.mod", branch);  // 64 models
     std::string root;
-    for (int i = 0; i < 63; ++i) {
-        root += child("branch");
-    }
-    for (int i = 0; i < 63; ++i) {
-        root += child("leaf");
-    }
+    for (int i = 0; i < 63; ++i) { root += child("branch"); }
+    for (int i = 0; i < 63; ++i) { root += child("leaf"); }
     EXPECT_EQ(model_count_children(load_good(root).get()), MODEL_TREE_NODE_LIMIT - 1);
     EXPECT_EQ(load(root + child("leaf")), nullptr);
     EXPECT_EQ(error(), "too many child models: " + dir.file("leaf.mod"));

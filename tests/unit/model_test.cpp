@@ -1,5 +1,4 @@
 // Models: creation, names, counts, scaling, release; and the measuring of trees.
-
 #include "scene/model.h"
 
 #include <gtest/gtest.h>
@@ -29,69 +28,63 @@ ChildLink* add_link(Model* parent, Model* child, const char* name = "link", bool
     return link;
 }
 
-void add_layer(Model* model, const char* name) {
-    ASSERT_EQ(1, model_add_layer(model, name, 1, 2, 3, 0, 0, 0));
-}
+void add_layer(Model* model, const char* name) { ASSERT_EQ(model_add_layer(model, name, 1, 2, 3, 0, 0, 0), 1); }
 
 void add_points(Model* model, int count) {
-    for (int id = 1; id <= count; ++id) {
-        ASSERT_EQ(1, model_set_point(model, id, id, 2 * id, 3 * id, 1.0f));
-    }
+    for (int id = 1; id <= count; ++id) { ASSERT_EQ(model_set_point(model, id, id, 2 * id, 3 * id, 1.0f), 1); }
 }
 
 TEST(Model, CreatedFromAPathHasItsLowerCaseNameAndItsDirectory) {
     OwnedModel model(test::native_path("some/dir/Tree.mod").c_str());
-    EXPECT_STREQ("tree", model_name(model.model));
+    EXPECT_STREQ(model_name(model.model), "tree");
     EXPECT_EQ(test::native_path("some/dir/"), model->path);
     EXPECT_EQ(test::native_path("some/dir/tree"), model_full_path(model.model));
 }
 
 TEST(Model, CreatedWithoutAFileIsEmptyAndLowerCase) {
     OwnedModel model("Tree99");
-    EXPECT_STREQ("tree99", model->name);
-    EXPECT_STREQ("", model->path);
-    EXPECT_EQ(nullptr, model->parent);
-    EXPECT_EQ(0, model->tag);
-    EXPECT_EQ(-1, model->state_index);
-    EXPECT_EQ(nullptr, model->opened_path);
-    EXPECT_EQ(0, model_count_points(model.model));
-    EXPECT_EQ(0, model_count_joints(model.model));
-    EXPECT_EQ(0, model_count_layers(model.model));
-    EXPECT_EQ(0, model_count_children(model.model));
+    EXPECT_STREQ(model->name, "tree99");
+    EXPECT_STREQ(model->path, "");
+    EXPECT_EQ(model->parent, nullptr);
+    EXPECT_EQ(model->tag, 0);
+    EXPECT_EQ(model->state_index, -1);
+    EXPECT_EQ(model->opened_path, nullptr);
+    EXPECT_EQ(model_count_points(model.model), 0);
+    EXPECT_EQ(model_count_joints(model.model), 0);
+    EXPECT_EQ(model_count_layers(model.model), 0);
+    EXPECT_EQ(model_count_children(model.model), 0);
 }
 
-TEST(Model, NullPathMakesNoModel) {
-    EXPECT_EQ(nullptr, model_create(nullptr, nullptr));
-}
+TEST(Model, NullPathMakesNoModel) { EXPECT_EQ(model_create(nullptr, nullptr), nullptr); }
 
 TEST(Model, NameOfFourBytesOrFewerBecomesEmpty) {
     OwnedModel model("Tree");
-    EXPECT_STREQ("", model->name);
+    EXPECT_STREQ(model->name, "");
 }
 
 TEST(Model, NameLongerThanItsFieldIsCutWithinBounds) {
     OwnedModel model((std::string(300, 'a') + ".mod").c_str());
     EXPECT_EQ(std::string(127, 'a'), model->name);
-    EXPECT_STREQ("", model->path);
+    EXPECT_STREQ(model->path, "");
 }
 
 TEST(Model, DirectoryLongerThanItsFieldIsCutWithinBounds) {
     OwnedModel model(test::native_path(std::string(300, 'd') + "/name.mod").c_str());
-    EXPECT_EQ(255u, std::string(model->path).size());
-    EXPECT_STREQ("name", model->name);
+    EXPECT_EQ(std::string(model->path).size(), 255u);
+    EXPECT_STREQ(model->name, "name");
 }
 
 TEST(Model, RenameChangesTheNameAndKeepsTheDirectoryWhenNoneIsGiven) {
     OwnedModel model(test::native_path("here/tree.mod").c_str());
-    EXPECT_EQ(1, model_rename(model.model, "Other.mod"));
-    EXPECT_STREQ("other", model->name);
+    EXPECT_EQ(model_rename(model.model, "Other.mod"), 1);
+    EXPECT_STREQ(model->name, "other");
     EXPECT_EQ(test::native_path("here/"), model->path);
 }
 
 TEST(Model, RenameWithADirectoryChangesBoth) {
     OwnedModel model(test::native_path("here/tree.mod").c_str());
-    EXPECT_EQ(1, model_rename(model.model, test::native_path("there/Other.mod").c_str()));
-    EXPECT_STREQ("other", model->name);
+    EXPECT_EQ(model_rename(model.model, test::native_path("there/Other.mod").c_str()), 1);
+    EXPECT_STREQ(model->name, "other");
     EXPECT_EQ(test::native_path("there/"), model->path);
 }
 
@@ -99,57 +92,57 @@ TEST(Model, RenameToATextThatIsTooShortForANameKeepsTheOldOne) {
     OwnedModel model(test::native_path("here/tree.mod").c_str());
     model->opened_path = str_dup("here/TREE.MOD");
     for (const char* text : {"abc", "abcd", ""}) {
-        EXPECT_EQ(1, model_rename(model.model, text));
-        EXPECT_STREQ("tree", model->name) << text;
+        EXPECT_EQ(model_rename(model.model, text), 1);
+        EXPECT_STREQ(model->name, "tree") << text;
         EXPECT_EQ(test::native_path("here/"), model->path);
-        EXPECT_STREQ("here/TREE.MOD", model->opened_path) << "nothing was changed";
+        EXPECT_STREQ(model->opened_path, "here/TREE.MOD") << "nothing was changed";
     }
-    EXPECT_EQ(1, model_rename(model.model, test::native_path("a/b").c_str()));
-    EXPECT_STREQ("tree", model->name);
+    EXPECT_EQ(model_rename(model.model, test::native_path("a/b").c_str()), 1);
+    EXPECT_STREQ(model->name, "tree");
     EXPECT_EQ(test::native_path("a/"), model->path) << "its directory counts all the same";
-    EXPECT_EQ(nullptr, model->opened_path);
+    EXPECT_EQ(model->opened_path, nullptr);
 }
 
 TEST(Model, EachModelHasASerialNumberOfItsOwn) {
     OwnedModel first("first.mod");
     OwnedModel second("first.mod");
-    EXPECT_NE(0u, first->serial);
+    EXPECT_NE(first->serial, 0u);
     EXPECT_NE(first->serial, second->serial);
 }
 
 TEST(Model, RenameForgetsTheFileThatWasOpened) {
     OwnedModel model("tree.mod");
     model->opened_path = str_dup("TREE.MOD");
-    EXPECT_EQ(1, model_rename(model.model, "other.mod"));
-    EXPECT_EQ(nullptr, model->opened_path);
+    EXPECT_EQ(model_rename(model.model, "other.mod"), 1);
+    EXPECT_EQ(model->opened_path, nullptr);
 }
 
 TEST(Model, RenameToNothingFails) {
     OwnedModel model("tree.mod");
-    EXPECT_EQ(0, model_rename(model.model, nullptr));
-    EXPECT_STREQ("tree", model->name);
+    EXPECT_EQ(model_rename(model.model, nullptr), 0);
+    EXPECT_STREQ(model->name, "tree");
 }
 
 TEST(Model, TagIsKept) {
     OwnedModel model;
     model_set_tag(model.model, 42);
-    EXPECT_EQ(42, model_tag(model.model));
+    EXPECT_EQ(model_tag(model.model), 42);
 }
 
 TEST(Model, NullModelIsASilentFailureEverywhere) {
     model_set_tag(nullptr, 1);
-    EXPECT_EQ(0, model_tag(nullptr));
-    EXPECT_EQ(0, model_release(nullptr));
-    EXPECT_EQ(0, model_rename(nullptr, "a.mod"));
-    EXPECT_EQ(nullptr, model_name(nullptr));
-    EXPECT_EQ(nullptr, model_full_path(nullptr));
-    EXPECT_EQ(0, model_scale(nullptr, 1, 1, 1));
-    EXPECT_EQ(0, model_count_points(nullptr));
-    EXPECT_EQ(0, model_count_joints(nullptr));
-    EXPECT_EQ(0, model_count_layers(nullptr));
-    EXPECT_EQ(0, model_count_children(nullptr));
-    EXPECT_EQ(0, model_count_triangles(nullptr, nullptr));
-    EXPECT_EQ(0, model_count_lines(nullptr, nullptr));
+    EXPECT_EQ(model_tag(nullptr), 0);
+    EXPECT_EQ(model_release(nullptr), 0);
+    EXPECT_EQ(model_rename(nullptr, "a.mod"), 0);
+    EXPECT_EQ(model_name(nullptr), nullptr);
+    EXPECT_EQ(model_full_path(nullptr), nullptr);
+    EXPECT_EQ(model_scale(nullptr, 1, 1, 1), 0);
+    EXPECT_EQ(model_count_points(nullptr), 0);
+    EXPECT_EQ(model_count_joints(nullptr), 0);
+    EXPECT_EQ(model_count_layers(nullptr), 0);
+    EXPECT_EQ(model_count_children(nullptr), 0);
+    EXPECT_EQ(model_count_triangles(nullptr, nullptr), 0);
+    EXPECT_EQ(model_count_lines(nullptr, nullptr), 0);
 }
 
 TEST(Model, ScaleMovesPointsJointsAndChildren) {
@@ -157,30 +150,30 @@ TEST(Model, ScaleMovesPointsJointsAndChildren) {
     model_set_point(model.model, 1, 1, 2, 3, 1.0f);
     model_add_joint(model.model, "hip", 4, 5, 6, "world", 0);
     ChildLink* link = model_add_child(model.model, nullptr, "arm", 7, 8, 9, 1, 1, 1, "0", "0", "0");
-    EXPECT_EQ(1, model_scale(model.model, 2.0f, 0.5f, -1.0f));
+    EXPECT_EQ(model_scale(model.model, 2.0f, 0.5f, -1.0f), 1);
     const Vec3 point = model_find_point(model.model, 1)->position;
-    EXPECT_EQ(2.0f, point.x);
-    EXPECT_EQ(1.0f, point.y);
-    EXPECT_EQ(-3.0f, point.z);
+    EXPECT_EQ(point.x, 2.0f);
+    EXPECT_EQ(point.y, 1.0f);
+    EXPECT_EQ(point.z, -3.0f);
     const Vec3 joint = model_find_joint(model.model, "hip")->position;
-    EXPECT_EQ(8.0f, joint.x);
-    EXPECT_EQ(2.5f, joint.y);
-    EXPECT_EQ(-6.0f, joint.z);
-    EXPECT_EQ(14.0f, link->position.x);
-    EXPECT_EQ(4.0f, link->position.y);
-    EXPECT_EQ(-9.0f, link->position.z);
+    EXPECT_EQ(joint.x, 8.0f);
+    EXPECT_EQ(joint.y, 2.5f);
+    EXPECT_EQ(joint.z, -6.0f);
+    EXPECT_EQ(link->position.x, 14.0f);
+    EXPECT_EQ(link->position.y, 4.0f);
+    EXPECT_EQ(link->position.z, -9.0f);
 }
 
 TEST(Model, ScaleWithAZeroFactorChangesNothing) {
     OwnedModel model;
     model_set_point(model.model, 1, 1, 2, 3, 1.0f);
-    EXPECT_EQ(0, model_scale(model.model, 0.0f, 2.0f, 2.0f));
-    EXPECT_EQ(0, model_scale(model.model, 2.0f, 0.0f, 2.0f));
-    EXPECT_EQ(0, model_scale(model.model, 2.0f, 2.0f, 0.0f));
+    EXPECT_EQ(model_scale(model.model, 0.0f, 2.0f, 2.0f), 0);
+    EXPECT_EQ(model_scale(model.model, 2.0f, 0.0f, 2.0f), 0);
+    EXPECT_EQ(model_scale(model.model, 2.0f, 2.0f, 0.0f), 0);
     const Vec3 point = model_find_point(model.model, 1)->position;
-    EXPECT_EQ(1.0f, point.x);
-    EXPECT_EQ(2.0f, point.y);
-    EXPECT_EQ(3.0f, point.z);
+    EXPECT_EQ(point.x, 1.0f);
+    EXPECT_EQ(point.y, 2.0f);
+    EXPECT_EQ(point.z, 3.0f);
 }
 
 TEST(Model, CountOfChildrenGoesThroughAllDescendantsAndLinksWithoutAModel) {
@@ -190,7 +183,7 @@ TEST(Model, CountOfChildrenGoesThroughAllDescendantsAndLinksWithoutAModel) {
     add_link(root.model, nullptr);
     add_link(child, model_create("leaf.mod", child));
     add_link(child, nullptr);
-    EXPECT_EQ(4, model_count_children(root.model));
+    EXPECT_EQ(model_count_children(root.model), 4);
 }
 
 TEST(Model, CountOfTrianglesByLayerCountsAQuadTwiceAndAPolygonAsItsTriangles) {
@@ -199,13 +192,13 @@ TEST(Model, CountOfTrianglesByLayerCountsAQuadTwiceAndAPolygonAsItsTriangles) {
     add_layer(model.model, "a");
     add_layer(model.model, "b");
     const int32_t ids[] = {1, 2, 3, 4, 5, 6};
-    ASSERT_EQ(1, model_add_triangle(model.model, "a", 0, ids, nullptr, nullptr, 0));
-    ASSERT_EQ(1, model_add_triangle(model.model, "a", 1, ids, nullptr, nullptr, 0));
-    ASSERT_EQ(1, model_add_polygon(model.model, "a", 6, ids, nullptr));
-    ASSERT_EQ(1, model_add_triangle(model.model, "b", 1, ids, nullptr, nullptr, 0));
+    ASSERT_EQ(model_add_triangle(model.model, "a", 0, ids, nullptr, nullptr, 0), 1);
+    ASSERT_EQ(model_add_triangle(model.model, "a", 1, ids, nullptr, nullptr, 0), 1);
+    ASSERT_EQ(model_add_polygon(model.model, "a", 6, ids, nullptr), 1);
+    ASSERT_EQ(model_add_triangle(model.model, "b", 1, ids, nullptr, nullptr, 0), 1);
     EXPECT_EQ(1 + 2 + 4, model_count_triangles(model.model, "a"));
-    EXPECT_EQ(2, model_count_triangles(model.model, "b"));
-    EXPECT_EQ(0, model_count_triangles(model.model, "none"));
+    EXPECT_EQ(model_count_triangles(model.model, "b"), 2);
+    EXPECT_EQ(model_count_triangles(model.model, "none"), 0);
 }
 
 // Intended: one of a single point, or of none, takes away from the triangles of its layer.
@@ -215,8 +208,8 @@ TEST(Model, APolygonOfFewerThanThreePointsCountsItsPointsLessTwo) {
         OwnedModel model;
         add_points(model.model, 3);
         add_layer(model.model, "a");
-        ASSERT_EQ(1, model_add_triangle(model.model, "a", 0, ids, nullptr, nullptr, 0));
-        ASSERT_EQ(1, model_add_polygon(model.model, "a", points, ids, nullptr));
+        ASSERT_EQ(model_add_triangle(model.model, "a", 0, ids, nullptr, nullptr, 0), 1);
+        ASSERT_EQ(model_add_polygon(model.model, "a", points, ids, nullptr), 1);
         EXPECT_EQ(1 + points - 2, model_count_triangles(model.model, "a")) << points;
     }
 }
@@ -230,7 +223,7 @@ TEST(Model, CountOfAllTrianglesCountsRecordsAndNoPolygons) {
     model_add_triangle(model.model, "a", 1, ids, nullptr, nullptr, 0);
     model_add_triangle(model.model, "b", 0, ids, nullptr, nullptr, 0);
     model_add_polygon(model.model, "a", 6, ids, nullptr);
-    EXPECT_EQ(2, model_count_triangles(model.model, nullptr));
+    EXPECT_EQ(model_count_triangles(model.model, nullptr), 2);
 }
 
 TEST(Model, CountOfLinesCountsThePiecesBetweenPoints) {
@@ -244,7 +237,7 @@ TEST(Model, CountOfLinesCountsThePiecesBetweenPoints) {
     model_add_line(model.model, "b", 3, ids);
     EXPECT_EQ(3 + 1, model_count_lines(model.model, "a"));
     EXPECT_EQ(4 + 2, model_count_lines(model.model, nullptr));
-    EXPECT_EQ(0, model_count_lines(model.model, "none"));
+    EXPECT_EQ(model_count_lines(model.model, "none"), 0);
 }
 
 TEST(Model, ReleaseTakesOwnedChildrenAndLeavesBorrowedOnes) {
@@ -253,9 +246,9 @@ TEST(Model, ReleaseTakesOwnedChildrenAndLeavesBorrowedOnes) {
     add_link(parent, model_create("owned.mod", parent));
     add_link(parent, nullptr);
     add_link(parent, lender.model, "lender", true);
-    EXPECT_EQ(1, model_release(parent));
+    EXPECT_EQ(model_release(parent), 1);
     // The sanitizers see a second release and a leak; the lender must still be whole.
-    EXPECT_STREQ("lender", lender->name);
+    EXPECT_STREQ(lender->name, "lender");
 }
 
 TEST(Model, ReleaseOfLayersWithNamesTooLongForAKeyEnds) {
@@ -266,8 +259,8 @@ TEST(Model, ReleaseOfLayersWithNamesTooLongForAKeyEnds) {
     add_layer(model, (name + "y").c_str());
     const std::string joint(50, 'j');
     model_add_joint(model, joint.c_str(), 0, 0, 0, "world", 0);
-    EXPECT_EQ(2, model_count_layers(model));
-    EXPECT_EQ(1, model_release(model));
+    EXPECT_EQ(model_count_layers(model), 2);
+    EXPECT_EQ(model_release(model), 1);
 }
 
 TEST(Model, FilePathJoinsAndIsCutToTheBuffer) {
@@ -282,23 +275,21 @@ TEST(Model, FilePathJoinsAndIsCutToTheBuffer) {
 
 TEST(ModelTree, CountsLevelsAndModels) {
     OwnedModel root;
-    EXPECT_EQ(0, model_tree_size(root.model).depth);
-    EXPECT_EQ(1, model_tree_size(root.model).nodes);
+    EXPECT_EQ(model_tree_size(root.model).depth, 0);
+    EXPECT_EQ(model_tree_size(root.model).nodes, 1);
     Model* child = model_create("child.mod", root.model);
     add_link(root.model, child);
     add_link(child, model_create("leaf.mod", child));
     add_link(root.model, model_create("leaf.mod", root.model));
-    EXPECT_EQ(2, model_tree_size(root.model).depth);
-    EXPECT_EQ(4, model_tree_size(root.model).nodes);
-    EXPECT_EQ(0, model_tree_size(nullptr).nodes);
+    EXPECT_EQ(model_tree_size(root.model).depth, 2);
+    EXPECT_EQ(model_tree_size(root.model).nodes, 4);
+    EXPECT_EQ(model_tree_size(nullptr).nodes, 0);
 }
 
 // Models that are owned one by one and lent to each other as the test says.
 struct Lot {
     ~Lot() {
-        for (Model* model : models) {
-            model_release(model);
-        }
+        for (Model* model : models) { model_release(model); }
     }
     Model* add() {
         models.push_back(model_create("lot.mod", nullptr));
@@ -315,7 +306,7 @@ TEST(ModelTree, FitsUpToItsDepthLimitAndNotBeyond) {
         add_link(above, top, "link", true);
         top = above;
     }
-    EXPECT_EQ(MODEL_TREE_DEPTH_LIMIT, model_tree_size(top).depth);
+    EXPECT_EQ(model_tree_size(top).depth, MODEL_TREE_DEPTH_LIMIT);
     EXPECT_TRUE(model_tree_fits(top));
     Model* above = lot.add();
     add_link(above, top, "link", true);
@@ -332,7 +323,7 @@ TEST(ModelTree, CountsEachRepetitionOfALentModel) {
         add_link(above, top, "b", true);
         top = above;
     }
-    EXPECT_EQ(4095, model_tree_size(top).nodes);
+    EXPECT_EQ(model_tree_size(top).nodes, 4095);
     EXPECT_TRUE(model_tree_fits(top));
     Model* above = lot.add();
     add_link(above, top, "a", true);

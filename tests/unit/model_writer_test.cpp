@@ -1,5 +1,4 @@
 // The writer of model files: its exact lay-out, what survives it, and what does not.
-
 #include "formats/model_writer.h"
 
 #include <gtest/gtest.h>
@@ -29,9 +28,7 @@ constexpr const char* FOUR_POINTS =
 class ModelWriter : public testing::Test {
 protected:
     ModelWriter() {
-        for (const char* name : {"a.tga", "b.tga", "r.tga"}) {
-            dir.write(name, test::solid_tga(1, 1, 1, 2, 3));
-        }
+        for (const char* name : {"a.tga", "b.tga", "r.tga"}) { dir.write(name, test::solid_tga(1, 1, 1, 2, 3)); }
     }
     ~ModelWriter() override { EXPECT_EQ(list_count(image_registry()), 0); }
 
@@ -90,37 +87,190 @@ TEST_F(ModelWriter, EverySectionStandsInItsOrderAndItsColumns) {
     ASSERT_NE(model, nullptr) << load_error_get();
     EXPECT_EQ(write_model(model.get()),
               "#\n# model: written.mod\n#\n"
-              "joint  " "hip     " "  " "    0" " " "    0" " " "   10" "  " "world   " " " "  2" "\n"
-              "joint  " "knee    " "  " "    1" " " "   -2" " " "    5" "  " "hip     " " " "  1" "\n"
+              "joint  "
+              "hip     "
+              "  "
+              "    0"
+              " "
+              "    0"
+              " "
+              "   10"
+              "  "
+              "world   "
+              " "
+              "  2"
+              "\n"
+              "joint  "
+              "knee    "
+              "  "
+              "    1"
+              " "
+              "   -2"
+              " "
+              "    5"
+              "  "
+              "hip     "
+              " "
+              "  1"
+              "\n"
               "points\n"
               "#\n# 2 points for joint: hip\n#\n"
-              "1  " "   " "    0" " " "    0" " " "    0" "\n"
-              "2  " "   " "   10" " " "   20" " " "  -30" "   " "0.500" "\n"
+              "1  "
+              "   "
+              "    0"
+              " "
+              "    0"
+              " "
+              "    0"
+              "\n"
+              "2  "
+              "   "
+              "   10"
+              " "
+              "   20"
+              " "
+              "  -30"
+              "   "
+              "0.500"
+              "\n"
               "#\n# 1 points for joint: knee\n#\n"
-              "3  " "   " "    1" " " "    2" " " "    3" "   " "0.250" "\n"
+              "3  "
+              "   "
+              "    1"
+              " "
+              "    2"
+              " "
+              "    3"
+              "   "
+              "0.250"
+              "\n"
               "#\n# world points\n#\n"
-              "4  " "   " "    7" " " "    8" " " "    9" "\n"
+              "4  "
+              "   "
+              "    7"
+              " "
+              "    8"
+              " "
+              "    9"
+              "\n"
               "\nnormals\n"
-              "1  " "   " " 0.000" " " " 0.000" " " " 1.000" "\n"
-              "2  " "   " " 0.000" " " " 0.000" " " " 1.000" "\n"
-              "3  " "   " " 0.000" " " " 0.000" " " " 1.000" "\n"
-              "4  " "   " " 1.000" " " " 0.000" " " " 0.000" "\n"
+              "1  "
+              "   "
+              " 0.000"
+              " "
+              " 0.000"
+              " "
+              " 1.000"
+              "\n"
+              "2  "
+              "   "
+              " 0.000"
+              " "
+              " 0.000"
+              " "
+              " 1.000"
+              "\n"
+              "3  "
+              "   "
+              " 0.000"
+              " "
+              " 0.000"
+              " "
+              " 1.000"
+              "\n"
+              "4  "
+              "   "
+              " 1.000"
+              " "
+              " 0.000"
+              " "
+              " 0.000"
+              "\n"
               "\ngouraud\n"
-              "1  " "   " "127" " " "127" " " "127" "  " "0  " "\n"
-              "2  " "   " "255" " " "0  " " " "10 " "  " "20 " "\n"
-              "3  " "   " "127" " " "127" " " "127" "  " "0  " "\n"
-              "4  " "   " "127" " " "127" " " "127" "  " "0  " "\n"
+              "1  "
+              "   "
+              "127"
+              " "
+              "127"
+              " "
+              "127"
+              "  "
+              "0  "
+              "\n"
+              "2  "
+              "   "
+              "255"
+              " "
+              "0  "
+              " "
+              "10 "
+              "  "
+              "20 "
+              "\n"
+              "3  "
+              "   "
+              "127"
+              " "
+              "127"
+              " "
+              "127"
+              "  "
+              "0  "
+              "\n"
+              "4  "
+              "   "
+              "127"
+              " "
+              "127"
+              " "
+              "127"
+              "  "
+              "0  "
+              "\n"
               "\nlayer skin 10 20 30 singlesided mirror -y\n"
               "transparency 0.5000\n"
               "triangles\n"
-              "0  " "   1" " " "   2" " " "   3" "\n"
-              "1  " "   1" " " "   2" " " "   3" " " "   4" "\n"
+              "0  "
+              "   1"
+              " "
+              "   2"
+              " "
+              "   3"
+              "\n"
+              "1  "
+              "   1"
+              " "
+              "   2"
+              " "
+              "   3"
+              " "
+              "   4"
+              "\n"
               "2 1 2 3 4 \n"
               "uvees\n2  1.0000  -1.0000\n4  0.5000  0.2500\n"
               "image  a.tga  x -z\nmirrorimage  b.tga\n"
               "lines\n2 1 4 \n"
-              "child  " "wing    " "  " "    1" " " "    2" " " "    3" "  " " 1.000" " " " 0.500" " " " 2.000"
-              "  " "   90" " " "  x30" " " "    0" "\n");
+              "child  "
+              "wing    "
+              "  "
+              "    1"
+              " "
+              "    2"
+              " "
+              "    3"
+              "  "
+              " 1.000"
+              " "
+              " 0.500"
+              " "
+              " 2.000"
+              "  "
+              "   90"
+              " "
+              "  x30"
+              " "
+              "    0"
+              "\n");
 }
 
 TEST_F(ModelWriter, AModelWithoutJointsHasTheWorldPointsCommentAlone) {
@@ -152,14 +302,14 @@ TEST_F(ModelWriter, ACurvedTriangleOfTypeTwoHasItsTypeAsFifthToken) {
 }
 
 TEST_F(ModelWriter, ACurvedTriangleOfTypeThreeNamesItsTypeOnlyBeforeNormals) {
-    const std::string text = write_model(
-        with_points("layer a 1 2 3 doublesided\ntriangles\n3 1 2 3\n3 1 2 3 3 2 2 3\n").get());
+    const std::string text =
+        write_model(with_points("layer a 1 2 3 doublesided\ntriangles\n3 1 2 3\n3 1 2 3 3 2 2 3\n").get());
     EXPECT_TRUE(holds(text, "triangles\n3     1    2    3\n3     1    2    3  3     2    2    3\n")) << text;
 }
 
 TEST_F(ModelWriter, OwnControlsBringTheNormalsAlong) {
-    const std::string text = write_model(
-        with_points("layer a 1 2 3 doublesided\ntriangles\n3 1 2 3 1 1 2 3 4 2 2 3 3 1\n").get());
+    const std::string text =
+        write_model(with_points("layer a 1 2 3 doublesided\ntriangles\n3 1 2 3 1 1 2 3 4 2 2 3 3 1\n").get());
     EXPECT_TRUE(holds(text, "triangles\n3     1    2    3  1     1    2    3     4    2    2    3    3    1\n"));
 }
 
@@ -173,9 +323,7 @@ TEST_F(ModelWriter, AnImageWithoutAnAxisIsWrittenWithX) {
 
 TEST_F(ModelWriter, EveryAxisCodeHasItsWord) {
     const char* words[] = {"x", "x", "y", "z", "-x", "-y", "-z", "x"};
-    for (int code = 0; code < 8; ++code) {
-        EXPECT_STREQ(axis_word(code), words[code]);
-    }
+    for (int code = 0; code < 8; ++code) { EXPECT_STREQ(axis_word(code), words[code]); }
     EXPECT_STREQ(axis_word(-1), "x");
     EXPECT_STREQ(axis_word(std::numeric_limits<int>::max()), "x");
 }
@@ -207,9 +355,7 @@ TEST_F(ModelWriter, NumbersAreWrittenWithAPointInEveryLocale) {
         write_model(with_points("layer a 1 2 3 doublesided\ntransparency 0.25\ntriangles\n0 1 2 3\n").get());
     std::setlocale(LC_NUMERIC, before.c_str());
     EXPECT_TRUE(holds(text, "transparency 0.2500\n")) << text;
-    if (!found) {
-        GTEST_SKIP() << "no locale with a decimal comma is installed";
-    }
+    if (!found) { GTEST_SKIP() << "no locale with a decimal comma is installed"; }
 }
 
 TEST_F(ModelWriter, PlacesThatAreNoNumbersOrTooLargeStaySafe) {
@@ -282,9 +428,7 @@ TEST_F(InDirectory, NoModelAndNoFileAreNoTrouble) {
 TEST_F(ModelWriter, AStreamThatTakesNothingIsToldByTheStreamForm) {
     const OwnedModel model = with_points("");
     std::FILE* full = std::fopen("/dev/full", "wb");
-    if (full == nullptr) {
-        GTEST_SKIP() << "no /dev/full here";
-    }
+    if (full == nullptr) { GTEST_SKIP() << "no /dev/full here"; }
     std::setvbuf(full, nullptr, _IONBF, 0);
     EXPECT_EQ(model_write_stream(model.get(), "a.mod", full), 0);
     std::fclose(full);
@@ -295,8 +439,9 @@ TEST_F(ModelWriter, AStreamThatTakesNothingIsToldByTheStreamForm) {
 // ---- what survives ----
 
 TEST_F(ModelWriter, FlatTrianglesAndQuadsSurvive) {
-    expect_survives("layer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n0 1 2 3 4 3 2\n1 1 2 3 4\n1 1 2 3 4 2 2 3 1\n"
-                    "1 1 2 3 4 1 2 3 1\n");
+    expect_survives(
+        "layer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n0 1 2 3 4 3 2\n1 1 2 3 4\n1 1 2 3 4 2 2 3 1\n"
+        "1 1 2 3 4 1 2 3 1\n");
 }
 
 TEST_F(ModelWriter, PolygonsAndLinesSurvive) {
@@ -304,9 +449,10 @@ TEST_F(ModelWriter, PolygonsAndLinesSurvive) {
 }
 
 TEST_F(ModelWriter, CurvedTrianglesOfTypesOneToThreeSurvive) {
-    expect_survives("layer a 1 2 3 doublesided\ntriangles\n3 1 2 3 1\n3 1 2 3 2\n3 1 2 3\n"
-                    "3 1 2 3 1 4 2 3\n3 1 2 3 2 4 2 3\n3 1 2 3 3 4 2 3\n"
-                    "3 1 2 3 1 1 2 3 4 2 2 3 3 1\n3 1 2 3 2 4 2 3 4 2 2 3 3 1\n3 1 2 3 3 1 2 3 1 2 2 3 3 4\n");
+    expect_survives(
+        "layer a 1 2 3 doublesided\ntriangles\n3 1 2 3 1\n3 1 2 3 2\n3 1 2 3\n"
+        "3 1 2 3 1 4 2 3\n3 1 2 3 2 4 2 3\n3 1 2 3 3 4 2 3\n"
+        "3 1 2 3 1 1 2 3 4 2 2 3 3 1\n3 1 2 3 2 4 2 3 4 2 2 3 3 1\n3 1 2 3 3 1 2 3 1 2 2 3 3 4\n");
 }
 
 TEST_F(ModelWriter, ACurvedQuadOfTypeFourWithoutNormalsOfItsOwnSurvives) {
@@ -314,9 +460,10 @@ TEST_F(ModelWriter, ACurvedQuadOfTypeFourWithoutNormalsOfItsOwnSurvives) {
 }
 
 TEST_F(ModelWriter, ImagesMirrorsAndUveesSurvive) {
-    expect_survives("layer a 1 2 3 doublesided mirror x\ntransparency 0.25\ntriangles\n0 1 2 3\n1 1 2 3 4\n"
-                    "uvees\n3 0.25 0.75\n1 -1.5 2.0\nimage a.tga x -y\nmirrorimage b.tga\n"
-                    "layer b 127 127 127 singlesided mirror -z\ntriangles\n2 1 2 3 4\nimage b.tga -x z\n");
+    expect_survives(
+        "layer a 1 2 3 doublesided mirror x\ntransparency 0.25\ntriangles\n0 1 2 3\n1 1 2 3 4\n"
+        "uvees\n3 0.25 0.75\n1 -1.5 2.0\nimage a.tga x -y\nmirrorimage b.tga\n"
+        "layer b 127 127 127 singlesided mirror -z\ntriangles\n2 1 2 3 4\nimage b.tga -x z\n");
 }
 
 TEST_F(ModelWriter, JointsAndWorldPointsSurvive) {
@@ -369,8 +516,9 @@ TEST_F(ModelWriter, ACurvedTriangleOfTypeFourWithNormalsDoesNotReadBack) {
 }
 
 TEST_F(ModelWriter, BlendGroupsAreLostAndTheirPointsBindToOtherJoints) {
-    const OwnedModel model = read("joint a 0 0 0 world 1\njoint b 0 0 0 a 1\nblend a b 1\n"
-                                  "points\n1 0 0 0\n2 0 0 0\n3 0 0 0\n4 0 0 0\nnormals\n1 0 0 1\n");
+    const OwnedModel model = read(
+        "joint a 0 0 0 world 1\njoint b 0 0 0 a 1\nblend a b 1\n"
+        "points\n1 0 0 0\n2 0 0 0\n3 0 0 0\n4 0 0 0\nnormals\n1 0 0 1\n");
     ASSERT_NE(model, nullptr);
     const OwnedModel back = again(model);
     ASSERT_NE(back, nullptr);
@@ -400,9 +548,10 @@ TEST_F(ModelWriter, TheReflectionMapIsLost) {
 
 TEST_F(ModelWriter, TheRepeatFactorsAreLost) {
     // Every corner has a uvee, on which the factors do not act, so that nothing else changes.
-    expect_only_loss("layer a 1 2 3 doublesided\ntriangles\n0 1 2 3\nuvees\n1 0 0\n2 1 0\n3 0 1\n"
-                     "image a.tga x y repeat 2 3\n",
-                     "repeat 1", "repeat 0");
+    expect_only_loss(
+        "layer a 1 2 3 doublesided\ntriangles\n0 1 2 3\nuvees\n1 0 0\n2 1 0\n3 0 1\n"
+        "image a.tga x y repeat 2 3\n",
+        "repeat 1", "repeat 0");
 }
 
 TEST_F(ModelWriter, AModelWithoutNormalsGainsTheDefaultOnes) {
@@ -447,8 +596,7 @@ TEST_F(ModelWriter, OnlyTheFirstCornerOfATriangleTellsThatNormalsDiffer) {
 }
 
 TEST_F(ModelWriter, OnlyTheFirstAndLastCornerOfAQuadTellThatNormalsDiffer) {
-    expect_only_loss("layer a 1 2 3 singlesided\ntriangles\n1 1 2 3 4 1 4 4 4\n", "normals=1,4,4,4",
-                     "normals=1,2,3,4");
+    expect_only_loss("layer a 1 2 3 singlesided\ntriangles\n1 1 2 3 4 1 4 4 4\n", "normals=1,4,4,4", "normals=1,2,3,4");
 }
 
 TEST_F(ModelWriter, NamesWithBlanksComeOutWithoutQuotes) {

@@ -49,7 +49,7 @@ protected:
         };
         for (int side = 0; side < 6; ++side) {
             for (int i = 0; i < cells; ++i) {
-                for (int j = 0; j < cells; ++j) cube_cell(side, i, j, cells, at);
+                for (int j = 0; j < cells; ++j) { cube_cell(side, i, j, cells, at); }
             }
         }
     }
@@ -61,7 +61,7 @@ protected:
         };
         // Seen from outside, clockwise corners look at the viewer; the quad's strip runs 0, 1, 2, 3.
         Ids quad{corner(i, j), corner(i, j + 1), corner(i + 1, j), corner(i + 1, j + 1)};
-        if (side % 2 == 0) std::swap(quad[1], quad[2]);
+        if (side % 2 == 0) { std::swap(quad[1], quad[2]); }
         put_triangle(model.get(), "body", quad);
     }
 
@@ -99,7 +99,7 @@ TEST_F(Normals, a_point_without_faces_gets_the_default) {
 
 TEST_F(Normals, each_direction_counts_once) {
     put_point(model.get(), 1, {0, 0, 0});
-    for (int i = 0; i < 5; ++i) face_towards({0, 0, 1});
+    for (int i = 0; i < 5; ++i) { face_towards({0, 0, 1}); }
     face_towards({1, 0, 0});
     model_rebuild_normals(model.get());
     expect_vector(normal_at(model.get(), 1), unit(1, 0, 1), 1e-6f);
@@ -107,12 +107,12 @@ TEST_F(Normals, each_direction_counts_once) {
 
 TEST_F(Normals, of_eight_directions_the_first_six_count) {
     put_point(model.get(), 1, {0, 0, 0});
-    const Vec3 directions[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0.6f, 0.8f}, {0.6f, 0, 0.8f}, {0.8f, 0.6f, 0},
-                               {-1, 0, 0}, {0, -1, 0}};
+    const Vec3 directions[] = {{1, 0, 0},       {0, 1, 0},       {0, 0, 1},  {0, 0.6f, 0.8f},
+                               {0.6f, 0, 0.8f}, {0.8f, 0.6f, 0}, {-1, 0, 0}, {0, -1, 0}};
     Vec3 sum{0, 0, 0};
     for (int i = 0; i < 8; ++i) {
         face_towards(directions[i]);
-        if (i < 6) sum = {sum.x + directions[i].x, sum.y + directions[i].y, sum.z + directions[i].z};
+        if (i < 6) { sum = {sum.x + directions[i].x, sum.y + directions[i].y, sum.z + directions[i].z}; }
     }
     model_rebuild_normals(model.get());
     expect_vector(normal_at(model.get(), 1), unit(sum.x, sum.y, sum.z), 1e-5f);
@@ -156,7 +156,7 @@ TEST_F(Normals, polygon_of_three_has_one_face_for_each_vertex) {
     put_points(model.get(), {{0, 0, 0}, {0, 1, 0}, {1, 0, 0}});
     put_polygon(model.get(), "body", {1, 2, 3});
     model_rebuild_normals(model.get());
-    for (int id = 1; id <= 3; ++id) expect_vector(normal_at(model.get(), id), {0, 0, 1}, 1e-6f);
+    for (int id = 1; id <= 3; ++id) { expect_vector(normal_at(model.get(), id), {0, 0, 1}, 1e-6f); }
 }
 
 TEST_F(Normals, first_two_vertices_of_a_strip_hear_the_same_two_faces) {
@@ -165,7 +165,7 @@ TEST_F(Normals, first_two_vertices_of_a_strip_hear_the_same_two_faces) {
     model_rebuild_normals(model.get());
     const Vec3 second = unit(1, 1, 1);
     const Vec3 both = unit(second.x, second.y, second.z + 1);
-    for (int id = 1; id <= 3; ++id) expect_vector(normal_at(model.get(), id), both, 1e-6f);
+    for (int id = 1; id <= 3; ++id) { expect_vector(normal_at(model.get(), id), both, 1e-6f); }
     expect_vector(normal_at(model.get(), 4), second, 1e-6f);
 }
 
@@ -262,40 +262,42 @@ struct LiteralPoint {
     int count = 0;
 
     void note(int a, int b, int c) {
-        if (!point_of(model, a) || !point_of(model, b) || !point_of(model, c)) return;
+        if (!point_of(model, a) || !point_of(model, b) || !point_of(model, c)) { return; }
         Vec3 normal = model_face_normal(model, a, b, c);
         vec_normalise(&normal);
-        if (count == 6) return;
+        if (count == 6) { return; }
         for (int i = 0; i < count; ++i) {
-            if (vec_near(&found[i], &normal, 0.0001f)) return;
+            if (vec_near(&found[i], &normal, 0.0001f)) { return; }
         }
         found[count++] = normal;
     }
 
     void walk_triangle(const Triangle& t, int k) {
         const int16_t* p = t.points;
-        if (k == p[0] || k == p[1] || k == p[2]) note(p[0], p[1], p[2]);
-        if (t.quad && (k == p[1] || k == p[2] || k == p[3])) note(p[2], p[1], p[3]);
+        if (k == p[0] || k == p[1] || k == p[2]) { note(p[0], p[1], p[2]); }
+        if (t.quad && (k == p[1] || k == p[2] || k == p[3])) { note(p[2], p[1], p[3]); }
     }
 
     void walk_polygon(const Polygon& polygon, int k) {
         Ids s;
-        for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) s.push_back(vertex.point);
+        for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
+            s.push_back(vertex.point);
+        }
         const size_t n = s.size();
-        if (n < 3) return;
+        if (n < 3) { return; }
         for (size_t i = 0; i < n; ++i) {
-            if (s[i] != k) continue;
+            if (s[i] != k) { continue; }
             if (i < 2) {
                 note(s[0], s[1], s[2]);
-                if (n >= 4) note(s[2], s[1], s[3]);
+                if (n >= 4) { note(s[2], s[1], s[3]); }
             } else if (i % 2 == 0) {
                 note(s[i - 2], s[i - 1], s[i]);
-                if (n > i + 1) note(s[i], s[i - 1], s[i + 1]);
-                if (n > i + 2) note(s[i], s[i + 1], s[i + 2]);
+                if (n > i + 1) { note(s[i], s[i - 1], s[i + 1]); }
+                if (n > i + 2) { note(s[i], s[i + 1], s[i + 2]); }
             } else {
                 note(s[i - 1], s[i - 2], s[i]);
-                if (n > i + 1) note(s[i - 1], s[i], s[i + 1]);
-                if (n > i + 2) note(s[i + 1], s[i], s[i + 2]);
+                if (n > i + 1) { note(s[i - 1], s[i], s[i + 1]); }
+                if (n > i + 2) { note(s[i + 1], s[i], s[i + 2]); }
             }
         }
     }
@@ -305,8 +307,8 @@ void rebuild_literally(Model* model) {
     for (const int k : point_ids(model)) {
         LiteralPoint point{model, {}, 0};
         for (const Layer& layer : list_elements<Layer>(model->layers)) {
-            for (const Triangle& t : list_elements<Triangle>(layer.triangles)) point.walk_triangle(t, k);
-            for (const Polygon& p : list_elements<Polygon>(layer.polygons)) point.walk_polygon(p, k);
+            for (const Triangle& t : list_elements<Triangle>(layer.triangles)) { point.walk_triangle(t, k); }
+            for (const Polygon& p : list_elements<Polygon>(layer.polygons)) { point.walk_polygon(p, k); }
         }
         Vec3 normal{0, 0, 1};
         if (point.count > 0) {
@@ -322,7 +324,7 @@ TEST_F(Normals, random_models_come_out_as_by_a_walk_for_each_point) {
         Owned model_once = RandomModel(seed).make(30, 4);
         Owned model_each = RandomModel(seed).make(30, 4);
         // Points that go missing behind their primitives.
-        for (Model* each : {model_once.get(), model_each.get()}) model_remove_point(each, point_ids(each)[3]);
+        for (Model* each : {model_once.get(), model_each.get()}) { model_remove_point(each, point_ids(each)[3]); }
         model_rebuild_normals(model_once.get());
         rebuild_literally(model_each.get());
         ASSERT_EQ(model_text(model_once.get()), model_text(model_each.get())) << "seed " << seed;

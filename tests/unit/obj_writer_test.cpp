@@ -1,5 +1,4 @@
 // The export to Wavefront text, read back by a reader of its own.
-
 #include "formats/obj_writer.h"
 
 #include <gtest/gtest.h>
@@ -50,8 +49,9 @@ TEST_F(ObjWriter, YAndZChangePlaces) {
 }
 
 TEST_F(ObjWriter, AQuadIsTwoFacesWithTheDiagonalFromCornerOneToTwo) {
-    const ObjFile file = exported("points\n1 0 0 0\n2 1 0 0\n3 0 1 0\n4 1 1 0\n"
-                                  "layer a 1 2 3 singlesided\ntriangles\n1 1 2 3 4\n");
+    const ObjFile file = exported(
+        "points\n1 0 0 0\n2 1 0 0\n3 0 1 0\n4 1 1 0\n"
+        "layer a 1 2 3 singlesided\ntriangles\n1 1 2 3 4\n");
     EXPECT_EQ(file.vertices.size(), 4u);
     ASSERT_EQ(file.groups.size(), 1u);
     EXPECT_EQ(file.groups[0].name, "a");
@@ -59,8 +59,9 @@ TEST_F(ObjWriter, AQuadIsTwoFacesWithTheDiagonalFromCornerOneToTwo) {
 }
 
 TEST_F(ObjWriter, ALayerWithNothingInItHasNoGroup) {
-    const ObjFile file = exported("points\n1 0 0 0\n2 1 0 0\nlayer none 1 2 3 singlesided\n"
-                                  "layer wire 1 2 3 singlesided\nlines\n2 2 1 2\n");
+    const ObjFile file = exported(
+        "points\n1 0 0 0\n2 1 0 0\nlayer none 1 2 3 singlesided\n"
+        "layer wire 1 2 3 singlesided\nlines\n2 2 1 2\n");
     ASSERT_EQ(file.groups.size(), 1u);
     EXPECT_EQ(file.groups[0].name, "wire");
     EXPECT_EQ(file.groups[0].lines, (Numbers{{2, 1, 2}}));
@@ -68,8 +69,9 @@ TEST_F(ObjWriter, ALayerWithNothingInItHasNoGroup) {
 }
 
 TEST_F(ObjWriter, TrianglesAndLinesNameLinesOfTheFileAndPolygonsNameIds) {
-    const ObjFile file = exported("points\n10 0 0 0\n20 1 0 0\n30 0 1 0\nlayer a 1 2 3 singlesided\n"
-                                  "triangles\n0 10 20 30\n2 10 20 30\nlines\n2 30 10\n");
+    const ObjFile file = exported(
+        "points\n10 0 0 0\n20 1 0 0\n30 0 1 0\nlayer a 1 2 3 singlesided\n"
+        "triangles\n0 10 20 30\n2 10 20 30\nlines\n2 30 10\n");
     ASSERT_EQ(file.groups.size(), 1u);
     EXPECT_EQ(file.groups[0].faces, (Numbers{{1, 2, 3}, {10, 20, 30}}));
     EXPECT_EQ(file.groups[0].lines, (Numbers{{3, 1}}));
@@ -81,22 +83,25 @@ TEST_F(ObjWriter, NumbersFollowTheOrderOfTheFileNotThatOfTheIds) {
 }
 
 TEST_F(ObjWriter, ARemovedPointLeavesNoGapInTheNumbers) {
-    const OwnedModel model = read("points\n1 0 0 0\n2 1 0 0\n3 2 0 0\n4 3 0 0\n"
-                                  "layer a 1 2 3 singlesided\ntriangles\n0 1 3 4\n");
+    const OwnedModel model = read(
+        "points\n1 0 0 0\n2 1 0 0\n3 2 0 0\n4 3 0 0\n"
+        "layer a 1 2 3 singlesided\ntriangles\n0 1 3 4\n");
     model_remove_point(model.get(), 2);
     EXPECT_EQ(test::read_obj(text_of(model)).groups[0].faces, (Numbers{{1, 2, 3}}));
 }
 
 TEST_F(ObjWriter, CurvedPrimitivesComeOutFlat) {
-    const ObjFile file = exported("points\n1 0 0 0\n2 1 0 0\n3 0 1 0\n4 1 1 0\nlayer a 1 2 3 singlesided\n"
-                                  "triangles\n3 1 2 3\n4 1 2 3 4\n");
+    const ObjFile file = exported(
+        "points\n1 0 0 0\n2 1 0 0\n3 0 1 0\n4 1 1 0\nlayer a 1 2 3 singlesided\n"
+        "triangles\n3 1 2 3\n4 1 2 3 4\n");
     EXPECT_EQ(file.groups[0].faces, (Numbers{{1, 2, 3}, {1, 2, 3}, {3, 2, 4}}));
 }
 
 TEST_F(ObjWriter, APointOfAChildIsNumberZero) {
     dir.write("wing.mod", "points\n50 0 0 0\n");
-    const OwnedModel model = read("points\n1 0 0 0\n2 1 0 0\nlayer a 1 2 3 singlesided\n"
-                                  "child wing 0 0 0 1 1 1 0 0 0\n");
+    const OwnedModel model = read(
+        "points\n1 0 0 0\n2 1 0 0\nlayer a 1 2 3 singlesided\n"
+        "child wing 0 0 0 1 1 1 0 0 0\n");
     const int32_t points[] = {1, 2, 50};
     ASSERT_EQ(model_add_triangle(model.get(), "a", 0, points, nullptr, nullptr, 0), 1);
     const ObjFile file = test::read_obj(text_of(model));
@@ -161,16 +166,16 @@ TEST_F(ObjWriter, LongLinesAreNeverCut) {
         polygon.push_back(id);
         line.push_back(id - 10000);
     }
-    const ObjFile file =
-        exported(points + "layer a 1 2 3 singlesided\ntriangles\n2" + ids + "\nlines\n2" + ids + "\n");
+    const ObjFile file = exported(points + "layer a 1 2 3 singlesided\ntriangles\n2" + ids + "\nlines\n2" + ids + "\n");
     ASSERT_EQ(file.groups.size(), 1u);
     EXPECT_EQ(file.groups[0].faces, (Numbers{polygon})) << "900 bytes in one line";
     EXPECT_EQ(file.groups[0].lines, (Numbers{line}));
 }
 
 TEST_F(ObjWriter, EachLineIsALineOfItsOwn) {
-    const ObjFile file = exported("points\n1 0 0 0\n2 1 0 0\n3 0 1 0\n"
-                                  "layer a 1 2 3 singlesided\nlines\n2 1 2\n2 2 3\n");
+    const ObjFile file = exported(
+        "points\n1 0 0 0\n2 1 0 0\n3 0 1 0\n"
+        "layer a 1 2 3 singlesided\nlines\n2 1 2\n2 2 3\n");
     EXPECT_EQ(file.groups.at(0).lines, (Numbers{{1, 2}, {2, 3}}));
 }
 

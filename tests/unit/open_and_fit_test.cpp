@@ -1,5 +1,4 @@
 // The orders of view and scene around a load.
-
 #include "application/open_and_fit.h"
 
 #include <gtest/gtest.h>
@@ -91,11 +90,11 @@ TEST_F(OpenAndFitTest, OpenFitsAndCentresTheViewAndKeepsTheZoom) {
     disturb_view();
     const int32_t id = file_open_model(app, dir.write("a.mod", MODEL).c_str());
     EXPECT_GE(id, 1);
-    EXPECT_EQ(0.0f, view->pan_x);
-    EXPECT_EQ(0.0f, view->pan_y);
-    EXPECT_EQ(0.0f, view->angle);
-    EXPECT_EQ(0.0f, view->pitch);
-    EXPECT_EQ(2.0f, view->zoom);
+    EXPECT_EQ(view->pan_x, 0.0f);
+    EXPECT_EQ(view->pan_y, 0.0f);
+    EXPECT_EQ(view->angle, 0.0f);
+    EXPECT_EQ(view->pitch, 0.0f);
+    EXPECT_EQ(view->zoom, 2.0f);
     expect_extents(200.0f);
     expect_focus(50, 25, 5);
 }
@@ -104,14 +103,14 @@ TEST_F(OpenAndFitTest, APathThatNoModelCanKeepLeavesTheSceneAndTheViewOpen) {
     file_open_model(app, dir.write("a.mod", MODEL).c_str());
     disturb_view();
     for (const std::string& path : {std::string(255, 'd') + "\\b.mod", std::string(512, 'n')}) {
-        EXPECT_EQ(0, file_open_model(app, path.c_str()));
-        EXPECT_EQ(0, file_add(app, path.c_str()));
-        EXPECT_EQ(1, list_count(&session->root_models));
-        EXPECT_EQ(3.0f, view->angle);
+        EXPECT_EQ(file_open_model(app, path.c_str()), 0);
+        EXPECT_EQ(file_add(app, path.c_str()), 0);
+        EXPECT_EQ(list_count(&session->root_models), 1);
+        EXPECT_EQ(view->angle, 3.0f);
         expect_focus(7, 8, 9);
     }
     file_reload(app);
-    EXPECT_EQ(1, list_count(&session->root_models));
+    EXPECT_EQ(list_count(&session->root_models), 1);
 }
 
 TEST_F(OpenAndFitTest, OpenReplacesTheSceneAndIdsGrow) {
@@ -120,23 +119,23 @@ TEST_F(OpenAndFitTest, OpenReplacesTheSceneAndIdsGrow) {
     const int32_t second = file_open_model(app, file.c_str());
     EXPECT_GE(first, 1);
     EXPECT_GT(second, first);
-    EXPECT_EQ(1, list_count(&session->root_models));
+    EXPECT_EQ(list_count(&session->root_models), 1);
 }
 
 TEST_F(OpenAndFitTest, OpenLeavesTheSelectionAlone) {
     const std::string file = dir.write("a.mod", MODEL);
     selection_add_model(session, file_open_model(app, file.c_str()));
     file_open_model(app, file.c_str());
-    EXPECT_EQ(1, list_count(&session->selection.models));
-    EXPECT_EQ(nullptr, selection_current_model(session));
+    EXPECT_EQ(list_count(&session->selection.models), 1);
+    EXPECT_EQ(selection_current_model(session), nullptr);
 }
 
 TEST_F(OpenAndFitTest, AFailedOpenLeavesAnEmptySceneAndTheViewReset) {
     file_open_model(app, dir.write("a.mod", LARGE_MODEL).c_str());
     disturb_view();
-    EXPECT_EQ(0, file_open_model(app, dir.file("none.mod").c_str()));
-    EXPECT_EQ(0, list_count(&session->root_models));
-    EXPECT_EQ(0.0f, view->angle);
+    EXPECT_EQ(file_open_model(app, dir.file("none.mod").c_str()), 0);
+    EXPECT_EQ(list_count(&session->root_models), 0);
+    EXPECT_EQ(view->angle, 0.0f);
     expect_extents(10.0f);
     expect_focus(0, 0, 0);
 }
@@ -145,10 +144,10 @@ TEST_F(OpenAndFitTest, AddKeepsTheSceneAndGrowsTheExtentsUnderTheZoom) {
     file_open_model(app, dir.write("a.mod", MODEL).c_str());
     disturb_view();
     EXPECT_GE(file_add(app, dir.write("b.mod", LARGE_MODEL).c_str()), 1);
-    EXPECT_EQ(2, list_count(&session->root_models));
+    EXPECT_EQ(list_count(&session->root_models), 2);
     expect_extents(2000.0f);
-    EXPECT_FLOAT_EQ(0.2f, view->zoom);  // 2.0 times the old extent over the new: the picture keeps its scale
-    EXPECT_EQ(3.0f, view->angle);
+    EXPECT_FLOAT_EQ(view->zoom, 0.2f);  // 2.0 times the old extent over the new: the picture keeps its scale
+    EXPECT_EQ(view->angle, 3.0f);
     expect_focus(7, 8, 9);
 }
 
@@ -156,14 +155,14 @@ TEST_F(OpenAndFitTest, AddOfASmallerModelLeavesExtentsAndZoom) {
     file_open_model(app, dir.write("a.mod", LARGE_MODEL).c_str());
     EXPECT_GE(file_add(app, dir.write("b.mod", MODEL).c_str()), 1);
     expect_extents(2000.0f);
-    EXPECT_EQ(2.0f, view->zoom);
+    EXPECT_EQ(view->zoom, 2.0f);
 }
 
 TEST_F(OpenAndFitTest, AFailedAddChangesNothing) {
     file_open_model(app, dir.write("a.mod", MODEL).c_str());
     disturb_view();
-    EXPECT_EQ(0, file_add(app, dir.file("none.mod").c_str()));
-    EXPECT_EQ(1, list_count(&session->root_models));
+    EXPECT_EQ(file_add(app, dir.file("none.mod").c_str()), 0);
+    EXPECT_EQ(list_count(&session->root_models), 1);
     expect_extents(200.0f);
     expect_focus(7, 8, 9);
 }
@@ -174,11 +173,11 @@ TEST_F(OpenAndFitTest, ReloadKeepsZoomAndFocusAndFitsTheExtents) {
     view->zoom = 0.5f;
     dir.write("a.mod", LARGE_MODEL);
     file_reload(app);
-    EXPECT_EQ(0.5f, view->zoom);
+    EXPECT_EQ(view->zoom, 0.5f);
     expect_focus(7, 8, 9);
     expect_extents(2000.0f);
-    EXPECT_EQ(1.0f, view->pan_x);
-    EXPECT_EQ(3.0f, view->angle);
+    EXPECT_EQ(view->pan_x, 1.0f);
+    EXPECT_EQ(view->angle, 3.0f);
 }
 
 TEST_F(OpenAndFitTest, AFailedReloadStillKeepsZoomAndFocus) {
@@ -187,36 +186,36 @@ TEST_F(OpenAndFitTest, AFailedReloadStillKeepsZoomAndFocus) {
     disturb_view();
     std::filesystem::remove(file);
     file_reload(app);
-    EXPECT_EQ(0, list_count(&session->root_models));
-    EXPECT_EQ(2.0f, view->zoom);
+    EXPECT_EQ(list_count(&session->root_models), 0);
+    EXPECT_EQ(view->zoom, 2.0f);
     expect_focus(7, 8, 9);
     expect_extents(10.0f);
     dir.write("a.mod", MODEL);
     file_reload(app);
-    EXPECT_EQ(1, list_count(&session->root_models)) << "the failed files are tried again";
+    EXPECT_EQ(list_count(&session->root_models), 1) << "the failed files are tried again";
 }
 
 TEST_F(OpenAndFitTest, OpenOfAnAnimationAnswersOne) {
     disturb_view();
-    EXPECT_EQ(1, animate_open(app, write_animation().c_str()));
-    EXPECT_EQ(0.0f, view->angle);
-    EXPECT_EQ(2.0f, view->zoom);
+    EXPECT_EQ(animate_open(app, write_animation().c_str()), 1);
+    EXPECT_EQ(view->angle, 0.0f);
+    EXPECT_EQ(view->zoom, 2.0f);
     expect_extents(200.0f);
     expect_focus(50, 25, 5);
-    EXPECT_EQ(3.0f, session->anim_end);
+    EXPECT_EQ(session->anim_end, 3.0f);
 }
 
 TEST_F(OpenAndFitTest, AFailedOpenOfAnAnimationAnswersZero) {
     file_open_model(app, dir.write("a.mod", MODEL).c_str());
-    EXPECT_EQ(0, animate_open(app, dir.file("none.txt").c_str()));
-    EXPECT_EQ(0, list_count(&session->root_models));
+    EXPECT_EQ(animate_open(app, dir.file("none.txt").c_str()), 0);
+    EXPECT_EQ(list_count(&session->root_models), 0);
     expect_extents(10.0f);
 }
 
 TEST_F(OpenAndFitTest, ReloadOfAnAnimationShowsTheRadiusOfAnEmptyScene) {
-    ASSERT_EQ(1, animate_open(app, write_animation().c_str()));
+    ASSERT_EQ(animate_open(app, write_animation().c_str()), 1);
     file_reload(app);
-    EXPECT_EQ(1, list_count(&session->root_models));
+    EXPECT_EQ(list_count(&session->root_models), 1);
     expect_extents(10.0f);
 }
 
@@ -226,13 +225,13 @@ TEST_F(OpenAndFitTest, ResetEmptiesTheSceneAndKeepsZoomAndAngles) {
     session->display_wireframe = 1;
     application_reset(app);
     application_reset(app);
-    EXPECT_EQ(0, list_count(&session->root_models));
-    EXPECT_EQ(1, session->display_wireframe);
+    EXPECT_EQ(list_count(&session->root_models), 0);
+    EXPECT_EQ(session->display_wireframe, 1);
     expect_extents(10.0f);
     expect_focus(0, 0, 0);
-    EXPECT_EQ(2.0f, view->zoom);
-    EXPECT_EQ(1.0f, view->pan_x);
-    EXPECT_EQ(4.0f, view->pitch);
+    EXPECT_EQ(view->zoom, 2.0f);
+    EXPECT_EQ(view->pan_x, 1.0f);
+    EXPECT_EQ(view->pitch, 4.0f);
 }
 
 TEST_F(OpenAndFitTest, BeforeAWindowExistsTheExtentsStayFinite) {
@@ -268,14 +267,14 @@ TEST_F(OpenAndFitTest, AStatusProcedureMayResetInTheMiddleOfAnOpenOrAReload) {
 
 TEST_F(OpenAndFitTest, NullsDoNothing) {
     file_open_model(app, dir.write("a.mod", MODEL).c_str());
-    EXPECT_EQ(0, file_open_model(app, nullptr));
-    EXPECT_EQ(0, file_add(app, nullptr));
-    EXPECT_EQ(0, animate_open(app, nullptr));
-    EXPECT_EQ(0, file_open_model(nullptr, "a.mod"));
-    EXPECT_EQ(0, file_add(nullptr, "a.mod"));
+    EXPECT_EQ(file_open_model(app, nullptr), 0);
+    EXPECT_EQ(file_add(app, nullptr), 0);
+    EXPECT_EQ(animate_open(app, nullptr), 0);
+    EXPECT_EQ(file_open_model(nullptr, "a.mod"), 0);
+    EXPECT_EQ(file_add(nullptr, "a.mod"), 0);
     file_reload(nullptr);
     application_reset(nullptr);
-    EXPECT_EQ(1, list_count(&session->root_models));
+    EXPECT_EQ(list_count(&session->root_models), 1);
 }
 
 }  // namespace

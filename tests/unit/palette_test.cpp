@@ -42,25 +42,27 @@ TEST(PaletteComponent, OneBitIsOffOrFull) {
 
 TEST(PaletteComponent, TwoBitsAreThirds) {
     const uint8_t expected[] = {0, 85, 170, 255};
-    for (uint32_t i = 0; i < 4; ++i) EXPECT_EQ(palette_component(i << 6 | 0x3F, 2, 6), expected[i]);
+    for (uint32_t i = 0; i < 4; ++i) { EXPECT_EQ(palette_component(i << 6 | 0x3F, 2, 6), expected[i]); }
 }
 
 TEST(PaletteComponent, ThreeBitsAreSevenths) {
     const uint8_t expected[] = {0, 36, 73, 109, 146, 182, 219, 255};
-    for (uint32_t i = 0; i < 8; ++i) EXPECT_EQ(palette_component(0xC0 | i << 3 | 7, 3, 3), expected[i]);
+    for (uint32_t i = 0; i < 8; ++i) { EXPECT_EQ(palette_component(0xC0 | i << 3 | 7, 3, 3), expected[i]); }
 }
 
 TEST(PaletteComponent, AnyOtherBitCountIsZero) {
-    for (const int bits : {-1, 0, 4, 5, 8, 32, 1000}) EXPECT_EQ(palette_component(0xFFFFFFFF, bits, 0), 0);
+    for (const int bits : {-1, 0, 4, 5, 8, 32, 1000}) { EXPECT_EQ(palette_component(0xFFFFFFFF, bits, 0), 0); }
 }
 
 TEST(PaletteComponent, AShiftOutOfRangeIsZero) {
-    for (const int shift : {-1, -1000, 32, 33, 255, 2147483647}) EXPECT_EQ(palette_component(0xFFFFFFFF, 3, shift), 0);
+    for (const int shift : {-1, -1000, 32, 33, 255, 2147483647}) {
+        EXPECT_EQ(palette_component(0xFFFFFFFF, 3, shift), 0);
+    }
     EXPECT_EQ(palette_component(0x80000000, 1, 31), 255);
 }
 
 TEST(PaletteEntries, TwelveEntriesOfTheThreeThreeTwoPaletteAreTheSystems) {
-    const int expected[12][4] = {{3, 128, 0, 0},       {24, 0, 128, 0},      {27, 128, 128, 0},   {64, 0, 0, 128},
+    const int expected[12][4] = {{3, 128, 0, 0},       {24, 0, 128, 0},      {27, 128, 128, 0},    {64, 0, 0, 128},
                                  {67, 128, 0, 128},    {88, 0, 128, 128},    {173, 192, 192, 192}, {181, 192, 220, 192},
                                  {236, 166, 202, 240}, {247, 255, 251, 240}, {164, 160, 160, 164}, {91, 128, 128, 128}};
     PaletteEntry entries[256];
@@ -76,7 +78,7 @@ TEST(PaletteEntries, TwelveEntriesOfTheThreeThreeTwoPaletteAreTheSystems) {
     }
     // All others hold their component: red in bits 0 to 2, green in 3 to 5, blue in 6 and 7, rounded to 255.
     for (int i = 0; i < 256; ++i) {
-        if (replaced[static_cast<size_t>(i)]) continue;
+        if (replaced[static_cast<size_t>(i)]) { continue; }
         EXPECT_EQ(entries[i].red, (255 * (i % 8) * 2 + 7) / 14) << i;
         EXPECT_EQ(entries[i].green, (255 * (i / 8 % 8) * 2 + 7) / 14) << i;
         EXPECT_EQ(entries[i].blue, 85 * (i / 64)) << i;

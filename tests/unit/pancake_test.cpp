@@ -1,5 +1,4 @@
 // Laying models flat.
-
 #include "edit/pancake.h"
 
 #include <gtest/gtest.h>
@@ -26,12 +25,12 @@ protected:
 
     void triangle(const char* name, int32_t a, int32_t b, int32_t c, int32_t d = 0) {
         const int32_t ids[] = {a, b, c, d};
-        ASSERT_EQ(1, model_add_triangle(model, name, d != 0 ? 1 : 0, ids, nullptr, nullptr, 0));
+        ASSERT_EQ(model_add_triangle(model, name, d != 0 ? 1 : 0, ids, nullptr, nullptr, 0), 1);
     }
 
     void expect_at(int32_t point_id, float x, float y, float z) {
         const Point* found = model_find_point(model, point_id);
-        ASSERT_NE(nullptr, found);
+        ASSERT_NE(found, nullptr);
         EXPECT_NEAR(x, found->position.x, 1e-3) << point_id;
         EXPECT_NEAR(y, found->position.y, 1e-3) << point_id;
         EXPECT_EQ(z, found->position.z) << point_id;
@@ -53,13 +52,13 @@ TEST_F(PancakeTest, PointIsLaidAtItsFullDistanceInItsOwnDirection) {
     b.state_index = 9;
     Point out{};
     pancake_point(&a, &b, &out);
-    EXPECT_FLOAT_EQ(6.0f, out.position.x);
-    EXPECT_FLOAT_EQ(1.0f, out.position.y);
-    EXPECT_EQ(0.0f, out.position.z);
-    EXPECT_EQ(0.5f, out.weight);
-    EXPECT_EQ(77, out.gouraud[2]);
-    EXPECT_EQ(1.0f, out.normal.y);
-    EXPECT_EQ(9, out.state_index);
+    EXPECT_FLOAT_EQ(out.position.x, 6.0f);
+    EXPECT_FLOAT_EQ(out.position.y, 1.0f);
+    EXPECT_EQ(out.position.z, 0.0f);
+    EXPECT_EQ(out.weight, 0.5f);
+    EXPECT_EQ(out.gouraud[2], 77);
+    EXPECT_EQ(out.normal.y, 1.0f);
+    EXPECT_EQ(out.state_index, 9);
 }
 
 TEST_F(PancakeTest, AnUprightEdgeGivesANonFinitePlace) {
@@ -70,7 +69,7 @@ TEST_F(PancakeTest, AnUprightEdgeGivesANonFinitePlace) {
     pancake_point(&a, &b, &out);
     EXPECT_FALSE(std::isfinite(out.position.x));
     EXPECT_FALSE(std::isfinite(out.position.y));
-    EXPECT_EQ(0.0f, out.position.z);
+    EXPECT_EQ(out.position.z, 0.0f);
 }
 
 TEST_F(PancakeTest, AChainKeepsTheLengthOfEachEdgeFromTheStoredPointBefore) {
@@ -79,7 +78,7 @@ TEST_F(PancakeTest, AChainKeepsTheLengthOfEachEdgeFromTheStoredPointBefore) {
     point(3, 3, 6, 19);  // 10 from point 2, direction y
     layer("skin");
     triangle("skin", 1, 2, 3);
-    EXPECT_EQ(1, model_pancake(model));
+    EXPECT_EQ(model_pancake(model), 1);
     expect_at(1, 0, 0, 0);
     expect_at(2, 5, 0, 0);
     // Laid from where point 2 stood, (3, 0), not from where it lies now, (5, 0).
@@ -94,7 +93,7 @@ TEST_F(PancakeTest, TheFirstStepOfALaterChainStartsFromTheFlattenedPlace) {
     layer("skin");
     triangle("skin", 1, 2, 3);
     triangle("skin", 2, 4, 3);
-    EXPECT_EQ(1, model_pancake(model));
+    EXPECT_EQ(model_pancake(model), 1);
     expect_at(2, 5, 0, 0);
     expect_at(4, 5.0f + std::sqrt(65.0f), 0, 0);
 }
@@ -107,7 +106,7 @@ TEST_F(PancakeTest, TheFirstChainThatReachesAPointDecidesItsPlace) {
     layer("skin");
     triangle("skin", 1, 2, 3);
     triangle("skin", 4, 2, 3);
-    EXPECT_EQ(1, model_pancake(model));
+    EXPECT_EQ(model_pancake(model), 1);
     expect_at(2, 5, 0, 0);
     expect_at(4, 0, -100, 0);
 }
@@ -119,8 +118,8 @@ TEST_F(PancakeTest, PolygonsOfALayerComeBeforeItsTriangles) {
     layer("skin");
     triangle("skin", 1, 2, 3);
     const int32_t ids[] = {3, 2, 1};
-    ASSERT_EQ(1, model_add_polygon(model, "skin", 3, ids, nullptr));
-    EXPECT_EQ(1, model_pancake(model));
+    ASSERT_EQ(model_add_polygon(model, "skin", 3, ids, nullptr), 1);
+    EXPECT_EQ(model_pancake(model), 1);
     // Point 2 from point 3: d = (3, -8, 4), full sqrt(89), flat sqrt(73).
     const float ratio = std::sqrt(89.0f) / std::sqrt(73.0f);
     expect_at(2, 3.0f * ratio, 8.0f - 8.0f * ratio, 0);
@@ -133,7 +132,7 @@ TEST_F(PancakeTest, AQuadIsWalkedWithFourPoints) {
     point(4, 0, 13, 4);
     layer("skin");
     triangle("skin", 1, 2, 3, 4);
-    EXPECT_EQ(1, model_pancake(model));
+    EXPECT_EQ(model_pancake(model), 1);
     expect_at(4, 0, 15, 0);
 }
 
@@ -143,7 +142,7 @@ TEST_F(PancakeTest, AFlatModelKeepsItsPositions) {
     point(3, -7, 10, 0);
     layer("skin");
     triangle("skin", 1, 2, 3);
-    EXPECT_EQ(1, model_pancake(model));
+    EXPECT_EQ(model_pancake(model), 1);
     expect_at(1, 0, 0, 0);
     expect_at(2, 10, 3, 0);
     expect_at(3, -7, 10, 0);
@@ -158,24 +157,24 @@ TEST_F(PancakeTest, PointsOfLinesAloneOrOfNothingKeepTheirPlaceAndTheBoxStays) {
     layer("skin");
     triangle("skin", 1, 2, 3);
     const int32_t ids[] = {1, 4};
-    ASSERT_EQ(1, model_add_line(model, "skin", 2, ids));
-    EXPECT_EQ(1, model_pancake(model));
+    ASSERT_EQ(model_add_line(model, "skin", 2, ids), 1);
+    EXPECT_EQ(model_pancake(model), 1);
     expect_at(1, 0, 0, 0);
     expect_at(4, 1, 2, 3);
     expect_at(5, 4, 5, 6);
-    EXPECT_EQ(9.0f, model->bounds_max.z);
-    EXPECT_EQ(3.0f, model->bounds_min.z);
+    EXPECT_EQ(model->bounds_max.z, 9.0f);
+    EXPECT_EQ(model->bounds_min.z, 3.0f);
 }
 
 TEST_F(PancakeTest, APolygonThatSaysFewerVerticesThanItHoldsIsWalkedAsFarAsItSays) {
-    for (int32_t number = 1; number <= 4; ++number) point(number, 10 * number, number, 5);
+    for (int32_t number = 1; number <= 4; ++number) { point(number, 10 * number, number, 5); }
     layer("skin");
     const int32_t ids[] = {1, 2, 3, 4};
-    ASSERT_EQ(1, model_add_polygon(model, "skin", 4, ids, nullptr));
+    ASSERT_EQ(model_add_polygon(model, "skin", 4, ids, nullptr), 1);
     static_cast<Polygon*>(list_first(&model_find_layer(model, "skin")->polygons))->vertex_count = 3;
-    ASSERT_EQ(1, model_pancake(model));
-    EXPECT_EQ(0.0f, model_find_point(model, 3)->position.z);
-    EXPECT_EQ(5.0f, model_find_point(model, 4)->position.z);
+    ASSERT_EQ(model_pancake(model), 1);
+    EXPECT_EQ(model_find_point(model, 3)->position.z, 0.0f);
+    EXPECT_EQ(model_find_point(model, 4)->position.z, 5.0f);
 }
 
 TEST_F(PancakeTest, APointIsPlacedOnlyWhereAllThreeAreGiven) {
@@ -185,24 +184,24 @@ TEST_F(PancakeTest, APointIsPlacedOnlyWhereAllThreeAreGiven) {
     Point out{};
     pancake_point(nullptr, &b, &out);
     pancake_point(&a, nullptr, &out);
-    EXPECT_EQ(0.0f, out.position.x);
+    EXPECT_EQ(out.position.x, 0.0f);
     pancake_point(&a, &b, nullptr);
     pancake_point(&a, &b, &out);
-    EXPECT_EQ(5.0f, out.position.x);
+    EXPECT_EQ(out.position.x, 5.0f);
 }
 
 TEST_F(PancakeTest, NullOrAModelWithoutLayersFails) {
-    EXPECT_EQ(0, model_pancake(nullptr));
-    EXPECT_EQ(0, model_pancake(model));
+    EXPECT_EQ(model_pancake(nullptr), 0);
+    EXPECT_EQ(model_pancake(model), 0);
     selection_add_model(&session, id);
-    EXPECT_EQ(0, selection_pancake(&session));
-    EXPECT_EQ(0, selection_pancake(nullptr));
+    EXPECT_EQ(selection_pancake(&session), 0);
+    EXPECT_EQ(selection_pancake(nullptr), 0);
 }
 
 TEST_F(PancakeTest, LayersWithoutTrianglesOrPolygonsSucceedAndChangeNothing) {
     point(1, 1, 2, 3);
     layer("skin");
-    EXPECT_EQ(1, model_pancake(model));
+    EXPECT_EQ(model_pancake(model), 1);
     expect_at(1, 1, 2, 3);
 }
 
@@ -214,15 +213,15 @@ TEST_F(PancakeTest, AChainWhoseFirstPointIsMissingIsSkippedAndALaterOnePassedOve
     const int16_t missing_first[] = {9, 1, 2};
     const int16_t negative[] = {-5, 1};
     const int16_t missing_middle[] = {1, 9, 2};
-    EXPECT_EQ(0, pancake_chain(model, &flattened, missing_first, 3));
-    EXPECT_EQ(0, pancake_chain(model, &flattened, negative, 2));
-    EXPECT_EQ(0, pancake_chain(model, &flattened, missing_middle, 0));
-    EXPECT_EQ(0, pancake_chain(model, &flattened, nullptr, 3));
-    EXPECT_EQ(0, pancake_chain(nullptr, &flattened, missing_middle, 3));
-    EXPECT_EQ(0, list_count(&flattened));
-    EXPECT_EQ(1, pancake_chain(model, &flattened, missing_middle, 3));
-    ASSERT_EQ(2, list_count(&flattened));
-    EXPECT_FLOAT_EQ(5.0f, static_cast<Point*>(list_find(&flattened, 2))->position.x);
+    EXPECT_EQ(pancake_chain(model, &flattened, missing_first, 3), 0);
+    EXPECT_EQ(pancake_chain(model, &flattened, negative, 2), 0);
+    EXPECT_EQ(pancake_chain(model, &flattened, missing_middle, 0), 0);
+    EXPECT_EQ(pancake_chain(model, &flattened, nullptr, 3), 0);
+    EXPECT_EQ(pancake_chain(nullptr, &flattened, missing_middle, 3), 0);
+    EXPECT_EQ(list_count(&flattened), 0);
+    EXPECT_EQ(pancake_chain(model, &flattened, missing_middle, 3), 1);
+    ASSERT_EQ(list_count(&flattened), 2);
+    EXPECT_FLOAT_EQ(static_cast<Point*>(list_find(&flattened, 2))->position.x, 5.0f);
     list_free(&flattened);
 }
 
@@ -235,7 +234,7 @@ TEST_F(PancakeTest, AMissingCornerDoesNotStopTheWalk) {
     triangle("skin", 4, 1, 2);
     triangle("skin", 1, 2, 3);
     model_remove_point(model, 4);
-    EXPECT_EQ(1, model_pancake(model));
+    EXPECT_EQ(model_pancake(model), 1);
     expect_at(2, 5, 0, 0);
 }
 
@@ -248,10 +247,10 @@ TEST_F(PancakeTest, SelectedModelsAreLaidFlatUntilOneFails) {
     Model* bare = model_create("bare.mod", nullptr);
     const int32_t bare_id = session_add_root(&session, bare, nullptr);
     selection_add_model(&session, id);
-    EXPECT_EQ(1, selection_pancake(&session));
+    EXPECT_EQ(selection_pancake(&session), 1);
     expect_at(2, 5, 0, 0);
     selection_add_model(&session, bare_id);
-    EXPECT_EQ(0, selection_pancake(&session));
+    EXPECT_EQ(selection_pancake(&session), 0);
 }
 
 TEST_F(PancakeTest, CornersThatAChildHoldsAreLaidFlatInTheChild) {
@@ -262,9 +261,9 @@ TEST_F(PancakeTest, CornersThatAChildHoldsAreLaidFlatInTheChild) {
     point(3, 0, 8, 0);
     layer("skin");
     triangle("skin", 1, 7, 3);
-    EXPECT_EQ(1, model_pancake(model));
-    EXPECT_FLOAT_EQ(5.0f, model_find_point(child, 7)->position.x);
-    EXPECT_EQ(0.0f, model_find_point(child, 7)->position.z);
+    EXPECT_EQ(model_pancake(model), 1);
+    EXPECT_FLOAT_EQ(model_find_point(child, 7)->position.x, 5.0f);
+    EXPECT_EQ(model_find_point(child, 7)->position.z, 0.0f);
 }
 
 }  // namespace

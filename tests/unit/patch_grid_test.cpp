@@ -7,8 +7,8 @@
 #include <set>
 #include <vector>
 
-#include "surfaces/patch.h"
 #include "support/patch_reference.h"
+#include "surfaces/patch.h"
 
 namespace pelt {
 namespace {
@@ -82,9 +82,9 @@ TEST(Index, TriangleOfTypeTwoAtLevelOneIsALadderOfThree) {
 }
 
 TEST(Index, FullTriangleAtLevelTwo) {
-    EXPECT_EQ(triples(patch_index_triangle, 3, 2),
-              (Triples{{0, 1, 4}, {1, 5, 4}, {1, 2, 5}, {2, 6, 5}, {2, 3, 6}, {4, 5, 7}, {5, 8, 7}, {5, 6, 8},
-                       {7, 8, 9}}));
+    EXPECT_EQ(
+        triples(patch_index_triangle, 3, 2),
+        (Triples{{0, 1, 4}, {1, 5, 4}, {1, 2, 5}, {2, 6, 5}, {2, 3, 6}, {4, 5, 7}, {5, 8, 7}, {5, 6, 8}, {7, 8, 9}}));
 }
 
 TEST(Index, QuadOfTypeTwoAtLevelThreeHasFiveRowsOfTwo) {
@@ -94,7 +94,7 @@ TEST(Index, QuadOfTypeTwoAtLevelThreeHasFiveRowsOfTwo) {
 }
 
 TEST(Index, TriangleTypesWithoutARuleGiveAnEmptyList) {
-    for (int type : {4, 0, -1, 5}) EXPECT_TRUE(triples(patch_index_triangle, type, 3).empty());
+    for (int type : {4, 0, -1, 5}) { EXPECT_TRUE(triples(patch_index_triangle, type, 3).empty()); }
 }
 
 TEST(Index, APrimitiveThatIsNoQuadTakesTypeThreeForFour) {

@@ -73,7 +73,7 @@ TEST(EdgeNormal, OfAZeroSumIsNotFinite) {
 
 TEST(Centre, LiesHalfAsFarBeyondTheMeanOfTheEdgesAsTheCornersLieBehind) {
     Vec3 boundary[9];
-    for (int i = 0; i < 9; ++i) boundary[i] = {i % 3 == 0 ? 0.0f : 2.0f, static_cast<float>(i), 0.0f};
+    for (int i = 0; i < 9; ++i) { boundary[i] = {i % 3 == 0 ? 0.0f : 2.0f, static_cast<float>(i), 0.0f}; }
     Vec3 out;
     EXPECT_EQ(patch_centre(boundary, &out), 1);
     // x: the edges stand at 2, the corners at 0. y: the edges sum to 1 + 2 + 4 + 5 + 7 + 8 = 27, the corners to 9.
@@ -82,7 +82,7 @@ TEST(Centre, LiesHalfAsFarBeyondTheMeanOfTheEdgesAsTheCornersLieBehind) {
 
 TEST(Centre, TakesASixthAndAThirdAsWritten) {
     Vec3 boundary[9];
-    for (Vec3& p : boundary) p = {1000, 1, 0};
+    for (Vec3& p : boundary) { p = {1000, 1, 0}; }
     Vec3 out;
     patch_centre(boundary, &out);
     const double edges = 6.0 * 0.166666, corners = 3.0 * 0.333333;
@@ -103,7 +103,7 @@ TEST(BuildTriangle, OrdersItsNetAlongTheRows) {
     Vec3 centre;
     patch_centre(boundary, &centre);
     const Vec3 expected[10] = {p[0], c[1], a[0], c[0], centre, a[1], p[2], b[1], b[0], p[1]};
-    for (int i = 0; i < 10; ++i) expect_same(patch.slots[i], expected[i]);
+    for (int i = 0; i < 10; ++i) { expect_same(patch.slots[i], expected[i]); }
 }
 
 TEST(BuildTriangle, ItsMidNormalsComeFromTheCornerNormals) {
@@ -116,23 +116,23 @@ TEST(BuildTriangle, ItsMidNormalsComeFromTheCornerNormals) {
         expect_same(patch.slots[10 + edge], in.normals[edge]);
         expect_same(patch.slots[13 + edge], mid);
     }
-    for (int place = 4; place < 10; ++place) in.normals[place] = unit_float(3, 2, 1);
+    for (int place = 4; place < 10; ++place) { in.normals[place] = unit_float(3, 2, 1); }
     const TrianglePatch other = built(in);
-    for (int slot = 10; slot < 16; ++slot) expect_same(other.slots[slot], patch.slots[slot]);
+    for (int slot = 10; slot < 16; ++slot) { expect_same(other.slots[slot], patch.slots[slot]); }
 }
 
 TEST(BuildTriangle, DoesNotReadThePlacesOfAQuad) {
     TriangleInput in = bulging_triangle();
-    for (int place : {3, 10, 11}) in.normals[place] = {NOT_A_NUMBER, NOT_A_NUMBER, NOT_A_NUMBER};
-    for (const Vec3& slot : built(in).slots) EXPECT_TRUE(std::isfinite(slot.x + slot.y + slot.z));
+    for (int place : {3, 10, 11}) { in.normals[place] = {NOT_A_NUMBER, NOT_A_NUMBER, NOT_A_NUMBER}; }
+    for (const Vec3& slot : built(in).slots) { EXPECT_TRUE(std::isfinite(slot.x + slot.y + slot.z)); }
 }
 
 TEST(BuildTriangle, CornerNormalsDoNotShapeTheSurface) {
     TriangleInput in = bulging_triangle();
     const TrianglePatch patch = built(in);
-    for (int i = 0; i < 3; ++i) in.normals[i] = unit_float(5, 1, 1);
+    for (int i = 0; i < 3; ++i) { in.normals[i] = unit_float(5, 1, 1); }
     const TrianglePatch other = built(in);
-    for (int slot = 0; slot < 10; ++slot) expect_same(other.slots[slot], patch.slots[slot]);
+    for (int slot = 0; slot < 10; ++slot) { expect_same(other.slots[slot], patch.slots[slot]); }
 }
 
 TEST(BuildQuad, BendsFourEdgesAndTwoDiagonalsIntoItsNet) {
@@ -149,13 +149,13 @@ TEST(BuildQuad, BendsFourEdgesAndTwoDiagonalsIntoItsNet) {
     patch_edge_points(p + 2, p + 1, n + 10, n + 6, f);
     const Vec3 net[16] = {p[0], a[0], a[1], p[1], d[1], e[0], f[1], b[0],
                           d[0], f[0], e[1], b[1], p[2], c[1], c[0], p[3]};
-    for (int i = 0; i < 16; ++i) expect_same(patch.slots[i], net[i]);
+    for (int i = 0; i < 16; ++i) { expect_same(patch.slots[i], net[i]); }
 }
 
 TEST(BuildQuad, HoldsCornerNormalsAndTheMidNormalsOfItsOutline) {
     const QuadInput in = bulging_quad();
     const QuadPatch patch = built(in);
-    for (int i = 0; i < 4; ++i) expect_same(patch.slots[16 + i], in.normals[i]);
+    for (int i = 0; i < 4; ++i) { expect_same(patch.slots[16 + i], in.normals[i]); }
     const int edges[4][2] = {{0, 1}, {1, 3}, {3, 2}, {2, 0}};
     for (int i = 0; i < 4; ++i) {
         const int from = edges[i][0], to = edges[i][1];
@@ -210,14 +210,14 @@ TEST(EvalTriangle, AtLevelOneTheCentreHasNoEffect) {
     EXPECT_EQ(triples(patch_index_triangle, 3, 1).size(), 4u);
     patch.slots[4] = {1000, 1000, 1000};
     const Vertices after = evaluated(patch, 3, 1);
-    for (int i = 0; i < 6; ++i) expect_same(after.positions[i], before.positions[i]);
+    for (int i = 0; i < 6; ++i) { expect_same(after.positions[i], before.positions[i]); }
     EXPECT_GT(std::fabs(evaluated(patch, 3, 2).positions[5].x), 100.0f);  // the one inner vertex of level 2
 }
 
 TEST(EvalTriangle, AFlatPatchIsNotExactlyFlat) {
     const Vec3 up{0, 0, 1};
     TriangleInput in = {{{0, 0, 3}, {3, 0, 3}, {0, 3, 3}}, {}};
-    for (Vec3& normal : in.normals) normal = up;
+    for (Vec3& normal : in.normals) { normal = up; }
     const TrianglePatch patch = built(in);
     expect_same(patch.slots[2], {3.0f * 0.33333f, 0.0f, 9.0f * 0.33333f});
     const Vertices vertices = evaluated(patch, 3, 1);
@@ -273,16 +273,18 @@ TEST(BezierCubic, AgreesWithItsBernsteinSum) {
         Vec3 out;
         bezier_cubic(&p0, &p1, &p2, &p3, t, &out);
         const double f = t, g = 1.0 - f;
-        expect_near(out, g * g * g * wide(p0) + 3 * g * g * f * wide(p1) + 3 * g * f * f * wide(p2) +
-                             f * f * f * wide(p3));
+        expect_near(out,
+                    g * g * g * wide(p0) + 3 * g * g * f * wide(p1) + 3 * g * f * f * wide(p2) + f * f * f * wide(p3));
     }
 }
 
 TEST(NormalQuad, InTheMiddleIsTheNormalisedSumOfTheFourMidNormals) {
     QuadPatch patch = built(bulging_quad());
     Point3 sum{0, 0, 0};
-    for (int slot = 20; slot < 24; ++slot) sum = sum + wide(patch.slots[slot]);
-    for (int slot = 16; slot < 20; ++slot) patch.slots[slot] = {1000, 1000, 1000};  // no corner has a say here
+    for (int slot = 20; slot < 24; ++slot) { sum = sum + wide(patch.slots[slot]); }
+    for (int slot = 16; slot < 20; ++slot) {
+        patch.slots[slot] = {1000, 1000, 1000};  // no corner has a say here
+    }
     Vec3 out;
     patch_normal_quad(&patch, 0.5f, 0.5f, &out);
     expect_near(out, unit(sum), 1e-6);
@@ -307,7 +309,7 @@ TEST(SharedEdge, OfTwoTrianglesIsOneCurveWhateverTheirCornerNormals) {
     right.corners[1] = {4, 4, 4};
     right.normals[8] = left.normals[4];
     right.normals[9] = left.normals[5];
-    for (int i = 0; i < 3; ++i) right.normals[i] = unit_float(static_cast<float>(i), 1, -1);
+    for (int i = 0; i < 3; ++i) { right.normals[i] = unit_float(static_cast<float>(i), 1, -1); }
     const TrianglePatch a = built(left), b = built(right);
     expect_same(a.slots[2], b.slots[3]);
     expect_same(a.slots[5], b.slots[1]);
@@ -371,20 +373,20 @@ TEST(SharedEdge, WithDifferentControlNormalsStaysOpen) {
 
 TEST(BadInput, CoincidentCornersGiveEveryVertexAtThatPlace) {
     TriangleInput in = bulging_triangle();
-    for (Vec3& corner : in.corners) corner = {2, 2, 2};
+    for (Vec3& corner : in.corners) { corner = {2, 2, 2}; }
     for (int type = 1; type <= 3; ++type) {
         const Vertices vertices = evaluated(built(in), type, 6);
-        for (int i = 0; i < vertices.count; ++i) expect_near(vertices.positions[i], {2, 2, 2}, 1e-4);
+        for (int i = 0; i < vertices.count; ++i) { expect_near(vertices.positions[i], {2, 2, 2}, 1e-4); }
     }
     QuadInput quad = bulging_quad();
-    for (Vec3& corner : quad.corners) corner = {2, 2, 2};
+    for (Vec3& corner : quad.corners) { corner = {2, 2, 2}; }
     const Vertices vertices = evaluated(built(quad), 4, 6);
-    for (int i = 0; i < vertices.count; ++i) expect_near(vertices.positions[i], {2, 2, 2}, 1e-4);
+    for (int i = 0; i < vertices.count; ++i) { expect_near(vertices.positions[i], {2, 2, 2}, 1e-4); }
 }
 
 TEST(BadInput, ZeroNormalsKeepThePositions) {
     TriangleInput in = bulging_triangle();
-    for (Vec3& normal : in.normals) normal = {0, 0, 0};
+    for (Vec3& normal : in.normals) { normal = {0, 0, 0}; }
     const Vertices vertices = evaluated(built(in), 3, 6);
     EXPECT_EQ(vertices.count, 36);
     for (int i = 0; i < vertices.count; ++i) {
@@ -397,8 +399,8 @@ TEST(BadInput, NonFiniteNumbersTravelOnAndKeepTheCounts) {
     for (float bad : {NOT_A_NUMBER, INFINITE, -INFINITE, std::numeric_limits<float>::max()}) {
         TriangleInput triangle = bulging_triangle();
         QuadInput quad = bulging_quad();
-        for (Vec3& corner : triangle.corners) corner.x = bad;
-        for (Vec3& corner : quad.corners) corner.y = bad;
+        for (Vec3& corner : triangle.corners) { corner.x = bad; }
+        for (Vec3& corner : quad.corners) { corner.y = bad; }
         triangle.normals[4] = quad.normals[4] = {bad, bad, bad};
         for (int level = 1; level <= 6; ++level) {
             const int n = level + 2;

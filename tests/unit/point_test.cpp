@@ -1,5 +1,4 @@
 // Points: setting, finding across children, colours, normals, the box.
-
 #include "scene/point.h"
 
 #include <gtest/gtest.h>
@@ -37,58 +36,58 @@ protected:
 };
 
 TEST_F(PointTest, NewPointHasItsDefaults) {
-    ASSERT_EQ(1, model_set_point(model, 7, 1, -2, 3, 1.0f));
+    ASSERT_EQ(model_set_point(model, 7, 1, -2, 3, 1.0f), 1);
     const Point* point = model_find_point(model, 7);
-    ASSERT_NE(nullptr, point);
+    ASSERT_NE(point, nullptr);
     expect_vec(1, -2, 3, point->position);
     expect_vec(0, 0, 1, point->normal);
-    EXPECT_EQ(1.0f, point->weight);
-    EXPECT_EQ(127, point->gouraud[0]);
-    EXPECT_EQ(127, point->gouraud[1]);
-    EXPECT_EQ(127, point->gouraud[2]);
-    EXPECT_EQ(0, point->gouraud[3]);
-    EXPECT_EQ(nullptr, point->joint_a);
-    EXPECT_EQ(nullptr, point->joint_b);
-    EXPECT_EQ(-1, point->state_index);
+    EXPECT_EQ(point->weight, 1.0f);
+    EXPECT_EQ(point->gouraud[0], 127);
+    EXPECT_EQ(point->gouraud[1], 127);
+    EXPECT_EQ(point->gouraud[2], 127);
+    EXPECT_EQ(point->gouraud[3], 0);
+    EXPECT_EQ(point->joint_a, nullptr);
+    EXPECT_EQ(point->joint_b, nullptr);
+    EXPECT_EQ(point->state_index, -1);
 }
 
 TEST_F(PointTest, IdBelowOneIsRefusedSilently) {
     for (const int32_t id : {0, -1, std::numeric_limits<int32_t>::min()}) {
-        EXPECT_EQ(0, model_set_point(model, id, 1, 2, 3, 1.0f));
-        EXPECT_EQ(0, model_set_normal(model, id, 0, 0, 1));
-        EXPECT_EQ(0, model_set_point_joints(model, id, "a", "b"));
-        EXPECT_EQ(0, model_set_gouraud(model, id, 1, 2, 3, 4));
+        EXPECT_EQ(model_set_point(model, id, 1, 2, 3, 1.0f), 0);
+        EXPECT_EQ(model_set_normal(model, id, 0, 0, 1), 0);
+        EXPECT_EQ(model_set_point_joints(model, id, "a", "b"), 0);
+        EXPECT_EQ(model_set_gouraud(model, id, 1, 2, 3, 4), 0);
     }
-    EXPECT_EQ(0, model_count_points(model));
-    EXPECT_EQ(0, model->has_normals);
-    EXPECT_EQ(0, model->has_gouraud);
-    EXPECT_EQ(nullptr, load_error_get());
+    EXPECT_EQ(model_count_points(model), 0);
+    EXPECT_EQ(model->has_normals, 0);
+    EXPECT_EQ(model->has_gouraud, 0);
+    EXPECT_EQ(load_error_get(), nullptr);
 }
 
 TEST_F(PointTest, NullModelIsRefusedSilently) {
-    EXPECT_EQ(0, model_set_point(nullptr, 1, 1, 2, 3, 1.0f));
-    EXPECT_EQ(0, model_set_normal(nullptr, 1, 0, 0, 1));
-    EXPECT_EQ(0, model_set_point_joints(nullptr, 1, "a", "b"));
-    EXPECT_EQ(0, model_set_gouraud(nullptr, 1, 1, 2, 3, 4));
-    EXPECT_EQ(nullptr, model_find_point(nullptr, 1));
-    EXPECT_EQ(nullptr, model_point_colour(nullptr, 1));
-    EXPECT_EQ(-1, model_point_at(nullptr, 0, 0, 0));
-    EXPECT_EQ(-1, model_point_with_normal(nullptr, 0, 0, 1));
-    EXPECT_EQ(-1, model_highest_point(nullptr));
-    EXPECT_EQ(0, model_remove_point(nullptr, 1));
+    EXPECT_EQ(model_set_point(nullptr, 1, 1, 2, 3, 1.0f), 0);
+    EXPECT_EQ(model_set_normal(nullptr, 1, 0, 0, 1), 0);
+    EXPECT_EQ(model_set_point_joints(nullptr, 1, "a", "b"), 0);
+    EXPECT_EQ(model_set_gouraud(nullptr, 1, 1, 2, 3, 4), 0);
+    EXPECT_EQ(model_find_point(nullptr, 1), nullptr);
+    EXPECT_EQ(model_point_colour(nullptr, 1), nullptr);
+    EXPECT_EQ(model_point_at(nullptr, 0, 0, 0), -1);
+    EXPECT_EQ(model_point_with_normal(nullptr, 0, 0, 1), -1);
+    EXPECT_EQ(model_highest_point(nullptr), -1);
+    EXPECT_EQ(model_remove_point(nullptr, 1), 0);
     model_grow_bounds(nullptr, 1, 2, 3);
 }
 
 TEST_F(PointTest, NormalAloneCreatesAPointAtTheOriginWithWeightZero) {
-    ASSERT_EQ(1, model_set_normal(model, 3, 0.0f, 3.0f, 4.0f));
+    ASSERT_EQ(model_set_normal(model, 3, 0.0f, 3.0f, 4.0f), 1);
     const Point* point = model_find_point(model, 3);
-    ASSERT_NE(nullptr, point);
+    ASSERT_NE(point, nullptr);
     expect_vec(0, 0, 0, point->position);
-    EXPECT_EQ(0.0f, point->weight);
-    EXPECT_EQ(127, point->gouraud[0]);
-    EXPECT_FLOAT_EQ(0.6f, point->normal.y);
-    EXPECT_FLOAT_EQ(0.8f, point->normal.z);
-    EXPECT_EQ(1, model->has_normals);
+    EXPECT_EQ(point->weight, 0.0f);
+    EXPECT_EQ(point->gouraud[0], 127);
+    EXPECT_FLOAT_EQ(point->normal.y, 0.6f);
+    EXPECT_FLOAT_EQ(point->normal.z, 0.8f);
+    EXPECT_EQ(model->has_normals, 1);
 }
 
 TEST_F(PointTest, NormalLeavesPositionAndBoxAlone) {
@@ -101,7 +100,7 @@ TEST_F(PointTest, NormalLeavesPositionAndBoxAlone) {
 }
 
 TEST_F(PointTest, NormalOfLengthZeroIsNotCaught) {
-    ASSERT_EQ(1, model_set_normal(model, 1, 0, 0, 0));
+    ASSERT_EQ(model_set_normal(model, 1, 0, 0, 0), 1);
     EXPECT_TRUE(std::isnan(model_find_point(model, 1)->normal.x));
 }
 
@@ -109,16 +108,16 @@ TEST_F(PointTest, WeightIsClamped) {
     model_set_point(model, 1, 0, 0, 0, 5.0f);
     model_set_point(model, 2, 0, 0, 0, -3.0f);
     model_set_point(model, 3, 0, 0, 0, 0.5f);
-    EXPECT_EQ(2.0f, model_find_point(model, 1)->weight);
-    EXPECT_EQ(-1.0f, model_find_point(model, 2)->weight);
-    EXPECT_EQ(0.5f, model_find_point(model, 3)->weight);
+    EXPECT_EQ(model_find_point(model, 1)->weight, 2.0f);
+    EXPECT_EQ(model_find_point(model, 2)->weight, -1.0f);
+    EXPECT_EQ(model_find_point(model, 3)->weight, 0.5f);
 }
 
 TEST_F(PointTest, SettingAgainOverwritesThePointAndNeverShrinksTheBox) {
     model_set_point(model, 1, 0, 0, 0, 1.0f);
     model_set_point(model, 2, 100, 0, 0, 1.0f);
     model_set_point(model, 2, 1, 1, 1, 1.0f);
-    EXPECT_EQ(2, model_count_points(model));
+    EXPECT_EQ(model_count_points(model), 2);
     expect_vec(1, 1, 1, model_find_point(model, 2)->position);
     expect_vec(100, 1, 1, model->bounds_max);
 }
@@ -146,29 +145,29 @@ TEST_F(PointTest, BoxGrowsPerAxis) {
 
 TEST_F(PointTest, JointsOfAPointAreLookedUpAndUnknownOnesAreNull) {
     model_add_joint(model, "hip", 0, 0, 0, "world", 0);
-    ASSERT_EQ(1, model_set_point_joints(model, 1, "hip", "world"));
+    ASSERT_EQ(model_set_point_joints(model, 1, "hip", "world"), 1);
     EXPECT_EQ(model_find_joint(model, "hip"), model_find_point(model, 1)->joint_a);
-    EXPECT_EQ(nullptr, model_find_point(model, 1)->joint_b);
-    ASSERT_EQ(1, model_set_point_joints(model, 1, "nobody", "hip"));
-    EXPECT_EQ(nullptr, model_find_point(model, 1)->joint_a);
+    EXPECT_EQ(model_find_point(model, 1)->joint_b, nullptr);
+    ASSERT_EQ(model_set_point_joints(model, 1, "nobody", "hip"), 1);
+    EXPECT_EQ(model_find_point(model, 1)->joint_a, nullptr);
 }
 
 TEST_F(PointTest, GouraudForAnUnknownPointFailsAndCreatesNone) {
-    EXPECT_EQ(0, model_set_gouraud(model, 5, 1, 2, 3, 4));
-    EXPECT_EQ("gouraud colour defined for non existant point", error());
-    EXPECT_EQ(0, model_count_points(model));
-    EXPECT_EQ(0, model->has_gouraud);
+    EXPECT_EQ(model_set_gouraud(model, 5, 1, 2, 3, 4), 0);
+    EXPECT_EQ(error(), "gouraud colour defined for non existant point");
+    EXPECT_EQ(model_count_points(model), 0);
+    EXPECT_EQ(model->has_gouraud, 0);
 }
 
 TEST_F(PointTest, GouraudIsCutToBytes) {
     model_set_point(model, 1, 0, 0, 0, 1.0f);
-    ASSERT_EQ(1, model_set_gouraud(model, 1, 256 + 7, -1, 255, 512));
+    ASSERT_EQ(model_set_gouraud(model, 1, 256 + 7, -1, 255, 512), 1);
     const Point* point = model_find_point(model, 1);
-    EXPECT_EQ(7, point->gouraud[0]);
-    EXPECT_EQ(255, point->gouraud[1]);
-    EXPECT_EQ(255, point->gouraud[2]);
-    EXPECT_EQ(0, point->gouraud[3]);
-    EXPECT_EQ(1, model->has_gouraud);
+    EXPECT_EQ(point->gouraud[0], 7);
+    EXPECT_EQ(point->gouraud[1], 255);
+    EXPECT_EQ(point->gouraud[2], 255);
+    EXPECT_EQ(point->gouraud[3], 0);
+    EXPECT_EQ(model->has_gouraud, 1);
 }
 
 TEST_F(PointTest, PointsOfChildrenAreFoundDepthFirstAndOwnOnesWin) {
@@ -179,42 +178,42 @@ TEST_F(PointTest, PointsOfChildrenAreFoundDepthFirstAndOwnOnesWin) {
     Model* second = add_child();
     model_set_point(leaf, 1, 10, 0, 0, 1.0f);
     model_set_point(second, 1, 20, 0, 0, 1.0f);
-    EXPECT_EQ(10.0f, model_find_point(model, 1)->position.x);
+    EXPECT_EQ(model_find_point(model, 1)->position.x, 10.0f);
     model_set_point(model, 1, 30, 0, 0, 1.0f);
-    EXPECT_EQ(30.0f, model_find_point(model, 1)->position.x);
-    EXPECT_EQ(nullptr, model_find_point(model, 2));
+    EXPECT_EQ(model_find_point(model, 1)->position.x, 30.0f);
+    EXPECT_EQ(model_find_point(model, 2), nullptr);
 }
 
 TEST_F(PointTest, SetPointNeverWritesIntoAChild) {
     Model* child = add_child();
     model_set_point(child, 1, 10, 0, 0, 1.0f);
     model_set_point(model, 1, 20, 0, 0, 1.0f);
-    EXPECT_EQ(10.0f, model_find_point(child, 1)->position.x);
-    EXPECT_EQ(1, model_count_points(model));
+    EXPECT_EQ(model_find_point(child, 1)->position.x, 10.0f);
+    EXPECT_EQ(model_count_points(model), 1);
 }
 
 TEST_F(PointTest, GouraudReachesAPointOfAChild) {
     Model* child = add_child();
     model_set_point(child, 1, 10, 0, 0, 1.0f);
-    EXPECT_EQ(1, model_set_gouraud(model, 1, 9, 8, 7, 6));
-    EXPECT_EQ(9, model_find_point(child, 1)->gouraud[0]);
-    EXPECT_EQ(0, model_count_points(model));
+    EXPECT_EQ(model_set_gouraud(model, 1, 9, 8, 7, 6), 1);
+    EXPECT_EQ(model_find_point(child, 1)->gouraud[0], 9);
+    EXPECT_EQ(model_count_points(model), 0);
 }
 
 TEST_F(PointTest, AbsentPositionAndNormalLeaveTheirTexts) {
-    EXPECT_EQ(nullptr, model_point_position(model, 1));
-    EXPECT_EQ("point does not exist", error());
-    EXPECT_EQ(nullptr, model_find_normal(model, 1));
-    EXPECT_EQ("normal does not exist", error());
-    EXPECT_EQ(nullptr, model_point_colour(model, 1));
+    EXPECT_EQ(model_point_position(model, 1), nullptr);
+    EXPECT_EQ(error(), "point does not exist");
+    EXPECT_EQ(model_find_normal(model, 1), nullptr);
+    EXPECT_EQ(error(), "normal does not exist");
+    EXPECT_EQ(model_point_colour(model, 1), nullptr);
 }
 
 TEST_F(PointTest, PositionAndNormalAreCopies) {
     model_set_point(model, 1, 1, 2, 3, 1.0f);
     const Vec3* position = model_point_position(model, 1);
     const Vec3* normal = model_find_normal(model, 1);
-    ASSERT_NE(nullptr, position);
-    ASSERT_NE(nullptr, normal);
+    ASSERT_NE(position, nullptr);
+    ASSERT_NE(normal, nullptr);
     expect_vec(1, 2, 3, *position);
     expect_vec(0, 0, 1, *normal);
     EXPECT_NE(&model_find_point(model, 1)->position, position);
@@ -225,11 +224,11 @@ TEST_F(PointTest, ColourChangesGreenAndBlueOver) {
     model_set_point(model, 1, 0, 0, 0, 1.0f);
     model_set_gouraud(model, 1, 10, 20, 30, 40);
     const unsigned char* colour = model_point_colour(model, 1);
-    ASSERT_NE(nullptr, colour);
-    EXPECT_EQ(10, colour[0]);
-    EXPECT_EQ(30, colour[1]);
-    EXPECT_EQ(20, colour[2]);
-    EXPECT_EQ(40, colour[3]);
+    ASSERT_NE(colour, nullptr);
+    EXPECT_EQ(colour[0], 10);
+    EXPECT_EQ(colour[1], 30);
+    EXPECT_EQ(colour[2], 20);
+    EXPECT_EQ(colour[3], 40);
 }
 
 TEST_F(PointTest, GettersOfAPointInHandKeepTheStoredOrder) {
@@ -244,9 +243,9 @@ TEST_F(PointTest, GettersOfAPointInHandKeepTheStoredOrder) {
     point_get_colour(colour, point);
     expect_vec(1, 2, 3, position);
     expect_vec(0, 0, 1, normal);
-    EXPECT_EQ(20.0f, colour[1]);
-    EXPECT_EQ(30.0f, colour[2]);
-    EXPECT_EQ(40.0f, colour[3]);
+    EXPECT_EQ(colour[1], 20.0f);
+    EXPECT_EQ(colour[2], 30.0f);
+    EXPECT_EQ(colour[3], 40.0f);
 }
 
 TEST_F(PointTest, GettersOfANullPointGiveZerosAnd255) {
@@ -258,33 +257,31 @@ TEST_F(PointTest, GettersOfANullPointGiveZerosAnd255) {
     point_get_colour(colour, nullptr);
     expect_vec(0, 0, 0, position);
     expect_vec(0, 0, 0, normal);
-    for (const float channel : colour) {
-        EXPECT_EQ(255.0f, channel);
-    }
+    for (const float channel : colour) { EXPECT_EQ(channel, 255.0f); }
 }
 
 TEST_F(PointTest, SearchByPlaceAndNormalFindsTheFirstInListOrder) {
     model_set_point(model, 9, 1, 2, 3, 1.0f);
     model_set_point(model, 4, 1, 2, 3, 1.0f);
     model_set_normal(model, 4, 2, 0, 0);
-    EXPECT_EQ(9, model_point_at(model, 1, 2, 3));
-    EXPECT_EQ(-1, model_point_at(model, 1, 2, 4));
-    EXPECT_EQ(4, model_point_with_normal(model, 1, 0, 0));
-    EXPECT_EQ(-1, model_point_with_normal(model, 0, 1, 0));
+    EXPECT_EQ(model_point_at(model, 1, 2, 3), 9);
+    EXPECT_EQ(model_point_at(model, 1, 2, 4), -1);
+    EXPECT_EQ(model_point_with_normal(model, 1, 0, 0), 4);
+    EXPECT_EQ(model_point_with_normal(model, 0, 1, 0), -1);
 }
 
 TEST_F(PointTest, HighestPointIsTheHighestId) {
-    EXPECT_EQ(-1, model_highest_point(model));
+    EXPECT_EQ(model_highest_point(model), -1);
     model_set_point(model, 90000, 0, 0, 0, 1.0f);
     model_set_point(model, 4, 0, 0, 0, 1.0f);
-    EXPECT_EQ(90000, model_highest_point(model));
+    EXPECT_EQ(model_highest_point(model), 90000);
 }
 
 TEST_F(PointTest, RemovePointTakesOneAway) {
     model_set_point(model, 1, 0, 0, 0, 1.0f);
-    EXPECT_EQ(1, model_remove_point(model, 1));
-    EXPECT_EQ(0, model_remove_point(model, 1));
-    EXPECT_EQ(nullptr, model_find_point(model, 1));
+    EXPECT_EQ(model_remove_point(model, 1), 1);
+    EXPECT_EQ(model_remove_point(model, 1), 0);
+    EXPECT_EQ(model_find_point(model, 1), nullptr);
 }
 
 TEST_F(PointTest, APointInTheSlotOfARemovedOneKeepsWeightAndSecondJointOnly) {
@@ -294,10 +291,10 @@ TEST_F(PointTest, APointInTheSlotOfARemovedOneKeepsWeightAndSecondJointOnly) {
     model_remove_point(model, 1);
     model_set_normal(model, 2, 0, 0, 1);
     const Point* point = model_find_point(model, 2);
-    ASSERT_NE(nullptr, point);
-    EXPECT_EQ(0.5f, point->weight);
+    ASSERT_NE(point, nullptr);
+    EXPECT_EQ(point->weight, 0.5f);
     EXPECT_EQ(model_find_joint(model, "hip"), point->joint_b);
-    EXPECT_EQ(nullptr, point->joint_a);
+    EXPECT_EQ(point->joint_a, nullptr);
     expect_vec(0, 0, 0, point->position);
 }
 

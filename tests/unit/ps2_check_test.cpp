@@ -1,5 +1,4 @@
 // The check of an image's console companions over several images, and the forms of their header.
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -20,9 +19,7 @@ protected:
         load_error_set(nullptr);
     }
     ~Ps2Check() override {
-        for (const std::string& path : loaded) {
-            image_release(path.c_str());
-        }
+        for (const std::string& path : loaded) { image_release(path.c_str()); }
         EXPECT_EQ(list_count(image_registry()), 0);
         std::filesystem::current_path(before);
     }

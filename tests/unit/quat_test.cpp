@@ -11,9 +11,7 @@ namespace {
 
 constexpr double PI = 3.14159265358979323846;
 
-Mat4 identity() {
-    return {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
-}
+Mat4 identity() { return {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}; }
 
 // A unit quaternion of a rotation by degrees about an axis of unit length.
 Quat turn(double x, double y, double z, double degrees) {
@@ -29,21 +27,29 @@ Mat4 rodrigues(double x, double y, double z, double degrees) {
     const double c = std::cos(a);
     const double s = std::sin(a);
     const double t = 1.0 - c;
-    const double m[16] = {t * x * x + c,     t * x * y - s * z, t * x * z + s * y, 0,
-                          t * x * y + s * z, t * y * y + c,     t * y * z - s * x, 0,
-                          t * x * z - s * y, t * y * z + s * x, t * z * z + c,     0,
-                          0,                 0,                 0,                 1};
+    const double m[16] = {t * x * x + c,
+                          t * x * y - s * z,
+                          t * x * z + s * y,
+                          0,
+                          t * x * y + s * z,
+                          t * y * y + c,
+                          t * y * z - s * x,
+                          0,
+                          t * x * z - s * y,
+                          t * y * z + s * x,
+                          t * z * z + c,
+                          0,
+                          0,
+                          0,
+                          0,
+                          1};
     Mat4 out;
-    for (int i = 0; i < 16; ++i) {
-        out.m[i] = static_cast<float>(m[i]);
-    }
+    for (int i = 0; i < 16; ++i) { out.m[i] = static_cast<float>(m[i]); }
     return out;
 }
 
 void expect_near(const Mat4& actual, const Mat4& expected, float tolerance) {
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_NEAR(actual.m[i], expected.m[i], tolerance) << "element " << i;
-    }
+    for (int i = 0; i < 16; ++i) { EXPECT_NEAR(actual.m[i], expected.m[i], tolerance) << "element " << i; }
 }
 
 void expect_quat(const Quat& q, float x, float y, float z, float w, float tolerance = 1e-6F) {
@@ -61,9 +67,7 @@ Quat from_matrix(const Mat4& m) {
 
 const double AXES[][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0.6, 0, 0.8}, {2.0 / 3, -1.0 / 3, 2.0 / 3}};
 
-TEST(QuatFromMatrix, OfTheIdentityIsExact) {
-    expect_quat(from_matrix(identity()), 0, 0, 0, 1, 0.0F);
-}
+TEST(QuatFromMatrix, OfTheIdentityIsExact) { expect_quat(from_matrix(identity()), 0, 0, 0, 1, 0.0f); }
 
 TEST(QuatFromMatrix, MatchesTheRotation) {
     for (const auto& axis : AXES) {
@@ -80,7 +84,7 @@ TEST(QuatFromMatrix, ScalarPartIsNeverNegative) {
         for (double degrees : {200.0, 270.0, 350.0}) {
             const Quat expected = turn(axis[0], axis[1], axis[2], degrees);  // has a negative scalar part
             const Quat q = from_matrix(rodrigues(axis[0], axis[1], axis[2], degrees));
-            EXPECT_GE(q.w, 0.0F);
+            EXPECT_GE(q.w, 0.0f);
             expect_quat(q, -expected.x, -expected.y, -expected.z, -expected.w, 2e-6F);
         }
     }
@@ -99,19 +103,19 @@ TEST(QuatFromMatrix, BackToTheMatrixWithinRoundingAlsoForHalfTurns) {
 }
 
 TEST(QuatFromMatrix, HalfTurnHasScalarPartZero) {
-    expect_quat(from_matrix({{1, 0, 0, 0, 0, -1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1}}), 1, 0, 0, 0, 0.0F);
-    expect_quat(from_matrix({{-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1}}), 0, 1, 0, 0, 0.0F);
-    expect_quat(from_matrix({{-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}), 0, 0, 1, 0, 0.0F);
+    expect_quat(from_matrix({{1, 0, 0, 0, 0, -1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1}}), 1, 0, 0, 0, 0.0f);
+    expect_quat(from_matrix({{-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1}}), 0, 1, 0, 0, 0.0f);
+    expect_quat(from_matrix({{-1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}}), 0, 0, 1, 0, 0.0f);
 }
 
 TEST(QuatFromMatrix, TieGoesToTheEarlierComponent) {
     // A half turn about (1, 1, 0) / sqrt 2: x and y tie, and x is the one taken from the diagonal.
     const Quat q = from_matrix({{0, 1, 0, 0, 1, 0, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1}});
     expect_quat(q, static_cast<float>(std::sqrt(0.5)), static_cast<float>(std::sqrt(0.5)), 0, 0);
-    EXPECT_GT(q.x, 0.0F);
+    EXPECT_GT(q.x, 0.0f);
     const Quat opposed = from_matrix({{0, -1, 0, 0, -1, 0, 0, 0, 0, 0, -1, 0, 0, 0, 0, 1}});
-    EXPECT_GT(opposed.x, 0.0F);
-    EXPECT_LT(opposed.y, 0.0F);
+    EXPECT_GT(opposed.x, 0.0f);
+    EXPECT_LT(opposed.y, 0.0f);
 }
 
 // Each element of the diagonal enters into all four sums, so that no component is a number any more.
@@ -120,39 +124,37 @@ TEST(QuatFromMatrix, NonFiniteMatrixIsDefined) {
         Mat4 m = identity();
         m.m[element] = std::numeric_limits<float>::quiet_NaN();
         const Quat q = from_matrix(m);
-        for (float component : {q.x, q.y, q.z, q.w}) {
-            EXPECT_TRUE(std::isnan(component)) << "element " << element;
-        }
+        for (float component : {q.x, q.y, q.z, q.w}) { EXPECT_TRUE(std::isnan(component)) << "element " << element; }
     }
     // The greatest sum is infinite: what belongs to it is divided by itself, and of the others nothing is left.
     Mat4 m = identity();
     m.m[5] = std::numeric_limits<float>::infinity();
-    m.m[1] = 3.0F;
+    m.m[1] = 3.0f;
     const Quat q = from_matrix(m);
-    EXPECT_EQ(q.x, 0.0F);
+    EXPECT_EQ(q.x, 0.0f);
     EXPECT_TRUE(std::isnan(q.y));
-    EXPECT_EQ(q.z, 0.0F);
-    EXPECT_EQ(q.w, 0.0F);
+    EXPECT_EQ(q.z, 0.0f);
+    EXPECT_EQ(q.w, 0.0f);
     // An element beside the diagonal enters into one component alone.
     m = identity();
     m.m[4] = std::numeric_limits<float>::quiet_NaN();
     const Quat turned = from_matrix(m);
-    EXPECT_EQ(turned.x, 0.0F);
-    EXPECT_EQ(turned.y, 0.0F);
+    EXPECT_EQ(turned.x, 0.0f);
+    EXPECT_EQ(turned.y, 0.0f);
     EXPECT_TRUE(std::isnan(turned.z));
-    EXPECT_EQ(turned.w, 1.0F);
+    EXPECT_EQ(turned.w, 1.0f);
 }
 
 TEST(QuatToMatrix, LastElementIsTheSquaredLength) {
     Mat4 m;
-    quat_to_matrix(&m, 1.0F, 2.0F, 3.0F, 4.0F);
+    quat_to_matrix(&m, 1.0f, 2.0f, 3.0f, 4.0f);
     const Mat4 expected = {{1 - 4 - 9 + 16, 2 * (2 - 12), 2 * (3 + 8), 0, 2 * (2 + 12), -1 + 4 - 9 + 16, 2 * (6 - 4), 0,
                             2 * (3 - 8), 2 * (6 + 4), -1 - 4 + 9 + 16, 0, 0, 0, 0, 30}};
-    expect_near(m, expected, 0.0F);
+    expect_near(m, expected, 0.0f);
 }
 
 TEST(QuatSlerp, OfEqualQuaternionsGivesThemBackAtAnyTime) {
-    for (float t : {0.0F, 0.25F, 0.5F, 1.0F}) {
+    for (float t : {0.0f, 0.25f, 0.5f, 1.0f}) {
         Quat a = turn(0, 1, 0, 50.0);
         Quat b = a;
         const Quat before = a;
@@ -166,8 +168,8 @@ TEST(QuatSlerp, OppositeQuaternionFlipsTheFirstInItsStorageAndIsLinear) {
     Quat b = turn(0, 0, 1, 80.0);
     Quat a = {-b.x, -b.y, -b.z, -b.w};
     Quat out;
-    quat_slerp(&a, &b, &out, 0.3F);
-    expect_quat(a, b.x, b.y, b.z, b.w, 0.0F);
+    quat_slerp(&a, &b, &out, 0.3f);
+    expect_quat(a, b.x, b.y, b.z, b.w, 0.0f);
     expect_quat(out, b.x, b.y, b.z, b.w);
 }
 
@@ -187,12 +189,12 @@ TEST(QuatSlerp, TakesTheShortWayAndLeavesTheSecondAlone) {
     const Quat long_way = turn(0, 1, 0, 350.0);  // dot product below 0
     Quat b = long_way;
     Quat out;
-    quat_slerp(&a, &b, &out, 0.5F);
-    expect_quat(b, long_way.x, long_way.y, long_way.z, long_way.w, 0.0F);
-    EXPECT_LT(a.w, 0.0F);
+    quat_slerp(&a, &b, &out, 0.5f);
+    expect_quat(b, long_way.x, long_way.y, long_way.z, long_way.w, 0.0f);
+    EXPECT_LT(a.w, 0.0f);
     // Half-way between 10 and -10 degrees is no rotation. Near neighbours are blended linearly: the two halves of
     // cos 5 degrees add up, and the length stays a little short of 1.
-    EXPECT_NEAR(out.y, 0.0F, 1e-6F);
+    EXPECT_NEAR(out.y, 0.0f, 1e-6F);
     EXPECT_NEAR(out.w, -std::cos(10.0 * PI / 360.0), 1e-6);
 }
 
@@ -200,8 +202,8 @@ TEST(QuatSlerp, NearNeighboursAreBlendedLinearlyAndNotNormalised) {
     Quat a = turn(1, 0, 0, 0.0);
     Quat b = turn(1, 0, 0, 30.0);  // dot product cos 15 degrees, 0.966: within 0.05 of 1
     Quat out;
-    quat_slerp(&a, &b, &out, 0.25F);
-    expect_quat(out, 0.25F * b.x, 0, 0, 0.75F + 0.25F * b.w);
+    quat_slerp(&a, &b, &out, 0.25f);
+    expect_quat(out, 0.25f * b.x, 0, 0, 0.75f + 0.25f * b.w);
 }
 
 // At 0.05 from 1 the two blends differ by half a per cent.
@@ -214,39 +216,39 @@ TEST(QuatSlerp, TheBlendChangesAtADotProductOf95Hundredths) {
         const double rest = dot > 0.95 ? 0.75 : std::sin(0.75 * omega) / std::sin(omega);
         const Quat second = b;
         Quat out;
-        quat_slerp(&a, &b, &out, 0.25F);
+        quat_slerp(&a, &b, &out, 0.25f);
         expect_quat(out, static_cast<float>(share * static_cast<double>(second.x)), 0, 0,
                     static_cast<float>(rest + share * dot));
     }
 }
 
 TEST(QuatSlerp, EveryComponentOfBothIsBlended) {
-    Quat a{0.5F, 0.5F, 0.5F, 0.5F};
-    Quat b{-0.1F, 0.7F, -0.1F, 0.7F};  // dot product 0.6
+    Quat a{0.5f, 0.5f, 0.5f, 0.5f};
+    Quat b{-0.1f, 0.7f, -0.1f, 0.7f};  // dot product 0.6
     const double omega = std::acos(0.6);
     const double s0 = std::sin(0.75 * omega) / std::sin(omega);
     const double s1 = std::sin(0.25 * omega) / std::sin(omega);
     Quat out;
-    quat_slerp(&a, &b, &out, 0.25F);
+    quat_slerp(&a, &b, &out, 0.25f);
     const auto odd = static_cast<float>(0.5 * s0 - 0.1 * s1);
     const auto even = static_cast<float>(0.5 * s0 + 0.7 * s1);
     expect_quat(out, odd, even, odd, even);
 }
 
 TEST(QuatSlerp, AllFourComponentsOfTheFirstAreFlippedInItsStorage) {
-    Quat a{0.1F, -0.2F, 0.3F, -0.9F};
-    Quat b{-0.1F, 0.2F, -0.3F, 0.9F};
+    Quat a{0.1f, -0.2f, 0.3f, -0.9f};
+    Quat b{-0.1f, 0.2f, -0.3f, 0.9f};
     Quat out;
-    quat_slerp(&a, &b, &out, 0.5F);
-    expect_quat(a, b.x, b.y, b.z, b.w, 0.0F);
+    quat_slerp(&a, &b, &out, 0.5f);
+    expect_quat(a, b.x, b.y, b.z, b.w, 0.0f);
 }
 
 TEST(QuatSlerp, ADotProductOfZeroFlipsNothing) {
     Quat a{0, 0, 0, 1};
     Quat b{1, 0, 0, 0};
     Quat out;
-    quat_slerp(&a, &b, &out, 0.5F);
-    EXPECT_EQ(a.w, 1.0F);
+    quat_slerp(&a, &b, &out, 0.5f);
+    EXPECT_EQ(a.w, 1.0f);
     const auto root = static_cast<float>(std::sqrt(0.5));
     expect_quat(out, root, 0, 0, root);
 }
@@ -256,11 +258,11 @@ TEST(QuatSlerp, ADotProductThatIsNoNumberBlendsWithAQuaternionAcrossTheFirst) {
     Quat a{std::numeric_limits<float>::quiet_NaN(), 0, 2, 3};
     Quat b{1, 1, 1, 1};
     Quat out;
-    quat_slerp(&a, &b, &out, 0.1F);
-    EXPECT_EQ(b.x, 0.0F);
+    quat_slerp(&a, &b, &out, 0.1f);
+    EXPECT_EQ(b.x, 0.0f);
     EXPECT_TRUE(std::isnan(b.y));
-    EXPECT_EQ(b.z, -3.0F);
-    EXPECT_EQ(b.w, 2.0F);
+    EXPECT_EQ(b.z, -3.0f);
+    EXPECT_EQ(b.w, 2.0f);
     const double s0 = std::sin(0.4 * PI);
     const double s1 = std::sin(0.1 * PI);
     EXPECT_TRUE(std::isnan(out.x));
@@ -272,32 +274,32 @@ TEST(QuatSlerp, ADotProductThatIsNoNumberBlendsWithAQuaternionAcrossTheFirst) {
 TEST(QuatSlerp, MayWriteToEitherOperand) {
     Quat a = turn(1, 0, 0, 10.0);
     Quat b = turn(1, 0, 0, 110.0);
-    quat_slerp(&a, &b, &a, 0.5F);
+    quat_slerp(&a, &b, &a, 0.5f);
     const Quat expected = turn(1, 0, 0, 60.0);
     expect_quat(a, expected.x, expected.y, expected.z, expected.w, 2e-6F);
 }
 
 TEST(QuatAxisDegrees, ThreeHundredAndSixtyUnitsAreATurnOfPi) {
     Quat q;
-    quat_from_axis_degrees(&q, 0, 1, 0, 180.0F);  // a real turn of 90 degrees: half of it is 45
+    quat_from_axis_degrees(&q, 0, 1, 0, 180.0f);  // a real turn of 90 degrees: half of it is 45
     const auto root = static_cast<float>(std::sqrt(0.5));
     expect_quat(q, 0, root, 0, root);
-    quat_from_axis_degrees(&q, 0, 0, 1, 360.0F);
+    quat_from_axis_degrees(&q, 0, 0, 1, 360.0f);
     expect_quat(q, 0, 0, 1, 0);
 }
 
 TEST(QuatAxisDegrees, BackGivesTheSameAxisAndAngle) {
     Quat q;
-    quat_from_axis_degrees(&q, 0.6F, 0.0F, 0.8F, 130.0F);
+    quat_from_axis_degrees(&q, 0.6f, 0.0f, 0.8f, 130.0f);
     float x = 0;
     float y = 0;
     float z = 0;
     float angle = 0;
     quat_to_axis_degrees(&q, &x, &y, &z, &angle);
-    EXPECT_NEAR(x, 0.6F, 1e-6F);
-    EXPECT_NEAR(y, 0.0F, 1e-6F);
-    EXPECT_NEAR(z, 0.8F, 1e-6F);
-    EXPECT_NEAR(angle, 130.0F, 1e-4F);
+    EXPECT_NEAR(x, 0.6f, 1e-6F);
+    EXPECT_NEAR(y, 0.0f, 1e-6F);
+    EXPECT_NEAR(z, 0.8f, 1e-6F);
+    EXPECT_NEAR(angle, 130.0f, 1e-4F);
 }
 
 TEST(QuatAxisDegrees, NoRotationDividesByZero) {
@@ -308,19 +310,19 @@ TEST(QuatAxisDegrees, NoRotationDividesByZero) {
     float angle = 7;
     quat_to_axis_degrees(&q, &x, &y, &z, &angle);
     EXPECT_FALSE(std::isfinite(x));
-    EXPECT_EQ(angle, 0.0F);
+    EXPECT_EQ(angle, 0.0f);
 }
 
 TEST(QuatFromEuler, AgreesWithTheProductOfThreeTurns) {
     Quat q;
     const double radians = PI / 180.0;
-    quat_from_euler(&q, static_cast<float>(40.0 * radians), 0.0F, 0.0F);
+    quat_from_euler(&q, static_cast<float>(40.0 * radians), 0.0f, 0.0f);
     Quat expected = turn(0, 0, 1, 40.0);  // the first angle turns about the third axis
     expect_quat(q, 0, 0, expected.z, expected.w);
-    quat_from_euler(&q, 0.0F, static_cast<float>(40.0 * radians), 0.0F);
+    quat_from_euler(&q, 0.0f, static_cast<float>(40.0 * radians), 0.0f);
     expected = turn(0, 1, 0, 40.0);
     expect_quat(q, 0, expected.y, 0, expected.w);
-    quat_from_euler(&q, 0.0F, 0.0F, static_cast<float>(40.0 * radians));
+    quat_from_euler(&q, 0.0f, 0.0f, static_cast<float>(40.0 * radians));
     expected = turn(1, 0, 0, 40.0);
     expect_quat(q, expected.x, 0, 0, expected.w);
 }
@@ -344,53 +346,51 @@ TEST(QuatFixed, MatrixAgreesWithTheFloatFormToTwelveBits) {
     const Quat q = turn(2.0 / 3, -1.0 / 3, 2.0 / 3, 75.0);
     Mat4 fixed;
     quat_to_matrix_fixed(&fixed, q.x, q.y, q.z, q.w);
-    expect_near(fixed, rodrigues(2.0 / 3, -1.0 / 3, 2.0 / 3, 75.0), 10.0F / 4096.0F);
-    for (float element : fixed.m) {
-        EXPECT_EQ(element * 4096.0F, std::trunc(element * 4096.0F));
-    }
+    expect_near(fixed, rodrigues(2.0 / 3, -1.0 / 3, 2.0 / 3, 75.0), 10.0f / 4096.0f);
+    for (float element : fixed.m) { EXPECT_EQ(element * 4096.0f, std::trunc(element * 4096.0f)); }
 }
 
 TEST(QuatFixed, MatrixTruncatesTowardsZero) {
     // 0.00036 * 4096 = 1.47 becomes 1, and 1 * 4096 / 4096 = 1; the products of two such are 0.
     Mat4 fixed;
-    quat_to_matrix_fixed(&fixed, -0.00036F, 0.00036F, 0.0F, 1.0F);
-    EXPECT_EQ(fixed.m[0], 1.0F);
-    EXPECT_EQ(fixed.m[1], 0.0F);
-    EXPECT_EQ(fixed.m[2], 2.0F / 4096.0F);   // 2 y w
-    EXPECT_EQ(fixed.m[6], 2.0F / 4096.0F);   // -2 x w
-    EXPECT_EQ(fixed.m[15], 1.0F);
+    quat_to_matrix_fixed(&fixed, -0.00036f, 0.00036f, 0.0f, 1.0f);
+    EXPECT_EQ(fixed.m[0], 1.0f);
+    EXPECT_EQ(fixed.m[1], 0.0f);
+    EXPECT_EQ(fixed.m[2], 2.0f / 4096.0f);  // 2 y w
+    EXPECT_EQ(fixed.m[6], 2.0f / 4096.0f);  // -2 x w
+    EXPECT_EQ(fixed.m[15], 1.0f);
 }
 
 TEST(QuatFixed, SlerpOfEqualInputsGivesTheFirst) {
     const Quat a = turn(1, 0, 0, 33.0);
     Quat out;
-    quat_slerp_fixed(&a, &a, &out, 0.7F);
-    expect_quat(out, a.x, a.y, a.z, a.w, 0.0F);
+    quat_slerp_fixed(&a, &a, &out, 0.7f);
+    expect_quat(out, a.x, a.y, a.z, a.w, 0.0f);
 }
 
 TEST(QuatFixed, SlerpIsAPlainLinearBlend) {
     const Quat a{0, 0, 0, 1};
     const Quat b{1, 0, 0, 0};
     Quat out;
-    quat_slerp_fixed(&a, &b, &out, 0.25F);
-    expect_quat(out, 0.25F, 0, 0, 0.75F, 0.0F);
+    quat_slerp_fixed(&a, &b, &out, 0.25f);
+    expect_quat(out, 0.25f, 0, 0, 0.75f, 0.0f);
 }
 
 TEST(QuatFixed, SlerpNegatesACopyOfTheFirst) {
     const Quat a{0, 0, 0, -1};
-    const Quat b{0.5F, 0, 0, 0.5F};
+    const Quat b{0.5f, 0, 0, 0.5f};
     Quat out;
-    quat_slerp_fixed(&a, &b, &out, 0.5F);
-    EXPECT_EQ(a.w, -1.0F);
-    expect_quat(out, 0.25F, 0, 0, 0.75F, 0.0F);
+    quat_slerp_fixed(&a, &b, &out, 0.5f);
+    EXPECT_EQ(a.w, -1.0f);
+    expect_quat(out, 0.25f, 0, 0, 0.75f, 0.0f);
 }
 
 TEST(QuatFixed, HugeAndNonFiniteInputsAreDefined) {
     const float values[] = {1e30F, -1e30F, std::numeric_limits<float>::infinity(),
-                            std::numeric_limits<float>::quiet_NaN(), 524287.0F};
+                            std::numeric_limits<float>::quiet_NaN(), 524287.0f};
     for (float value : values) {
-        const Quat a{value, -value, value, 1.0F};
-        const Quat b{-value, 0.0F, value, value};
+        const Quat a{value, -value, value, 1.0f};
+        const Quat b{-value, 0.0f, value, value};
         Quat out;
         quat_slerp_fixed(&a, &b, &out, value);
         EXPECT_TRUE(std::isfinite(out.x));

@@ -24,7 +24,7 @@ protected:
     }
     std::vector<float> places() const {
         std::vector<float> out;
-        for (const Point& point : list_elements<Point>(model->points)) out.push_back(point.position.x);
+        for (const Point& point : list_elements<Point>(model->points)) { out.push_back(point.position.x); }
         return out;
     }
     Owned model = empty_model();
@@ -46,7 +46,7 @@ TEST_F(Renumber, gaps_are_closed_and_references_follow) {
     const Triangle* triangle = last_triangle(layer_of(model.get(), "body"));
     EXPECT_EQ(Ids(triangle->controls, triangle->controls + 8), (Ids{1, 2, 2, 3, 3, 1, 0, 0}));
     EXPECT_EQ(strips_of(model.get(), "body"), (std::vector<Strip>{{{3, 2, 1}, {1, 2, 3}}}));
-    for (const Point& point : list_elements<Point>(model->points)) EXPECT_EQ(point.state_index, -1);
+    for (const Point& point : list_elements<Point>(model->points)) { EXPECT_EQ(point.state_index, -1); }
 }
 
 TEST_F(Renumber, points_are_ordered_by_joint_and_world_points_come_last) {
@@ -70,7 +70,7 @@ TEST_F(Renumber, references_become_the_rank_in_the_old_order) {
 }
 
 TEST_F(Renumber, rank_is_that_of_occupied_slots) {
-    for (int id = 1; id <= 4; ++id) put(id, static_cast<float>(id), arm);
+    for (int id = 1; id <= 4; ++id) { put(id, static_cast<float>(id), arm); }
     model_remove_point(model.get(), 2);
     put_triangle(model.get(), "body", {1, 3, 4});
     model_renumber_points(model.get());
@@ -109,7 +109,7 @@ TEST_F(Renumber, lines_and_uvees_keep_their_numbers) {
 }
 
 TEST_F(Renumber, more_points_than_numbers_are_refused) {
-    for (int id = 1; id <= POINT_ID_LIMIT; ++id) put(id, 0, arm);
+    for (int id = 1; id <= POINT_ID_LIMIT; ++id) { put(id, 0, arm); }
     EXPECT_EQ(model_renumber_points(model.get()), 1);
     put(POINT_ID_LIMIT + 1, 0, arm);
     const std::string before = model_text(model.get());

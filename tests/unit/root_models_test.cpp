@@ -1,5 +1,4 @@
 // Adding, removing and closing the models of the scene.
-
 #include "motion/root_models.h"
 
 #include <gtest/gtest.h>
@@ -19,9 +18,7 @@ std::vector<std::string> reports;
 Session* reported = nullptr;
 int nested_calls = 0;
 
-void record_status(const char* text) {
-    reports.push_back(text);
-}
+void record_status(const char* text) { reports.push_back(text); }
 
 // Closes from inside the reports of a closing, a few times.
 void close_again(const char*) {
@@ -68,9 +65,7 @@ protected:
     int32_t key_of(const Model* model) {
         const ListElements<RootModel> roots = list_elements<RootModel>(session.root_models);
         for (auto root = roots.begin(); root != roots.end(); ++root) {
-            if (root->model == model) {
-                return root.int_key();
-            }
+            if (root->model == model) { return root.int_key(); }
         }
         return 0;
     }
@@ -97,35 +92,35 @@ TEST_F(RootModelsTest, AddGivesTheIdOfTheModelStateAndGrowsTheCounters) {
 
 TEST_F(RootModelsTest, AddOfANullModelReleasesTheAnimationThatItWasGiven) {
     Model* model = add();
-    EXPECT_EQ(0, session_add_root(&session, nullptr, animation_create(model)));
-    EXPECT_EQ(1, list_count(&session.root_models));
+    EXPECT_EQ(session_add_root(&session, nullptr, animation_create(model)), 0);
+    EXPECT_EQ(list_count(&session.root_models), 1);
 }
 
 TEST_F(RootModelsTest, RemoveReleasesOneRootAndItsRecords) {
     Model* first = add();
     Model* second = add();
     point_state(&session, model_find_point(first, 1));
-    EXPECT_EQ(1, session_remove_root(&session, key_of(first)));
-    EXPECT_EQ(1, list_count(&session.root_models));
-    EXPECT_EQ(1, list_count(&session.model_states));
-    EXPECT_EQ(0, list_count(&session.point_states));
-    EXPECT_NE(0, key_of(second));
+    EXPECT_EQ(session_remove_root(&session, key_of(first)), 1);
+    EXPECT_EQ(list_count(&session.root_models), 1);
+    EXPECT_EQ(list_count(&session.model_states), 1);
+    EXPECT_EQ(list_count(&session.point_states), 0);
+    EXPECT_NE(key_of(second), 0);
 }
 
 TEST_F(RootModelsTest, RemoveOfAnUnknownKeyFails) {
     add();
-    EXPECT_EQ(0, session_remove_root(&session, 0));
-    EXPECT_EQ(0, session_remove_root(&session, -1));
-    EXPECT_EQ(0, session_remove_root(&session, next_root_id));
-    EXPECT_EQ(0, session_remove_root(nullptr, 1));
-    EXPECT_EQ(1, list_count(&session.root_models));
+    EXPECT_EQ(session_remove_root(&session, 0), 0);
+    EXPECT_EQ(session_remove_root(&session, -1), 0);
+    EXPECT_EQ(session_remove_root(&session, next_root_id), 0);
+    EXPECT_EQ(session_remove_root(nullptr, 1), 0);
+    EXPECT_EQ(list_count(&session.root_models), 1);
 }
 
 TEST_F(RootModelsTest, RemoveReleasesTheAnimationToo) {
     Model* model = model_create("a.mod", nullptr);
     session_add_root(&session, model, animation_create(model));
-    EXPECT_EQ(1, session_remove_root(&session, key_of(model)));
-    EXPECT_EQ(0, list_count(&session.root_models));
+    EXPECT_EQ(session_remove_root(&session, key_of(model)), 1);
+    EXPECT_EQ(list_count(&session.root_models), 0);
 }
 
 TEST_F(RootModelsTest, RemoveEmptiesTheAnimationsThatHangOnTheModel) {
@@ -139,10 +134,10 @@ TEST_F(RootModelsTest, RemoveEmptiesTheAnimationsThatHangOnTheModel) {
     animation->parent_animation = parent_animation;
     animation->parent_joint = model_find_joint(parent, "hip");
     session_add_root(&session, rider, animation);
-    EXPECT_EQ(1, session_remove_root(&session, key_of(parent)));
-    EXPECT_EQ(nullptr, animation->parent_model);
-    EXPECT_EQ(nullptr, animation->parent_animation);
-    EXPECT_EQ(nullptr, animation->parent_joint);
+    EXPECT_EQ(session_remove_root(&session, key_of(parent)), 1);
+    EXPECT_EQ(animation->parent_model, nullptr);
+    EXPECT_EQ(animation->parent_animation, nullptr);
+    EXPECT_EQ(animation->parent_joint, nullptr);
     scene_evaluate(&session);
 }
 
@@ -157,7 +152,7 @@ TEST_F(RootModelsTest, RemoveLeavesTheAnimationsThatHangOnAnotherModel) {
     animation->parent_model = parent;
     animation->parent_animation = parent_animation;
     session_add_root(&session, rider, animation);
-    EXPECT_EQ(1, session_remove_root(&session, key_of(going)));
+    EXPECT_EQ(session_remove_root(&session, key_of(going)), 1);
     EXPECT_EQ(parent, animation->parent_model);
     EXPECT_EQ(parent_animation, animation->parent_animation);
 }
@@ -169,14 +164,14 @@ TEST_F(RootModelsTest, RemoveEmptiesTheLinksThatBorrowTheModelWhereverTheyAre) {
     model_add_child(parent, child, "child", 0, 0, 0, 1, 1, 1, "0", "0", "0");
     ChildLink* direct = lend(parent, lent);
     ChildLink* deep = lend(child, lent);
-    ASSERT_EQ(2, list_count(&session.child_states));
-    EXPECT_EQ(1, session_remove_root(&session, key_of(lent)));
-    EXPECT_EQ(nullptr, direct->model);
-    EXPECT_EQ(nullptr, deep->model);
-    EXPECT_EQ(-1, direct->state_index);
-    EXPECT_EQ(0, list_count(&session.child_states));
-    EXPECT_EQ(2, list_count(&parent->children)) << "the links stay";
-    EXPECT_EQ(0, session_find_model(&session, "lent"));
+    ASSERT_EQ(list_count(&session.child_states), 2);
+    EXPECT_EQ(session_remove_root(&session, key_of(lent)), 1);
+    EXPECT_EQ(direct->model, nullptr);
+    EXPECT_EQ(deep->model, nullptr);
+    EXPECT_EQ(direct->state_index, -1);
+    EXPECT_EQ(list_count(&session.child_states), 0);
+    EXPECT_EQ(list_count(&parent->children), 2) << "the links stay";
+    EXPECT_EQ(session_find_model(&session, "lent"), 0);
 }
 
 TEST_F(RootModelsTest, RemoveEmptiesLinksThatBorrowAnOwnedChildOfTheModel) {
@@ -185,18 +180,16 @@ TEST_F(RootModelsTest, RemoveEmptiesLinksThatBorrowAnOwnedChildOfTheModel) {
     model_add_child(owner, child, "child", 0, 0, 0, 1, 1, 1, "0", "0", "0");
     Model* other = add("other.mod");
     ChildLink* link = lend(other, child);
-    EXPECT_EQ(1, session_remove_root(&session, key_of(owner)));
-    EXPECT_EQ(nullptr, link->model);
+    EXPECT_EQ(session_remove_root(&session, key_of(owner)), 1);
+    EXPECT_EQ(link->model, nullptr);
 }
 
 TEST_F(RootModelsTest, RemovePassesOverLinksWithoutAModelInTheRootsThatGoAndStay) {
     Model* going = add("going.mod");
     Model* staying = add("staying.mod");
-    for (Model* model : {going, staying}) {
-        model_add_child(model, nullptr, "ghost", 0, 0, 0, 1, 1, 1, "0", "0", "0");
-    }
-    EXPECT_EQ(1, session_remove_root(&session, key_of(going)));
-    EXPECT_EQ(1, list_count(&staying->children));
+    for (Model* model : {going, staying}) { model_add_child(model, nullptr, "ghost", 0, 0, 0, 1, 1, 1, "0", "0", "0"); }
+    EXPECT_EQ(session_remove_root(&session, key_of(going)), 1);
+    EXPECT_EQ(list_count(&staying->children), 1);
 }
 
 TEST_F(RootModelsTest, RemoveOfTheBorrowerKeepsTheLentModelWithItsId) {
@@ -204,19 +197,19 @@ TEST_F(RootModelsTest, RemoveOfTheBorrowerKeepsTheLentModelWithItsId) {
     Model* parent = add("parent.mod");
     lend(parent, lent);
     const int32_t id = model_state(&session, lent)->id;
-    EXPECT_EQ(1, session_remove_root(&session, key_of(parent)));
+    EXPECT_EQ(session_remove_root(&session, key_of(parent)), 1);
     EXPECT_EQ(id, model_state(&session, lent)->id);
-    EXPECT_EQ(0, list_count(&session.child_states));
-    EXPECT_EQ(1, list_count(&session.root_models));
+    EXPECT_EQ(list_count(&session.child_states), 0);
+    EXPECT_EQ(list_count(&session.root_models), 1);
 }
 
 TEST_F(RootModelsTest, CloseAllReportsTwiceAlsoForAnEmptyScene) {
     session_set_status_callback(&session, record_status);
     session.triangles_drawn = 7;
-    EXPECT_EQ(1, session_close_all(&session));
-    ASSERT_EQ(2u, reports.size());
-    EXPECT_EQ("Time: 0.00 of 0.00, Triangles: 7, Closing currently open Model file", reports[0]);
-    EXPECT_EQ("Time: 0.00 of 0.00, Triangles: 7, Ready", reports[1]);
+    EXPECT_EQ(session_close_all(&session), 1);
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[0], "Time: 0.00 of 0.00, Triangles: 7, Closing currently open Model file");
+    EXPECT_EQ(reports[1], "Time: 0.00 of 0.00, Triangles: 7, Ready");
 }
 
 TEST_F(RootModelsTest, CloseAllReportsTheOldLengthFirstAndTheNewOneLast) {
@@ -224,8 +217,8 @@ TEST_F(RootModelsTest, CloseAllReportsTheOldLengthFirstAndTheNewOneLast) {
     session.anim_time = 1.0f;
     session.anim_end = 2.0f;
     session_close_all(&session);
-    EXPECT_EQ("Time: 1.00 of 2.00, Triangles: 0, Closing currently open Model file", reports[0]);
-    EXPECT_EQ("Time: 1.00 of 0.00, Triangles: 0, Ready", reports[1]);
+    EXPECT_EQ(reports[0], "Time: 1.00 of 2.00, Triangles: 0, Closing currently open Model file");
+    EXPECT_EQ(reports[1], "Time: 1.00 of 0.00, Triangles: 0, Ready");
 }
 
 TEST_F(RootModelsTest, CloseAllEmptiesTheSceneAndKeepsSelectionAndClock) {
@@ -235,15 +228,15 @@ TEST_F(RootModelsTest, CloseAllEmptiesTheSceneAndKeepsSelectionAndClock) {
     session.radius = 99.0f;
     session.animation_path = str_dup("scene.txt");
     static_cast<SelectedModel*>(list_add(&session.selection.models, 5))->model = model;
-    EXPECT_EQ(1, session_close_all(&session));
-    EXPECT_EQ(0, list_count(&session.root_models));
-    EXPECT_EQ(0, list_count(&session.model_states));
-    EXPECT_EQ(0.0f, session.anim_end);
-    EXPECT_EQ(1.0f, session.anim_time);
-    EXPECT_EQ(10.0f, session.radius);
-    EXPECT_EQ(nullptr, session.animation_path);
-    EXPECT_EQ(1, list_count(&session.selection.models));
-    EXPECT_EQ(1, session_close_all(nullptr));
+    EXPECT_EQ(session_close_all(&session), 1);
+    EXPECT_EQ(list_count(&session.root_models), 0);
+    EXPECT_EQ(list_count(&session.model_states), 0);
+    EXPECT_EQ(session.anim_end, 0.0f);
+    EXPECT_EQ(session.anim_time, 1.0f);
+    EXPECT_EQ(session.radius, 10.0f);
+    EXPECT_EQ(session.animation_path, nullptr);
+    EXPECT_EQ(list_count(&session.selection.models), 1);
+    EXPECT_EQ(session_close_all(nullptr), 1);
 }
 
 TEST_F(RootModelsTest, CloseAllReleasesModelsThatBorrowEachOtherOnce) {
@@ -253,9 +246,9 @@ TEST_F(RootModelsTest, CloseAllReleasesModelsThatBorrowEachOtherOnce) {
     lend(first, second);
     lend(second, third);
     lend(first, third);
-    EXPECT_EQ(1, session_close_all(&session));
-    EXPECT_EQ(0, list_count(&session.model_states));
-    EXPECT_EQ(0, list_count(&session.child_states));
+    EXPECT_EQ(session_close_all(&session), 1);
+    EXPECT_EQ(list_count(&session.model_states), 0);
+    EXPECT_EQ(list_count(&session.child_states), 0);
 }
 
 TEST_F(RootModelsTest, IdsNeverComeBackAfterAClosing) {
@@ -269,32 +262,32 @@ TEST_F(RootModelsTest, AStatusProcedureMayCloseInTheMiddleOfAClosing) {
     add();
     add();
     session_set_status_callback(&session, close_again);
-    EXPECT_EQ(1, session_close_all(&session));
-    EXPECT_EQ(3, nested_calls);
-    EXPECT_EQ(0, list_count(&session.root_models));
+    EXPECT_EQ(session_close_all(&session), 1);
+    EXPECT_EQ(nested_calls, 3);
+    EXPECT_EQ(list_count(&session.root_models), 0);
 }
 
 TEST_F(RootModelsTest, AStatusProcedureMayResetInTheMiddleOfAClosing) {
     add();
     session_set_status_callback(&session, reset_from_inside);
-    EXPECT_EQ(1, session_close_all(&session));
-    EXPECT_EQ(0, list_count(&session.root_models));
+    EXPECT_EQ(session_close_all(&session), 1);
+    EXPECT_EQ(list_count(&session.root_models), 0);
 }
 
 TEST_F(RootModelsTest, WhatAStatusProcedureAddsBeforeTheClosingGoesAndAfterItStays) {
     add();
     session_set_status_callback(&session, add_from_inside);
-    EXPECT_EQ(1, session_close_all(&session));
-    EXPECT_EQ(2, nested_calls);
-    EXPECT_EQ(1, list_count(&session.root_models)) << "added by the report that the scene is ready";
+    EXPECT_EQ(session_close_all(&session), 1);
+    EXPECT_EQ(nested_calls, 2);
+    EXPECT_EQ(list_count(&session.root_models), 1) << "added by the report that the scene is ready";
 }
 
 TEST_F(RootModelsTest, AModelWithALayerNameTooLongForAKeyIsClosed) {
     Model* model = add();
     model_add_layer(model, std::string(80, 'x').c_str(), 0, 0, 0, 0, 0, 0);
-    EXPECT_EQ(1, session_close_all(&session));
+    EXPECT_EQ(session_close_all(&session), 1);
     session_reset(&session, 0);
-    EXPECT_EQ(0, list_count(&session.root_models));
+    EXPECT_EQ(list_count(&session.root_models), 0);
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 // The selection, the clipboard, and what is done with what is selected.
-
 #include "edit/selection.h"
 
 #include <gtest/gtest.h>
@@ -28,17 +27,13 @@ Matrix times(const Matrix& left, const Matrix& right) {
     Matrix out(4, Vec4(4, 0.0));
     for (size_t r = 0; r < 4; ++r) {
         for (size_t c = 0; c < 4; ++c) {
-            for (size_t k = 0; k < 4; ++k) {
-                out[r][c] += left[r][k] * right[k][c];
-            }
+            for (size_t k = 0; k < 4; ++k) { out[r][c] += left[r][k] * right[k][c]; }
         }
     }
     return out;
 }
 
-Matrix moved(double x, double y, double z) {
-    return {{1, 0, 0, x}, {0, 1, 0, y}, {0, 0, 1, z}, {0, 0, 0, 1}};
-}
+Matrix moved(double x, double y, double z) { return {{1, 0, 0, x}, {0, 1, 0, y}, {0, 0, 1, z}, {0, 0, 0, 1}}; }
 
 Matrix turned_z(double degrees) {
     const double a = degrees * std::acos(-1.0) / 180.0;
@@ -48,9 +43,7 @@ Matrix turned_z(double degrees) {
 Matrix transposed(const Matrix& m) {
     Matrix out = m;
     for (size_t r = 0; r < 4; ++r) {
-        for (size_t c = 0; c < 4; ++c) {
-            out[r][c] = m[c][r];
-        }
+        for (size_t c = 0; c < 4; ++c) { out[r][c] = m[c][r]; }
     }
     return out;
 }
@@ -88,7 +81,7 @@ protected:
         return child_state(&session, link)->id;
     }
 
-    void select(int32_t id) { ASSERT_EQ(1, selection_add_model(&session, id)); }
+    void select(int32_t id) { ASSERT_EQ(selection_add_model(&session, id), 1); }
 
     Session session{};
 };
@@ -103,7 +96,7 @@ TEST_F(SelectionTest, InitSetsUpAllListsOfBothSets) {
         EXPECT_EQ(static_cast<int32_t>(sizeof(SelectedChild)), set->children.element_size);
         for (int i = 0; i < 6; ++i) {
             EXPECT_EQ(i < 5 ? 12 : 8, set->unused[i].element_size);
-            EXPECT_EQ(KEY_INT, set->unused[i].kind);
+            EXPECT_EQ(set->unused[i].kind, KEY_INT);
         }
     }
     selection_init(nullptr);
@@ -111,18 +104,18 @@ TEST_F(SelectionTest, InitSetsUpAllListsOfBothSets) {
 
 TEST_F(SelectionTest, AddingAnUnknownIdFails) {
     add();
-    EXPECT_EQ(0, selection_add_model(&session, 0));
-    EXPECT_EQ(0, selection_add_model(&session, -1));
-    EXPECT_EQ(0, selection_add_model(&session, next_model_state_id + 1000));
-    EXPECT_EQ(0, selection_add_child(&session, next_child_state_id + 1000));
-    EXPECT_EQ(0, selected());
+    EXPECT_EQ(selection_add_model(&session, 0), 0);
+    EXPECT_EQ(selection_add_model(&session, -1), 0);
+    EXPECT_EQ(selection_add_model(&session, next_model_state_id + 1000), 0);
+    EXPECT_EQ(selection_add_child(&session, next_child_state_id + 1000), 0);
+    EXPECT_EQ(selected(), 0);
 }
 
 TEST_F(SelectionTest, SelectingTheSameIdTwiceLeavesOneEntry) {
     const int32_t id = add();
     select(id);
     select(id);
-    EXPECT_EQ(1, selected());
+    EXPECT_EQ(selected(), 1);
 }
 
 TEST_F(SelectionTest, TheCurrentModelIsThatOfTheFirstSlot) {
@@ -131,7 +124,7 @@ TEST_F(SelectionTest, TheCurrentModelIsThatOfTheFirstSlot) {
     select(first);
     select(second);
     EXPECT_EQ(model_of(first), selection_current_model(&session));
-    EXPECT_EQ(1, selection_clear(&session));
+    EXPECT_EQ(selection_clear(&session), 1);
     select(second);
     select(first);
     EXPECT_EQ(model_of(second), selection_current_model(&session));
@@ -139,8 +132,8 @@ TEST_F(SelectionTest, TheCurrentModelIsThatOfTheFirstSlot) {
 
 TEST_F(SelectionTest, NothingSelectedIsNoCurrentModel) {
     add();
-    EXPECT_EQ(nullptr, selection_current_model(&session));
-    EXPECT_EQ(nullptr, selection_current_model(nullptr));
+    EXPECT_EQ(selection_current_model(&session), nullptr);
+    EXPECT_EQ(selection_current_model(nullptr), nullptr);
 }
 
 TEST_F(SelectionTest, AChildIsSelectedByTheIdOfItsLink) {
@@ -149,7 +142,7 @@ TEST_F(SelectionTest, AChildIsSelectedByTheIdOfItsLink) {
     next_child_state_id = next_child_state_id < unlike ? unlike : next_child_state_id;
     const int32_t child = add_child(model_of(parent));
     select(child);
-    EXPECT_STREQ("child", selection_current_model(&session)->name);
+    EXPECT_STREQ(selection_current_model(&session)->name, "child");
 }
 
 TEST_F(SelectionTest, AllReplacesTheSelectionByTheModelsThatHaveAState) {
@@ -158,10 +151,10 @@ TEST_F(SelectionTest, AllReplacesTheSelectionByTheModelsThatHaveAState) {
     add_child(model_of(first));
     select(second);
     session.selection.centre = Vec3{1, 2, 3};
-    EXPECT_EQ(1, selection_all(&session));
-    EXPECT_EQ(2, selected());
+    EXPECT_EQ(selection_all(&session), 1);
+    EXPECT_EQ(selected(), 2);
     EXPECT_EQ(model_of(first), selection_current_model(&session));
-    EXPECT_EQ(0.0f, session.selection.centre.x);
+    EXPECT_EQ(session.selection.centre.x, 0.0f);
 }
 
 TEST_F(SelectionTest, ClearEmptiesListsCentreAndAxis) {
@@ -170,33 +163,33 @@ TEST_F(SelectionTest, ClearEmptiesListsCentreAndAxis) {
     selection_add_child(&session, add_child(model_of(parent)));
     selection_set_centre(&session, 1, 2, 3);
     selection_set_axis(&session, 1, 2, 9);
-    EXPECT_EQ(1, selection_clear(&session));
-    EXPECT_EQ(0, selected());
-    EXPECT_EQ(0, list_count(&session.selection.children));
+    EXPECT_EQ(selection_clear(&session), 1);
+    EXPECT_EQ(selected(), 0);
+    EXPECT_EQ(list_count(&session.selection.children), 0);
     for (const Vec3& v : {session.selection.centre, session.selection.axis}) {
-        EXPECT_EQ(0.0f, v.x);
-        EXPECT_EQ(0.0f, v.y);
-        EXPECT_EQ(0.0f, v.z);
+        EXPECT_EQ(v.x, 0.0f);
+        EXPECT_EQ(v.y, 0.0f);
+        EXPECT_EQ(v.z, 0.0f);
     }
 }
 
 TEST_F(SelectionTest, ASelectedChildKeepsItsLink) {
     const int32_t parent = add();
     const int32_t id = add_child(model_of(parent));
-    EXPECT_EQ(1, selection_add_child(&session, id));
+    EXPECT_EQ(selection_add_child(&session, id), 1);
     SelectedChild* entry = static_cast<SelectedChild*>(list_find(&session.selection.children, id));
-    ASSERT_NE(nullptr, entry);
+    ASSERT_NE(entry, nullptr);
     EXPECT_EQ(list_at(&model_of(parent)->children, 0, 0), entry->link);
     EXPECT_EQ(entry->link, selection_entry_child(&session, id, entry));
     session_close_all(&session);
-    EXPECT_EQ(nullptr, selection_entry_child(&session, id, entry));
+    EXPECT_EQ(selection_entry_child(&session, id, entry), nullptr);
 }
 
 TEST_F(SelectionTest, AfterAResetThereIsNoCurrentModel) {
     select(add());
     session_reset(&session, 0);
-    EXPECT_EQ(nullptr, selection_current_model(&session));
-    EXPECT_EQ(0, selected());
+    EXPECT_EQ(selection_current_model(&session), nullptr);
+    EXPECT_EQ(selected(), 0);
 }
 
 // ---- clipboard ----
@@ -206,17 +199,17 @@ TEST_F(SelectionTest, CopyIsShallowAndLeavesCentreAndAxisOut) {
     select(id);
     selection_set_centre(&session, 1, 2, 3);
     session.clipboard_cut = 1;
-    EXPECT_EQ(1, selection_copy(&session));
-    EXPECT_EQ(0, session.clipboard_cut);
-    EXPECT_EQ(0.0f, session.clipboard.centre.x);
+    EXPECT_EQ(selection_copy(&session), 1);
+    EXPECT_EQ(session.clipboard_cut, 0);
+    EXPECT_EQ(session.clipboard.centre.x, 0.0f);
     const SelectedModel* entry = static_cast<SelectedModel*>(list_find(&session.clipboard.models, id));
-    ASSERT_NE(nullptr, entry);
+    ASSERT_NE(entry, nullptr);
     EXPECT_EQ(model_of(id), entry->model);
-    EXPECT_EQ(1, selection_copy(&session));
-    EXPECT_EQ(1, list_count(&session.clipboard.models));
-    EXPECT_EQ(1, clipboard_clear(&session));
-    EXPECT_EQ(0, list_count(&session.clipboard.models));
-    EXPECT_EQ(1, selected());
+    EXPECT_EQ(selection_copy(&session), 1);
+    EXPECT_EQ(list_count(&session.clipboard.models), 1);
+    EXPECT_EQ(clipboard_clear(&session), 1);
+    EXPECT_EQ(list_count(&session.clipboard.models), 0);
+    EXPECT_EQ(selected(), 1);
 }
 
 TEST_F(SelectionTest, CopyOfAnEmptySelectionEmptiesTheClipboardThatStaysUsable) {
@@ -224,45 +217,45 @@ TEST_F(SelectionTest, CopyOfAnEmptySelectionEmptiesTheClipboardThatStaysUsable) 
     select(id);
     selection_copy(&session);
     selection_clear(&session);
-    EXPECT_EQ(1, selection_copy(&session));
-    EXPECT_EQ(0, list_count(&session.clipboard.models));
+    EXPECT_EQ(selection_copy(&session), 1);
+    EXPECT_EQ(list_count(&session.clipboard.models), 0);
     select(id);
-    EXPECT_EQ(1, selection_copy(&session));
-    EXPECT_EQ(1, list_count(&session.clipboard.models));
+    EXPECT_EQ(selection_copy(&session), 1);
+    EXPECT_EQ(list_count(&session.clipboard.models), 1);
 }
 
 TEST_F(SelectionTest, CutLeavesTheModelInTheSceneAndSelected) {
     select(add());
-    EXPECT_EQ(1, selection_cut(&session));
-    EXPECT_EQ(1, session.clipboard_cut);
-    EXPECT_EQ(1, selected());
-    EXPECT_EQ(1, roots());
-    EXPECT_EQ(1, list_count(&session.clipboard.models));
+    EXPECT_EQ(selection_cut(&session), 1);
+    EXPECT_EQ(session.clipboard_cut, 1);
+    EXPECT_EQ(selected(), 1);
+    EXPECT_EQ(roots(), 1);
+    EXPECT_EQ(list_count(&session.clipboard.models), 1);
 }
 
 TEST_F(SelectionTest, PasteChangesNothing) {
     select(add());
     selection_copy(&session);
-    EXPECT_EQ(1, selection_paste());
-    EXPECT_EQ(1, roots());
-    EXPECT_EQ(1, selected());
-    EXPECT_EQ(1, list_count(&session.clipboard.models));
+    EXPECT_EQ(selection_paste(), 1);
+    EXPECT_EQ(roots(), 1);
+    EXPECT_EQ(selected(), 1);
+    EXPECT_EQ(list_count(&session.clipboard.models), 1);
 }
 
 TEST_F(SelectionTest, TheListsThatNothingFillsAreCopiedAndClearedLikeTheOthers) {
-    for (KeyedList& list : session.selection.unused) list_add(&list, 7);
+    for (KeyedList& list : session.selection.unused) { list_add(&list, 7); }
     selection_add_child(&session, add_child(model_of(add())));
-    EXPECT_EQ(1, selection_copy(&session));
-    EXPECT_EQ(1, selection_clear(&session));
-    EXPECT_EQ(1, list_count(&session.clipboard.children));
+    EXPECT_EQ(selection_copy(&session), 1);
+    EXPECT_EQ(selection_clear(&session), 1);
+    EXPECT_EQ(list_count(&session.clipboard.children), 1);
     for (int i = 0; i < 6; ++i) {
-        EXPECT_EQ(0, list_count(&session.selection.unused[i]));
-        EXPECT_EQ(1, list_count(&session.clipboard.unused[i]));
-        EXPECT_NE(nullptr, list_find(&session.clipboard.unused[i], 7));
+        EXPECT_EQ(list_count(&session.selection.unused[i]), 0);
+        EXPECT_EQ(list_count(&session.clipboard.unused[i]), 1);
+        EXPECT_NE(list_find(&session.clipboard.unused[i], 7), nullptr);
     }
-    EXPECT_EQ(1, clipboard_clear(&session));
-    EXPECT_EQ(0, list_count(&session.clipboard.children));
-    for (const KeyedList& list : session.clipboard.unused) EXPECT_EQ(0, list_count(&list));
+    EXPECT_EQ(clipboard_clear(&session), 1);
+    EXPECT_EQ(list_count(&session.clipboard.children), 0);
+    for (const KeyedList& list : session.clipboard.unused) { EXPECT_EQ(list_count(&list), 0); }
 }
 
 // ---- transforms ----
@@ -270,32 +263,32 @@ TEST_F(SelectionTest, TheListsThatNothingFillsAreCopiedAndClearedLikeTheOthers) 
 TEST_F(SelectionTest, TranslationIsAbsoluteOrAdded) {
     const int32_t id = add();
     select(id);
-    EXPECT_EQ(1, selection_translate(&session, 1, 2, 3, 0));
-    EXPECT_EQ(1, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 1);
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 1);
     expect_matrix(moved(1, 2, 3), state(id)->matrix);
-    EXPECT_EQ(1, selection_translate(&session, 1, 1, 1, 1));
+    EXPECT_EQ(selection_translate(&session, 1, 1, 1, 1), 1);
     expect_matrix(moved(2, 3, 4), state(id)->matrix);
-    EXPECT_EQ(2.0f, state(id)->gl_matrix.m[12]);
+    EXPECT_EQ(state(id)->gl_matrix.m[12], 2.0f);
 }
 
 TEST_F(SelectionTest, TranslationGrowsTheRadiusAndScaleDoesNot) {
     select(add());
     session.radius = 10.0f;
     selection_scale(&session, 100, 100, 100, 0);
-    EXPECT_EQ(10.0f, session.radius);
+    EXPECT_EQ(session.radius, 10.0f);
     selection_translate(&session, 0, 0, 46, 0);
-    EXPECT_EQ(100.0f, session.radius);  // twice 4 + 46
+    EXPECT_EQ(session.radius, 100.0f);  // twice 4 + 46
 }
 
 TEST_F(SelectionTest, ScaleIsAbsoluteOrMultiplied) {
     const int32_t id = add();
     select(id);
-    EXPECT_EQ(1, selection_scale(&session, 2, 3, 4, 0));
-    EXPECT_EQ(1, selection_scale(&session, 2, 3, 4, 0));
-    EXPECT_EQ(3.0f, state(id)->matrix.m[5]);
-    EXPECT_EQ(1, selection_scale(&session, 2, 2, 2, 1));
-    EXPECT_EQ(4.0f, state(id)->matrix.m[0]);
-    EXPECT_EQ(8.0f, state(id)->matrix.m[10]);
+    EXPECT_EQ(selection_scale(&session, 2, 3, 4, 0), 1);
+    EXPECT_EQ(selection_scale(&session, 2, 3, 4, 0), 1);
+    EXPECT_EQ(state(id)->matrix.m[5], 3.0f);
+    EXPECT_EQ(selection_scale(&session, 2, 2, 2, 1), 1);
+    EXPECT_EQ(state(id)->matrix.m[0], 4.0f);
+    EXPECT_EQ(state(id)->matrix.m[10], 8.0f);
 }
 
 TEST_F(SelectionTest, EachAxisIsMovedAndScaledByItsOwnNumber) {
@@ -303,49 +296,49 @@ TEST_F(SelectionTest, EachAxisIsMovedAndScaledByItsOwnNumber) {
     select(id);
     selection_translate(&session, 1, 2, 3, 0);
     selection_translate(&session, 10, 20, 40, 1);
-    EXPECT_EQ(11.0f, state(id)->translate.x);
-    EXPECT_EQ(22.0f, state(id)->translate.y);
-    EXPECT_EQ(43.0f, state(id)->translate.z);
+    EXPECT_EQ(state(id)->translate.x, 11.0f);
+    EXPECT_EQ(state(id)->translate.y, 22.0f);
+    EXPECT_EQ(state(id)->translate.z, 43.0f);
     selection_scale(&session, 2, 3, 4, 0);
     selection_scale(&session, 5, 7, 11, 1);
-    EXPECT_EQ(10.0f, state(id)->scale.x);
-    EXPECT_EQ(21.0f, state(id)->scale.y);
-    EXPECT_EQ(44.0f, state(id)->scale.z);
+    EXPECT_EQ(state(id)->scale.x, 10.0f);
+    EXPECT_EQ(state(id)->scale.y, 21.0f);
+    EXPECT_EQ(state(id)->scale.z, 44.0f);
 }
 
 TEST_F(SelectionTest, AllSelectedModelsAreMoved) {
     const int32_t first = add();
     const int32_t second = add();
     selection_all(&session);
-    EXPECT_EQ(1, selection_translate(&session, 5, 0, 0, 0));
-    EXPECT_EQ(5.0f, state(first)->translate.x);
-    EXPECT_EQ(5.0f, state(second)->translate.x);
+    EXPECT_EQ(selection_translate(&session, 5, 0, 0, 0), 1);
+    EXPECT_EQ(state(first)->translate.x, 5.0f);
+    EXPECT_EQ(state(second)->translate.x, 5.0f);
 }
 
 TEST_F(SelectionTest, TransformsOfAnEmptySelectionSucceed) {
-    EXPECT_EQ(1, selection_translate(&session, 1, 2, 3, 0));
-    EXPECT_EQ(1, selection_scale(&session, 1, 2, 3, 0));
-    EXPECT_EQ(1, selection_rotate(&session, "1", "2", "3", 0));
-    EXPECT_EQ(1, selection_add_data(&session, "points"));
-    EXPECT_EQ(1, selection_pancake(&session));
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 1);
+    EXPECT_EQ(selection_scale(&session, 1, 2, 3, 0), 1);
+    EXPECT_EQ(selection_rotate(&session, "1", "2", "3", 0), 1);
+    EXPECT_EQ(selection_add_data(&session, "points"), 1);
+    EXPECT_EQ(selection_pancake(&session), 1);
 }
 
 TEST_F(SelectionTest, RotationWithoutACentreIsAboutTheOrigin) {
     const int32_t id = add();
     select(id);
-    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "30", 0));
+    EXPECT_EQ(selection_rotate(&session, "0", "0", "30", 0), 1);
     expect_matrix(turned_z(30), state(id)->matrix);
-    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "30", 0));
+    EXPECT_EQ(selection_rotate(&session, "0", "0", "30", 0), 1);
     expect_matrix(turned_z(30), state(id)->matrix);
-    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "30", 1));
+    EXPECT_EQ(selection_rotate(&session, "0", "0", "30", 1), 1);
     expect_matrix(turned_z(60), state(id)->matrix);
 }
 
 TEST_F(SelectionTest, ARelativeRotationTurnsWhatStoodBefore) {
     const int32_t id = add();
     select(id);
-    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "90", 0));
-    EXPECT_EQ(1, selection_rotate(&session, "90", "0", "0", 1));
+    EXPECT_EQ(selection_rotate(&session, "0", "0", "90", 0), 1);
+    EXPECT_EQ(selection_rotate(&session, "90", "0", "0", 1), 1);
     // x goes to y by the first turn and on to z by the second; y goes to -x, and z to -y.
     expect_matrix({{0, -1, 0, 0}, {0, 0, -1, 0}, {1, 0, 0, 0}, {0, 0, 0, 1}}, state(id)->matrix);
 }
@@ -353,14 +346,14 @@ TEST_F(SelectionTest, ARelativeRotationTurnsWhatStoodBefore) {
 TEST_F(SelectionTest, RotationAboutACentreKeepsTheCentreInPlace) {
     const int32_t id = add();
     select(id);
-    EXPECT_EQ(1, selection_set_centre(&session, 10, 20, 30));
-    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "90", 0));
+    EXPECT_EQ(selection_set_centre(&session, 10, 20, 30), 1);
+    EXPECT_EQ(selection_rotate(&session, "0", "0", "90", 0), 1);
     expect_matrix(times(moved(10, 20, 30), times(turned_z(90), moved(-10, -20, -30))), state(id)->rotation);
     Vec3 centre{10, 20, 30};
     Vec3 place;
     mat_transform_point(&state(id)->rotation, &centre, &place);
-    EXPECT_NEAR(10.0f, place.x, 1e-4);
-    EXPECT_NEAR(20.0f, place.y, 1e-4);
+    EXPECT_NEAR(place.x, 10.0f, 1e-4);
+    EXPECT_NEAR(place.y, 20.0f, 1e-4);
 }
 
 TEST_F(SelectionTest, ACentreThatLiesOnAnAxisCountsToo) {
@@ -370,7 +363,7 @@ TEST_F(SelectionTest, ACentreThatLiesOnAnAxisCountsToo) {
     const Vec3 centres[] = {{5, 0, 0}, {0, 5, 0}, {0, 0, 5}};
     for (const Vec3& centre : centres) {
         selection_set_centre(&session, centre.x, centre.y, centre.z);
-        ASSERT_EQ(1, selection_rotate(&session, "90", "90", "90", 0));
+        ASSERT_EQ(selection_rotate(&session, "90", "90", "90", 0), 1);
         Vec3 place;
         mat_transform_point(&state(id)->rotation, &centre, &place);
         EXPECT_NEAR(centre.x, place.x, 1e-4);
@@ -390,7 +383,7 @@ TEST_F(SelectionTest, AnAxisAlongAnyDirectionCounts) {
     const Vec3 axes[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, -1}};
     for (const Vec3& axis : axes) {
         selection_set_axis(&session, 1 + axis.x, 2 + axis.y, 3 + axis.z);
-        ASSERT_EQ(1, selection_rotate(&session, "0", "0", "90", 0));
+        ASSERT_EQ(selection_rotate(&session, "0", "0", "90", 0), 1);
         const Vec3 on_axis{1 + 7 * axis.x, 2 + 7 * axis.y, 3 + 7 * axis.z};
         Vec3 place;
         mat_transform_point(&state(id)->rotation, &on_axis, &place);
@@ -403,20 +396,20 @@ TEST_F(SelectionTest, AnAxisAlongAnyDirectionCounts) {
 TEST_F(SelectionTest, AnAxisWithoutACentreHasNoEffect) {
     const int32_t id = add();
     select(id);
-    EXPECT_EQ(1, selection_set_axis(&session, 1, 0, 0));
-    EXPECT_EQ(1.0f, session.selection.axis.x);
-    EXPECT_EQ(1, selection_rotate(&session, "0", "0", "90", 0));
+    EXPECT_EQ(selection_set_axis(&session, 1, 0, 0), 1);
+    EXPECT_EQ(session.selection.axis.x, 1.0f);
+    EXPECT_EQ(selection_rotate(&session, "0", "0", "90", 0), 1);
     expect_matrix(turned_z(90), state(id)->rotation);
 }
 
 TEST_F(SelectionTest, TheAxisIsTakenFromTheCentreThatIsSetBefore) {
     selection_set_axis(&session, 0, 0, 5);
-    EXPECT_EQ(1.0f, session.selection.axis.z);
+    EXPECT_EQ(session.selection.axis.z, 1.0f);
     selection_set_centre(&session, 0, 3, 0);
-    EXPECT_EQ(1.0f, session.selection.axis.z) << "setting the centre leaves the axis";
+    EXPECT_EQ(session.selection.axis.z, 1.0f) << "setting the centre leaves the axis";
     selection_set_axis(&session, 0, 3, -2);
-    EXPECT_EQ(-1.0f, session.selection.axis.z);
-    EXPECT_EQ(0.0f, session.selection.axis.y);
+    EXPECT_EQ(session.selection.axis.z, -1.0f);
+    EXPECT_EQ(session.selection.axis.y, 0.0f);
     selection_set_centre(&session, 1, 2, 3);
     selection_set_axis(&session, 1 + 2, 2 - 3, 3 + 6);  // (2, -3, 6) has the length 7
     EXPECT_FLOAT_EQ(2.0f / 7.0f, session.selection.axis.x);
@@ -426,7 +419,7 @@ TEST_F(SelectionTest, TheAxisIsTakenFromTheCentreThatIsSetBefore) {
 
 // Rows across, across, along the axis, worked out by hand: U = axis x z, V = axis x U, both of unit length.
 void expect_rotation_about(Session* session, ModelState* state, const Matrix& frame) {
-    ASSERT_EQ(1, selection_rotate(session, "0", "0", "90", 0));
+    ASSERT_EQ(selection_rotate(session, "0", "0", "90", 0), 1);
     const Matrix turn = times(transposed(frame), times(turned_z(90), frame));
     expect_matrix(times(moved(1, 2, 3), times(turn, moved(-1, -2, -3))), state->rotation);
 }
@@ -460,17 +453,17 @@ TEST_F(SelectionTest, RotationAboutAnAxisParallelToZTakesTheLimitOfItsFrame) {
 TEST_F(SelectionTest, RotationTextsOutOfOrderAndBadTextsAreTakenAsFarAsTheyGo) {
     const int32_t id = add();
     select(id);
-    EXPECT_EQ(1, selection_rotate(&session, "z30", "abc", "z60", 0));
+    EXPECT_EQ(selection_rotate(&session, "z30", "abc", "z60", 0), 1);
     expect_matrix(turned_z(30), state(id)->rotation);
-    EXPECT_EQ(0, selection_rotate(&session, nullptr, "0", "0", 0));
+    EXPECT_EQ(selection_rotate(&session, nullptr, "0", "0", 0), 0);
 }
 
 // ---- deletion ----
 
 TEST_F(SelectionTest, DeleteOfAnEmptySelectionSucceeds) {
     add();
-    EXPECT_EQ(1, selection_delete(&session));
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(selection_delete(&session), 1);
+    EXPECT_EQ(roots(), 1);
 }
 
 TEST_F(SelectionTest, DeleteTakesTheSelectedRootsAndClearsTheSelection) {
@@ -479,11 +472,11 @@ TEST_F(SelectionTest, DeleteTakesTheSelectedRootsAndClearsTheSelection) {
     const int32_t third = add("third.mod");
     select(first);
     select(third);
-    EXPECT_EQ(1, selection_delete(&session));
-    EXPECT_EQ(1, roots());
-    EXPECT_EQ(0, selected());
-    EXPECT_EQ(0, session_find_model(&session, "first"));
-    EXPECT_NE(0, session_find_model(&session, "second"));
+    EXPECT_EQ(selection_delete(&session), 1);
+    EXPECT_EQ(roots(), 1);
+    EXPECT_EQ(selected(), 0);
+    EXPECT_EQ(session_find_model(&session, "first"), 0);
+    EXPECT_NE(session_find_model(&session, "second"), 0);
 }
 
 TEST_F(SelectionTest, AChildCannotBeDeletedAndStopsTheWalk) {
@@ -493,21 +486,21 @@ TEST_F(SelectionTest, AChildCannotBeDeletedAndStopsTheWalk) {
     const int32_t other = add("other.mod");
     select(child);
     select(other);
-    EXPECT_EQ(0, selection_delete(&session));
-    EXPECT_EQ(2, roots());
-    EXPECT_EQ(2, selected()) << "the selection stays";
+    EXPECT_EQ(selection_delete(&session), 0);
+    EXPECT_EQ(roots(), 2);
+    EXPECT_EQ(selected(), 2) << "the selection stays";
 }
 
 TEST_F(SelectionTest, AChildWithAModelStateOfItsOwnIsNoRootEither) {
     const int32_t parent = add("parent.mod");
     next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
     select(add_child(model_of(parent)));
-    ASSERT_EQ(1, selection_translate(&session, 1, 0, 0, 0));
+    ASSERT_EQ(selection_translate(&session, 1, 0, 0, 0), 1);
     const int32_t id = model_state(&session, selection_current_model(&session))->id;
     selection_clear(&session);
     select(id);
-    EXPECT_EQ(0, selection_delete(&session));
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(selection_delete(&session), 0);
+    EXPECT_EQ(roots(), 1);
 }
 
 TEST_F(SelectionTest, DeletedModelsLeaveNothingThatPointsAtThem) {
@@ -517,10 +510,10 @@ TEST_F(SelectionTest, DeletedModelsLeaveNothingThatPointsAtThem) {
     root->animation = animation_create(root->model);
     root->animation->parent_model = model_of(parent);
     select(parent);
-    EXPECT_EQ(1, selection_delete(&session));
-    EXPECT_EQ(nullptr, root->animation->parent_model);
+    EXPECT_EQ(selection_delete(&session), 1);
+    EXPECT_EQ(root->animation->parent_model, nullptr);
     scene_evaluate(&session);
-    EXPECT_NE(nullptr, state(rider));
+    EXPECT_NE(state(rider), nullptr);
 }
 
 // ---- stale entries ----
@@ -530,21 +523,21 @@ TEST_F(SelectionTest, EveryOperationAnswersZeroForAClosedModelAndFollowsNothing)
     selection_copy(&session);
     session_close_all(&session);
     const int32_t alive = add();
-    EXPECT_EQ(nullptr, selection_current_model(&session));
-    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
-    EXPECT_EQ(0, selection_scale(&session, 1, 2, 3, 0));
-    EXPECT_EQ(0, selection_rotate(&session, "1", "2", "3", 0));
-    EXPECT_EQ(0, selection_delete(&session));
-    EXPECT_EQ(0, selection_add_data(&session, "points\n5 1 1 1\n"));
-    EXPECT_EQ(0, selection_add_child_model(&session, alive));
-    EXPECT_EQ(0, selection_pancake(&session));
+    EXPECT_EQ(selection_current_model(&session), nullptr);
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 0);
+    EXPECT_EQ(selection_scale(&session, 1, 2, 3, 0), 0);
+    EXPECT_EQ(selection_rotate(&session, "1", "2", "3", 0), 0);
+    EXPECT_EQ(selection_delete(&session), 0);
+    EXPECT_EQ(selection_add_data(&session, "points\n5 1 1 1\n"), 0);
+    EXPECT_EQ(selection_add_child_model(&session, alive), 0);
+    EXPECT_EQ(selection_pancake(&session), 0);
     const Vec3 centre = selection_centre(&session);
-    EXPECT_EQ(0.0f, centre.x);
-    EXPECT_EQ(1, selected());
-    EXPECT_EQ(1, selection_copy(&session));
-    EXPECT_EQ(1, selection_cut(&session));
-    EXPECT_EQ(1, roots());
-    EXPECT_EQ(0.0f, state(alive)->translate.x);
+    EXPECT_EQ(centre.x, 0.0f);
+    EXPECT_EQ(selected(), 1);
+    EXPECT_EQ(selection_copy(&session), 1);
+    EXPECT_EQ(selection_cut(&session), 1);
+    EXPECT_EQ(roots(), 1);
+    EXPECT_EQ(state(alive)->translate.x, 0.0f);
 }
 
 TEST_F(SelectionTest, AWalkStopsAtAStaleEntryWithTheEarlierModelsMoved) {
@@ -554,10 +547,10 @@ TEST_F(SelectionTest, AWalkStopsAtAStaleEntryWithTheEarlierModelsMoved) {
     selection_all(&session);
     const int32_t key = list_int_key(&session.root_models, 1);
     session_remove_root(&session, key);
-    EXPECT_EQ(nullptr, state(second));
-    EXPECT_EQ(0, selection_translate(&session, 7, 0, 0, 0));
-    EXPECT_EQ(7.0f, state(first)->translate.x);
-    EXPECT_EQ(0.0f, state(third)->translate.x);
+    EXPECT_EQ(state(second), nullptr);
+    EXPECT_EQ(selection_translate(&session, 7, 0, 0, 0), 0);
+    EXPECT_EQ(state(first)->translate.x, 7.0f);
+    EXPECT_EQ(state(third)->translate.x, 0.0f);
 }
 
 TEST_F(SelectionTest, AStaleChildEntryIsNotFollowed) {
@@ -566,10 +559,10 @@ TEST_F(SelectionTest, AStaleChildEntryIsNotFollowed) {
     const int32_t child = add_child(model_of(parent));
     select(child);
     session_close_all(&session);
-    EXPECT_EQ(nullptr, selection_current_model(&session));
-    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
-    EXPECT_EQ(0, selection_add_model(&session, child));
-    EXPECT_EQ(0, selection_add_child(&session, child));
+    EXPECT_EQ(selection_current_model(&session), nullptr);
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 0);
+    EXPECT_EQ(selection_add_model(&session, child), 0);
+    EXPECT_EQ(selection_add_child(&session, child), 0);
 }
 
 // An id of a link and an id of a model can be the same number.
@@ -582,11 +575,11 @@ TEST_F(SelectionTest, AnEntryWhoseIdNamesAnotherModelByNowIsStale) {
     select(child);
     session_close_all(&session);
     ASSERT_EQ(child, add());
-    EXPECT_EQ(nullptr, selection_current_model(&session));
-    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
-    EXPECT_EQ(0, selection_pancake(&session));
-    EXPECT_EQ(0, selection_delete(&session));
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(selection_current_model(&session), nullptr);
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 0);
+    EXPECT_EQ(selection_pancake(&session), 0);
+    EXPECT_EQ(selection_delete(&session), 0);
+    EXPECT_EQ(roots(), 1);
 }
 
 // What a closed model leaves to the next one: its address, which the allocator hands out again, and the number of its
@@ -602,13 +595,13 @@ TEST_F(SelectionTest, AnEntryNeverTakesANewModelForAFreedOneWithItsAddressAndId)
     ASSERT_EQ(freed, add());
     auto* entry = static_cast<SelectedModel*>(list_find(&session.selection.models, freed));
     entry->model = model_of(freed);
-    EXPECT_EQ(nullptr, selection_entry_model(&session, freed, entry));
-    EXPECT_EQ(nullptr, selection_current_model(&session));
-    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
-    EXPECT_EQ(0, selection_pancake(&session));
-    EXPECT_EQ(0.0f, selection_centre(&session).x);
-    EXPECT_EQ(0, selection_delete(&session));
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(selection_entry_model(&session, freed, entry), nullptr);
+    EXPECT_EQ(selection_current_model(&session), nullptr);
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 0);
+    EXPECT_EQ(selection_pancake(&session), 0);
+    EXPECT_EQ(selection_centre(&session).x, 0.0f);
+    EXPECT_EQ(selection_delete(&session), 0);
+    EXPECT_EQ(roots(), 1);
     select(freed);
     EXPECT_EQ(model_of(freed), selection_current_model(&session)) << "selected anew it counts";
 }
@@ -624,8 +617,8 @@ TEST_F(SelectionTest, AnEntryOfARootNeverTakesANewChildForAFreedModelWithItsAddr
     next_child_state_id += 9000;
     const auto* child = static_cast<ChildState*>(list_find(&session.child_states, freed));
     static_cast<SelectedModel*>(list_find(&session.selection.models, freed))->model = child->link->model;
-    EXPECT_EQ(nullptr, selection_current_model(&session));
-    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
+    EXPECT_EQ(selection_current_model(&session), nullptr);
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 0);
 }
 
 TEST_F(SelectionTest, ASelectedLinkWithoutAModelAnswersZero) {
@@ -633,9 +626,9 @@ TEST_F(SelectionTest, ASelectedLinkWithoutAModelAnswersZero) {
     next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
     ChildLink* link = model_add_child(model_of(parent), nullptr, "none", 0, 0, 0, 1, 1, 1, "0", "0", "0");
     select(child_state(&session, link)->id);
-    EXPECT_EQ(nullptr, selection_current_model(&session));
-    EXPECT_EQ(0, selection_translate(&session, 1, 2, 3, 0));
-    EXPECT_EQ(0, selection_pancake(&session));
+    EXPECT_EQ(selection_current_model(&session), nullptr);
+    EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 0);
+    EXPECT_EQ(selection_pancake(&session), 0);
 }
 
 // ---- adding data ----
@@ -644,33 +637,33 @@ TEST_F(SelectionTest, DataIsAddedToEverySelectedModel) {
     const int32_t first = add();
     const int32_t second = add();
     selection_all(&session);
-    EXPECT_EQ(1, selection_add_data(&session, "points\n5\t1\t2\t3\nlayer\tskin\t1\t2\t3\tx\n"));
-    EXPECT_EQ(3, model_count_points(model_of(first)));
-    EXPECT_NE(nullptr, model_find_layer(model_of(second), "skin"));
+    EXPECT_EQ(selection_add_data(&session, "points\n5\t1\t2\t3\nlayer\tskin\t1\t2\t3\tx\n"), 1);
+    EXPECT_EQ(model_count_points(model_of(first)), 3);
+    EXPECT_NE(model_find_layer(model_of(second), "skin"), nullptr);
 }
 
 TEST_F(SelectionTest, BadDataFailsAtTheFirstModel) {
     const int32_t first = add();
     const int32_t second = add();
     selection_all(&session);
-    EXPECT_EQ(0, selection_add_data(&session, "points\n5\t1\t2\t3\nlayer\tskin\n"));
-    EXPECT_EQ(3, model_count_points(model_of(first)));
-    EXPECT_EQ(2, model_count_points(model_of(second)));
-    EXPECT_EQ(0, selection_add_data(&session, nullptr));
-    EXPECT_EQ(0, selection_add_data(nullptr, "points"));
+    EXPECT_EQ(selection_add_data(&session, "points\n5\t1\t2\t3\nlayer\tskin\n"), 0);
+    EXPECT_EQ(model_count_points(model_of(first)), 3);
+    EXPECT_EQ(model_count_points(model_of(second)), 2);
+    EXPECT_EQ(selection_add_data(&session, nullptr), 0);
+    EXPECT_EQ(selection_add_data(nullptr, "points"), 0);
 }
 
 TEST_F(SelectionTest, AChildLineLeavesALinkWithoutAModelThatEveryWalkPassesOver) {
     const int32_t id = add();
     select(id);
-    ASSERT_EQ(1, selection_add_data(&session, "child\tghost\t1\t2\t3\t1\t1\t1\t0\t0\t0\n"));
-    ASSERT_EQ(1, model_count_children(model_of(id)));
+    ASSERT_EQ(selection_add_data(&session, "child\tghost\t1\t2\t3\t1\t1\t1\t0\t0\t0\n"), 1);
+    ASSERT_EQ(model_count_children(model_of(id)), 1);
     child_state(&session, model_find_child(model_of(id), "ghost"));
-    EXPECT_EQ(0, session_find_model(&session, "ghost"));
-    EXPECT_EQ(2.0f, model_size(model_of(id), nullptr).x);
-    EXPECT_EQ(nullptr, model_find_point(model_of(id), 99));
-    EXPECT_EQ(1, selection_delete(&session));
-    EXPECT_EQ(0, list_count(&session.child_states));
+    EXPECT_EQ(session_find_model(&session, "ghost"), 0);
+    EXPECT_EQ(model_size(model_of(id), nullptr).x, 2.0f);
+    EXPECT_EQ(model_find_point(model_of(id), 99), nullptr);
+    EXPECT_EQ(selection_delete(&session), 1);
+    EXPECT_EQ(list_count(&session.child_states), 0);
 }
 
 TEST_F(SelectionTest, AJointCalledWorldWrittenAnewLeavesNoRecordBehind) {
@@ -678,11 +671,11 @@ TEST_F(SelectionTest, AJointCalledWorldWrittenAnewLeavesNoRecordBehind) {
     select(id);
     const char* text = "joint\tworld\t1\t2\t3\thip\t0\n";
     for (int i = 0; i < 5; ++i) {
-        ASSERT_EQ(1, selection_add_data(&session, text));
+        ASSERT_EQ(selection_add_data(&session, text), 1);
         Joint* joint = static_cast<Joint*>(list_find(&model_of(id)->joints, "world"));
         joint_state(&session, model_of(id), joint);
     }
-    EXPECT_EQ(1, list_count(&session.joint_states));
+    EXPECT_EQ(list_count(&session.joint_states), 1);
 }
 
 // ---- adding children ----
@@ -693,31 +686,31 @@ TEST_F(SelectionTest, AnAddedChildIsBorrowedAtItsPlaceAndStaysARoot) {
     state(child)->translate = Vec3{1, 2, 3};
     state(child)->scale = Vec3{4, 5, 6};
     select(parent);
-    ASSERT_EQ(1, selection_add_child_model(&session, child));
-    EXPECT_EQ(0, selected());
-    EXPECT_EQ(2, roots());
+    ASSERT_EQ(selection_add_child_model(&session, child), 1);
+    EXPECT_EQ(selected(), 0);
+    EXPECT_EQ(roots(), 2);
     const ChildLink* link = model_find_child(model_of(parent), "child");
-    ASSERT_NE(nullptr, link);
+    ASSERT_NE(link, nullptr);
     EXPECT_EQ(model_of(child), link->model);
-    EXPECT_EQ(1, link->borrowed);
-    EXPECT_EQ(2.0f, link->position.y);
-    EXPECT_EQ(6.0f, link->scale.z);
-    EXPECT_STREQ("0", link->rotate[0]);
-    EXPECT_EQ(nullptr, model_of(child)->parent);
+    EXPECT_EQ(link->borrowed, 1);
+    EXPECT_EQ(link->position.y, 2.0f);
+    EXPECT_EQ(link->scale.z, 6.0f);
+    EXPECT_STREQ(link->rotate[0], "0");
+    EXPECT_EQ(model_of(child)->parent, nullptr);
 }
 
 TEST_F(SelectionTest, AnUnknownIdOrASelectedOneIsNoChild) {
     const int32_t parent = add();
     select(parent);
-    EXPECT_EQ(0, selection_add_child_model(&session, parent));
-    EXPECT_EQ(0, selection_add_child_model(&session, next_model_state_id + 1000));
-    EXPECT_EQ(0, selection_add_child_model(nullptr, parent));
-    EXPECT_EQ(1, selected());
-    EXPECT_EQ(0, model_count_children(model_of(parent)));
+    EXPECT_EQ(selection_add_child_model(&session, parent), 0);
+    EXPECT_EQ(selection_add_child_model(&session, next_model_state_id + 1000), 0);
+    EXPECT_EQ(selection_add_child_model(nullptr, parent), 0);
+    EXPECT_EQ(selected(), 1);
+    EXPECT_EQ(model_count_children(model_of(parent)), 0);
 }
 
 TEST_F(SelectionTest, AddingAChildToAnEmptySelectionSucceeds) {
-    EXPECT_EQ(1, selection_add_child_model(&session, add()));
+    EXPECT_EQ(selection_add_child_model(&session, add()), 1);
 }
 
 TEST_F(SelectionTest, AModelNeverBecomesItsOwnDescendant) {
@@ -725,22 +718,22 @@ TEST_F(SelectionTest, AModelNeverBecomesItsOwnDescendant) {
     const int32_t b = add("b.mod");
     const int32_t c = add("c.mod");
     select(a);
-    ASSERT_EQ(1, selection_add_child_model(&session, b));
+    ASSERT_EQ(selection_add_child_model(&session, b), 1);
     select(b);
-    ASSERT_EQ(1, selection_add_child_model(&session, c));
+    ASSERT_EQ(selection_add_child_model(&session, c), 1);
     select(c);
-    EXPECT_EQ(0, selection_add_child_model(&session, a));
-    EXPECT_EQ(0, selection_add_child_model(&session, b));
-    EXPECT_EQ(1, selected());
-    EXPECT_EQ(0, model_count_children(model_of(c)));
+    EXPECT_EQ(selection_add_child_model(&session, a), 0);
+    EXPECT_EQ(selection_add_child_model(&session, b), 0);
+    EXPECT_EQ(selected(), 1);
+    EXPECT_EQ(model_count_children(model_of(c)), 0);
 }
 
 TEST_F(SelectionTest, AChildMayNotTakeItsOwnAncestorInThroughAnOwnedLink) {
     const int32_t parent = add("parent.mod");
     next_child_state_id = next_child_state_id < 9000 ? 9000 : next_child_state_id;
     select(add_child(model_of(parent)));
-    EXPECT_EQ(0, selection_add_child_model(&session, parent));
-    EXPECT_EQ(1, model_count_children(model_of(parent)));
+    EXPECT_EQ(selection_add_child_model(&session, parent), 0);
+    EXPECT_EQ(model_count_children(model_of(parent)), 1);
 }
 
 TEST_F(SelectionTest, TheTreeKeepsItsDepth) {
@@ -748,18 +741,18 @@ TEST_F(SelectionTest, TheTreeKeepsItsDepth) {
     for (int level = 0; level < MODEL_TREE_DEPTH_LIMIT; ++level) {
         const int32_t above = add();
         select(above);
-        ASSERT_EQ(1, selection_add_child_model(&session, top)) << level;
+        ASSERT_EQ(selection_add_child_model(&session, top), 1) << level;
         top = above;
     }
     select(add());
-    EXPECT_EQ(0, selection_add_child_model(&session, top));
-    EXPECT_EQ(MODEL_TREE_DEPTH_LIMIT, model_tree_size(model_of(top)).depth);
+    EXPECT_EQ(selection_add_child_model(&session, top), 0);
+    EXPECT_EQ(model_tree_size(model_of(top)).depth, MODEL_TREE_DEPTH_LIMIT);
     // Also from below: the lowest may not get a child that would stand one too deep.
     selection_clear(&session);
     const Model* lowest = static_cast<RootModel*>(list_at(&session.root_models, 0, 0))->model;
     select(static_cast<ModelState*>(list_at(&session.model_states, lowest->state_index, 0))->id);
-    EXPECT_EQ(0, selection_add_child_model(&session, add()));
-    EXPECT_EQ(0, model_count_children(lowest));
+    EXPECT_EQ(selection_add_child_model(&session, add()), 0);
+    EXPECT_EQ(model_count_children(lowest), 0);
 }
 
 TEST_F(SelectionTest, TheTreeKeepsItsNumberOfModelsWithEachRepetitionCounted) {
@@ -768,17 +761,17 @@ TEST_F(SelectionTest, TheTreeKeepsItsNumberOfModelsWithEachRepetitionCounted) {
         const int32_t above = add();
         for (int twice = 0; twice < 2; ++twice) {
             select(above);
-            ASSERT_EQ(1, selection_add_child_model(&session, top));
+            ASSERT_EQ(selection_add_child_model(&session, top), 1);
         }
         top = above;
     }
-    ASSERT_EQ(4095, model_tree_size(model_of(top)).nodes);
+    ASSERT_EQ(model_tree_size(model_of(top)).nodes, 4095);
     const int32_t one_more = add();
     select(top);
-    ASSERT_EQ(1, selection_add_child_model(&session, one_more)) << "4096 are allowed";
+    ASSERT_EQ(selection_add_child_model(&session, one_more), 1) << "4096 are allowed";
     select(top);
-    EXPECT_EQ(0, selection_add_child_model(&session, one_more));
-    EXPECT_EQ(4096, model_tree_size(model_of(top)).nodes);
+    EXPECT_EQ(selection_add_child_model(&session, one_more), 0);
+    EXPECT_EQ(model_tree_size(model_of(top)).nodes, 4096);
     EXPECT_GT(model_size(model_of(top), nullptr).x, 0.0f);
 }
 
@@ -790,15 +783,15 @@ TEST_F(SelectionTest, ARefusedLendLeavesNoBorrowedLinkForTheNextChild) {
         model_add_child(model_of(large), nullptr, "ghost", 0, 0, 0, 1, 1, 1, "0", "0", "0");
     }
     select(parent);
-    ASSERT_EQ(0, selection_add_child_model(&session, large));
-    ASSERT_EQ(0, list_count(&model_of(parent)->children));
+    ASSERT_EQ(selection_add_child_model(&session, large), 0);
+    ASSERT_EQ(list_count(&model_of(parent)->children), 0);
     const ChildLink* slot = static_cast<ChildLink*>(list_add(&model_of(parent)->children, 1));
-    ASSERT_EQ(1, slot->borrowed) << "the slot of the link that was refused";
+    ASSERT_EQ(slot->borrowed, 1) << "the slot of the link that was refused";
     list_remove(&model_of(parent)->children, 1);
     add_child(model_of(parent));
     const ChildLink* owned = model_find_child(model_of(parent), "child");
     ASSERT_EQ(slot, owned);
-    EXPECT_EQ(0, owned->borrowed) << "its model would never be released";
+    EXPECT_EQ(owned->borrowed, 0) << "its model would never be released";
 }
 
 TEST_F(SelectionTest, ATreeElsewhereThatIsTooLargeDoesNotStandInTheWay) {
@@ -808,7 +801,7 @@ TEST_F(SelectionTest, ATreeElsewhereThatIsTooLargeDoesNotStandInTheWay) {
     }
     const int32_t parent = add("parent.mod");
     select(parent);
-    EXPECT_EQ(1, selection_add_child_model(&session, add("child.mod")));
+    EXPECT_EQ(selection_add_child_model(&session, add("child.mod")), 1);
 }
 
 TEST_F(SelectionTest, AnAddedChildIsReleasedOnceWhoeverGoesFirst) {
@@ -816,18 +809,16 @@ TEST_F(SelectionTest, AnAddedChildIsReleasedOnceWhoeverGoesFirst) {
         const int32_t parent = add("parent.mod");
         const int32_t child = add("child.mod");
         select(parent);
-        ASSERT_EQ(1, selection_add_child_model(&session, child));
+        ASSERT_EQ(selection_add_child_model(&session, child), 1);
         select(parent_first ? parent : child);
-        EXPECT_EQ(1, selection_delete(&session));
-        EXPECT_EQ(1, roots());
+        EXPECT_EQ(selection_delete(&session), 1);
+        EXPECT_EQ(roots(), 1);
         ModelState* left = state(parent_first ? child : parent);
-        ASSERT_NE(nullptr, left) << "the id of the one that stays is still valid";
-        if (!parent_first) {
-            EXPECT_EQ(nullptr, model_find_child(left->model, "child")->model);
-        }
+        ASSERT_NE(left, nullptr) << "the id of the one that stays is still valid";
+        if (!parent_first) { EXPECT_EQ(model_find_child(left->model, "child")->model, nullptr); }
         select(left->id);
-        EXPECT_EQ(1, selection_delete(&session));
-        EXPECT_EQ(0, roots());
+        EXPECT_EQ(selection_delete(&session), 1);
+        EXPECT_EQ(roots(), 0);
     }
 }
 
@@ -835,27 +826,27 @@ TEST_F(SelectionTest, AnAddedChildSurvivesAClosingAndAResetWithoutASecondRelease
     const int32_t parent = add("parent.mod");
     const int32_t child = add("child.mod");
     select(parent);
-    ASSERT_EQ(1, selection_add_child_model(&session, child));
+    ASSERT_EQ(selection_add_child_model(&session, child), 1);
     child_state(&session, model_find_child(model_of(parent), "child"));
     session_reset(&session, 0);
-    EXPECT_EQ(0, roots());
-    EXPECT_EQ(0, list_count(&session.child_states));
+    EXPECT_EQ(roots(), 0);
+    EXPECT_EQ(list_count(&session.child_states), 0);
 }
 
 TEST_F(SelectionTest, NullSessionsAnswerZero) {
-    EXPECT_EQ(0, selection_clear(nullptr));
-    EXPECT_EQ(0, clipboard_clear(nullptr));
-    EXPECT_EQ(0, selection_all(nullptr));
-    EXPECT_EQ(0, selection_add_model(nullptr, 1));
-    EXPECT_EQ(0, selection_add_child(nullptr, 1));
-    EXPECT_EQ(0, selection_copy(nullptr));
-    EXPECT_EQ(0, selection_cut(nullptr));
-    EXPECT_EQ(0, selection_translate(nullptr, 1, 2, 3, 0));
-    EXPECT_EQ(0, selection_scale(nullptr, 1, 2, 3, 0));
-    EXPECT_EQ(0, selection_rotate(nullptr, "1", "2", "3", 0));
-    EXPECT_EQ(0, selection_set_centre(nullptr, 1, 2, 3));
-    EXPECT_EQ(0, selection_set_axis(nullptr, 1, 2, 3));
-    EXPECT_EQ(0, selection_delete(nullptr));
+    EXPECT_EQ(selection_clear(nullptr), 0);
+    EXPECT_EQ(clipboard_clear(nullptr), 0);
+    EXPECT_EQ(selection_all(nullptr), 0);
+    EXPECT_EQ(selection_add_model(nullptr, 1), 0);
+    EXPECT_EQ(selection_add_child(nullptr, 1), 0);
+    EXPECT_EQ(selection_copy(nullptr), 0);
+    EXPECT_EQ(selection_cut(nullptr), 0);
+    EXPECT_EQ(selection_translate(nullptr, 1, 2, 3, 0), 0);
+    EXPECT_EQ(selection_scale(nullptr, 1, 2, 3, 0), 0);
+    EXPECT_EQ(selection_rotate(nullptr, "1", "2", "3", 0), 0);
+    EXPECT_EQ(selection_set_centre(nullptr, 1, 2, 3), 0);
+    EXPECT_EQ(selection_set_axis(nullptr, 1, 2, 3), 0);
+    EXPECT_EQ(selection_delete(nullptr), 0);
 }
 
 }  // namespace

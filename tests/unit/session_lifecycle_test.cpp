@@ -1,5 +1,4 @@
 // The life of the scene: set up, reset, load, reload, rename, find, on real files.
-
 #include "application/session_lifecycle.h"
 
 #include <gtest/gtest.h>
@@ -18,8 +17,9 @@
 namespace pelt {
 namespace {
 
-constexpr const char* SMALL_MODEL = "points\n1 0 0 0\n2 100 0 0\n3 0 50 0\nlayer skin 127 127 127 singlesided\n"
-                                    "triangles\n0 1 2 3\n";
+constexpr const char* SMALL_MODEL =
+    "points\n1 0 0 0\n2 100 0 0\n3 0 50 0\nlayer skin 127 127 127 singlesided\n"
+    "triangles\n0 1 2 3\n";
 constexpr const char* CLIP = "names translate\n0.0 0 0 0\n3.0 0 10 0\n";
 
 std::vector<std::string> reports;
@@ -27,13 +27,9 @@ Session* reported = nullptr;
 std::string nested_path;
 int nested_limit = 0;
 
-void record_status(const char* text) {
-    reports.push_back(std::string("status:") + text);
-}
+void record_status(const char* text) { reports.push_back(std::string("status:") + text); }
 
-void record_message(const char* text) {
-    reports.push_back(std::string("message:") + text);
-}
+void record_message(const char* text) { reports.push_back(std::string("message:") + text); }
 
 template <void (*Action)()>
 void nested(const char*) {
@@ -46,9 +42,7 @@ void nested(const char*) {
 // Runs the action at the next report that a closing or a load has ended.
 template <void (*Action)()>
 void nested_when_ready(const char* text) {
-    if (std::string(text).ends_with("Ready")) {
-        nested<Action>(text);
-    }
+    if (std::string(text).ends_with("Ready")) { nested<Action>(text); }
 }
 
 void do_reload() { session_reload(reported); }
@@ -127,30 +121,30 @@ TEST_F(LifecycleTest, InitSetsTheRecordUp) {
     Session fresh;
     std::fill_n(reinterpret_cast<unsigned char*>(&fresh), sizeof fresh, static_cast<unsigned char>(0xAB));
     session_init(&fresh);
-    EXPECT_EQ(10.0f, fresh.radius);
-    EXPECT_EQ(1.0f, fresh.anim_step);
-    EXPECT_EQ(0.0f, fresh.anim_time);
-    EXPECT_EQ(1, fresh.display_triangles);
-    EXPECT_EQ(1, fresh.display_lines);
-    EXPECT_EQ(1, fresh.digit_bitmaps_ready);
-    EXPECT_EQ(0, fresh.file_list.element_size);
-    EXPECT_EQ(KEY_INT, fresh.model_states.kind);
+    EXPECT_EQ(fresh.radius, 10.0f);
+    EXPECT_EQ(fresh.anim_step, 1.0f);
+    EXPECT_EQ(fresh.anim_time, 0.0f);
+    EXPECT_EQ(fresh.display_triangles, 1);
+    EXPECT_EQ(fresh.display_lines, 1);
+    EXPECT_EQ(fresh.digit_bitmaps_ready, 1);
+    EXPECT_EQ(fresh.file_list.element_size, 0);
+    EXPECT_EQ(fresh.model_states.kind, KEY_INT);
     EXPECT_EQ(static_cast<int32_t>(sizeof(ModelState)), fresh.model_states.element_size);
     EXPECT_EQ(static_cast<int32_t>(sizeof(TriangleCache)), fresh.triangle_caches.element_size);
     EXPECT_EQ(static_cast<int32_t>(sizeof(PointState)), fresh.point_states.element_size);
     EXPECT_EQ(static_cast<int32_t>(sizeof(JointState)), fresh.joint_states.element_size);
     EXPECT_EQ(static_cast<int32_t>(sizeof(ChildState)), fresh.child_states.element_size);
     EXPECT_EQ(static_cast<int32_t>(sizeof(RootModel)), fresh.root_models.element_size);
-    EXPECT_EQ(nullptr, fresh.status_callback);
+    EXPECT_EQ(fresh.status_callback, nullptr);
     session_init(nullptr);
 }
 
 TEST_F(LifecycleTest, ResetKeepsTheDisplayFlagsUnlessAsked) {
     session.display_wireframe = 1;
     session_reset(&session, 0);
-    EXPECT_EQ(1, session.display_wireframe);
+    EXPECT_EQ(session.display_wireframe, 1);
     session_reset(&session, 1);
-    EXPECT_EQ(0, session.display_wireframe);
+    EXPECT_EQ(session.display_wireframe, 0);
 }
 
 TEST_F(LifecycleTest, ResetDropsTheSceneAndKeepsTheSettings) {
@@ -167,22 +161,22 @@ TEST_F(LifecycleTest, ResetDropsTheSceneAndKeepsTheSettings) {
     selection_copy(&session);
     session.clipboard.centre = session.clipboard.axis = Vec3{1, 2, 3};
     session_reset(&session, 0);
-    EXPECT_EQ(0, list_count(&session.clipboard.models));
-    EXPECT_EQ(0.0f, session.clipboard.centre.y);
-    EXPECT_EQ(0.0f, session.clipboard.axis.y);
-    EXPECT_EQ(0, roots());
-    EXPECT_EQ(0, list_count(&session.model_states));
-    EXPECT_EQ(0, list_count(&session.selection.models));
-    EXPECT_EQ(0.0f, session.selection.centre.x);
-    EXPECT_EQ(1.0f, session.anim_step);
-    EXPECT_EQ(0.0f, session.anim_end);
-    EXPECT_EQ(nullptr, session.animation_path);
-    EXPECT_EQ(10.0f, session.radius);
-    EXPECT_EQ(2.0f, session.anim_time);
-    EXPECT_EQ(25, session.anim_rate);
-    EXPECT_EQ(4, session.points_color_index);
+    EXPECT_EQ(list_count(&session.clipboard.models), 0);
+    EXPECT_EQ(session.clipboard.centre.y, 0.0f);
+    EXPECT_EQ(session.clipboard.axis.y, 0.0f);
+    EXPECT_EQ(roots(), 0);
+    EXPECT_EQ(list_count(&session.model_states), 0);
+    EXPECT_EQ(list_count(&session.selection.models), 0);
+    EXPECT_EQ(session.selection.centre.x, 0.0f);
+    EXPECT_EQ(session.anim_step, 1.0f);
+    EXPECT_EQ(session.anim_end, 0.0f);
+    EXPECT_EQ(session.animation_path, nullptr);
+    EXPECT_EQ(session.radius, 10.0f);
+    EXPECT_EQ(session.anim_time, 2.0f);
+    EXPECT_EQ(session.anim_rate, 25);
+    EXPECT_EQ(session.points_color_index, 4);
     EXPECT_EQ(record_status, session.status_callback);
-    EXPECT_EQ(1, session.digit_bitmaps_ready);
+    EXPECT_EQ(session.digit_bitmaps_ready, 1);
     session_reset(&session, 0);
     session_reset(nullptr, 1);
 }
@@ -193,10 +187,10 @@ TEST_F(LifecycleTest, ResetDropsWhatAStatusProcedureLoadsMeanwhile) {
     nested_limit = 1;
     session_set_status_callback(&session, nested_when_ready<do_load>);
     session_reset(&session, 0);
-    EXPECT_EQ(0, nested_limit);
-    EXPECT_EQ(0, roots());
-    EXPECT_EQ(0, list_count(&session.model_states));
-    EXPECT_EQ(10.0f, session.radius) << "of the model that came meanwhile nothing is left";
+    EXPECT_EQ(nested_limit, 0);
+    EXPECT_EQ(roots(), 0);
+    EXPECT_EQ(list_count(&session.model_states), 0);
+    EXPECT_EQ(session.radius, 10.0f) << "of the model that came meanwhile nothing is left";
 }
 
 void leave_a_centre() { reported->centre = Vec3{1, 2, 3}; }
@@ -205,10 +199,10 @@ TEST_F(LifecycleTest, ResetEndsWithTheBoundsOfAnEmptyScene) {
     nested_limit = 1;
     session_set_status_callback(&session, nested_when_ready<leave_a_centre>);
     session_reset(&session, 0);
-    EXPECT_EQ(0, nested_limit);
-    EXPECT_EQ(0.0f, session.centre.x);
-    EXPECT_EQ(0.0f, session.centre.y);
-    EXPECT_EQ(0.0f, session.centre.z);
+    EXPECT_EQ(nested_limit, 0);
+    EXPECT_EQ(session.centre.x, 0.0f);
+    EXPECT_EQ(session.centre.y, 0.0f);
+    EXPECT_EQ(session.centre.z, 0.0f);
 }
 
 TEST_F(LifecycleTest, ResetDropsTheAnimationThatAStatusProcedureLoadsMeanwhile) {
@@ -216,10 +210,10 @@ TEST_F(LifecycleTest, ResetDropsTheAnimationThatAStatusProcedureLoadsMeanwhile) 
     nested_limit = 1;
     session_set_status_callback(&session, nested_when_ready<do_load_animation>);
     session_reset(&session, 0);
-    EXPECT_EQ(0, nested_limit);
-    EXPECT_EQ(0, roots());
-    EXPECT_EQ(nullptr, session.animation_path) << "a reload would bring it back in place of what is loaded next";
-    EXPECT_EQ(0.0f, session.anim_end);
+    EXPECT_EQ(nested_limit, 0);
+    EXPECT_EQ(roots(), 0);
+    EXPECT_EQ(session.animation_path, nullptr) << "a reload would bring it back in place of what is loaded next";
+    EXPECT_EQ(session.anim_end, 0.0f);
 }
 
 // ---- loading ----
@@ -231,8 +225,8 @@ TEST_F(LifecycleTest, LoadGivesTheIdAndReports) {
     EXPECT_EQ((std::vector<std::string>{"status:Time: 0.00 of 0.00, Triangles: 0, Loading...",
                                         "status:Time: 0.00 of 0.00, Triangles: 0, Ready"}),
               reports);
-    EXPECT_EQ(200.0f, session.radius);  // twice the largest size
-    EXPECT_STREQ("ship", root(0)->name);
+    EXPECT_EQ(session.radius, 200.0f);  // twice the largest size
+    EXPECT_STREQ(root(0)->name, "ship");
 }
 
 TEST_F(LifecycleTest, LoadingTheSameFileTwiceGivesTwoIdsAndTwoRoots) {
@@ -241,7 +235,7 @@ TEST_F(LifecycleTest, LoadingTheSameFileTwiceGivesTwoIdsAndTwoRoots) {
     const int32_t second = load(file);
     EXPECT_GE(first, 1);
     EXPECT_GT(second, first);
-    EXPECT_EQ(2, roots());
+    EXPECT_EQ(roots(), 2);
 }
 
 TEST_F(LifecycleTest, ClosingAndLoadingAgainGivesHigherIds) {
@@ -255,9 +249,9 @@ TEST_F(LifecycleTest, AFailedLoadKeepsTheSceneAndDoesNotSayReady) {
     load(dir.write("a.mod", SMALL_MODEL));
     listen();
     const std::string missing = dir.file("none.mod");
-    EXPECT_EQ(0, load(missing));
-    EXPECT_EQ(1, roots());
-    EXPECT_EQ(0, count_reports("Ready"));
+    EXPECT_EQ(load(missing), 0);
+    EXPECT_EQ(roots(), 1);
+    EXPECT_EQ(count_reports("Ready"), 0);
     const std::vector<std::string> expected = {
         "status:Time: 0.00 of 0.00, Triangles: 0, Loading...", "message:could not find: " + missing,
         "status:could not find: " + missing, "message:Load failed", "status:Load failed"};
@@ -268,25 +262,25 @@ TEST_F(LifecycleTest, AFailureWithoutATextSaysLoadFailedAlone) {
     const std::string file = dir.write("bad.mod", "points\n0 1 2 3\n");
     load(dir.file("none.mod"));
     listen();
-    EXPECT_EQ(0, load(file));
-    EXPECT_EQ(1, count_reports("message:Load failed"));
-    EXPECT_EQ(3u, reports.size()) << "Loading, and the message to both callbacks; no stale text";
+    EXPECT_EQ(load(file), 0);
+    EXPECT_EQ(count_reports("message:Load failed"), 1);
+    EXPECT_EQ(reports.size(), 3u) << "Loading, and the message to both callbacks; no stale text";
 }
 
 TEST_F(LifecycleTest, NullsFail) {
-    EXPECT_EQ(0, session_load_model(&session, nullptr));
-    EXPECT_EQ(0, session_load_model(nullptr, "a.mod"));
-    EXPECT_EQ(0, session_add_model(&session, nullptr));
-    EXPECT_EQ(0, session_add_model(nullptr, nullptr));
-    EXPECT_EQ(0, session_load_animation(&session, nullptr, 0));
-    EXPECT_EQ(0, session_load_animation(nullptr, "a.txt", 0));
-    EXPECT_EQ(0, session_reload(nullptr));
-    EXPECT_EQ(0, session_rename_model(nullptr, 1, "a.mod"));
-    EXPECT_EQ(0, session_find_model(&session, nullptr));
-    EXPECT_EQ(0, session_find_model(nullptr, "a"));
-    EXPECT_EQ(nullptr, session_find_images(nullptr, 1));
-    EXPECT_EQ(0, session_replace_model(&session, nullptr));
-    EXPECT_EQ(0, session_replace_model(nullptr, "name"));
+    EXPECT_EQ(session_load_model(&session, nullptr), 0);
+    EXPECT_EQ(session_load_model(nullptr, "a.mod"), 0);
+    EXPECT_EQ(session_add_model(&session, nullptr), 0);
+    EXPECT_EQ(session_add_model(nullptr, nullptr), 0);
+    EXPECT_EQ(session_load_animation(&session, nullptr, 0), 0);
+    EXPECT_EQ(session_load_animation(nullptr, "a.txt", 0), 0);
+    EXPECT_EQ(session_reload(nullptr), 0);
+    EXPECT_EQ(session_rename_model(nullptr, 1, "a.mod"), 0);
+    EXPECT_EQ(session_find_model(&session, nullptr), 0);
+    EXPECT_EQ(session_find_model(nullptr, "a"), 0);
+    EXPECT_EQ(session_find_images(nullptr, 1), nullptr);
+    EXPECT_EQ(session_replace_model(&session, nullptr), 0);
+    EXPECT_EQ(session_replace_model(nullptr, "name"), 0);
     session_save_model(nullptr);
 }
 
@@ -295,7 +289,7 @@ TEST_F(LifecycleTest, AddModelEntersAMadeModel) {
     Model* model = model_create("made.mod", nullptr);
     const int32_t id = session_add_model(&session, model);
     EXPECT_GE(id, 1);
-    EXPECT_EQ(1, count_reports("Ready"));
+    EXPECT_EQ(count_reports("Ready"), 1);
     EXPECT_EQ(id, session_find_model(&session, "made"));
 }
 
@@ -304,9 +298,9 @@ TEST_F(LifecycleTest, ReplaceModelLeavesOneEmptyModelOfThatName) {
     load(dir.write("b.mod", SMALL_MODEL));
     // The name may lie in a model that goes.
     EXPECT_GE(session_replace_model(&session, "Fresh.mod"), 1);
-    EXPECT_EQ(1, roots());
-    EXPECT_STREQ("fresh", root(0)->name);
-    EXPECT_EQ(0, model_count_points(root(0)));
+    EXPECT_EQ(roots(), 1);
+    EXPECT_STREQ(root(0)->name, "fresh");
+    EXPECT_EQ(model_count_points(root(0)), 0);
 }
 
 TEST_F(LifecycleTest, AStatusProcedureMayResetInTheMiddleOfALoad) {
@@ -314,7 +308,7 @@ TEST_F(LifecycleTest, AStatusProcedureMayResetInTheMiddleOfALoad) {
     nested_limit = 1;
     session_set_status_callback(&session, nested<do_reset>);
     EXPECT_GE(load(file), 1);
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(roots(), 1);
 }
 
 TEST_F(LifecycleTest, AStatusProcedureMayOpenAnotherFileInTheMiddleOfALoad) {
@@ -332,9 +326,9 @@ TEST_F(LifecycleTest, AMessageProcedureMayLoadInTheMiddleOfAFailure) {
     nested_limit = 1;
     session_set_message_callback(&session, nested<do_close_and_load>);
     session_set_status_callback(&session, record_status);
-    EXPECT_EQ(0, load(dir.file("none.mod")));
-    EXPECT_EQ("status:Load failed", reports.back());
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(load(dir.file("none.mod")), 0);
+    EXPECT_EQ(reports.back(), "status:Load failed");
+    EXPECT_EQ(roots(), 1);
 }
 
 // ---- animations ----
@@ -343,58 +337,58 @@ TEST_F(LifecycleTest, AnAnimationReplacesTheScene) {
     load(dir.write("old.mod", SMALL_MODEL));
     const std::string list = write_animation();
     listen();
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
-    EXPECT_EQ(1, roots());
-    EXPECT_STREQ("body", root(0)->name);
-    EXPECT_EQ(3.0f, session.anim_end);
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
+    EXPECT_EQ(roots(), 1);
+    EXPECT_STREQ(root(0)->name, "body");
+    EXPECT_EQ(session.anim_end, 3.0f);
     EXPECT_EQ(list, session.animation_path);
-    EXPECT_EQ(200.0f, session.radius);
-    EXPECT_EQ(1, count_reports("Triangles: 0, Loading..."));
-    EXPECT_EQ("status:Time: 0.00 of 3.00, Triangles: 0, Ready", reports.back());
+    EXPECT_EQ(session.radius, 200.0f);
+    EXPECT_EQ(count_reports("Triangles: 0, Loading..."), 1);
+    EXPECT_EQ(reports.back(), "status:Time: 0.00 of 3.00, Triangles: 0, Ready");
 }
 
 TEST_F(LifecycleTest, AnAnimationOpensAtTheTimeOfTheLastOneWithinItsLength) {
     const std::string list = write_animation();
     session.anim_time = 5.0f;
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
-    EXPECT_EQ(3.0f, session.anim_time);
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
+    EXPECT_EQ(session.anim_time, 3.0f);
     dir.write("walk.clip", "names translate\n0.0 0 0 0\n8.0 0 10 0\n");
     session.anim_time = 5.0f;
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
-    EXPECT_EQ(5.0f, session.anim_time);
-    EXPECT_EQ(8.0f, session.anim_end);
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
+    EXPECT_EQ(session.anim_time, 5.0f);
+    EXPECT_EQ(session.anim_end, 8.0f);
 }
 
 TEST_F(LifecycleTest, AnAnimationIsEvaluatedWhenItIsLoaded) {
     const std::string list = write_animation();
     session.anim_time = 3.0f;
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
     const ModelState* state = static_cast<ModelState*>(list_at(&session.model_states, 0, 1));
-    ASSERT_NE(nullptr, state);
-    EXPECT_FLOAT_EQ(10.0f, state->matrix.m[7]);
+    ASSERT_NE(state, nullptr);
+    EXPECT_FLOAT_EQ(state->matrix.m[7], 10.0f);
 }
 
 TEST_F(LifecycleTest, KeepRadiusSkipsTheGrowth) {
     const std::string list = write_animation();
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 1));
-    EXPECT_EQ(10.0f, session.radius);
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 1), 1);
+    EXPECT_EQ(session.radius, 10.0f);
 }
 
 TEST_F(LifecycleTest, AFailedAnimationLeavesAnEmptyScene) {
     load(dir.write("old.mod", SMALL_MODEL));
     listen();
     const std::string missing = dir.file("none.txt");
-    EXPECT_EQ(0, session_load_animation(&session, missing.c_str(), 0));
-    EXPECT_EQ(0, roots());
-    EXPECT_EQ(nullptr, session.animation_path);
+    EXPECT_EQ(session_load_animation(&session, missing.c_str(), 0), 0);
+    EXPECT_EQ(roots(), 0);
+    EXPECT_EQ(session.animation_path, nullptr);
     EXPECT_EQ("message:file does not exist: " + missing, reports[reports.size() - 2]);
     EXPECT_EQ("status:file does not exist: " + missing, reports.back());
 }
 
 TEST_F(LifecycleTest, AnAnimationIsLoadedFromItsOwnRememberedPath) {
     const std::string list = write_animation();
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
-    EXPECT_EQ(1, session_load_animation(&session, session.animation_path, 0));
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
+    EXPECT_EQ(session_load_animation(&session, session.animation_path, 0), 1);
     EXPECT_EQ(list, session.animation_path);
 }
 
@@ -403,19 +397,18 @@ TEST_F(LifecycleTest, AStatusProcedureMayLoadAnotherAnimationInTheMiddleOfOne) {
     nested_path = write_animation("other.txt");
     nested_limit = 3;
     session_set_status_callback(&session, nested<do_load_animation>);
-    EXPECT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    EXPECT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
     nested_limit = 0;
-    EXPECT_NE(nullptr, session.animation_path);
+    EXPECT_NE(session.animation_path, nullptr);
 }
 
 // ---- reload ----
 
 TEST_F(LifecycleTest, ReloadOfAnEmptySceneReportsTheClosingAlone) {
     listen();
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ((std::vector<std::string>{
-                  "status:Time: 0.00 of 0.00, Triangles: 0, Closing currently open Model file",
-                  "status:Time: 0.00 of 0.00, Triangles: 0, Ready"}),
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ((std::vector<std::string>{"status:Time: 0.00 of 0.00, Triangles: 0, Closing currently open Model file",
+                                        "status:Time: 0.00 of 0.00, Triangles: 0, Ready"}),
               reports);
 }
 
@@ -423,21 +416,21 @@ TEST_F(LifecycleTest, ReloadReadsEveryRootAgainUnderANewId) {
     const int32_t first = load(dir.write("a.mod", SMALL_MODEL));
     load(dir.write("b.mod", SMALL_MODEL));
     dir.write("a.mod", "points\n1 0 0 0\n");
-    EXPECT_EQ(1, session_reload(&session));
-    ASSERT_EQ(2, roots());
-    EXPECT_STREQ("a", root(0)->name);
-    EXPECT_STREQ("b", root(1)->name);
-    EXPECT_EQ(1, model_count_points(root(0)));
-    EXPECT_EQ(nullptr, list_find(&session.model_states, first));
+    EXPECT_EQ(session_reload(&session), 1);
+    ASSERT_EQ(roots(), 2);
+    EXPECT_STREQ(root(0)->name, "a");
+    EXPECT_STREQ(root(1)->name, "b");
+    EXPECT_EQ(model_count_points(root(0)), 1);
+    EXPECT_EQ(list_find(&session.model_states, first), nullptr);
 }
 
 #ifndef _WIN32
 TEST_F(LifecycleTest, ReloadOpensTheFileThatWasOpenedWhereNamesDifferByCase) {
     load(dir.write("Ship.MOD", SMALL_MODEL));
     dir.write("ship.mod", "points\n1 0 0 0\n");
-    EXPECT_EQ(1, session_reload(&session));
-    ASSERT_EQ(1, roots());
-    EXPECT_EQ(3, model_count_points(root(0)));
+    EXPECT_EQ(session_reload(&session), 1);
+    ASSERT_EQ(roots(), 1);
+    EXPECT_EQ(model_count_points(root(0)), 3);
 }
 
 #endif
@@ -446,54 +439,54 @@ TEST_F(LifecycleTest, ReloadTakesSeparatorsOfBothFormsForTheSame) {
     dir.write("sub/Ship.mod", SMALL_MODEL);
     const std::string path = dir.path() + "\\sub\\Ship.mod";
     ASSERT_GE(load(path), 1);
-    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(session_reload(&session), 1);
     EXPECT_EQ(path, root(0)->opened_path);
 }
 
 TEST_F(LifecycleTest, ReloadFindsAFileWhoseNameAModelCannotKeepWhole) {
     ASSERT_GT(load(dir.write(std::string(150, 'n') + ".mod", SMALL_MODEL)), 0);
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(roots(), 1);
 }
 
 TEST_F(LifecycleTest, APathThatAModelCannotKeepIsRefusedAndTheSceneReloads) {
     load(dir.write("a.mod", SMALL_MODEL));
     listen();
     const std::string deep = dir.write(test::directory_of_length(dir, 256) + "b.mod", SMALL_MODEL);
-    EXPECT_EQ(0, load(deep));
-    EXPECT_EQ("message:path too long: ", reports.at(1).substr(0, 23));
-    EXPECT_EQ("message:Load failed", reports.at(3));
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(load(deep), 0);
+    EXPECT_EQ(reports.at(1).substr(0, 23), "message:path too long: ");
+    EXPECT_EQ(reports.at(3), "message:Load failed");
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(roots(), 1);
 }
 
 TEST_F(LifecycleTest, RenameToAPathThatAModelCannotKeepIsRefused) {
     const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
     listen();
     const std::string directory = root(0)->path;
-    EXPECT_EQ(0, session_rename_model(&session, id, (std::string(255, 'd') + "\\b.mod").c_str()));
-    EXPECT_EQ("message:path too long: ", reports.at(0).substr(0, 23));
-    EXPECT_STREQ("a", root(0)->name);
+    EXPECT_EQ(session_rename_model(&session, id, (std::string(255, 'd') + "\\b.mod").c_str()), 0);
+    EXPECT_EQ(reports.at(0).substr(0, 23), "message:path too long: ");
+    EXPECT_STREQ(root(0)->name, "a");
     EXPECT_EQ(directory, root(0)->path);
     reports.clear();
-    EXPECT_EQ(0, session_rename_model(&session, 0, std::string(600, 'd').c_str()));
+    EXPECT_EQ(session_rename_model(&session, 0, std::string(600, 'd').c_str()), 0);
     EXPECT_TRUE(reports.empty()) << "an unknown id shows nothing";
 }
 
 TEST_F(LifecycleTest, ReloadAfterARenameOpensTheNewName) {
     const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
     dir.write("b.mod", "points\n1 0 0 0\n");
-    ASSERT_EQ(1, session_rename_model(&session, id, "B.mod"));
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_STREQ("b", root(0)->name);
-    EXPECT_EQ(1, model_count_points(root(0)));
+    ASSERT_EQ(session_rename_model(&session, id, "B.mod"), 1);
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_STREQ(root(0)->name, "b");
+    EXPECT_EQ(model_count_points(root(0)), 1);
 }
 
 TEST_F(LifecycleTest, ReloadOfAFileWithAnotherExtensionTriesTheModelExtension) {
     load(dir.write("odd.txt", SMALL_MODEL));
     dir.write("odd.mod", "points\n1 0 0 0\n");
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(1, model_count_points(root(0)));
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(model_count_points(root(0)), 1);
 }
 
 TEST_F(LifecycleTest, OneFailureOfAReloadClosesAllAndTheNextReloadTriesTheSameFiles) {
@@ -502,84 +495,84 @@ TEST_F(LifecycleTest, OneFailureOfAReloadClosesAllAndTheNextReloadTriesTheSameFi
     load(dir.write("b.mod", SMALL_MODEL));
     std::filesystem::remove(a);
     listen();
-    EXPECT_EQ(0, session_reload(&session));
-    EXPECT_EQ(0, roots());
-    EXPECT_EQ(1, count_reports("message:Load failed"));
-    EXPECT_EQ(2, count_reports("Loading...")) << "the second file is tried all the same";
-    EXPECT_EQ(0, session_reload(&session)) << "still missing, still remembered";
+    EXPECT_EQ(session_reload(&session), 0);
+    EXPECT_EQ(roots(), 0);
+    EXPECT_EQ(count_reports("message:Load failed"), 1);
+    EXPECT_EQ(count_reports("Loading..."), 2) << "the second file is tried all the same";
+    EXPECT_EQ(session_reload(&session), 0) << "still missing, still remembered";
     dir.write("a.mod", SMALL_MODEL);
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(2, roots());
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(roots(), 2);
     session_close_all(&session);
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(0, roots()) << "after a success nothing is left over";
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(roots(), 0) << "after a success nothing is left over";
 }
 
 TEST_F(LifecycleTest, ANewSceneReplacesTheFilesThatAFailedReloadLeft) {
     const std::string a = dir.write("a.mod", SMALL_MODEL);
     load(a);
     std::filesystem::remove(a);
-    EXPECT_EQ(0, session_reload(&session));
+    EXPECT_EQ(session_reload(&session), 0);
     load(dir.write("b.mod", SMALL_MODEL));
-    EXPECT_EQ(1, session_reload(&session));
-    ASSERT_EQ(1, roots());
-    EXPECT_STREQ("b", root(0)->name);
+    EXPECT_EQ(session_reload(&session), 1);
+    ASSERT_EQ(roots(), 1);
+    EXPECT_STREQ(root(0)->name, "b");
 }
 
 TEST_F(LifecycleTest, ReloadOfAnAnimationKeepsTheRadiusAtTen) {
     const std::string list = write_animation();
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
     session.anim_time = 1.5f;
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(10.0f, session.radius);
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(session.radius, 10.0f);
     EXPECT_EQ(list, session.animation_path);
-    EXPECT_EQ(1.5f, session.anim_time);
-    EXPECT_EQ(1, roots());
+    EXPECT_EQ(session.anim_time, 1.5f);
+    EXPECT_EQ(roots(), 1);
 }
 
 TEST_F(LifecycleTest, ReloadOfAnAnimationDoesNotRememberItsModelsByThemselves) {
-    ASSERT_EQ(1, session_load_animation(&session, write_animation().c_str(), 0));
-    EXPECT_EQ(1, session_reload(&session));
+    ASSERT_EQ(session_load_animation(&session, write_animation().c_str(), 0), 1);
+    EXPECT_EQ(session_reload(&session), 1);
     session_close_all(&session);
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(0, roots());
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(roots(), 0);
 }
 
 TEST_F(LifecycleTest, AFailedReloadOfAnAnimationIsTriedAgainAndWinsOverLaterModels) {
     const std::string list = write_animation();
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
     std::filesystem::remove(list);
     listen();
-    EXPECT_EQ(0, session_reload(&session));
-    EXPECT_EQ(0, roots());
+    EXPECT_EQ(session_reload(&session), 0);
+    EXPECT_EQ(roots(), 0);
     // By the reload, by the loading, and once more behind the failure.
-    EXPECT_EQ(3, count_reports("Closing currently open Model file"));
-    EXPECT_EQ("status:Time: 0.00 of 0.00, Triangles: 0, Ready", reports.back());
+    EXPECT_EQ(count_reports("Closing currently open Model file"), 3);
+    EXPECT_EQ(reports.back(), "status:Time: 0.00 of 0.00, Triangles: 0, Ready");
     load(dir.write("b.mod", SMALL_MODEL));
-    EXPECT_EQ(0, session_reload(&session)) << "the left-over animation goes first";
+    EXPECT_EQ(session_reload(&session), 0) << "the left-over animation goes first";
     write_animation();
     load(dir.write("b.mod", SMALL_MODEL));
-    EXPECT_EQ(1, session_reload(&session));
-    ASSERT_EQ(1, roots());
-    EXPECT_STREQ("body", root(0)->name);
+    EXPECT_EQ(session_reload(&session), 1);
+    ASSERT_EQ(roots(), 1);
+    EXPECT_STREQ(root(0)->name, "body");
     // The list of models that was made on the way is still there.
     session_close_all(&session);
-    EXPECT_EQ(1, session_reload(&session));
-    ASSERT_EQ(1, roots());
-    EXPECT_STREQ("b", root(0)->name);
+    EXPECT_EQ(session_reload(&session), 1);
+    ASSERT_EQ(roots(), 1);
+    EXPECT_STREQ(root(0)->name, "b");
 }
 
 TEST_F(LifecycleTest, AFailedReloadOfAnAnimationClosesWhatAMessageProcedureLoadsMeanwhile) {
     const std::string list = write_animation();
     nested_path = dir.write("b.mod", SMALL_MODEL);
-    ASSERT_EQ(1, session_load_animation(&session, list.c_str(), 0));
+    ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
     std::filesystem::remove(list);
     nested_limit = 1;
     session_set_message_callback(&session, nested<do_load>);
-    EXPECT_EQ(0, session_reload(&session));
-    EXPECT_EQ(0, nested_limit);
-    EXPECT_EQ(0, roots());
-    EXPECT_EQ(10.0f, session.radius);
+    EXPECT_EQ(session_reload(&session), 0);
+    EXPECT_EQ(nested_limit, 0);
+    EXPECT_EQ(roots(), 0);
+    EXPECT_EQ(session.radius, 10.0f);
 }
 
 TEST_F(LifecycleTest, AStatusProcedureMayReloadInTheMiddleOfAReload) {
@@ -587,10 +580,10 @@ TEST_F(LifecycleTest, AStatusProcedureMayReloadInTheMiddleOfAReload) {
     load(dir.write("b.mod", SMALL_MODEL));
     nested_limit = 5;
     session_set_status_callback(&session, nested<do_reload>);
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(0, nested_limit);
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(nested_limit, 0);
     session.status_callback = nullptr;
-    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(session_reload(&session), 1);
     EXPECT_GE(roots(), 2);
 }
 
@@ -599,7 +592,7 @@ TEST_F(LifecycleTest, AStatusProcedureMayResetInTheMiddleOfAReload) {
     load(dir.write("b.mod", SMALL_MODEL));
     nested_limit = 6;
     session_set_status_callback(&session, nested<do_reset>);
-    EXPECT_EQ(1, session_reload(&session));
+    EXPECT_EQ(session_reload(&session), 1);
     nested_limit = 0;
 }
 
@@ -610,22 +603,22 @@ TEST_F(LifecycleTest, AMessageProcedureMayReloadInTheMiddleOfAFailedReload) {
     std::filesystem::remove(a);
     nested_limit = 4;
     session_set_message_callback(&session, nested<do_reload>);
-    EXPECT_EQ(0, session_reload(&session));
-    EXPECT_EQ(0, roots());
+    EXPECT_EQ(session_reload(&session), 0);
+    EXPECT_EQ(roots(), 0);
     session.message_callback = nullptr;
     dir.write("a.mod", SMALL_MODEL);
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(2, roots()) << "the outer call put its files back";
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(roots(), 2) << "the outer call put its files back";
 }
 
 TEST_F(LifecycleTest, ReloadReleasesALentModelOnceAndLoadsItAsItsOwnRoot) {
     const int32_t parent = load(dir.write("a.mod", SMALL_MODEL));
     const int32_t lent = load(dir.write("b.mod", SMALL_MODEL));
     selection_add_model(&session, parent);
-    ASSERT_EQ(1, selection_add_child_model(&session, lent));
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_EQ(2, roots());
-    EXPECT_EQ(0, model_count_children(root(0)));
+    ASSERT_EQ(selection_add_child_model(&session, lent), 1);
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(roots(), 2);
+    EXPECT_EQ(model_count_children(root(0)), 0);
 }
 
 // ---- names ----
@@ -633,29 +626,29 @@ TEST_F(LifecycleTest, ReloadReleasesALentModelOnceAndLoadsItAsItsOwnRoot) {
 TEST_F(LifecycleTest, RenameOfAnUnknownIdChangesNothing) {
     const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
     listen();
-    EXPECT_EQ(0, session_rename_model(&session, id + 100, "b.mod"));
-    EXPECT_EQ(0, session_rename_model(&session, id, nullptr));
-    EXPECT_EQ(0, session_rename_model(&session, 0, "b.mod"));
-    EXPECT_STREQ("a", root(0)->name);
+    EXPECT_EQ(session_rename_model(&session, id + 100, "b.mod"), 0);
+    EXPECT_EQ(session_rename_model(&session, id, nullptr), 0);
+    EXPECT_EQ(session_rename_model(&session, 0, "b.mod"), 0);
+    EXPECT_STREQ(root(0)->name, "a");
     EXPECT_TRUE(reports.empty());
 }
 
 TEST_F(LifecycleTest, RenameKeepsTheDirectoryWhenThePathHasNone) {
     const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
     const std::string directory = root(0)->path;
-    EXPECT_EQ(1, session_rename_model(&session, id, "b.mod"));
-    EXPECT_STREQ("b", root(0)->name);
+    EXPECT_EQ(session_rename_model(&session, id, "b.mod"), 1);
+    EXPECT_STREQ(root(0)->name, "b");
     EXPECT_EQ(directory, root(0)->path);
-    EXPECT_EQ(1, session_rename_model(&session, id, test::native_path("x/c.mod").c_str()));
+    EXPECT_EQ(session_rename_model(&session, id, test::native_path("x/c.mod").c_str()), 1);
     EXPECT_EQ(test::native_path("x/"), root(0)->path);
 }
 
 TEST_F(LifecycleTest, RenameToATextThatIsTooShortForANameKeepsTheModelAndItsFile) {
     const int32_t id = load(dir.write("Ship.mod", SMALL_MODEL));
-    EXPECT_EQ(1, session_rename_model(&session, id, "abc"));
+    EXPECT_EQ(session_rename_model(&session, id, "abc"), 1);
     EXPECT_EQ(id, session_find_model(&session, "ship"));
-    EXPECT_EQ(1, session_reload(&session));
-    EXPECT_STREQ("ship", root(0)->name);
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_STREQ(root(0)->name, "ship");
 }
 
 TEST_F(LifecycleTest, FindModelIsExactAndTakesTheFirstInListOrder) {
@@ -663,16 +656,16 @@ TEST_F(LifecycleTest, FindModelIsExactAndTakesTheFirstInListOrder) {
     const int32_t first = load(file);
     load(file);
     EXPECT_EQ(first, session_find_model(&session, "ship"));
-    EXPECT_EQ(0, session_find_model(&session, "Ship"));
-    EXPECT_EQ(0, session_find_model(&session, "shi"));
-    EXPECT_EQ(0, session_find_model(&session, ""));
+    EXPECT_EQ(session_find_model(&session, "Ship"), 0);
+    EXPECT_EQ(session_find_model(&session, "shi"), 0);
+    EXPECT_EQ(session_find_model(&session, ""), 0);
 }
 
 TEST_F(LifecycleTest, FindModelSeesAChildOnlyAfterItsLinkHasAState) {
     dir.write("hand.mod", SMALL_MODEL);
     const int32_t id = load(dir.write("arm.mod", "points\n1 0 0 0\nchild hand 0 0 0 1 1 1 0 0 0\n"));
     ASSERT_GE(id, 1);
-    EXPECT_EQ(0, session_find_model(&session, "hand"));
+    EXPECT_EQ(session_find_model(&session, "hand"), 0);
     ChildLink* link = static_cast<ChildLink*>(list_at(&root(0)->children, 0, 0));
     const int32_t child_id = child_state(&session, link)->id;
     EXPECT_EQ(child_id, session_find_model(&session, "hand"));
@@ -684,15 +677,15 @@ TEST_F(LifecycleTest, FindModelPassesOverStatesAndLinksWithoutAModel) {
     child_state(&session, link);
     ModelState* empty = static_cast<ModelState*>(list_add(&session.model_states, 1000000));
     *empty = ModelState{};
-    EXPECT_EQ(0, session_find_model(&session, "ghost"));
-    EXPECT_EQ(0, session_find_model(&session, "nobody"));
+    EXPECT_EQ(session_find_model(&session, "ghost"), 0);
+    EXPECT_EQ(session_find_model(&session, "nobody"), 0);
 }
 
 TEST_F(LifecycleTest, FindImagesOfAnUnknownIdOrAModelWithoutImagesIsNull) {
     const int32_t id = load(dir.write("a.mod", SMALL_MODEL));
-    EXPECT_EQ(nullptr, session_find_images(&session, id));
-    EXPECT_EQ(nullptr, session_find_images(&session, id + 5));
-    EXPECT_EQ(nullptr, session_find_images(&session, -1));
+    EXPECT_EQ(session_find_images(&session, id), nullptr);
+    EXPECT_EQ(session_find_images(&session, id + 5), nullptr);
+    EXPECT_EQ(session_find_images(&session, -1), nullptr);
 }
 
 TEST_F(LifecycleTest, FindImagesGivesTheNames) {
@@ -704,7 +697,7 @@ TEST_F(LifecycleTest, FindImagesGivesTheNames) {
     dir.write("skin.tga", tga + std::string(12, 'x'));
     const int32_t id = load(dir.write("a.mod", std::string(SMALL_MODEL) + "image skin.tga x y\n"));
     ASSERT_GE(id, 1);
-    EXPECT_STREQ(" skin.tga ", session_find_images(&session, id)) << "the empty mirror image adds its blank";
+    EXPECT_STREQ(session_find_images(&session, id), " skin.tga ") << "the empty mirror image adds its blank";
 }
 
 TEST_F(LifecycleTest, SaveModelSaysThatItIsNotThere) {

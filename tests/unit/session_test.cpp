@@ -1,5 +1,4 @@
 // The session record: reports, display flags, glyphs, and the forgetting of run-time records.
-
 #include "scene/session.h"
 
 #include <gtest/gtest.h>
@@ -21,13 +20,9 @@ namespace {
 std::vector<std::string> reports;
 Session* reported = nullptr;
 
-void record_status(const char* text) {
-    reports.push_back(std::string("status:") + text);
-}
+void record_status(const char* text) { reports.push_back(std::string("status:") + text); }
 
-void record_message(const char* text) {
-    reports.push_back(std::string("message:") + text);
-}
+void record_message(const char* text) { reports.push_back(std::string("message:") + text); }
 
 void report_again_and_reset(const char*) {
     reported->message_callback = nullptr;
@@ -107,8 +102,8 @@ TEST_F(SessionTest, StatusHasTimeAndTrianglesBeforeTheText) {
     session.anim_end = 3.0f;
     session.triangles_drawn = 42;
     session_status(&session, "Ready");
-    ASSERT_EQ(1u, reports.size());
-    EXPECT_EQ("status:Time: 1.26 of 3.00, Triangles: 42, Ready", reports[0]);
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0], "status:Time: 1.26 of 3.00, Triangles: 42, Ready");
 }
 
 TEST_F(SessionTest, CurvenetHasAPlainSetterAndGetter) {
@@ -122,14 +117,14 @@ TEST_F(SessionTest, StatusOfANonNumberHasNoSign) {
     listen();
     session.anim_time = -std::numeric_limits<float>::quiet_NaN();
     session_status(&session, "x");
-    EXPECT_EQ("status:Time: nan of 0.00, Triangles: 0, x", reports[0]);
+    EXPECT_EQ(reports[0], "status:Time: nan of 0.00, Triangles: 0, x");
 }
 
 TEST_F(SessionTest, StatusIsCutToItsBuffer) {
     listen();
     session.anim_time = std::numeric_limits<float>::max();
     session_status(&session, std::string(5000, 'x').c_str());
-    ASSERT_EQ(1u, reports.size());
+    ASSERT_EQ(reports.size(), 1u);
     EXPECT_EQ(std::strlen("status:") + STATUS_TEXT_SIZE - 1, reports[0].size());
 }
 
@@ -157,17 +152,17 @@ TEST_F(SessionTest, MessageOfAnyLengthGoesOnWhole) {
 
 TEST_F(SessionTest, MessageNeedsNoCallbacks) {
     session_message(&session, "quiet");
-    EXPECT_STREQ("quiet", session_last_message(&session));
+    EXPECT_STREQ(session_last_message(&session), "quiet");
     listen();
     session_message(&session, nullptr);
     session_message(nullptr, "text");
     EXPECT_TRUE(reports.empty());
-    EXPECT_STREQ("quiet", session_last_message(&session));
+    EXPECT_STREQ(session_last_message(&session), "quiet");
 }
 
 TEST_F(SessionTest, LastMessageOutlivesTheTextThatWasGiven) {
-    EXPECT_EQ(nullptr, session_last_message(&session));
-    EXPECT_EQ(nullptr, session_last_message(nullptr));
+    EXPECT_EQ(session_last_message(&session), nullptr);
+    EXPECT_EQ(session_last_message(nullptr), nullptr);
     {
         std::string text(1000, 'q');
         session_message(&session, text.c_str());
@@ -183,7 +178,7 @@ TEST_F(SessionTest, TheStatusGetsTheTextAsTheBoxChangedIt) {
     listen();
     session_message(&session, "a\"b\"");
     EXPECT_EQ((std::vector<std::string>{"message:a\"b\"", "status:a'b'"}), reports);
-    EXPECT_STREQ("a'b'", session_last_message(&session));
+    EXPECT_STREQ(session_last_message(&session), "a'b'");
 }
 
 TEST_F(SessionTest, WithoutABoxTheStatusKeepsItsQuotes) {
@@ -205,21 +200,17 @@ TEST_F(SessionTest, AMessageCallbackMayReportAndResetAndTheStatusStillGetsTheOut
     session_set_status_callback(&session, record_status);
     session_message(&session, "outer");
     ASSERT_FALSE(reports.empty());
-    EXPECT_EQ("status:inner", reports.front());
-    EXPECT_EQ("status:outer", reports.back());
-    EXPECT_STREQ("inner", session_last_message(&session));
+    EXPECT_EQ(reports.front(), "status:inner");
+    EXPECT_EQ(reports.back(), "status:outer");
+    EXPECT_STREQ(session_last_message(&session), "inner");
 }
 
 TEST_F(SessionTest, RestoreDisplayGivesAllTwentyDefaults) {
     int32_t* flags = &session.display_wireframe;
-    for (int i = 0; i < 20; ++i) {
-        flags[i] = 77;
-    }
+    for (int i = 0; i < 20; ++i) { flags[i] = 77; }
     session_restore_display(&session);
     const int32_t expected[20] = {0, 0, 1, 1, 1, 0, 0, 1, 1, 1, 1, 0, 0, 1, 0, 0, 0, 1, 1, 1};
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(expected[i], flags[i]) << i;
-    }
+    for (int i = 0; i < 20; ++i) { EXPECT_EQ(expected[i], flags[i]) << i; }
     EXPECT_EQ(&flags[19], &session.display_lines);
     session_restore_display(nullptr);
 }
@@ -228,13 +219,13 @@ TEST_F(SessionTest, ClearBoundsGivesRadiusTenAndCentreZero) {
     session.radius = 99.0f;
     session.centre = Vec3{1, 2, 3};
     session_clear_bounds(&session);
-    EXPECT_EQ(10.0f, session.radius);
-    EXPECT_EQ(0.0f, session.centre.x);
-    EXPECT_EQ(0.0f, session.centre.z);
+    EXPECT_EQ(session.radius, 10.0f);
+    EXPECT_EQ(session.centre.x, 0.0f);
+    EXPECT_EQ(session.centre.z, 0.0f);
 }
 
 TEST_F(SessionTest, DigitGlyphsAreBuiltAndTheirTailsAreZero) {
-    EXPECT_EQ(1, session.digit_bitmaps_ready);
+    EXPECT_EQ(session.digit_bitmaps_ready, 1);
     const std::string expected[10] = {
         "003e4141414141414141413e", "000e04040404040404040c04", "003f2120100806012121211e", "001e210101010e010101211e",
         "0004040404047f4424140c04", "001e21010101be202020203f", "001e212121213e202020211e", "00101008080404020201013f",
@@ -248,26 +239,22 @@ TEST_F(SessionTest, DigitGlyphsAreBuiltAndTheirTailsAreZero) {
             text += byte;
         }
         EXPECT_EQ(expected[digit], text) << digit;
-        for (int row = 12; row < DIGIT_BITMAP_SIZE; ++row) {
-            ASSERT_EQ(0, session.digit_bitmaps[digit][row]);
-        }
+        for (int row = 12; row < DIGIT_BITMAP_SIZE; ++row) { ASSERT_EQ(session.digit_bitmaps[digit][row], 0); }
     }
 }
 
-TEST_F(SessionTest, TheStrayBitOfTheFiveIsThere) {
-    EXPECT_EQ(0xbe, session.digit_bitmaps[5][6]);
-}
+TEST_F(SessionTest, TheStrayBitOfTheFiveIsThere) { EXPECT_EQ(session.digit_bitmaps[5][6], 0xbe); }
 
 TEST_F(SessionTest, AccessorsReadTheRecord) {
     session.triangles_drawn = 5;
     session.anim_time = 1.5f;
     session.anim_end = 2.5f;
-    EXPECT_EQ(5, session_triangles_drawn(&session));
-    EXPECT_EQ(1.5f, session_anim_time(&session));
-    EXPECT_EQ(2.5f, session_anim_end(&session));
-    EXPECT_EQ(0, session_triangles_drawn(nullptr));
-    EXPECT_EQ(0.0f, session_anim_time(nullptr));
-    EXPECT_EQ(0.0f, session_anim_end(nullptr));
+    EXPECT_EQ(session_triangles_drawn(&session), 5);
+    EXPECT_EQ(session_anim_time(&session), 1.5f);
+    EXPECT_EQ(session_anim_end(&session), 2.5f);
+    EXPECT_EQ(session_triangles_drawn(nullptr), 0);
+    EXPECT_EQ(session_anim_time(nullptr), 0.0f);
+    EXPECT_EQ(session_anim_end(nullptr), 0.0f);
 }
 
 TEST_F(SessionTest, ForgetTakesEveryRecordOfAModelAndItsChildren) {
@@ -277,14 +264,14 @@ TEST_F(SessionTest, ForgetTakesEveryRecordOfAModelAndItsChildren) {
     ChildLink* child_link = link(parent, child);
     Model* other = add_model("other.mod");
     ASSERT_EQ(3 * RECORDS_OF_A_MODEL + 1, records());
-    EXPECT_EQ(1, session_forget_model(&session, parent));
-    EXPECT_EQ(RECORDS_OF_A_MODEL, records());
-    EXPECT_EQ(-1, parent->state_index);
-    EXPECT_EQ(-1, child->state_index);
-    EXPECT_EQ(-1, child_link->state_index);
-    EXPECT_EQ(-1, model_find_point(parent, 1)->state_index);
-    EXPECT_EQ(-1, model_find_joint(parent, "hip")->state_index);
-    EXPECT_NE(-1, other->state_index);
+    EXPECT_EQ(session_forget_model(&session, parent), 1);
+    EXPECT_EQ(records(), RECORDS_OF_A_MODEL);
+    EXPECT_EQ(parent->state_index, -1);
+    EXPECT_EQ(child->state_index, -1);
+    EXPECT_EQ(child_link->state_index, -1);
+    EXPECT_EQ(model_find_point(parent, 1)->state_index, -1);
+    EXPECT_EQ(model_find_joint(parent, "hip")->state_index, -1);
+    EXPECT_NE(other->state_index, -1);
 }
 
 TEST_F(SessionTest, ForgetGoesOnPastALinkWithoutAModelAndStillAnswersZero) {
@@ -293,11 +280,11 @@ TEST_F(SessionTest, ForgetGoesOnPastALinkWithoutAModelAndStillAnswersZero) {
     Model* child = model_create("child.mod", parent);
     fill(child, "skin");
     link(parent, child);
-    EXPECT_EQ(0, session_forget_model(&session, parent));
-    EXPECT_EQ(0, records());
-    EXPECT_EQ(-1, empty->state_index);
-    EXPECT_EQ(0, session_forget_model(&session, nullptr));
-    EXPECT_EQ(0, session_forget_model(nullptr, parent));
+    EXPECT_EQ(session_forget_model(&session, parent), 0);
+    EXPECT_EQ(records(), 0);
+    EXPECT_EQ(empty->state_index, -1);
+    EXPECT_EQ(session_forget_model(&session, nullptr), 0);
+    EXPECT_EQ(session_forget_model(nullptr, parent), 0);
 }
 
 TEST_F(SessionTest, ForgetHandsAZeroUpFromDeepDown) {
@@ -305,8 +292,8 @@ TEST_F(SessionTest, ForgetHandsAZeroUpFromDeepDown) {
     Model* child = model_create("child.mod", parent);
     link(parent, child);
     link(child, nullptr);
-    EXPECT_EQ(0, session_forget_model(&session, parent));
-    EXPECT_EQ(0, records());
+    EXPECT_EQ(session_forget_model(&session, parent), 0);
+    EXPECT_EQ(records(), 0);
 }
 
 TEST_F(SessionTest, ForgetNeverGoesThroughABorrowedLink) {
@@ -314,10 +301,10 @@ TEST_F(SessionTest, ForgetNeverGoesThroughABorrowedLink) {
     Model* lent = add_model("lent.mod");
     ChildLink* borrowed = link(parent, lent, true);
     const int32_t id = model_state(&session, lent)->id;
-    EXPECT_EQ(1, session_forget_model(&session, parent));
-    EXPECT_EQ(RECORDS_OF_A_MODEL, records());
+    EXPECT_EQ(session_forget_model(&session, parent), 1);
+    EXPECT_EQ(records(), RECORDS_OF_A_MODEL);
     EXPECT_EQ(id, model_state(&session, lent)->id);
-    EXPECT_EQ(-1, borrowed->state_index);
+    EXPECT_EQ(borrowed->state_index, -1);
 }
 
 TEST_F(SessionTest, ForgetReachesLayersWithNamesTooLongForAKey) {
@@ -330,47 +317,47 @@ TEST_F(SessionTest, ForgetReachesLayersWithNamesTooLongForAKey) {
     triangle->state_index = -1;
     triangle_cache_get(&session, model, triangle);
     ASSERT_EQ(RECORDS_OF_A_MODEL + 1, records());
-    EXPECT_EQ(1, session_forget_model(&session, model));
-    EXPECT_EQ(0, records());
+    EXPECT_EQ(session_forget_model(&session, model), 1);
+    EXPECT_EQ(records(), 0);
 }
 
 TEST_F(SessionTest, DeletingALayerForgetsItsCachesOnly) {
     Model* model = add_model("model.mod");
     add_layer(model, "other");
-    ASSERT_EQ(2, list_count(&session.triangle_caches));
-    EXPECT_EQ(1, session_delete_layer(&session, model, "skin"));
-    EXPECT_EQ(1, list_count(&session.triangle_caches));
-    EXPECT_EQ(1, model_count_layers(model));
-    EXPECT_EQ(0, session_delete_layer(&session, model, "skin"));
-    EXPECT_EQ(0, session_delete_layer(&session, model, nullptr));
-    EXPECT_EQ(0, session_delete_layer(&session, nullptr, "other"));
-    EXPECT_EQ(0, session_delete_layer(nullptr, model, "other"));
-    EXPECT_EQ(1, list_count(&session.triangle_caches));
+    ASSERT_EQ(list_count(&session.triangle_caches), 2);
+    EXPECT_EQ(session_delete_layer(&session, model, "skin"), 1);
+    EXPECT_EQ(list_count(&session.triangle_caches), 1);
+    EXPECT_EQ(model_count_layers(model), 1);
+    EXPECT_EQ(session_delete_layer(&session, model, "skin"), 0);
+    EXPECT_EQ(session_delete_layer(&session, model, nullptr), 0);
+    EXPECT_EQ(session_delete_layer(&session, nullptr, "other"), 0);
+    EXPECT_EQ(session_delete_layer(nullptr, model, "other"), 0);
+    EXPECT_EQ(list_count(&session.triangle_caches), 1);
 }
 
 TEST_F(SessionTest, RenamingALayerOntoAnotherForgetsTheCachesOfThatOne) {
     Model* model = add_model("model.mod");
     add_layer(model, "other");
     const int32_t kept = model_find_layer(model, "skin")->triangles.count;
-    EXPECT_EQ(1, session_rename_layer(&session, model, "skin", "other"));
-    EXPECT_EQ(1, list_count(&session.triangle_caches));
+    EXPECT_EQ(session_rename_layer(&session, model, "skin", "other"), 1);
+    EXPECT_EQ(list_count(&session.triangle_caches), 1);
     const Layer* layer = model_find_layer(model, "other");
-    ASSERT_NE(nullptr, layer);
+    ASSERT_NE(layer, nullptr);
     EXPECT_EQ(kept, list_count(&layer->triangles));
     // The cache that stays still belongs to the triangle that stays.
     Triangle* triangle = static_cast<Triangle*>(list_at(&layer->triangles, 0, 0));
     EXPECT_EQ(triangle, triangle_cache_get(&session, model, triangle)->triangle);
-    EXPECT_EQ(1, list_count(&session.triangle_caches));
+    EXPECT_EQ(list_count(&session.triangle_caches), 1);
 }
 
 TEST_F(SessionTest, RenamingALayerToItsOwnNameOrFailingForgetsNothing) {
     Model* model = add_model("model.mod");
     add_layer(model, "other");
-    EXPECT_EQ(1, session_rename_layer(&session, model, "skin", "skin"));
-    EXPECT_EQ(0, session_rename_layer(&session, model, "skin", ""));
-    EXPECT_EQ(0, session_rename_layer(&session, model, "none", "other"));
-    EXPECT_EQ(0, session_rename_layer(&session, model, "skin", nullptr));
-    EXPECT_EQ(2, list_count(&session.triangle_caches));
+    EXPECT_EQ(session_rename_layer(&session, model, "skin", "skin"), 1);
+    EXPECT_EQ(session_rename_layer(&session, model, "skin", ""), 0);
+    EXPECT_EQ(session_rename_layer(&session, model, "none", "other"), 0);
+    EXPECT_EQ(session_rename_layer(&session, model, "skin", nullptr), 0);
+    EXPECT_EQ(list_count(&session.triangle_caches), 2);
 }
 
 TEST_F(SessionTest, ForgettingNothingLeavesEveryRecordWhereItIs) {
@@ -386,9 +373,9 @@ TEST_F(SessionTest, ForgettingNothingLeavesEveryRecordWhereItIs) {
     session_forget_child(nullptr, child);
     session_forget_joint(nullptr, joint);
     EXPECT_EQ(RECORDS_OF_A_MODEL + 1, records());
-    EXPECT_EQ(0, triangle->state_index);
-    EXPECT_EQ(0, child->state_index);
-    EXPECT_EQ(0, joint->state_index);
+    EXPECT_EQ(triangle->state_index, 0);
+    EXPECT_EQ(child->state_index, 0);
+    EXPECT_EQ(joint->state_index, 0);
 }
 
 TEST_F(SessionTest, ForgettingALayerAChildOrAJointTakesItsRecordsAlone) {
@@ -397,15 +384,15 @@ TEST_F(SessionTest, ForgettingALayerAChildOrAJointTakesItsRecordsAlone) {
     Layer* layer = model_find_layer(parent, "skin");
     Joint* joint = model_find_joint(parent, "hip");
     session_forget_layer(&session, layer);
-    EXPECT_EQ(0, list_count(&session.triangle_caches));
-    EXPECT_EQ(-1, static_cast<Triangle*>(list_at(&layer->triangles, 0, 0))->state_index);
-    EXPECT_EQ(RECORDS_OF_A_MODEL, records());
+    EXPECT_EQ(list_count(&session.triangle_caches), 0);
+    EXPECT_EQ(static_cast<Triangle*>(list_at(&layer->triangles, 0, 0))->state_index, -1);
+    EXPECT_EQ(records(), RECORDS_OF_A_MODEL);
     session_forget_child(&session, child);
-    EXPECT_EQ(0, list_count(&session.child_states));
-    EXPECT_EQ(-1, child->state_index);
+    EXPECT_EQ(list_count(&session.child_states), 0);
+    EXPECT_EQ(child->state_index, -1);
     session_forget_joint(&session, joint);
-    EXPECT_EQ(0, list_count(&session.joint_states));
-    EXPECT_EQ(-1, joint->state_index);
+    EXPECT_EQ(list_count(&session.joint_states), 0);
+    EXPECT_EQ(joint->state_index, -1);
     EXPECT_EQ(RECORDS_OF_A_MODEL - 2, records());
 }
 
@@ -416,9 +403,9 @@ TEST_F(SessionTest, WithoutASessionNothingIsSet) {
     session_set_message_callback(nullptr, nullptr);
     session_clear_bounds(nullptr);
     session_build_digits(nullptr);
-    EXPECT_EQ(3.0f, session.radius);
+    EXPECT_EQ(session.radius, 3.0f);
     session_status(&session, "Ready");
-    EXPECT_EQ(1u, reports.size());
+    EXPECT_EQ(reports.size(), 1u);
 }
 
 }  // namespace

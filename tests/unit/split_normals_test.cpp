@@ -50,7 +50,7 @@ TEST_F(SplitNormals, where_two_joints_meet_only_the_normal_moves) {
     model_split_normals(model.get());
     EXPECT_EQ(triangles_of(model.get(), "body"), (std::vector<Ids>{{1, 11, 3}}));
     EXPECT_EQ(triangle_normals_of(model.get(), "body"), (std::vector<Ids>{{10, 11, 12}}));
-    for (const int id : {10, 11, 12}) EXPECT_EQ(point_of(model.get(), id)->joint_a, hand);
+    for (const int id : {10, 11, 12}) { EXPECT_EQ(point_of(model.get(), id)->joint_a, hand); }
     EXPECT_EQ(hand->point_count, 3);
     EXPECT_EQ(arm->point_count, 0);
 }

@@ -1,15 +1,15 @@
 // Curved primitives made flat.
 #include <gtest/gtest.h>
 
+#include "formats/layer_image.h"
 #include "reduce/bake_mirror.h"
 #include "reduce/flatten.h"
 #include "reduce/flatten_limits.h"
 #include "reduce/tessellate.h"
-#include "formats/layer_image.h"
-#include "surfaces/patch.h"
 #include "support/edit_model.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
+#include "surfaces/patch.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ protected:
     // Corners 1 to 4 in the plane z = 0; 5 to 8 hold normals of their own, so that new points begin at 9.
     Tessellate() {
         put_points(model.get(), {{0, 0, 0}, {100, 0, 0}, {0, 100, 0}, {100, 100, 0}});
-        for (int id = 5; id <= 8; ++id) put_point(model.get(), id, {500, 500, 500}, {0, 0, 1});
+        for (int id = 5; id <= 8; ++id) { put_point(model.get(), id, {500, 500, 500}, {0, 0, 1}); }
         put_layer(model.get());
     }
 
@@ -121,15 +121,18 @@ TEST_F(Tessellate, split_strips_keep_the_winding_of_the_primitive) {
         const Vec3 a = place(t[0]), b = place(t[1]), c = place(t[2]);
         return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
     };
-    for (const auto& [corners, type] : {std::pair{Ids{1, 2, 3}, 1}, {Ids{1, 2, 3}, 2}, {Ids{1, 2, 3}, 3},
-                                        {Ids{1, 2, 3, 4}, 2}, {Ids{1, 2, 3, 4}, 4}}) {
+    for (const auto& [corners, type] : {std::pair{Ids{1, 2, 3}, 1},
+                                        {Ids{1, 2, 3}, 2},
+                                        {Ids{1, 2, 3}, 3},
+                                        {Ids{1, 2, 3, 4}, 2},
+                                        {Ids{1, 2, 3, 4}, 4}}) {
         put_triangle(model.get(), "body", corners, {}, type);
     }
     model_tessellate(model.get(), 1);
     model_triangulate(model.get());
     const List triangles = triangles_of(model.get(), "body");
     EXPECT_EQ(triangles.size(), 2u + 4u + 5u + 4u + 8u);
-    for (const Ids& triangle : triangles) EXPECT_GT(area(triangle), 0) << testing::PrintToString(triangle);
+    for (const Ids& triangle : triangles) { EXPECT_GT(area(triangle), 0) << testing::PrintToString(triangle); }
 }
 
 TEST_F(Tessellate, level_of_detail_has_no_effect) {
@@ -143,7 +146,7 @@ TEST_F(Tessellate, level_of_detail_has_no_effect) {
         EXPECT_EQ(model_tessellate(each.get(), lod), 1);
         texts.push_back(model_text(each.get()));
     }
-    for (const std::string& text : texts) EXPECT_EQ(text, texts[2]);
+    for (const std::string& text : texts) { EXPECT_EQ(text, texts[2]); }
 }
 
 TEST_F(Tessellate, flat_primitives_stay_and_curved_ones_go) {
@@ -302,8 +305,10 @@ TEST_F(Tessellate, texture_coordinates_are_mapped_anew) {
 class TessellateJoints : public Tessellate {
 protected:
     TessellateJoints()
-        : arm(put_joint(model.get(), "arm")), hand(put_joint(model.get(), "hand", "arm")),
-          finger(put_joint(model.get(), "finger", "hand")), tail(put_joint(model.get(), "tail")) {}
+        : arm(put_joint(model.get(), "arm")),
+          hand(put_joint(model.get(), "hand", "arm")),
+          finger(put_joint(model.get(), "finger", "hand")),
+          tail(put_joint(model.get(), "tail")) {}
 
     void bind(const std::vector<Joint*>& joints, const std::vector<float>& weights = {1, 1, 1, 1}) {
         for (size_t i = 0; i < joints.size(); ++i) {
@@ -432,12 +437,12 @@ TEST_F(TessellateJoints, models_without_joints_blend_the_weights_alone) {
 // The points of the surface that is drawn at level 1, for every form, on corners that are anything but flat.
 TEST_F(Tessellate, new_points_are_those_of_the_surface_that_is_drawn) {
     const Vec3 normals[] = {{-0.6f, 0, 0.8f}, {0.48f, -0.6f, 0.64f}, {0, 0.6f, 0.8f}, {0.6f, 0.64f, 0.48f}};
-    for (int i = 0; i < 4; ++i) point_of(model.get(), 1 + i)->normal = normals[i];
+    for (int i = 0; i < 4; ++i) { point_of(model.get(), 1 + i)->normal = normals[i]; }
     Vec3 corners[4], places[PATCH_NORMAL_PLACES] = {};
-    for (int i = 0; i < 4; ++i) corners[i] = place(1 + i);
-    for (int i = 0; i < 4; ++i) places[i] = {0, 0, 1};
+    for (int i = 0; i < 4; ++i) { corners[i] = place(1 + i); }
+    for (int i = 0; i < 4; ++i) { places[i] = {0, 0, 1}; }
     const int ring[] = {0, 1, 1, 3, 3, 2, 2, 0};
-    for (int i = 0; i < 8; ++i) places[4 + i] = normals[ring[i]];
+    for (int i = 0; i < 8; ++i) { places[4 + i] = normals[ring[i]]; }
     QuadPatch patch;
     patch_build_quad(corners, places, &patch);
     Vec3 positions[PATCH_VERTEX_LIMIT], directions[PATCH_VERTEX_LIMIT];

@@ -1,5 +1,4 @@
 // Formatted text for files: fields, numbers, and what becomes of a sink that refuses.
-
 #include "formats/text_output.h"
 
 #include <gtest/gtest.h>
@@ -54,16 +53,14 @@ TEST(TextOutput, LongTextsAreHandedOnInBetween) {
                        static_cast<std::vector<size_t>*>(context)->push_back(size);
                        return true;
                    },
-                   &sizes, {}, false};
+                   &sizes,
+                   {},
+                   false};
     const std::string piece(1000, 'p');
-    for (int i = 0; i < 200; ++i) {
-        text_put(out, "%s", {piece.c_str()});
-    }
+    for (int i = 0; i < 200; ++i) { text_put(out, "%s", {piece.c_str()}); }
     EXPECT_TRUE(text_finish(out));
     size_t total = 0;
-    for (const size_t size : sizes) {
-        total += size;
-    }
+    for (const size_t size : sizes) { total += size; }
     EXPECT_EQ(total, 200000u);
     EXPECT_GT(sizes.size(), 1u);
 }
@@ -74,10 +71,10 @@ TEST(TextOutput, ASinkThatRefusesIsNotAskedAgain) {
                        ++*static_cast<int*>(context);
                        return false;
                    },
-                   &asked, {}, false};
-    for (int i = 0; i < 3; ++i) {
-        text_put(out, "%s", {std::string(100000, 'x').c_str()});
-    }
+                   &asked,
+                   {},
+                   false};
+    for (int i = 0; i < 3; ++i) { text_put(out, "%s", {std::string(100000, 'x').c_str()}); }
     EXPECT_FALSE(text_finish(out));
     EXPECT_EQ(asked, 1);
 }

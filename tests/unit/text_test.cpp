@@ -34,9 +34,7 @@ std::string float_text(double value, int decimals) {
     return buffer;
 }
 
-TEST(WordClass, NullIsNone) {
-    EXPECT_EQ(word_class(nullptr), WORD_NONE);
-}
+TEST(WordClass, NullIsNone) { EXPECT_EQ(word_class(nullptr), WORD_NONE); }
 
 TEST(WordClass, DigitsAndMinusSignsAnywhereAreIntegers) {
     for (const char* text : {"12", "-", "--5", "5-3", "-0", "", "99999999999999999999"}) {
@@ -141,16 +139,10 @@ TEST(TextToDouble, AgreesWithTheLibraryOnRandomWords) {
         std::string text = random() % 2 == 0 ? "-" : "";
         const size_t whole = random() % 12;
         const size_t decimals = random() % 14;
-        for (size_t k = 0; k < whole; ++k) {
-            text += static_cast<char>('0' + random() % 10);
-        }
+        for (size_t k = 0; k < whole; ++k) { text += static_cast<char>('0' + random() % 10); }
         text += random() % 8 != 0 ? "." : "";
-        for (size_t k = 0; k < decimals; ++k) {
-            text += static_cast<char>('0' + random() % 10);
-        }
-        if (random() % 10 == 0) {
-            text += "e" + std::to_string(static_cast<int>(random() % 60) - 30);
-        }
+        for (size_t k = 0; k < decimals; ++k) { text += static_cast<char>('0' + random() % 10); }
+        if (random() % 10 == 0) { text += "e" + std::to_string(static_cast<int>(random() % 60) - 30); }
         const double expected = std::strtod(text.c_str(), nullptr);
         ASSERT_EQ(text_to_double(text.c_str()), expected) << text;
     }
@@ -197,9 +189,9 @@ TEST(FloatToInt, SaturatesAndTurnsANonNumberIntoZero) {
 }
 
 TEST(ToFloat, RoundsToTheNearestFloat) {
-    EXPECT_EQ(to_float(0.1), 0.1F);
-    EXPECT_EQ(to_float(-16777217.0), -16777216.0F);
-    EXPECT_EQ(to_float(1e-60), 0.0F);
+    EXPECT_EQ(to_float(0.1), 0.1f);
+    EXPECT_EQ(to_float(-16777217.0), -16777216.0f);
+    EXPECT_EQ(to_float(1e-60), 0.0f);
 }
 
 TEST(ToFloat, TooLargeBecomesAnInfinity) {

@@ -25,9 +25,7 @@ constexpr float INFINITE = std::numeric_limits<float>::infinity();
 
 // The rule, word by word. Ends only for numbers below 2 to the power of 25.
 float folded_step_by_step(float x) {
-    while (x > 2.0f) {
-        x -= 2.0f;
-    }
+    while (x > 2.0f) { x -= 2.0f; }
     return x <= 1.0f ? x : 1.0f - (x - 1.0f);
 }
 
@@ -75,8 +73,14 @@ TEST(PlanarUv, EachAxisCodeNamesAnAxisAndADirection) {
     struct {
         int code;
         float expected;
-    } const cases[] = {{AXIS_X, 0.75f},       {AXIS_Y, 0.25f},       {AXIS_Z, 0.125f}, {AXIS_MINUS_X, 0.25f},
-                       {AXIS_MINUS_Y, 0.75f}, {AXIS_MINUS_Z, 0.875f}, {0, 0.0f},        {7, 0.0f},
+    } const cases[] = {{AXIS_X, 0.75f},
+                       {AXIS_Y, 0.25f},
+                       {AXIS_Z, 0.125f},
+                       {AXIS_MINUS_X, 0.25f},
+                       {AXIS_MINUS_Y, 0.75f},
+                       {AXIS_MINUS_Z, 0.875f},
+                       {0, 0.0f},
+                       {7, 0.0f},
                        {-1, 0.0f}};
     for (const auto& each : cases) {
         // x a quarter in, y a quarter in, z seven eighths in.

@@ -44,11 +44,11 @@ Vec3 applied(const Mat4& m, Vec3 p) {
 }
 
 void expect_identity(const Mat4& m, float tolerance = 1e-6f) {
-    for (int i = 0; i < 16; ++i) EXPECT_NEAR(m.m[i], i % 5 == 0 ? 1.0f : 0.0f, tolerance) << "element " << i;
+    for (int i = 0; i < 16; ++i) { EXPECT_NEAR(m.m[i], i % 5 == 0 ? 1.0f : 0.0f, tolerance) << "element " << i; }
 }
 
 void expect_transposed(const Mat4& gl, const Mat4& m) {
-    for (int i = 0; i < 16; ++i) EXPECT_EQ(gl.m[i], m.m[i % 4 * 4 + i / 4]) << "element " << i;
+    for (int i = 0; i < 16; ++i) { EXPECT_EQ(gl.m[i], m.m[i % 4 * 4 + i / 4]) << "element " << i; }
 }
 
 class TransformState : public ::testing::Test {
@@ -56,8 +56,8 @@ protected:
     void SetUp() override { test::set_up_lists(&session); }
     void TearDown() override {
         builders.clear();
-        for (ModelAnimation* animation : animations) animation_release(animation);
-        for (Model* model : models) model_release(model);
+        for (ModelAnimation* animation : animations) { animation_release(animation); }
+        for (Model* model : models) { model_release(model); }
         test::free_lists(&session);
     }
 
@@ -87,7 +87,7 @@ protected:
     Vec3 joint_position(Model* of, Joint* j) { return joint_state(&session, of, j)->position; }
     ChildLink* link(Model* of, const char* name, Model* child, float x = 0, float y = 0, float z = 0) {
         ChildLink* added = model_add_child(of, child, name, x, y, z, 1, 1, 1, "0", "0", "0");
-        if (child != nullptr) std::erase(models, child);
+        if (child != nullptr) { std::erase(models, child); }
         return added;
     }
 
@@ -109,7 +109,7 @@ TEST_F(TransformState, ModelStateStartsAtIdentity) {
     EXPECT_EQ(state->time, TIME_NEVER);
     expect_vec(state->translate, 0, 0, 0, 0);
     expect_vec(state->scale, 1, 1, 1, 0);
-    for (const char* text : {state->rotate[0], state->rotate[1], state->rotate[2]}) EXPECT_STREQ(text, "0");
+    for (const char* text : {state->rotate[0], state->rotate[1], state->rotate[2]}) { EXPECT_STREQ(text, "0"); }
     expect_identity(state->matrix, 0);
     expect_identity(state->rotation, 0);
     expect_identity(state->gl_matrix, 0);
@@ -508,13 +508,13 @@ TEST_F(TransformState, CircleEndsWhenTheRecordAtItsCutIsMadeAgain) {
     joints_evaluate(&session, 1.0f, m, a);
     session_forget_joint(&session, c);
     joints_evaluate(&session, 2.0f, m, a);
-    for (Joint& each : list_elements<Joint>(m->joints)) EXPECT_EQ(joint_state(&session, m, &each)->time, 2.0f);
+    for (Joint& each : list_elements<Joint>(m->joints)) { EXPECT_EQ(joint_state(&session, m, &each)->time, 2.0f); }
 }
 
 TEST_F(TransformState, CircleOfTenThousandJointsEnds) {
     constexpr int LENGTH = 10000;
     Model* m = model();
-    for (int i = 0; i < LENGTH; ++i) joint(m, name_of(i).c_str(), i, 0, 0, name_of((i + 1) % LENGTH).c_str());
+    for (int i = 0; i < LENGTH; ++i) { joint(m, name_of(i).c_str(), i, 0, 0, name_of((i + 1) % LENGTH).c_str()); }
     joints_evaluate(&session, 1.0f, m, animate(m));
     EXPECT_EQ(joint_state(&session, m, model_find_joint(m, name_of(LENGTH - 1).c_str()))->parent, nullptr);
     expect_vec(joint_position(m, model_find_joint(m, "j0")), 0, 0, 0, 0.5f);
@@ -593,7 +593,7 @@ TEST_F(Weights, QuarterWithoutSecondJointLiesOnTheStraightLineNotOnAnArc) {
     Point* p = point(m, 1, 8, 0, 0, 0.25f, "a");
     model_set_normal(m, 1, 1, 0, 0);
     evaluate();
-    expect_vec(position(p), 6, 2, 0);            // a quarter of the way from (8, 0, 0) to (0, 8, 0)
+    expect_vec(position(p), 6, 2, 0);           // a quarter of the way from (8, 0, 0) to (0, 8, 0)
     expect_vec(normal(p), 0.75f, 0.25f, 0.0f);  // not made unit length again
 }
 
@@ -612,7 +612,9 @@ TEST_F(TransformState, EveryAxisOfPlaceAndNormalIsBlended) {
     joint(m, "b", 0, 0, 0, "world");
     Point* both = point(m, 1, 1, 2, 3, 0.25f, "a", "b");
     Point* half_free = point(m, 2, 1, 2, 3, 0.25f, "a");
-    for (int id = 1; id <= 2; ++id) model_set_normal(m, id, 2, 3, 6);  // of the length 7
+    for (int id = 1; id <= 2; ++id) {
+        model_set_normal(m, id, 2, 3, 6);  // of the length 7
+    }
     ModelAnimation* animation = animate(m);
     clip().frame(0, {{JOINTS, turn_key(1, 0, 0, 90)}, {JOINTS + 1, turn_key(0, 1, 0, 180)}}).end(1);
     model_evaluate(&session, 0.5f, m, animation);
@@ -693,7 +695,7 @@ TEST_F(Weights, WeightThatIsNoNumberFollowsTheSecondJoint) {
 
 TEST_F(Weights, PointsThatChangeJointsFromOneToTheNextKeepTheirOwn) {
     Point* points[6];
-    for (int i = 0; i < 6; ++i) points[i] = point(m, i + 1, 8, 0, 0, 1.0f, i % 2 == 0 ? "a" : "b");
+    for (int i = 0; i < 6; ++i) { points[i] = point(m, i + 1, 8, 0, 0, 1.0f, i % 2 == 0 ? "a" : "b"); }
     evaluate();
     for (int i = 0; i < 6; ++i) {
         if (i % 2 == 0) {
@@ -730,8 +732,12 @@ TEST_F(TransformState, LinksAreNumberedDepthFirstALinkBeforeItsSubTree) {
     links[3] = link(m, "right", right);
     ModelAnimation* a = animate(m);
     ASSERT_EQ(a->slot_count, 1 + 4 + 2);
-    clip().frame(0, {{3, turn_key(0, 0, 1, 10)}, {4, turn_key(0, 0, 1, 20)}, {5, turn_key(0, 0, 1, 30)},
-                     {6, turn_key(0, 0, 1, 40)}}).end(1);
+    clip()
+        .frame(0, {{3, turn_key(0, 0, 1, 10)},
+                   {4, turn_key(0, 0, 1, 20)},
+                   {5, turn_key(0, 0, 1, 30)},
+                   {6, turn_key(0, 0, 1, 40)}})
+        .end(1);
     model_evaluate(&session, 0.5f, m, a);
     for (int i = 0; i < 4; ++i) {
         const Mat4& turned = child_state(&session, links[i])->matrix;
@@ -844,8 +850,10 @@ protected:
         body = model();
         hand = joint(body, "hand", 4, 0, 0, "world");
         body_animation = animate(body);
-        clip().frame(0, {{TRANSLATE, place_key(0, 10, 0)}, {ROTATE, turn_key(0, 0, 1, 90)},
-                         {JOINTS, turn_key(0, 0, 1, 90)}}).end(9);
+        clip()
+            .frame(0,
+                   {{TRANSLATE, place_key(0, 10, 0)}, {ROTATE, turn_key(0, 0, 1, 90)}, {JOINTS, turn_key(0, 0, 1, 90)}})
+            .end(9);
         tool = model();
         tool_animation = animate(tool);
         clip().frame(0, {{TRANSLATE, place_key(1, 0, 0)}}).end(9);
@@ -912,7 +920,7 @@ TEST_F(Hanging, JointsOfAParentThatGrowWhileTheAnimationRunsLeaveTheRowWhereItWa
     session_add_root(&session, tool, tool_animation);
     session.anim_time = 1.0f;
     scene_evaluate(&session);
-    for (int i = 0; i < 100; ++i) joint(body, name_of(i).c_str(), i, 0, 0, "hand");
+    for (int i = 0; i < 100; ++i) { joint(body, name_of(i).c_str(), i, 0, 0, "hand"); }
     session.anim_time = 2.0f;
     scene_evaluate(&session);
     expect_vec(tool_place(), -1, 14, 0);

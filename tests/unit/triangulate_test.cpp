@@ -1,9 +1,9 @@
 // Splitting quads and polygons into triangles.
 #include <gtest/gtest.h>
 
-#include "reduce/flatten.h"
 #include "formats/layer_image.h"
 #include "formats/line_reader.h"
+#include "reduce/flatten.h"
 #include "support/edit_model.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"

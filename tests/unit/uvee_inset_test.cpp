@@ -13,7 +13,7 @@ class UveeInset : public testing::Test {
 protected:
     void SetUp() override {
         model = model_create("inset.mod", nullptr);
-        for (int id = 1; id <= 4; ++id) model_set_point(model, id, id, id * id, 0, 1.0f);
+        for (int id = 1; id <= 4; ++id) { model_set_point(model, id, id, id * id, 0, 1.0f); }
     }
     void TearDown() override { model_release(model); }
 
@@ -34,7 +34,9 @@ protected:
         const int32_t points[4] = {1, 2, 3, 4};
         EXPECT_EQ(model_add_triangle(model, layer, 1, points, nullptr, nullptr, 0), 1);
         Triangle* last = nullptr;
-        for (Triangle& triangle : list_elements<Triangle>(model_find_layer(model, layer)->triangles)) last = &triangle;
+        for (Triangle& triangle : list_elements<Triangle>(model_find_layer(model, layer)->triangles)) {
+            last = &triangle;
+        }
         for (float(&uv)[2] : last->uvs) {
             uv[0] = u;
             uv[1] = v;
@@ -46,7 +48,7 @@ protected:
         const int32_t points[3] = {1, 2, 3};
         EXPECT_EQ(model_add_polygon(model, layer, 3, points, nullptr), 1);
         Polygon* last = nullptr;
-        for (Polygon& polygon : list_elements<Polygon>(model_find_layer(model, layer)->polygons)) last = &polygon;
+        for (Polygon& polygon : list_elements<Polygon>(model_find_layer(model, layer)->polygons)) { last = &polygon; }
         for (PolygonVertex& vertex : list_elements<PolygonVertex>(last->vertices)) {
             vertex.u = u;
             vertex.v = v;

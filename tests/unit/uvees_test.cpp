@@ -16,7 +16,7 @@ using UvMap = std::map<int, std::pair<float, float>>;
 
 UvMap uvees_of(Model* model, const char* layer) {
     UvMap out;
-    for (const Uvee& uvee : list_elements<Uvee>(layer_of(model, layer)->uvees)) out[uvee.point] = {uvee.u, uvee.v};
+    for (const Uvee& uvee : list_elements<Uvee>(layer_of(model, layer)->uvees)) { out[uvee.point] = {uvee.u, uvee.v}; }
     return out;
 }
 
@@ -63,8 +63,7 @@ TEST_F(Uvees, the_last_corner_at_a_point_decides) {
     number_uvs(put_triangle(model.get(), "body", {1, 2, 3}), 10);
     number_uvs(put_triangle(model.get(), "body", {1, 4, 4}), 20);
     model_triangulate_all(model.get());
-    EXPECT_EQ(uvees_of(model.get(), "body"),
-              (UvMap{{1, {20, -20}}, {2, {11, -11}}, {3, {12, -12}}, {4, {22, -22}}}));
+    EXPECT_EQ(uvees_of(model.get(), "body"), (UvMap{{1, {20, -20}}, {2, {11, -11}}, {3, {12, -12}}, {4, {22, -22}}}));
 }
 
 TEST_F(Uvees, store_passes_over_layers_without_an_image) {
@@ -78,8 +77,7 @@ TEST_F(Uvees, store_takes_the_fourth_corner_of_a_quad_alone) {
     number_uvs(put_triangle(model.get(), "body", {1, 2, 3, 4}), 10);
     number_uvs(put_triangle(model.get(), "body", {1, 2, 3}), 20);
     EXPECT_EQ(model_store_uvees(model.get()), 1);
-    EXPECT_EQ(uvees_of(model.get(), "body"),
-              (UvMap{{1, {20, -20}}, {2, {21, -21}}, {3, {22, -22}}, {4, {13, -13}}}));
+    EXPECT_EQ(uvees_of(model.get(), "body"), (UvMap{{1, {20, -20}}, {2, {21, -21}}, {3, {22, -22}}, {4, {13, -13}}}));
     EXPECT_EQ(error_text(), "(none)");
 }
 
@@ -109,7 +107,7 @@ TEST_F(Uvees, jitter_makes_the_same_shifts_each_time_and_none_is_negative) {
     put_points(other.get(), {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}});
     put_layer(other.get());
     for (Model* each : {model.get(), other.get()}) {
-        for (int id = 1; id <= 4; ++id) model_add_uvee(each, "body", id, 0.5f, 0.5f);
+        for (int id = 1; id <= 4; ++id) { model_add_uvee(each, "body", id, 0.5f, 0.5f); }
         model_jitter_uvees(each, 0.01f, 0.01f);
     }
     EXPECT_EQ(uvees_of(model.get(), "body"), uvees_of(other.get(), "body"));

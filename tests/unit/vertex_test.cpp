@@ -32,7 +32,7 @@ protected:
                            const int32_t* controls = nullptr, int curve_type = 0) {
         EXPECT_EQ(model_add_triangle(model, "body", quad, points, normals, controls, curve_type), 1);
         Triangle* last = nullptr;
-        for (Triangle& t : list_elements<Triangle>(model_find_layer(model, "body")->triangles)) last = &t;
+        for (Triangle& t : list_elements<Triangle>(model_find_layer(model, "body")->triangles)) { last = &t; }
         return last;
     }
 
@@ -72,7 +72,7 @@ TEST_F(Vertices, CacheOfATriangleHoldsSlotsAndTheFaceNormal) {
         EXPECT_EQ(cache->point_slots[i], point_slots[i]);
         EXPECT_EQ(cache->normal_slots[i], normal_slots[i]);
     }
-    for (const int32_t slot : cache->control_slots) EXPECT_EQ(slot, -1);
+    for (const int32_t slot : cache->control_slots) { EXPECT_EQ(slot, -1); }
     // u = (1, 0, 0), v = (0, 1, 0), normal = v cross u
     expect_vector(cache->face_normal, 0, 0, -1);
     expect_vector(cache->face_normal_2, 0, 0, 0);
@@ -83,7 +83,7 @@ TEST_F(Vertices, CacheOfAQuadHasTheNormalOfItsSecondHalf) {
     add_square();
     const int32_t points[4] = {10, 11, 12, 13};
     const TriangleCache* cache = triangle_cache_get(&session, model, add_triangle(1, points));
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(cache->point_slots[i], i);
+    for (int i = 0; i < 4; ++i) { EXPECT_EQ(cache->point_slots[i], i); }
     expect_vector(cache->face_normal, 0, 0, -1);
     // Corners 2, 1, 3: u = (2, -2, 0), v = (2, 0, 4), v cross u = (8, 8, -4), length 12.
     expect_vector(cache->face_normal_2, 8.0 / 12, 8.0 / 12, -4.0 / 12);
@@ -95,10 +95,10 @@ TEST_F(Vertices, ControlsOfACurvedTriangleAreSixAndOfAQuadEight) {
     const int32_t controls[8] = {13, 12, 11, 10, 13, 12, 11, 10};
     const TriangleCache* six = triangle_cache_get(&session, model, add_triangle(0, points, nullptr, controls, 3));
     const int32_t expected_six[8] = {3, 2, 1, 0, 3, 2, -1, -1};
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(six->control_slots[i], expected_six[i]);
+    for (int i = 0; i < 8; ++i) { EXPECT_EQ(six->control_slots[i], expected_six[i]); }
     const TriangleCache* eight = triangle_cache_get(&session, model, add_triangle(1, points, nullptr, controls, 4));
     const int32_t expected_eight[8] = {3, 2, 1, 0, 3, 2, 1, 0};
-    for (int i = 0; i < 8; ++i) EXPECT_EQ(eight->control_slots[i], expected_eight[i]);
+    for (int i = 0; i < 8; ++i) { EXPECT_EQ(eight->control_slots[i], expected_eight[i]); }
 }
 
 TEST_F(Vertices, ASecondCallGivesTheSameCache) {
@@ -179,7 +179,7 @@ TEST_F(Vertices, AReferenceToAPointOfAChildHasNoSlot) {
 }
 
 TEST_F(Vertices, SlotsBeyondSixteenBitsAreKept) {
-    for (int32_t id = 40001; id <= 80000; ++id) add_point(id, 0, 0, 0);
+    for (int32_t id = 40001; id <= 80000; ++id) { add_point(id, 0, 0, 0); }
     add_square();
     const int32_t points[4] = {10, 11, 12, 0};
     const TriangleCache* cache = triangle_cache_get(&session, model, add_triangle(0, points));

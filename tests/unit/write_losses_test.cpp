@@ -1,5 +1,4 @@
 // What the writer loses on a model is told, kind by kind; and what survives is not.
-
 #include "tools/write_losses.h"
 
 #include <gtest/gtest.h>
@@ -23,9 +22,7 @@ constexpr const char* FOUR_POINTS =
 class WriteLosses : public testing::Test {
 protected:
     WriteLosses() {
-        for (const char* name : {"a.tga", "r.tga", "a b.tga"}) {
-            dir.write(name, test::solid_tga(1, 1, 1, 2, 3));
-        }
+        for (const char* name : {"a.tga", "r.tga", "a b.tga"}) { dir.write(name, test::solid_tga(1, 1, 1, 2, 3)); }
         dir.write("wing.mod", "");
     }
     OwnedModel read(const std::string& text) {
@@ -39,9 +36,7 @@ protected:
         const std::vector<WriteLoss> losses = model_write_losses(model.get());
         if (losses.size() != 1) {
             std::string all = std::to_string(losses.size()) + " losses:";
-            for (const WriteLoss& loss : losses) {
-                all += "\n" + loss.text;
-            }
+            for (const WriteLoss& loss : losses) { all += "\n" + loss.text; }
             return all;
         }
         const bool reads_back = test::write_and_read(dir, model.get()) != nullptr;
@@ -55,12 +50,11 @@ protected:
 constexpr const char* LAYER = "layer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n";
 
 TEST_F(WriteLosses, AModelThatSurvivesHasNone) {
-    const OwnedModel model = read(
-        std::string("joint j 1 2 3 world 2\njoint k 4 5 6 j 1\n") + FOUR_POINTS +
-        "gouraud\n1 1 2 3 4\nlayer a 1 2 3 doublesided mirror x\ntransparency 0.25\n"
-        "triangles\n0 1 2 3\n1 1 2 3 4 4 3 2 1\n2 1 2 3 4\n3 1 2 3 2 4 1 2\n4 1 2 3 4\n"
-        "uvees\n1 0.5 0.25\nimage a.tga x y\nmirrorimage r.tga\nlines\n2 1 2\n"
-        "child wing 1.0 2.0 3.0 1.5 1 1 0 0 90\n");
+    const OwnedModel model = read(std::string("joint j 1 2 3 world 2\njoint k 4 5 6 j 1\n") + FOUR_POINTS +
+                                  "gouraud\n1 1 2 3 4\nlayer a 1 2 3 doublesided mirror x\ntransparency 0.25\n"
+                                  "triangles\n0 1 2 3\n1 1 2 3 4 4 3 2 1\n2 1 2 3 4\n3 1 2 3 2 4 1 2\n4 1 2 3 4\n"
+                                  "uvees\n1 0.5 0.25\nimage a.tga x y\nmirrorimage r.tga\nlines\n2 1 2\n"
+                                  "child wing 1.0 2.0 3.0 1.5 1 1 0 0 90\n");
     EXPECT_EQ(model_write_losses(model.get()).size(), 0u) << model_write_losses(model.get())[0].text;
     EXPECT_TRUE(model_write_losses(nullptr).empty());
 }
@@ -83,8 +77,9 @@ TEST_F(WriteLosses, CurveTypes) {
 }
 
 TEST_F(WriteLosses, BlendGroups) {
-    const OwnedModel model = read("joint a 0 0 0 world 1\njoint b 0 0 0 a 1\nblend a b 1\n"
-                                  "points\n1 0 0 0\n2 0 0 0\n3 0 0 0\nnormals\n1 0 0 1\n");
+    const OwnedModel model = read(
+        "joint a 0 0 0 world 1\njoint b 0 0 0 a 1\nblend a b 1\n"
+        "points\n1 0 0 0\n2 0 0 0\n3 0 0 0\nnormals\n1 0 0 1\n");
     const std::vector<WriteLoss> losses = model_write_losses(model.get());
     ASSERT_EQ(losses.size(), 2u);
     EXPECT_EQ(losses[0].text, "not written, their points keep the first joint alone: 1 blend group");
@@ -106,11 +101,11 @@ TEST_F(WriteLosses, ReflectionMapsAndRepeatFactors) {
               "layer a: the reflection map r.tga is not written");
     EXPECT_EQ(only_loss(std::string(LAYER) + "image a.tga x y repeat 2 2\n"),
               "layer a: the repeat factors of the image are not written");
-    EXPECT_EQ(model_write_losses(read(FOUR_POINTS + std::string(LAYER) +
-                                      "uvees\n1 0 0\n2 0 1\n3 1 1\nimage a.tga x y repeat 2 2\n")
-                                     .get())
-                  .size(),
-              0u)
+    EXPECT_EQ(
+        model_write_losses(
+            read(FOUR_POINTS + std::string(LAYER) + "uvees\n1 0 0\n2 0 1\n3 1 1\nimage a.tga x y repeat 2 2\n").get())
+            .size(),
+        0u)
         << "where every corner has coordinates of its own, the factors act on nothing";
 }
 
@@ -146,8 +141,7 @@ TEST_F(WriteLosses, Fractions) {
 }
 
 TEST_F(WriteLosses, EmptyLayers) {
-    EXPECT_EQ(only_loss("layer none 1 2 3 singlesided\n"),
-              "layer none: has no triangle and no line and is left out");
+    EXPECT_EQ(only_loss("layer none 1 2 3 singlesided\n"), "layer none: has no triangle and no line and is left out");
 }
 
 TEST_F(WriteLosses, NormalsOfCorners) {
@@ -169,9 +163,7 @@ TEST_F(WriteLosses, CountsOfJoints) {
 TEST_F(WriteLosses, NamesWithBlanks) {
     const std::string reason =
         ": a name that is empty or holds blanks comes out without quotes and is read as something else";
-    const auto first_loss = [&](const std::string& lines) {
-        return model_write_losses(read(lines).get()).at(0).text;
-    };
+    const auto first_loss = [&](const std::string& lines) { return model_write_losses(read(lines).get()).at(0).text; };
     EXPECT_EQ(first_loss("joint \"left arm\" 0 0 0 world 0\n"), "joint \"left arm\"" + reason);
     EXPECT_EQ(first_loss("joint a 0 0 0 \"left arm\" 0\n"), "parent joint \"left arm\"" + reason);
     EXPECT_EQ(first_loss(FOUR_POINTS + std::string("layer \"a\tb\" 1 2 3 singlesided\ntriangles\n0 1 2 3\n")),
@@ -207,8 +199,9 @@ TEST_F(WriteLosses, RowsThatDoNotFitALine) {
 }
 
 TEST_F(WriteLosses, IdsThatWereCutTo16Bits) {
-    const OwnedModel model = read("points\n1 0 0 0\n40000 0 0 0\nnormals\n1 0 0 1\n"
-                                  "layer a 1 2 3 singlesided\ntriangles\n0 1 1 40000\n");
+    const OwnedModel model = read(
+        "points\n1 0 0 0\n40000 0 0 0\nnormals\n1 0 0 1\n"
+        "layer a 1 2 3 singlesided\ntriangles\n0 1 1 40000\n");
     EXPECT_EQ(only_loss(model),
               "layer a: 1 primitive with a corner that is no point of this model, or whose id is above 32767");
 }
@@ -226,7 +219,7 @@ TEST_F(WriteLosses, ATransparencyThatOnlyAnEditCanMake) {
 // Each point is looked for among the groups: one that is in the middle of thousands, and one that is in none.
 TEST_F(WriteLosses, APointOfAGroupIsFoundAmongThousandsOfOthers) {
     std::string joints;
-    for (int i = 0; i < 100; ++i) joints += "joint j" + std::to_string(i) + " 0 0 0 world 0\n";
+    for (int i = 0; i < 100; ++i) { joints += "joint j" + std::to_string(i) + " 0 0 0 world 0\n"; }
     std::string blends;
     std::string points = "points\n";
     for (int i = 0; i < 3000; ++i) {
@@ -236,7 +229,7 @@ TEST_F(WriteLosses, APointOfAGroupIsFoundAmongThousandsOfOthers) {
     points += "3001 0 0 0 0.5 j7 j99\n3002 0 0 0 0.5 j7 j8\n";
     const OwnedModel model = read(joints + blends + points);
     std::string all;
-    for (const WriteLoss& loss : model_write_losses(model.get())) all += loss.text + "\n";
+    for (const WriteLoss& loss : model_write_losses(model.get())) { all += loss.text + "\n"; }
     EXPECT_NE(all.find("second joint of their own lost: 1 point (first: 3001)\n"), std::string::npos) << all;
 }
 

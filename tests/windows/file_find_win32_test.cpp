@@ -23,9 +23,7 @@ TEST(FileFindWin32, NamesAreUtf8HereAndWideToTheSystem) {
     EXPECT_TRUE(file_system_name(std::string(40000, 'a').c_str()).empty());
 }
 
-TEST(FileFindWin32, ANameThatIsNotUtf8StillBecomesSomeName) {
-    EXPECT_EQ(file_system_name("caf\xE9.mod").size(), 8u);
-}
+TEST(FileFindWin32, ANameThatIsNotUtf8StillBecomesSomeName) { EXPECT_EQ(file_system_name("caf\xE9.mod").size(), 8u); }
 
 TEST(FileFindWin32, AFileWithAWideNameIsWrittenAndReadAgain) {
     TempDir dir;
@@ -54,7 +52,7 @@ TEST(FileFindWin32, CaseAndBothSeparatorsAreTheSystemsBusiness) {
     EXPECT_EQ(file_resolve(other.c_str()), other);
     std::string backward = other;
     for (char& c : backward) {
-        if (c == '/') c = '\\';
+        if (c == '/') { c = '\\'; }
     }
     EXPECT_EQ(file_exists(backward.c_str()), 1);
 }

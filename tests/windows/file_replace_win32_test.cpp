@@ -121,8 +121,8 @@ TEST(FileReplaceWin32, WhatFailsHasANumberThatTheLibraryOfCHasWordsFor) {
 
 TEST(FileReplaceWin32, ADeviceTakesTheBytesAndAPipeIsRefused) {
     EXPECT_EQ(put("NUL", "content"), 1);
-    const HANDLE pipe = CreateNamedPipeA("\\\\.\\pipe\\pelt test", PIPE_ACCESS_INBOUND, PIPE_TYPE_BYTE, 1, 64, 64, 0,
-                                         nullptr);
+    const HANDLE pipe =
+        CreateNamedPipeA("\\\\.\\pipe\\pelt test", PIPE_ACCESS_INBOUND, PIPE_TYPE_BYTE, 1, 64, 64, 0, nullptr);
     ASSERT_NE(pipe, INVALID_HANDLE_VALUE);
     EXPECT_EQ(put("\\\\.\\pipe\\pelt test", "content"), 0);
     CloseHandle(pipe);

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "support/temp_dir.h"
 #include "foundation/file_access.h"
+#include "support/temp_dir.h"
 #include "window/builtin_cursors.h"
 #include "window/cursor.h"
 #include "window/gl_window.h"
@@ -33,18 +33,18 @@ std::vector<MouseEvent> mouse;
 std::vector<KeyEvent> keys;
 int inits, resizes, paints;
 HWND destroys;  // what the next procedure of ours destroys, as a script may; null for nothing
-bool draws;  // whether a resize begins and ends a paint, as a frame does
+bool draws;     // whether a resize begins and ends a paint, as a frame does
 
 LRESULT CALLBACK parent_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
     at_parent.push_back({message, wparam, lparam});
-    if (message == 1025) status_text = reinterpret_cast<const char*>(lparam);
+    if (message == 1025) { status_text = reinterpret_cast<const char*>(lparam); }
     return message == 1025 ? 0 : DefWindowProcA(handle, message, wparam, lparam);
 }
 
 void destroy_what_is_due() {
     const HWND due = destroys;
     destroys = nullptr;
-    if (due != nullptr) DestroyWindow(due);
+    if (due != nullptr) { DestroyWindow(due); }
 }
 
 void on_init(WindowHandle window, int32_t, const void*) {
@@ -59,7 +59,7 @@ void on_paint(WindowHandle, int32_t, const void*) {
 void on_resize(WindowHandle window, int32_t, const void*) {
     ++resizes;
     destroy_what_is_due();
-    if (!draws) return;
+    if (!draws) { return; }
     gl_begin_paint(window);
     gl_swap_buffers(window);
     gl_end_paint(window);
@@ -85,7 +85,7 @@ int serve(int limit = 200) {
 
 size_t parent_got(UINT message) {
     size_t count = 0;
-    for (const Received& each : at_parent) count += each.message == message;
+    for (const Received& each : at_parent) { count += each.message == message; }
     return count;
 }
 
@@ -429,7 +429,7 @@ TEST_F(NativeWin32, AProcedureMayDestroyTheWindowOrItsParent) {
             EXPECT_EQ(GetCapture(), nullptr) << message;
             EXPECT_FALSE(gl_context_current(window)) << message;
             EXPECT_LT(serve(), 200);
-            if (!the_parent) DestroyWindow(parent);
+            if (!the_parent) { DestroyWindow(parent); }
             gl_system_init(reinterpret_cast<std::uintptr_t>(GetModuleHandleA(nullptr)));
             create();
         }
@@ -524,14 +524,14 @@ TEST_F(NativeWin32, APaletteIsSelectedAndTheOneBeforeComesBack) {
 }
 
 TEST_F(NativeWin32, TheCursorsInTheResourcesAreThoseOfTheFiles) {
-    constexpr size_t FILE_HEADER = 22;     // of a file with one picture
-    constexpr size_t GROUP_ID_AT = 18;     // of the picture, in its group
-    constexpr size_t HOT_SPOT_SIZE = 4;    // in front of the picture
+    constexpr size_t FILE_HEADER = 22;   // of a file with one picture
+    constexpr size_t GROUP_ID_AT = 18;   // of the picture, in its group
+    constexpr size_t HOT_SPOT_SIZE = 4;  // in front of the picture
     for (const BuiltinCursor& cursor : BUILTIN_CURSORS) {
         const auto bytes_of = [](int32_t number, int type) -> std::string {
             const HRSRC found = FindResourceA(win32_module, reinterpret_cast<const char*>(intptr_t{number}),
                                               reinterpret_cast<const char*>(intptr_t{type}));
-            if (found == nullptr) return {};
+            if (found == nullptr) { return {}; }
             const auto* bytes = static_cast<const char*>(LockResource(LoadResource(win32_module, found)));
             return {bytes, SizeofResource(win32_module, found)};
         };
@@ -548,8 +548,8 @@ TEST_F(NativeWin32, SevenCursorsAreInTheResourcesWithTheirHotSpots) {
         int32_t group;
         DWORD x, y;
     };
-    static constexpr Spot SPOTS[] = {{101, 16, 0},  {102, 15, 15}, {103, 17, 6}, {104, 17, 21},
-                                     {105, 17, 6},  {106, 25, 15}, {107, 17, 6}};
+    static constexpr Spot SPOTS[] = {{101, 16, 0}, {102, 15, 15}, {103, 17, 6}, {104, 17, 21},
+                                     {105, 17, 6}, {106, 25, 15}, {107, 17, 6}};
     for (const Spot& spot : SPOTS) {
         const auto cursor = reinterpret_cast<HICON>(native_cursor_load_builtin(spot.group));
         ASSERT_NE(cursor, nullptr) << spot.group;

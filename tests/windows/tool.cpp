@@ -21,7 +21,7 @@ constexpr int EXIT_NOT_STARTED = 127;
 
 int run_program(const Words& words, DWORD milliseconds) {
     std::string line;
-    for (const std::string& word : words) line += pelt::test::quoted_word(word) + ' ';
+    for (const std::string& word : words) { line += pelt::test::quoted_word(word) + ' '; }
     STARTUPINFOA start{};
     start.cb = sizeof start;
     start.dwFlags = STARTF_USESTDHANDLES;
@@ -60,7 +60,7 @@ int run_env(Words words) {
 }
 
 int run_timeout(Words words) {
-    if (words.size() < 2) return EXIT_NOT_STARTED;
+    if (words.size() < 2) { return EXIT_NOT_STARTED; }
     const auto seconds = static_cast<DWORD>(std::strtoul(words[0].c_str(), nullptr, 10));
     words.erase(words.begin());
     return run_program(words, seconds * 1000);
@@ -71,15 +71,15 @@ std::string temporary_name(const char* kind) {
     GetTempPathA(sizeof folder, folder);
     // In lower case, as models keep their directories.
     for (char& c : folder) {
-        if (c == '\\') c = '/';
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+        if (c == '\\') { c = '/'; }
+        if (c >= 'A' && c <= 'Z') { c = static_cast<char>(c - 'A' + 'a'); }
     }
     return folder + std::string(kind) + std::to_string(GetCurrentProcessId()) + '-' + std::to_string(GetTickCount64());
 }
 
 int make_temporary() {
     const std::string name = temporary_name("pelt");
-    if (CreateDirectoryA(name.c_str(), nullptr) == 0) return 1;
+    if (CreateDirectoryA(name.c_str(), nullptr) == 0) { return 1; }
     std::printf("%s\n", name.c_str());
     return 0;
 }
@@ -91,14 +91,14 @@ int run_below(const std::string& program, const Words& words) {
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), "__wine_unix_spawnvp")));
     const auto unix_name = reinterpret_cast<UnixName>(
         reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name")));
-    if (spawn == nullptr || unix_name == nullptr) return EXIT_NOT_STARTED;
+    if (spawn == nullptr || unix_name == nullptr) { return EXIT_NOT_STARTED; }
     const std::string output = temporary_name("out");
     const std::wstring wide(output.begin(), output.end());
-    Words all{"sh", "-c", "program=$1 output=$2; shift 2; exec \"$program\" \"$@\" >\"$output\" 2>&1", "sh", program,
-              unix_name(wide.c_str())};
+    Words all{"sh", "-c",    "program=$1 output=$2; shift 2; exec \"$program\" \"$@\" >\"$output\" 2>&1",
+              "sh", program, unix_name(wide.c_str())};
     all.insert(all.end(), words.begin(), words.end());
     std::vector<char*> argv;
-    for (std::string& word : all) argv.push_back(word.data());
+    for (std::string& word : all) { argv.push_back(word.data()); }
     argv.push_back(nullptr);
     const LONG status = spawn(argv.data(), 1);
     if (std::FILE* file = std::fopen(output.c_str(), "rb")) {
@@ -119,8 +119,8 @@ int main(int argc, char** argv) {
     name = name.substr(name.find_last_of("/\\") + 1);
     name = name.substr(0, name.rfind(".exe"));
     const Words words(argv + 1, argv + argc);
-    if (name == "env") return run_env(words);
-    if (name == "timeout") return run_timeout(words);
-    if (name == "mktemp") return make_temporary();
+    if (name == "env") { return run_env(words); }
+    if (name == "timeout") { return run_timeout(words); }
+    if (name == "mktemp") { return make_temporary(); }
     return run_below(name, words);
 }

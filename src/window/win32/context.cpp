@@ -33,7 +33,7 @@ HDC device_context(NativeDevice device) { return reinterpret_cast<HDC>(device); 
 HGLRC render_context(NativeContext context) { return reinterpret_cast<HGLRC>(context); }
 
 bool describe_format(NativeDevice device, PIXELFORMATDESCRIPTOR* format) {
-    if (device == 0) return false;
+    if (device == 0) { return false; }
     const int number = GetPixelFormat(device_context(device));
     return number != 0 && DescribePixelFormat(device_context(device), number, sizeof *format, format) != 0;
 }
@@ -41,26 +41,25 @@ bool describe_format(NativeDevice device, PIXELFORMATDESCRIPTOR* format) {
 }  // namespace
 
 NativeDevice native_device_get(WindowHandle window) {
-    if (win32_find(win32_handle(window)) == nullptr) return 0;
+    if (win32_find(win32_handle(window)) == nullptr) { return 0; }
     return reinterpret_cast<NativeDevice>(GetDC(win32_handle(window)));
 }
 
 void native_device_release(WindowHandle window, NativeDevice device) {
-    if (device != 0) ReleaseDC(win32_handle(window), device_context(device));
+    if (device != 0) { ReleaseDC(win32_handle(window), device_context(device)); }
 }
 
 bool native_format_set(NativeDevice device) {
-    if (device == 0) return false;
+    if (device == 0) { return false; }
     const int number = ChoosePixelFormat(device_context(device), &WANTED_FORMAT);
     return number != 0 && SetPixelFormat(device_context(device), number, &WANTED_FORMAT) != 0;
 }
 
 bool native_format_get(NativeDevice device, NativeFormat* format) {
     PIXELFORMATDESCRIPTOR described{};
-    if (!describe_format(device, &described)) return false;
-    *format = NativeFormat{described.dwFlags,    described.cColorBits,  described.cRedBits,
-                           described.cRedShift,  described.cGreenBits,  described.cGreenShift,
-                           described.cBlueBits,  described.cBlueShift};
+    if (!describe_format(device, &described)) { return false; }
+    *format = NativeFormat{described.dwFlags,    described.cColorBits,  described.cRedBits,  described.cRedShift,
+                           described.cGreenBits, described.cGreenShift, described.cBlueBits, described.cBlueShift};
     return true;
 }
 
@@ -69,11 +68,11 @@ NativeContext native_context_create(NativeDevice device) {
 }
 
 void native_context_destroy(NativeContext context) {
-    if (context != 0) wglDeleteContext(render_context(context));
+    if (context != 0) { wglDeleteContext(render_context(context)); }
 }
 
 bool native_context_make_current(NativeDevice device, NativeContext context) {
-    if (device == 0 || context == 0) return wglMakeCurrent(nullptr, nullptr) != 0;
+    if (device == 0 || context == 0) { return wglMakeCurrent(nullptr, nullptr) != 0; }
     return wglMakeCurrent(device_context(device), render_context(context)) != 0;
 }
 
@@ -86,7 +85,7 @@ bool native_drawing_limit(int32_t* width, int32_t* height) {
 }
 
 void native_swap_buffers(NativeDevice device) {
-    if (device != 0) SwapBuffers(device_context(device));
+    if (device != 0) { SwapBuffers(device_context(device)); }
 }
 
 bool native_swap_keeps_back_buffer(NativeDevice device) {
@@ -95,13 +94,13 @@ bool native_swap_keeps_back_buffer(NativeDevice device) {
 }
 
 void native_set_background(NativeDevice device, uint32_t colour) {
-    if (device != 0) SetBkColor(device_context(device), colour);
+    if (device != 0) { SetBkColor(device_context(device), colour); }
 }
 
 // ---- Palettes.
 
 NativePalette native_palette_create(const PaletteEntry* entries, int32_t count) {
-    if (entries == nullptr || count <= 0) return 0;
+    if (entries == nullptr || count <= 0) { return 0; }
     const auto size = static_cast<size_t>(count);
     std::vector<uint32_t> memory(size + sizeof(LOGPALETTE) / sizeof(uint32_t));  // the header holds one entry already
     auto* palette = reinterpret_cast<LOGPALETTE*>(memory.data());
@@ -114,17 +113,17 @@ NativePalette native_palette_create(const PaletteEntry* entries, int32_t count) 
 }
 
 NativePalette native_palette_select(NativeDevice device, NativePalette palette) {
-    if (device == 0 || palette == 0) return 0;
+    if (device == 0 || palette == 0) { return 0; }
     return reinterpret_cast<NativePalette>(
         SelectPalette(device_context(device), reinterpret_cast<HPALETTE>(palette), FALSE));
 }
 
 void native_palette_realize(NativeDevice device) {
-    if (device != 0) RealizePalette(device_context(device));
+    if (device != 0) { RealizePalette(device_context(device)); }
 }
 
 void native_palette_update_colors(NativeDevice device) {
-    if (device != 0) UpdateColors(device_context(device));
+    if (device != 0) { UpdateColors(device_context(device)); }
 }
 
 }  // namespace pelt

@@ -32,7 +32,7 @@ LRESULT CALLBACK on_message_taken(int code, WPARAM wparam, LPARAM lparam) {
     auto* message = reinterpret_cast<MSG*>(lparam);
     if (code == HC_ACTION && (message->message == WM_MOUSEWHEEL || message->message == WM_MOUSEHWHEEL)) {
         const HWND below = WindowFromPoint(POINT{low_half(message->lParam), high_half(message->lParam)});
-        if (win32_find(below) != nullptr) message->hwnd = below;
+        if (win32_find(below) != nullptr) { message->hwnd = below; }
     }
     return CallNextHookEx(nullptr, code, wparam, lparam);
 }
@@ -42,11 +42,14 @@ unsigned tk_state() {
         int key;
         unsigned mask;
     };
-    static constexpr KeyMask MASKS[] = {{VK_SHIFT, ShiftMask},     {VK_CONTROL, ControlMask}, {VK_LBUTTON, Button1Mask},
-                                        {VK_MBUTTON, Button2Mask}, {VK_RBUTTON, Button3Mask}};
+    static constexpr KeyMask MASKS[] = {{VK_SHIFT, ShiftMask},
+                                        {VK_CONTROL, ControlMask},
+                                        {VK_LBUTTON, Button1Mask},
+                                        {VK_MBUTTON, Button2Mask},
+                                        {VK_RBUTTON, Button3Mask}};
     unsigned state = 0;
     for (const KeyMask& each : MASKS) {
-        if (GetKeyState(each.key) < 0) state |= each.mask;
+        if (GetKeyState(each.key) < 0) { state |= each.mask; }
     }
     return (GetKeyState(VK_CAPITAL) & 1) != 0 ? state | LockMask : state;
 }
@@ -65,7 +68,7 @@ int32_t whole_notches(int32_t* turned, int32_t more) {
 void on_parent_event(ClientData data, XEvent* event) {
     const auto handle = static_cast<HWND>(data);
     Win32Window* window = win32_find(handle);
-    if (window == nullptr) return;
+    if (window == nullptr) { return; }
     if (event->type == DestroyNotify) {
         window->tk_parent = nullptr;
         native_window_destroy(win32_window(handle));
@@ -73,7 +76,7 @@ void on_parent_event(ClientData data, XEvent* event) {
         const auto tk_parent = static_cast<Tk_Window>(window->tk_parent);
         const int32_t width = Tk_Width(tk_parent);
         const int32_t height = Tk_Height(tk_parent);
-        if (width == window->parent_width && height == window->parent_height) return;
+        if (width == window->parent_width && height == window->parent_height) { return; }
         window->parent_width = width;
         window->parent_height = height;
         window_procedure(win32_window(handle), MESSAGE_SIZE, 0, message_pair(width, height));
@@ -85,10 +88,10 @@ void on_parent_event(ClientData data, XEvent* event) {
 // A new size leaves a paint due. A window that is just being created has no record yet.
 void note_size(HWND handle, LPARAM lparam) {
     Win32Window* window = win32_find(handle);
-    if (window == nullptr) return;
+    if (window == nullptr) { return; }
     const auto width = static_cast<int32_t>(static_cast<uint32_t>(lparam) & 0xFFFFu);
     const auto height = static_cast<int32_t>(static_cast<uint32_t>(lparam) >> 16);
-    if (width == window->width && height == window->height) return;
+    if (width == window->width && height == window->height) { return; }
     window->width = width;
     window->height = height;
     window->paint_pending = true;
@@ -103,7 +106,7 @@ void on_paint(HWND handle) {
     } else {
         window_procedure(win32_window(handle), MESSAGE_PAINT, 0, 0);
     }
-    if (IsWindow(handle)) ValidateRect(handle, nullptr);
+    if (IsWindow(handle)) { ValidateRect(handle, nullptr); }
 }
 
 // A drag that leaves the window keeps the pointer until the last button is up.
@@ -121,28 +124,26 @@ void keep_pointer(HWND handle, uint32_t message, WPARAM held) {
 
 LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
     const uint32_t number = message & MESSAGE_BITS;
-    if (number == WM_SIZE) note_size(handle, lparam);
+    if (number == WM_SIZE) { note_size(handle, lparam); }
     if (number == WM_PAINT) {
         on_paint(handle);
         return 0;
     }
-    if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) {
-        keep_pointer(handle, number, wparam);
-    }
+    if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) { keep_pointer(handle, number, wparam); }
     const LRESULT result = window_procedure(win32_window(handle), message, wparam, lparam);
     // The very last message. Anyone can send the one that tells of the destruction, to a window that lives on.
-    if (message == WM_NCDESTROY) win32_forget(handle);
+    if (message == WM_NCDESTROY) { win32_forget(handle); }
     return result;
 }
 
 bool win32_pass_wheel_on(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
     Win32Window* window = win32_find(handle);
-    if (window == nullptr || window->tk_parent == nullptr) return false;
+    if (window == nullptr || window->tk_parent == nullptr) { return false; }
     const auto tk_parent = static_cast<Tk_Window>(window->tk_parent);
     const bool sideways = message == WM_MOUSEHWHEEL;
     const int32_t turned = high_half(static_cast<LPARAM>(wparam));
     const int32_t whole = whole_notches(&window->wheel[sideways ? 1 : 0], sideways ? -turned : turned);
-    if (whole == 0 || Tk_WindowId(tk_parent) == None) return true;
+    if (whole == 0 || Tk_WindowId(tk_parent) == None) { return true; }
 
     POINT place{low_half(lparam), high_half(lparam)};
     XEvent event{};
@@ -165,7 +166,7 @@ bool win32_pass_wheel_on(HWND handle, UINT message, WPARAM wparam, LPARAM lparam
 }
 
 void win32_follow(Win32Window* window) {
-    if (window->tk_parent == nullptr) return;
+    if (window->tk_parent == nullptr) { return; }
     Tk_CreateEventHandler(static_cast<Tk_Window>(window->tk_parent), StructureNotifyMask, on_parent_event,
                           window->handle);
     if (wheel_hook == nullptr) {

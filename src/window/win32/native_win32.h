@@ -11,11 +11,11 @@ namespace pelt {
 // end in a script that destroys the window, so nobody keeps a pointer to the record across one.
 struct Win32Window {
     HWND handle;
-    void* tk_parent;        // Tk_Window; null when the parent is not a window of Tk, and when it is gone
-    int32_t width, height;  // of the drawing area, as the last size message told
+    void* tk_parent;                      // Tk_Window; null when the parent is not a window of Tk, and when it is gone
+    int32_t width, height;                // of the drawing area, as the last size message told
     int32_t parent_width, parent_height;  // of the last size message that came from the parent
-    bool paint_pending;     // beside what the system itself knows of as not painted
-    int32_t wheel[2];       // what is left of a turn that is less than a notch: upright, sideways
+    bool paint_pending;                   // beside what the system itself knows of as not painted
+    int32_t wheel[2];                     // what is left of a turn that is less than a notch: upright, sideways
 };
 
 // The library itself, where its resources are; null before the system has attached it.

@@ -21,8 +21,8 @@ constexpr UINT CLASS_STYLE = CS_VREDRAW | CS_HREDRAW | CS_SAVEBITS;
 constexpr INT_PTR CLASS_BACKGROUND = 5;
 constexpr DWORD STYLE_CHILD = WS_CHILD | WS_CLIPSIBLINGS | WS_CLIPCHILDREN | WS_BORDER;
 constexpr DWORD STYLE_POPUP = WS_POPUP | WS_CLIPSIBLINGS | WS_CLIPCHILDREN | WS_MAXIMIZE;
-constexpr UINT STATUS_SET_TEXT = 1025;      // of a status bar control, text in the system's code page
-constexpr WPARAM STATUS_PART_PLAIN = 256;   // the first field, without borders
+constexpr UINT STATUS_SET_TEXT = 1025;     // of a status bar control, text in the system's code page
+constexpr WPARAM STATUS_PART_PLAIN = 256;  // the first field, without borders
 
 HINSTANCE instance;
 std::vector<std::unique_ptr<Win32Window>> windows;
@@ -36,7 +36,7 @@ Tk_Window tk_window_of(HWND handle) { return tkPlatStubsPtr == nullptr ? nullptr
 
 Win32Window* win32_find(HWND handle) {
     for (const auto& each : windows) {
-        if (each->handle == handle) return each.get();
+        if (each->handle == handle) { return each.get(); }
     }
     return nullptr;
 }
@@ -45,7 +45,7 @@ const Win32Window* win32_any() { return windows.empty() ? nullptr : windows.fron
 
 void win32_forget(HWND handle) {
     Win32Window* gone = win32_find(handle);
-    if (gone == nullptr) return;
+    if (gone == nullptr) { return; }
     std::unique_ptr<Win32Window> record;
     const auto is_gone = [gone](const auto& each) { return each.get() == gone; };
     const auto at = std::find_if(windows.begin(), windows.end(), is_gone);
@@ -69,7 +69,7 @@ void native_init(std::uintptr_t module) {
 }
 
 WindowHandle native_window_of_tk(void* tk_window) {
-    if (tk_window == nullptr || tkPlatStubsPtr == nullptr) return 0;
+    if (tk_window == nullptr || tkPlatStubsPtr == nullptr) { return 0; }
     const auto token = static_cast<Tk_Window>(tk_window);
     Tk_MakeWindowExist(token);
     return win32_window(Tk_GetHWND(Tk_WindowId(token)));
@@ -77,10 +77,9 @@ WindowHandle native_window_of_tk(void* tk_window) {
 
 WindowHandle native_window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
                                   bool popup) {
-    const HWND handle =
-        CreateWindowExA(0, CLASS_NAME, title, popup ? STYLE_POPUP : STYLE_CHILD, 0, 0, outer_width, outer_height,
-                        win32_handle(parent), nullptr, instance, nullptr);
-    if (handle == nullptr) return 0;
+    const HWND handle = CreateWindowExA(0, CLASS_NAME, title, popup ? STYLE_POPUP : STYLE_CHILD, 0, 0, outer_width,
+                                        outer_height, win32_handle(parent), nullptr, instance, nullptr);
+    if (handle == nullptr) { return 0; }
     auto record = std::make_unique<Win32Window>();
     record->handle = handle;
     record->tk_parent = tk_window_of(win32_handle(parent));
@@ -92,29 +91,29 @@ WindowHandle native_window_create(const char* title, WindowHandle parent, int32_
 }
 
 void native_window_raise(WindowHandle window) {
-    if (win32_find(win32_handle(window)) == nullptr) return;
+    if (win32_find(win32_handle(window)) == nullptr) { return; }
     SetWindowPos(win32_handle(window), nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE);
 }
 
 void native_window_show(WindowHandle window) {
     Win32Window* found = win32_find(win32_handle(window));
-    if (found == nullptr) return;
+    if (found == nullptr) { return; }
     found->paint_pending = true;
     ShowWindow(win32_handle(window), SW_RESTORE);
 }
 
 void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
-    if (win32_find(win32_handle(window)) == nullptr) return;
+    if (win32_find(win32_handle(window)) == nullptr) { return; }
     SetWindowPos(win32_handle(window), nullptr, x, y, outer_width, outer_height, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void native_window_destroy(WindowHandle window) {
-    if (win32_find(win32_handle(window)) != nullptr) DestroyWindow(win32_handle(window));
+    if (win32_find(win32_handle(window)) != nullptr) { DestroyWindow(win32_handle(window)); }
 }
 
 bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
     RECT area{};
-    if (window == 0 || GetClientRect(win32_handle(window), &area) == 0) return false;
+    if (window == 0 || GetClientRect(win32_handle(window), &area) == 0) { return false; }
     *width = area.right;
     *height = area.bottom;
     return true;
@@ -122,10 +121,10 @@ bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
 
 bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
     RECT outer{};
-    if (window == 0 || GetWindowRect(win32_handle(window), &outer) == 0) return false;
+    if (window == 0 || GetWindowRect(win32_handle(window), &outer) == 0) { return false; }
     POINT corner{outer.left, outer.top};
     const HWND parent = GetParent(win32_handle(window));
-    if (parent != nullptr) ScreenToClient(parent, &corner);
+    if (parent != nullptr) { ScreenToClient(parent, &corner); }
     *x = corner.x;
     *y = corner.y;
     return true;
@@ -140,7 +139,7 @@ WindowHandle native_window_parent(WindowHandle window) {
 std::intptr_t native_default_message(WindowHandle window, uint32_t message, std::uintptr_t wparam,
                                      std::intptr_t lparam) {
     const bool wheel = message == WM_MOUSEWHEEL || message == WM_MOUSEHWHEEL;
-    if (wheel && win32_pass_wheel_on(win32_handle(window), message, wparam, lparam)) return 0;
+    if (wheel && win32_pass_wheel_on(win32_handle(window), message, wparam, lparam)) { return 0; }
     return DefWindowProcA(win32_handle(window), message, wparam, lparam);
 }
 
@@ -153,7 +152,7 @@ bool native_paint_pending(WindowHandle window) {
 
 void native_invalidate(WindowHandle window) {
     Win32Window* found = win32_find(win32_handle(window));
-    if (found == nullptr) return;
+    if (found == nullptr) { return; }
     found->paint_pending = true;
     InvalidateRect(found->handle, nullptr, TRUE);
 }
@@ -161,18 +160,18 @@ void native_invalidate(WindowHandle window) {
 void native_begin_paint(WindowHandle window, NativePaint* paint) {
     static_assert(sizeof(PAINTSTRUCT) <= sizeof(NativePaint) && alignof(PAINTSTRUCT) <= alignof(NativePaint));
     Win32Window* found = win32_find(win32_handle(window));
-    if (found == nullptr || paint == nullptr) return;
+    if (found == nullptr || paint == nullptr) { return; }
     found->paint_pending = false;
     BeginPaint(win32_handle(window), reinterpret_cast<PAINTSTRUCT*>(paint->bytes));
 }
 
 void native_end_paint(WindowHandle window, NativePaint* paint) {
-    if (window == 0 || paint == nullptr) return;
+    if (window == 0 || paint == nullptr) { return; }
     EndPaint(win32_handle(window), reinterpret_cast<const PAINTSTRUCT*>(paint->bytes));
 }
 
 void native_status_text(WindowHandle status_bar, const char* text) {
-    if (status_bar == 0 || text == nullptr) return;
+    if (status_bar == 0 || text == nullptr) { return; }
     SendMessageA(win32_handle(status_bar), STATUS_SET_TEXT, STATUS_PART_PLAIN, reinterpret_cast<LPARAM>(text));
 }
 

@@ -38,27 +38,40 @@ bool swap_copies(Display* display, GLXFBConfig config) {
 int config_score(Display* display, GLXFBConfig config, const XVisualInfo& info) {
     const auto value = [&](int attribute) { return config_value(display, config, attribute); };
     int score = 0;
-    if (value(GLX_ALPHA_SIZE) == 0 && info.depth < 32) score += 64;
-    if (value(GLX_CONFIG_CAVEAT) == GLX_NONE) score += 32;
-    if (swap_copies(display, config)) score += 16;
-    if (value(GLX_DEPTH_SIZE) >= DEPTH_BITS_PREFERRED) score += 8;
-    if (value(GLX_SAMPLES) <= 1) score += 4;
-    if (value(GLX_STENCIL_SIZE) == 0) score += 2;
-    if (value(GLX_ACCUM_RED_SIZE) == 0) score += 1;
+    if (value(GLX_ALPHA_SIZE) == 0 && info.depth < 32) { score += 64; }
+    if (value(GLX_CONFIG_CAVEAT) == GLX_NONE) { score += 32; }
+    if (swap_copies(display, config)) { score += 16; }
+    if (value(GLX_DEPTH_SIZE) >= DEPTH_BITS_PREFERRED) { score += 8; }
+    if (value(GLX_SAMPLES) <= 1) { score += 4; }
+    if (value(GLX_STENCIL_SIZE) == 0) { score += 2; }
+    if (value(GLX_ACCUM_RED_SIZE) == 0) { score += 1; }
     return score;
 }
 
 void choose_config(Display* display, int screen, X11Visual* chosen) {
-    static constexpr int WANTED[] = {GLX_X_RENDERABLE, True, GLX_DRAWABLE_TYPE, GLX_WINDOW_BIT,
-                                     GLX_RENDER_TYPE, GLX_RGBA_BIT, GLX_DOUBLEBUFFER, True,
-                                     GLX_RED_SIZE, COLOUR_BITS, GLX_GREEN_SIZE, COLOUR_BITS,
-                                     GLX_BLUE_SIZE, COLOUR_BITS, GLX_DEPTH_SIZE, DEPTH_BITS, 0};
+    static constexpr int WANTED[] = {GLX_X_RENDERABLE,
+                                     True,
+                                     GLX_DRAWABLE_TYPE,
+                                     GLX_WINDOW_BIT,
+                                     GLX_RENDER_TYPE,
+                                     GLX_RGBA_BIT,
+                                     GLX_DOUBLEBUFFER,
+                                     True,
+                                     GLX_RED_SIZE,
+                                     COLOUR_BITS,
+                                     GLX_GREEN_SIZE,
+                                     COLOUR_BITS,
+                                     GLX_BLUE_SIZE,
+                                     COLOUR_BITS,
+                                     GLX_DEPTH_SIZE,
+                                     DEPTH_BITS,
+                                     0};
     int count = 0;
     GLXFBConfig* configs = glXChooseFBConfig(display, screen, WANTED, &count);
     int best = -1;
     for (int i = 0; configs != nullptr && i < count; ++i) {
         XVisualInfo* info = glXGetVisualFromFBConfig(display, configs[i]);
-        if (info == nullptr) continue;
+        if (info == nullptr) { continue; }
         const int score = config_score(display, configs[i], *info);
         if (score > best) {
             best = score;
@@ -66,14 +79,23 @@ void choose_config(Display* display, int screen, X11Visual* chosen) {
         }
         XFree(info);
     }
-    if (configs != nullptr) XFree(configs);
+    if (configs != nullptr) { XFree(configs); }
 }
 
 void choose_older_way(Display* display, int screen, X11Visual* chosen) {
-    int wanted[] = {GLX_RGBA, GLX_DOUBLEBUFFER, GLX_RED_SIZE, COLOUR_BITS, GLX_GREEN_SIZE, COLOUR_BITS,
-                    GLX_BLUE_SIZE, COLOUR_BITS, GLX_DEPTH_SIZE, DEPTH_BITS, 0};
+    int wanted[] = {GLX_RGBA,
+                    GLX_DOUBLEBUFFER,
+                    GLX_RED_SIZE,
+                    COLOUR_BITS,
+                    GLX_GREEN_SIZE,
+                    COLOUR_BITS,
+                    GLX_BLUE_SIZE,
+                    COLOUR_BITS,
+                    GLX_DEPTH_SIZE,
+                    DEPTH_BITS,
+                    0};
     XVisualInfo* info = glXChooseVisual(display, screen, wanted);
-    if (info == nullptr) return;
+    if (info == nullptr) { return; }
     *chosen = X11Visual{info->visual, info->depth, nullptr, *info, false};
     XFree(info);
 }
@@ -82,12 +104,11 @@ GLXContext create_context(const X11Window& window, Bool direct) {
     X11Visual visual = window.visual;
     X11ErrorTrap trap{};
     x11_trap_begin(&trap, window.display);
-    const GLXContext context =
-        visual.config != nullptr
-            ? glXCreateNewContext(window.display, visual.config, GLX_RGBA_TYPE, nullptr, direct)
-            : glXCreateContext(window.display, &visual.info, nullptr, direct);
-    if (!x11_trap_end(&trap)) return context;
-    if (context != nullptr) glXDestroyContext(window.display, context);
+    const GLXContext context = visual.config != nullptr
+                                   ? glXCreateNewContext(window.display, visual.config, GLX_RGBA_TYPE, nullptr, direct)
+                                   : glXCreateContext(window.display, &visual.info, nullptr, direct);
+    if (!x11_trap_end(&trap)) { return context; }
+    if (context != nullptr) { glXDestroyContext(window.display, context); }
     return nullptr;
 }
 
@@ -96,47 +117,43 @@ GLXContext create_context(const X11Window& window, Bool direct) {
 X11Visual x11_choose_visual(Display* display, int screen) {
     X11Visual chosen{};
     int error = 0, event = 0, major = 0, minor = 0;
-    if (!glXQueryExtension(display, &error, &event)) return chosen;
-    if (!glXQueryVersion(display, &major, &minor)) return chosen;
+    if (!glXQueryExtension(display, &error, &event)) { return chosen; }
+    if (!glXQueryVersion(display, &major, &minor)) { return chosen; }
     X11ErrorTrap trap{};
     x11_trap_begin(&trap, display);
-    if (major > 1 || minor >= 3) choose_config(display, screen, &chosen);
-    if (chosen.visual == nullptr) choose_older_way(display, screen, &chosen);
+    if (major > 1 || minor >= 3) { choose_config(display, screen, &chosen); }
+    if (chosen.visual == nullptr) { choose_older_way(display, screen, &chosen); }
     x11_trap_end(&trap);
     return chosen;
 }
 
-NativeDevice native_device_get(WindowHandle window) {
-    return reinterpret_cast<NativeDevice>(x11_find(window));
-}
+NativeDevice native_device_get(WindowHandle window) { return reinterpret_cast<NativeDevice>(x11_find(window)); }
 
 void native_device_release(WindowHandle, NativeDevice) {}
 
-bool native_format_set(NativeDevice device) {
-    return device != 0 && device_window(device)->visual.visual != nullptr;
-}
+bool native_format_set(NativeDevice device) { return device != 0 && device_window(device)->visual.visual != nullptr; }
 
 // Whatever the display is, it needs no palette: the window has a visual and a colour map of its own.
 bool native_format_get(NativeDevice device, NativeFormat* format) {
-    if (device == 0) return false;
+    if (device == 0) { return false; }
     *format = NativeFormat{};
     format->color_bits = device_window(device)->visual.depth;
     return true;
 }
 
 NativeContext native_context_create(NativeDevice device) {
-    if (!native_format_set(device)) return 0;
+    if (!native_format_set(device)) { return 0; }
     const X11Window& window = *device_window(device);
     GLXContext context = create_context(window, True);
-    if (context == nullptr) context = create_context(window, False);
-    if (context == nullptr) return 0;
+    if (context == nullptr) { context = create_context(window, False); }
+    if (context == nullptr) { return 0; }
     return reinterpret_cast<NativeContext>(new X11Context{window.display, context});
 }
 
 void native_context_destroy(NativeContext context) {
     auto* gone = reinterpret_cast<X11Context*>(context);
-    if (gone == nullptr) return;
-    if (glXGetCurrentContext() == gone->context) glXMakeCurrent(gone->display, None, nullptr);
+    if (gone == nullptr) { return; }
+    if (glXGetCurrentContext() == gone->context) { glXMakeCurrent(gone->display, None, nullptr); }
     glXDestroyContext(gone->display, gone->context);
     delete gone;
 }
@@ -162,7 +179,7 @@ bool native_drawing_limit(int32_t* width, int32_t* height) {
 }
 
 void native_swap_buffers(NativeDevice device) {
-    if (device != 0) glXSwapBuffers(device_window(device)->display, device_window(device)->id);
+    if (device != 0) { glXSwapBuffers(device_window(device)->display, device_window(device)->id); }
 }
 
 bool native_swap_keeps_back_buffer(NativeDevice device) {

@@ -47,7 +47,7 @@ Cursor realized(X11Cursor* cursor, Display* display) {
         X11ErrorTrap trap{};
         x11_trap_begin(&trap, display);
         cursor->cursor = XcursorImagesLoadCursor(display, cursor->images);
-        if (x11_trap_end(&trap)) cursor->cursor = None;
+        if (x11_trap_end(&trap)) { cursor->cursor = None; }
         cursor->display = display;
     }
     return cursor->cursor;
@@ -57,8 +57,8 @@ Cursor cursor_now(Display* display) {
     if (stock.display != display) {
         stock = StockCursors{display, XCreateFontCursor(display, XC_left_ptr), make_empty(display)};
     }
-    if (hidden) return stock.empty;
-    if (applied == nullptr) return stock.arrow;
+    if (hidden) { return stock.empty; }
+    if (applied == nullptr) { return stock.arrow; }
     const Cursor cursor = realized(applied, display);
     return cursor == None ? stock.arrow : cursor;
 }
@@ -66,22 +66,22 @@ Cursor cursor_now(Display* display) {
 void define_everywhere() {
     int count = 0;
     X11Window* const* windows = x11_windows(&count);
-    for (int i = 0; i < count; ++i) x11_define_cursor(windows[i]);
+    for (int i = 0; i < count; ++i) { x11_define_cursor(windows[i]); }
 }
 
 NativeCursor keep(XcursorImages* images) {
-    if (images == nullptr) return 0;
+    if (images == nullptr) { return 0; }
     return reinterpret_cast<NativeCursor>(new X11Cursor{images, nullptr, None});
 }
 
 // The whole file up to the limit; a longer one is no cursor.
 std::unique_ptr<uint8_t[]> read_file(const char* path, size_t* size) {
     const int slot = file_open(file_resolve(path).c_str(), "r");
-    if (slot < 0) return nullptr;
+    if (slot < 0) { return nullptr; }
     auto bytes = std::make_unique<uint8_t[]>(CURSOR_FILE_MAX + 1);
     *size = file_read(slot, bytes.get(), 1, CURSOR_FILE_MAX + 1);
     file_close(slot);
-    if (*size > CURSOR_FILE_MAX) return nullptr;
+    if (*size > CURSOR_FILE_MAX) { return nullptr; }
     return bytes;
 }
 
@@ -96,14 +96,14 @@ Window pointer_root(Display* display) {
 
 void x11_define_cursor(X11Window* window) {
     const Cursor cursor = cursor_now(window->display);
-    if (window->cursor == cursor) return;
+    if (window->cursor == cursor) { return; }
     window->cursor = cursor;
     XDefineCursor(window->display, window->id, cursor);
 }
 
 NativeCursor native_cursor_load_builtin(int32_t group) {
     for (const BuiltinCursor& builtin : BUILTIN_CURSORS) {
-        if (builtin.group == group) return keep(x11_cursor_pictures(builtin.bytes, builtin.size));
+        if (builtin.group == group) { return keep(x11_cursor_pictures(builtin.bytes, builtin.size)); }
     }
     return 0;
 }
@@ -126,7 +126,7 @@ void native_cursor_show(bool shown) {
 
 bool native_pointer_set(int32_t x, int32_t y) {
     Display* display = x11_display();
-    if (display == nullptr) return false;
+    if (display == nullptr) { return false; }
     // The protocol has 16 bits for each; the server itself keeps the pointer on the screen.
     const auto within = [](int32_t value) { return std::clamp(value, INT16_MIN, INT16_MAX); };
     XWarpPointer(display, None, pointer_root(display), 0, 0, 0, 0, within(x), within(y));
@@ -136,7 +136,7 @@ bool native_pointer_set(int32_t x, int32_t y) {
 
 bool native_pointer_get(int32_t* x, int32_t* y) {
     Display* display = x11_display();
-    if (display == nullptr) return false;
+    if (display == nullptr) { return false; }
     Window root = None, child = None;
     int root_x = 0, root_y = 0, window_x = 0, window_y = 0;
     unsigned state = 0;

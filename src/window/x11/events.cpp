@@ -29,16 +29,16 @@ constexpr unsigned WHEEL_LAST = 7;
 uint32_t held_keys(unsigned state) {
     uint32_t held = 0;
     for (const ButtonRule& rule : BUTTON_RULES) {
-        if ((state & rule.mask) != 0) held |= rule.held;
+        if ((state & rule.mask) != 0) { held |= rule.held; }
     }
-    if ((state & ShiftMask) != 0) held |= HELD_SHIFT;
-    if ((state & ControlMask) != 0) held |= HELD_CONTROL;
+    if ((state & ShiftMask) != 0) { held |= HELD_SHIFT; }
+    if ((state & ControlMask) != 0) { held |= HELD_CONTROL; }
     return held;
 }
 
 // The wheel belongs to the scripts: it is sent on to the frame, as if it had turned there.
 void pass_wheel_on(const X11Window& window, const XButtonEvent& button) {
-    if (window.tk_parent == nullptr || Tk_WindowId(window.tk_parent) == None) return;
+    if (window.tk_parent == nullptr || Tk_WindowId(window.tk_parent) == None) { return; }
     XEvent event{};
     event.xbutton = button;
     event.xbutton.window = Tk_WindowId(window.tk_parent);
@@ -54,7 +54,7 @@ void on_button(X11Window* window, const XButtonEvent& button) {
         return;
     }
     for (const ButtonRule& rule : BUTTON_RULES) {
-        if (rule.button != button.button) continue;
+        if (rule.button != button.button) { continue; }
         Message message = rule.up;
         uint32_t held = held_keys(button.state) & ~rule.held;  // X tells the state before the event
         if (button.type == ButtonPress) {
@@ -75,21 +75,21 @@ void on_motion(const X11Window& window, const XMotionEvent& motion) {
 bool is_older(unsigned long serial, unsigned long than) { return static_cast<long>(serial - than) < 0; }
 
 void on_expose(X11Window* window, const XExposeEvent& expose) {
-    if (expose.count != 0 || is_older(expose.serial, window->paint_serial)) return;
+    if (expose.count != 0 || is_older(expose.serial, window->paint_serial)) { return; }
     window->paint_pending = true;
     gl_paint_pending(window->id);
 }
 
 // Our own moves are known already; this is for a size that someone else gave the window.
 void on_configure(X11Window* window, const XConfigureEvent& configure) {
-    if (is_older(configure.serial, window->move_serial)) return;
-    if (configure.width == window->width && configure.height == window->height) return;
+    if (is_older(configure.serial, window->move_serial)) { return; }
+    if (configure.width == window->width && configure.height == window->height) { return; }
     x11_size_changed(window, configure.width, configure.height);
 }
 
 int on_event(ClientData data, XEvent* event) {
     auto* window = static_cast<X11Window*>(data);
-    if (event->xany.window != window->id || event->xany.display != window->display || window->closing) return 0;
+    if (event->xany.window != window->id || event->xany.display != window->display || window->closing) { return 0; }
     Tcl_Preserve(window);
     switch (event->type) {
         case ButtonPress:
@@ -107,7 +107,7 @@ int on_event(ClientData data, XEvent* event) {
 // The parent got another size, or dies and takes our window along.
 void on_parent_event(ClientData data, XEvent* event) {
     auto* window = static_cast<X11Window*>(data);
-    if (window->closing) return;
+    if (window->closing) { return; }
     Tcl_Preserve(window);
     if (event->type == DestroyNotify) {
         x11_close(window, false);
@@ -127,7 +127,7 @@ void on_parent_event(ClientData data, XEvent* event) {
 
 void x11_follow(X11Window* window) {
     Tk_CreateGenericHandler(on_event, window);
-    if (window->tk_parent == nullptr) return;
+    if (window->tk_parent == nullptr) { return; }
     window->parent_width = Tk_Width(window->tk_parent);
     window->parent_height = Tk_Height(window->tk_parent);
     Tk_CreateEventHandler(window->tk_parent, StructureNotifyMask, on_parent_event, window);
@@ -135,7 +135,7 @@ void x11_follow(X11Window* window) {
 
 void x11_unfollow(X11Window* window) {
     Tk_DeleteGenericHandler(on_event, window);
-    if (window->tk_parent == nullptr) return;
+    if (window->tk_parent == nullptr) { return; }
     Tk_DeleteEventHandler(window->tk_parent, StructureNotifyMask, on_parent_event, window);
     window->tk_parent = nullptr;
 }

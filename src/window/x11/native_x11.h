@@ -16,7 +16,7 @@ inline constexpr int32_t X11_BORDER = 1;
 struct X11Visual {
     Visual* visual;
     int depth;
-    GLXFBConfig config;         // null on a display that only knows the older way of choosing
+    GLXFBConfig config;  // null on a display that only knows the older way of choosing
     XVisualInfo info;
     bool swap_keeps_back_buffer;
 };
@@ -30,15 +30,15 @@ struct X11Window {
     WindowHandle parent;
     Tk_Window tk_parent;  // null when the parent is not a window of Tk
     Tk_ErrorHandler error_handler;
-    Colormap colormap;    // 0 without a visual of its own
+    Colormap colormap;  // 0 without a visual of its own
     X11Visual visual;
 
     int32_t x, y;           // outer corner in the parent
     int32_t width, height;  // of the drawing area
     int32_t border;
     int32_t parent_width, parent_height;  // of the last size message
-    unsigned long move_serial;   // the first request that asked for the present size
-    unsigned long paint_serial;  // exposures from before this request are already painted over
+    unsigned long move_serial;            // the first request that asked for the present size
+    unsigned long paint_serial;           // exposures from before this request are already painted over
     bool shown;
     bool paint_pending;
     bool closing;

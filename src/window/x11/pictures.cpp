@@ -1,5 +1,6 @@
-// The bytes of a cursor file come from outside: they are taken apart here or, for the format of X itself, by libXcursor.
-// What surprises: that library believes a file what it says of itself, so the file is held against its own length first.
+// The bytes of a cursor file come from outside: they are taken apart here or, for the format of X itself, by
+// libXcursor. What surprises: that library believes a file what it says of itself, so the file is held against its own
+// length first.
 #include "window/x11/pictures.h"
 
 #include <algorithm>
@@ -21,14 +22,14 @@ uint32_t premultiplied(uint32_t pixel) {
 
 XcursorImages* images_of_cur(const uint8_t* bytes, size_t size) {
     CursorImage picture{};
-    if (!cursor_file_parse(bytes, size, &picture)) return nullptr;
+    if (!cursor_file_parse(bytes, size, &picture)) { return nullptr; }
     XcursorImages* images = XcursorImagesCreate(1);
     XcursorImage* image = XcursorImageCreate(picture.width, picture.height);
     if (images != nullptr && image != nullptr) {
         image->xhot = static_cast<XcursorDim>(picture.hot_x);
         image->yhot = static_cast<XcursorDim>(picture.hot_y);
         const int count = picture.width * picture.height;
-        for (int i = 0; i < count; ++i) image->pixels[i] = premultiplied(picture.pixels[i]);
+        for (int i = 0; i < count; ++i) { image->pixels[i] = premultiplied(picture.pixels[i]); }
         images->images[images->nimage++] = image;
     }
     cursor_image_free(&picture);
@@ -43,7 +44,7 @@ struct MemoryFile {
 
 int memory_read(XcursorFile* file, unsigned char* buffer, int length) {
     auto* memory = static_cast<MemoryFile*>(file->closure);
-    if (length <= 0) return 0;
+    if (length <= 0) { return 0; }
     const size_t count = std::min(static_cast<size_t>(length), memory->size - memory->at);
     std::memcpy(buffer, memory->bytes + memory->at, count);
     memory->at += count;
@@ -54,17 +55,17 @@ int memory_write(XcursorFile*, unsigned char*, int) { return -1; }
 
 int memory_seek(XcursorFile* file, long offset, int whence) {
     auto* memory = static_cast<MemoryFile*>(file->closure);
-    const long base = whence == SEEK_CUR ? static_cast<long>(memory->at)
+    const long base = whence == SEEK_CUR   ? static_cast<long>(memory->at)
                       : whence == SEEK_END ? static_cast<long>(memory->size)
                                            : 0;
     const auto limit = static_cast<long>(memory->size);
-    if (offset < -base || offset > limit - base) return -1;
+    if (offset < -base || offset > limit - base) { return -1; }
     memory->at = static_cast<size_t>(base + offset);
     return 0;
 }
 
 XcursorImages* images_of_xcursor(const uint8_t* bytes, size_t size) {
-    if (!cursor_file_x_is_sound(bytes, size)) return nullptr;
+    if (!cursor_file_x_is_sound(bytes, size)) { return nullptr; }
     MemoryFile memory{bytes, size, 0};
     XcursorFile file{&memory, memory_read, memory_write, memory_seek};
     return XcursorXcFileLoadImages(&file, CURSOR_SIZE_WANTED);

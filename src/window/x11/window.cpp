@@ -46,7 +46,7 @@ Window create_x_window(const WindowPlan& plan, const X11Visual& visual, Colormap
     attributes.event_mask =
         ExposureMask | StructureNotifyMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask;
     unsigned long mask = CWBackPixmap | CWBorderPixel | CWEventMask | CWOverrideRedirect;
-    if (colormap != None) mask |= CWColormap;
+    if (colormap != None) { mask |= CWColormap; }
     const auto width = static_cast<unsigned>(std::max(plan.outer_width - 2 * plan.border, 1));
     const auto height = static_cast<unsigned>(std::max(plan.outer_height - 2 * plan.border, 1));
     const bool own = visual.visual != nullptr;
@@ -64,7 +64,7 @@ Window create_in_some_visual(const WindowPlan& plan, X11Visual* visual, Colormap
     if (visual->visual != nullptr) {
         const Window root = RootWindow(plan.display, plan.screen);
         *colormap = XCreateColormap(plan.display, root, visual->visual, AllocNone);
-        if (const Window id = create_x_window(plan, *visual, *colormap)) return id;
+        if (const Window id = create_x_window(plan, *visual, *colormap)) { return id; }
         XFreeColormap(plan.display, *colormap);
         *colormap = None;
         *visual = X11Visual{};
@@ -73,12 +73,12 @@ Window create_in_some_visual(const WindowPlan& plan, X11Visual* visual, Colormap
 }
 
 int screen_of(Display* display, WindowHandle window) {
-    if (const Tk_Window tk_window = x11_tk_window(window)) return Tk_ScreenNumber(tk_window);
+    if (const Tk_Window tk_window = x11_tk_window(window)) { return Tk_ScreenNumber(tk_window); }
     XWindowAttributes attributes{};
     X11ErrorTrap trap{};
     x11_trap_begin(&trap, display);
     const bool known = XGetWindowAttributes(display, window, &attributes) != 0;
-    if (x11_trap_end(&trap) || !known) return DefaultScreen(display);
+    if (x11_trap_end(&trap) || !known) { return DefaultScreen(display); }
     return XScreenNumberOfScreen(attributes.screen);
 }
 
@@ -90,7 +90,7 @@ Display* x11_display() { return parent_display != nullptr ? parent_display : mai
 
 X11Window* x11_find(WindowHandle window) {
     for (X11Window* each : windows) {
-        if (each->id == window) return each;
+        if (each->id == window) { return each; }
     }
     return nullptr;
 }
@@ -125,14 +125,14 @@ void x11_size_changed(X11Window* window, int32_t width, int32_t height) {
 
 // The order matters: no handler may find the window half gone, and the context must go before what it draws to.
 void x11_close(X11Window* window, bool already_gone) {
-    if (window->closing) return;
+    if (window->closing) { return; }
     window->closing = true;
     x11_unfollow(window);
     X11ErrorTrap trap{};
     x11_trap_begin(&trap, window->display);
     window_procedure(window->id, MESSAGE_DESTROY, 0, 0);
-    if (!already_gone) XDestroyWindow(window->display, window->id);
-    if (window->colormap != None) XFreeColormap(window->display, window->colormap);
+    if (!already_gone) { XDestroyWindow(window->display, window->id); }
+    if (window->colormap != None) { XFreeColormap(window->display, window->colormap); }
     x11_trap_end(&trap);
     Tk_DeleteErrorHandler(window->error_handler);
     windows.erase(std::find(windows.begin(), windows.end(), window));
@@ -144,11 +144,11 @@ void x11_close(X11Window* window, bool already_gone) {
 void native_init(std::uintptr_t instance) {
     auto* interpreter = reinterpret_cast<Tcl_Interp*>(instance);
     const Tk_Window main_window = interpreter == nullptr ? nullptr : Tk_MainWindow(interpreter);
-    if (main_window != nullptr) main_display = Tk_Display(main_window);
+    if (main_window != nullptr) { main_display = Tk_Display(main_window); }
 }
 
 WindowHandle native_window_of_tk(void* tk_window) {
-    if (tk_window == nullptr) return 0;
+    if (tk_window == nullptr) { return 0; }
     const auto token = static_cast<Tk_Window>(tk_window);
     Tk_MakeWindowExist(token);
     parent_display = Tk_Display(token);
@@ -158,9 +158,14 @@ WindowHandle native_window_of_tk(void* tk_window) {
 WindowHandle native_window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
                                   bool popup) {
     Display* display = x11_display();
-    if (display == nullptr || parent == 0) return 0;
-    WindowPlan plan{display, screen_of(display, parent), static_cast<Window>(parent), outer_width, outer_height,
-                    popup ? 0 : X11_BORDER, popup};
+    if (display == nullptr || parent == 0) { return 0; }
+    WindowPlan plan{display,
+                    screen_of(display, parent),
+                    static_cast<Window>(parent),
+                    outer_width,
+                    outer_height,
+                    popup ? 0 : X11_BORDER,
+                    popup};
     if (popup) {
         plan.x_parent = RootWindow(display, plan.screen);
         plan.outer_width = DisplayWidth(display, plan.screen);
@@ -169,8 +174,8 @@ WindowHandle native_window_create(const char* title, WindowHandle parent, int32_
     X11Visual visual = x11_choose_visual(display, plan.screen);
     Colormap colormap = None;
     const Window id = create_in_some_visual(plan, &visual, &colormap);
-    if (id == None) return 0;
-    if (title != nullptr) XStoreName(display, id, title);
+    if (id == None) { return 0; }
+    if (title != nullptr) { XStoreName(display, id, title); }
 
     auto* window = new X11Window{};
     window->display = display;
@@ -191,32 +196,32 @@ WindowHandle native_window_create(const char* title, WindowHandle parent, int32_
 }
 
 void native_window_raise(WindowHandle window) {
-    if (const X11Window* found = x11_find(window)) XRaiseWindow(found->display, found->id);
+    if (const X11Window* found = x11_find(window)) { XRaiseWindow(found->display, found->id); }
 }
 
 void native_window_show(WindowHandle window) {
     X11Window* found = x11_find(window);
-    if (found == nullptr) return;
+    if (found == nullptr) { return; }
     XMapWindow(found->display, found->id);
     found->shown = found->paint_pending = true;
 }
 
 void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
     X11Window* found = x11_find(window);
-    if (found == nullptr) return;
+    if (found == nullptr) { return; }
     const int32_t width = std::max(outer_width - 2 * found->border, 1);
     const int32_t height = std::max(outer_height - 2 * found->border, 1);
     const bool resized = width != found->width || height != found->height;
-    if (!resized && x == found->x && y == found->y) return;
+    if (!resized && x == found->x && y == found->y) { return; }
     found->x = x;
     found->y = y;
     found->move_serial = NextRequest(found->display);
     XMoveResizeWindow(found->display, found->id, x, y, static_cast<unsigned>(width), static_cast<unsigned>(height));
-    if (resized) x11_size_changed(found, width, height);
+    if (resized) { x11_size_changed(found, width, height); }
 }
 
 void native_window_destroy(WindowHandle window) {
-    if (X11Window* found = x11_find(window)) x11_close(found, false);
+    if (X11Window* found = x11_find(window)) { x11_close(found, false); }
 }
 
 bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
@@ -226,7 +231,7 @@ bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
         return true;
     }
     const Tk_Window tk_window = x11_tk_window(window);
-    if (tk_window == nullptr) return false;
+    if (tk_window == nullptr) { return false; }
     *width = Tk_Width(tk_window);
     *height = Tk_Height(tk_window);
     return true;
@@ -239,16 +244,16 @@ bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
         return true;
     }
     const Tk_Window tk_window = x11_tk_window(window);
-    if (tk_window == nullptr) return false;
+    if (tk_window == nullptr) { return false; }
     *x = Tk_X(tk_window);
     *y = Tk_Y(tk_window);
     return true;
 }
 
 WindowHandle native_window_parent(WindowHandle window) {
-    if (const X11Window* found = x11_find(window)) return found->parent;
+    if (const X11Window* found = x11_find(window)) { return found->parent; }
     const Tk_Window tk_window = x11_tk_window(window);
-    if (tk_window == nullptr || Tk_IsTopLevel(tk_window)) return 0;
+    if (tk_window == nullptr || Tk_IsTopLevel(tk_window)) { return 0; }
     const Tk_Window parent = Tk_Parent(tk_window);
     return parent == nullptr ? 0 : Tk_WindowId(parent);
 }
@@ -257,7 +262,7 @@ WindowHandle native_window_parent(WindowHandle window) {
 std::intptr_t native_default_message(WindowHandle, uint32_t, std::uintptr_t, std::intptr_t) { return 0; }
 
 bool native_events_held(void* tk_window) {
-    if (tk_window != nullptr && XQLength(Tk_Display(static_cast<Tk_Window>(tk_window))) > 0) return true;
+    if (tk_window != nullptr && XQLength(Tk_Display(static_cast<Tk_Window>(tk_window))) > 0) { return true; }
     return std::any_of(windows.begin(), windows.end(), [](X11Window* each) { return XQLength(each->display) > 0; });
 }
 
@@ -268,7 +273,7 @@ bool native_paint_pending(WindowHandle window) {
 
 void native_invalidate(WindowHandle window) {
     X11Window* found = x11_find(window);
-    if (found == nullptr) return;
+    if (found == nullptr) { return; }
     found->paint_pending = true;
     XClearArea(found->display, found->id, 0, 0, 0, 0, True);
 }
@@ -277,7 +282,7 @@ void native_invalidate(WindowHandle window) {
 // carries an older number was painted over by that frame, and is not painted a second time.
 void native_begin_paint(WindowHandle window, NativePaint*) {
     X11Window* found = x11_find(window);
-    if (found == nullptr) return;
+    if (found == nullptr) { return; }
     found->paint_pending = false;
     found->paint_serial = NextRequest(found->display);
     XNoOp(found->display);
