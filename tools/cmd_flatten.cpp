@@ -46,7 +46,7 @@ void order_points_by_joint(Model* model) {
     std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.rank < b.rank; });
     KeyedList ordered{};
     list_init(&ordered, sizeof(Point), KEY_INT);
-    for (const Place& place : places) { *static_cast<Point*>(list_add(&ordered, place.id)) = *place.point; }
+    for (const Place& place : places) { *list_add<Point>(&ordered, place.id) = *place.point; }
     list_free(&model->points);
     model->points = ordered;
 }
@@ -77,7 +77,7 @@ void renumber_lines_and_uvees(Model* model, const NewNumbers& numbers) {
         list_init(&uvees, sizeof(Uvee), KEY_INT);
         for (const Uvee& old : list_elements<Uvee>(layer.uvees)) {
             const int32_t number = number_of(numbers, old.point);
-            if (number > 0) { *static_cast<Uvee*>(list_add(&uvees, number)) = Uvee{number, old.u, old.v}; }
+            if (number > 0) { *list_add<Uvee>(&uvees, number) = Uvee{number, old.u, old.v}; }
         }
         list_free(&layer.uvees);
         layer.uvees = uvees;

@@ -185,7 +185,7 @@ int session_reload(Session* session) {
 
 int session_rename_model(Session* session, int32_t id, const char* path) {
     if (session == nullptr || path == nullptr) { return 0; }
-    const ModelState* state = static_cast<ModelState*>(list_find(&session->model_states, id));
+    const ModelState* state = list_find<ModelState>(&session->model_states, id);
     if (state == nullptr) { return 0; }
     if (!path_fits(path)) {
         load_error_set_format(PATH_TOO_LONG, path);
@@ -212,7 +212,7 @@ int32_t session_find_model(Session* session, const char* name) {
 
 const char* session_find_images(Session* session, int32_t id) {
     if (session == nullptr) { return nullptr; }
-    const ModelState* state = static_cast<ModelState*>(list_find(&session->model_states, id));
+    const ModelState* state = list_find<ModelState>(&session->model_states, id);
     return state != nullptr && state->model != nullptr ? model_image_names(state->model) : nullptr;
 }
 

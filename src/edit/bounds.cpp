@@ -135,8 +135,7 @@ Vec3 selection_centre(Session* session) {
         const Model* model = selection_entry_model(session, entry.int_key(), &*entry);
         if (model == nullptr) { continue; }
         // A state is looked up and not made here: asking for a centre changes nothing.
-        const ModelState* state =
-            static_cast<const ModelState*>(list_at(&session->model_states, model->state_index, 0));
+        const ModelState* state = list_at<const ModelState>(&session->model_states, model->state_index, 0);
         join_box(&joined, model_bounds(model, state != nullptr ? &state->matrix : nullptr));
     }
     return box_centre(joined.box);

@@ -34,7 +34,7 @@ void flatten_layer(Model* model, KeyedList* flattened, const Layer& layer) {
 }
 
 void add_flattened(KeyedList* flattened, int32_t id, const Point& point) {
-    Point* entry = static_cast<Point*>(list_add(flattened, id));
+    Point* entry = list_add<Point>(flattened, id);
     *entry = point;
     entry->position.z = 0.0f;
 }
@@ -67,7 +67,7 @@ int pancake_chain(Model* model, KeyedList* flattened, const int16_t* ids, int co
     if (flattened == nullptr || ids == nullptr || count < 1) { return 0; }
     const Point* first = model_find_point(model, ids[0]);
     if (first == nullptr) { return 0; }
-    const Point* base = static_cast<const Point*>(list_find(flattened, ids[0]));
+    const Point* base = list_find<const Point>(flattened, ids[0]);
     if (base == nullptr) {
         add_flattened(flattened, ids[0], *first);
         base = first;

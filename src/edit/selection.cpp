@@ -42,11 +42,11 @@ void replace_list(const KeyedList* source, KeyedList* destination) {
 }
 
 ModelState* find_model_state(const Session* session, int32_t id) {
-    return static_cast<ModelState*>(list_find(&session->model_states, id));
+    return list_find<ModelState>(&session->model_states, id);
 }
 
 ChildState* find_child_state(const Session* session, int32_t id) {
-    return static_cast<ChildState*>(list_find(&session->child_states, id));
+    return list_find<ChildState>(&session->child_states, id);
 }
 
 // Whether a model of the scene is the one that was selected. A model that was closed may have left both its address
@@ -56,7 +56,7 @@ bool is_entry_model(const SelectedModel* entry, const Model* model) {
 }
 
 int store_entry(Session* session, int32_t id, Model* model) {
-    SelectedModel* entry = static_cast<SelectedModel*>(list_add(&session->selection.models, id));
+    SelectedModel* entry = list_add<SelectedModel>(&session->selection.models, id);
     if (entry == nullptr) { return 0; }
     *entry = SelectedModel{model, model != nullptr ? model->serial : 0};
     return 1;
@@ -132,7 +132,7 @@ int32_t find_root_key(const Session* session, int32_t state_id) {
     const ListElements<RootModel> roots = list_elements<RootModel>(session->root_models);
     for (auto root = roots.begin(); root != roots.end(); ++root) {
         const int32_t slot = root->model != nullptr ? root->model->state_index : -1;
-        const ModelState* state = static_cast<const ModelState*>(list_at(&session->model_states, slot, 0));
+        const ModelState* state = list_at<const ModelState>(&session->model_states, slot, 0);
         if (state != nullptr && state->id == state_id) { return root.int_key(); }
     }
     return 0;
@@ -194,7 +194,7 @@ int selection_add_model(Session* session, int32_t id) {
 int selection_add_child(Session* session, int32_t id) {
     const ChildState* child = session != nullptr ? find_child_state(session, id) : nullptr;
     if (child == nullptr) { return 0; }
-    static_cast<SelectedChild*>(list_add(&session->selection.children, id))->link = child->link;
+    list_add<SelectedChild>(&session->selection.children, id)->link = child->link;
     return 1;
 }
 
@@ -215,7 +215,7 @@ ChildLink* selection_entry_child(const Session* session, int32_t key, const Sele
 Model* selection_current_model(Session* session) {
     if (session == nullptr) { return nullptr; }
     int32_t key = 0;
-    const SelectedModel* first = static_cast<SelectedModel*>(list_first(&session->selection.models, &key));
+    const SelectedModel* first = list_first<SelectedModel>(&session->selection.models, &key);
     return selection_entry_model(session, key, first);
 }
 
@@ -312,7 +312,7 @@ int selection_add_data(Session* session, const char* text) {
     if (text == nullptr) { return 0; }
     return for_each_selected(session, [=](Model* model) {
         // A joint of this name is the one record that reading may write anew, without a thought for its state.
-        session_forget_joint(session, static_cast<Joint*>(list_find(&model->joints, "world")));
+        session_forget_joint(session, list_find<Joint>(&model->joints, "world"));
         return model_read_data(model, text) != 0;
     });
 }

@@ -30,7 +30,7 @@ LayerImage* record_with_empty_slot(Layer* layer, int slot) {
         layer_image_release_slot(image, slot);
         return image;
     }
-    image = static_cast<LayerImage*>(list_add(&layer->images, IMAGE_RECORD_KEY));
+    image = list_add<LayerImage>(&layer->images, IMAGE_RECORD_KEY);
     if (image != nullptr) { *image = LayerImage{}; }
     return image;
 }
@@ -94,7 +94,7 @@ int model_add_image(Model* model, const char* layer, int slot, const char* name,
 
 int model_set_image_repeat(Model* model, const char* layer, int flag, float u, float v) {
     if (model == nullptr || layer == nullptr) { return 0; }
-    auto* target = static_cast<Layer*>(list_find(&model->layers, layer));
+    auto* target = list_find<Layer>(&model->layers, layer);
     if (target == nullptr) { return 0; }
     target->image_repeat = flag;
     if (flag != 0) {

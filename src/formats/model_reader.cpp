@@ -48,7 +48,7 @@ void deal_points(PointWalk& point, int32_t count, Joint* joint_a, Joint* joint_b
 void bind_points(Model* model) {
     PointWalk point = list_elements<Point>(model->points).begin();
     for (Joint& joint : list_elements<Joint>(model->joints)) {
-        if (!(point != std::default_sentinel)) {
+        if (point == std::default_sentinel) {
             return;  // joints without points left keep the parent index they were added with: intended
         }
         const bool rooted = std::strcmp(joint.parent_name, WORLD) == 0;

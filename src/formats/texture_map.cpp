@@ -22,7 +22,7 @@ namespace {
 constexpr float FOLD_PERIOD = 2.0f;
 
 Layer* find_layer(const Model* model, const char* name) {
-    return model != nullptr && name != nullptr ? static_cast<Layer*>(list_find(&model->layers, name)) : nullptr;
+    return model != nullptr && name != nullptr ? list_find<Layer>(&model->layers, name) : nullptr;
 }
 
 bool has_surface(const Layer& layer) { return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0; }

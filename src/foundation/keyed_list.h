@@ -141,6 +141,28 @@ inline int32_t list_next_slot(const KeyedList* list, int32_t slot) {
     return list_next_slot_beyond(list, slot);
 }
 
+// The same for lists of a known element: list_find<Point>(&model->points, id).
+template <typename Element, typename Key>
+Element* list_add(KeyedList* list, Key key) {
+    return static_cast<Element*>(list_add(list, key));
+}
+template <typename Element, typename Key>
+Element* list_find(const KeyedList* list, Key key) {
+    return static_cast<Element*>(list_find(list, key));
+}
+template <typename Element>
+Element* list_at(const KeyedList* list, int32_t index, int by_rank) {
+    return static_cast<Element*>(list_at(list, index, by_rank));
+}
+template <typename Element, typename... Key>
+Element* list_first(KeyedList* list, Key... key) {
+    return static_cast<Element*>(list_first(list, key...));
+}
+template <typename Element, typename... Key>
+Element* list_next(KeyedList* list, Key... key) {
+    return static_cast<Element*>(list_next(list, key...));
+}
+
 // A walk that leaves the list's cursor alone and may be nested: for (Point& point : list_elements<Point>(list)).
 // The iterator knows slot() and int_key() and text_key(). Elements added behind the current slot are met too;
 // removing the element in hand is safe.
@@ -159,7 +181,7 @@ public:
             return *this;
         }
         // The end is wherever no slot is left, also when the list grew or was emptied during the walk.
-        bool operator!=(std::default_sentinel_t) const { return list_ != nullptr && slot_ < list_->capacity; }
+        bool operator==(std::default_sentinel_t) const { return list_ == nullptr || slot_ >= list_->capacity; }
         int32_t slot() const { return slot_; }
         int32_t int_key() const { return list_int_key(list_, slot_); }
         const char* text_key() const { return list_text_key(list_, slot_); }

@@ -109,7 +109,7 @@ unsigned char* image_load(const char* path, int32_t* width, int32_t* height) {
         load_error_set(error);
         return nullptr;
     }
-    auto* image = static_cast<ImageData*>(list_add(&registry, next_image_id));
+    auto* image = list_add<ImageData>(&registry, next_image_id);
     *image = ImageData{};
     image->path = str_dup(path);
     image->width = shared->width;
@@ -140,7 +140,7 @@ ImageData* image_find(const char* path) {
     return found != ids_by_path().end() ? image_find_id(found->second) : nullptr;
 }
 
-ImageData* image_find_id(int32_t id) { return static_cast<ImageData*>(list_find(&registry, id)); }
+ImageData* image_find_id(int32_t id) { return list_find<ImageData>(&registry, id); }
 
 const KeyedList* image_registry() { return &registry; }
 

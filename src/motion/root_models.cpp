@@ -65,7 +65,7 @@ int32_t session_add_root(Session* session, Model* model, ModelAnimation* animati
         animation_release(animation);
         return 0;
     }
-    RootModel* root = static_cast<RootModel*>(list_add(&session->root_models, take_id(&next_root_id)));
+    RootModel* root = list_add<RootModel>(&session->root_models, take_id(&next_root_id));
     root->model = model;
     root->animation = animation;
     const ModelState* state = model_state(session, model);
@@ -74,7 +74,7 @@ int32_t session_add_root(Session* session, Model* model, ModelAnimation* animati
 
 int session_remove_root(Session* session, int32_t key) {
     if (session == nullptr) { return 0; }
-    const RootModel* found = static_cast<RootModel*>(list_find(&session->root_models, key));
+    const RootModel* found = list_find<RootModel>(&session->root_models, key);
     if (found == nullptr) { return 0; }
     const RootModel root = *found;
     list_remove(&session->root_models, key);

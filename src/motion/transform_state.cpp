@@ -30,7 +30,7 @@ template <typename State>
 State* new_state(KeyedList* list, int32_t* next_id, int32_t* owner_slot) {
     int32_t id = take_id(next_id);
     while (list_find(list, id) != nullptr) { id = take_id(next_id); }
-    State* state = static_cast<State*>(list_add(list, id));
+    State* state = list_add<State>(list, id);
     if (state == nullptr) { return nullptr; }
     *owner_slot = list_index_of(list, id, 0);
     state->id = id;
@@ -39,7 +39,7 @@ State* new_state(KeyedList* list, int32_t* next_id, int32_t* owner_slot) {
 
 template <typename State>
 State* existing_state(const KeyedList* list, int32_t slot) {
-    return static_cast<State*>(list_at(list, slot, 0));
+    return list_at<State>(list, slot, 0);
 }
 
 Vec3 difference(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }

@@ -50,7 +50,7 @@ Vec3 mirrored(Vec3 v, int axis) {
     return v;
 }
 
-Point* own_point(const Model* model, int32_t id) { return static_cast<Point*>(list_find(&model->points, id)); }
+Point* own_point(const Model* model, int32_t id) { return list_find<Point>(&model->points, id); }
 
 int32_t slot_of(const MirrorBake& bake, int32_t id) { return list_index_of(&bake.model->points, id, 0); }
 

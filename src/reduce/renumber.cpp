@@ -35,7 +35,7 @@ KeyedList numbered_points(const PointOrder& order) {
     list_init(&points, sizeof(Point), KEY_INT);
     int32_t id = 0;
     for (const Point* source : order) {
-        Point* point = static_cast<Point*>(list_add(&points, ++id));
+        Point* point = list_add<Point>(&points, ++id);
         *point = *source;
         point->state_index = -1;
     }

@@ -19,8 +19,8 @@ struct SplitCorner {
 SplitCorner split_corner(const Model* model, const Triangle& triangle, int corner) {
     const SplitCorner none{nullptr, nullptr};
     if (triangle.points[corner] == triangle.normals[corner]) { return none; }
-    const SplitCorner found{static_cast<const Point*>(list_find(&model->points, triangle.points[corner])),
-                            static_cast<const Point*>(list_find(&model->points, triangle.normals[corner]))};
+    const SplitCorner found{list_find<const Point>(&model->points, triangle.points[corner]),
+                            list_find<const Point>(&model->points, triangle.normals[corner])};
     return found.place != nullptr && found.normal != nullptr ? found : none;
 }
 
@@ -43,7 +43,7 @@ void add_point(Model* model, int32_t id, const SplitCorner& corner) {
                     corner.normal->weight);
     model_set_normal(model, id, normal.x, normal.y, normal.z);
     if (Joint* joint = corner.normal->joint_a) {
-        static_cast<Point*>(list_find(&model->points, id))->joint_a = joint;
+        list_find<Point>(&model->points, id)->joint_a = joint;
         joint_gain_point(joint);
     }
 }

@@ -93,7 +93,7 @@ struct Corners {
 };
 
 bool copy_normal(const Model* model, int32_t id, Vec3* out) {
-    const Point* point = static_cast<const Point*>(list_find(&model->points, id));
+    const Point* point = list_find<const Point>(&model->points, id);
     if (point != nullptr) { *out = point->normal; }
     return point != nullptr;
 }
@@ -102,7 +102,7 @@ bool copy_normal(const Model* model, int32_t id, Vec3* out) {
 bool gather(const Model* model, const Triangle& triangle, Corners* out) {
     out->count = triangle_corners(&triangle);
     for (int i = 0; i < out->count; ++i) {
-        out->points[i] = static_cast<const Point*>(list_find(&model->points, triangle.points[i]));
+        out->points[i] = list_find<const Point>(&model->points, triangle.points[i]);
         if (out->points[i] == nullptr || !copy_normal(model, triangle.normals[i], &out->normals[i])) { return false; }
         out->positions[i] = out->points[i]->position;
     }
@@ -211,7 +211,7 @@ void bind_joints(const Bake& bake, const Corners& corners) {
         const JointRule& rule = bake.form->joints[i];
         Joint* joint = joint_by_rule(bake.model, rule, joints);
         joints[rule.target] = joint;
-        Point* point = static_cast<Point*>(list_find(&bake.model->points, bake.ids[rule.target]));
+        Point* point = list_find<Point>(&bake.model->points, bake.ids[rule.target]);
         point->joint_a = joint;
         if (joint != nullptr) { joint_gain_point(joint); }
         if (joint != joints[P0]) { point->weight = 1.0f - point->weight; }

@@ -91,7 +91,7 @@ struct RestCorners {
 };
 
 bool gather_rest(Model* model, Triangle* triangle, const TriangleCache* cache, RestCorners* out) {
-    const auto point_at = [model](int32_t slot) { return static_cast<Point*>(list_at(&model->points, slot, 0)); };
+    const auto point_at = [model](int32_t slot) { return list_at<Point>(&model->points, slot, 0); };
     Corners* corners = &out->corners;
     corners->count = triangle_corners(triangle);
     for (int i = 0; i < corners->count; ++i) {

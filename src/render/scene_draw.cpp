@@ -159,7 +159,7 @@ int32_t layer_passes(Session* session, Model* model, Layer* layer, GLenum mode) 
         count += mirrored_drawing(pass, image);
         if (session->display_textures == 0 || image == nullptr) { return count; }
         ++images;
-        if (!(images != std::default_sentinel)) { return count; }
+        if (images == std::default_sentinel) { return count; }
     }
 }
 

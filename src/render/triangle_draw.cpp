@@ -60,7 +60,7 @@ bool collect_corners(Session* session, Model* model, const Triangle* triangle, c
         const int corner = order[i];
         const int32_t point_slot = cache->point_slots[corner];
         const int32_t normal_slot = cache->normal_slots[corner];
-        const auto* point = static_cast<const Point*>(list_at(&model->points, point_slot, 0));
+        const auto* point = list_at<const Point>(&model->points, point_slot, 0);
         if (point == nullptr) { return false; }
         const PointState* state = point_posed(session, point);
         out->positions[i] = state != nullptr ? &state->position : &point->position;
@@ -120,7 +120,7 @@ int collect_vertices(Session* session, Model* model, const Polygon* polygon, Cor
     int count = 0;
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon->vertices)) {
         if (count == POLYGON_VERTEX_LIMIT) { break; }
-        const Point* point = static_cast<const Point*>(list_find(&model->points, vertex.point));
+        const Point* point = list_find<const Point>(&model->points, vertex.point);
         const Vec3* normal = point_normal(session, model, vertex.normal, false);
         if (point == nullptr || normal == nullptr) { return 0; }
         out->positions[count] = point_posed_position(session, point);

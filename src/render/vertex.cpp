@@ -55,7 +55,7 @@ void fill_slots(const Model* model, const Triangle* triangle, TriangleCache* cac
 TriangleCache* triangle_cache_make(Session* session, Model* model, Triangle* triangle) {
     int32_t id = take_id(&next_triangle_cache_id);
     while (list_find(&session->triangle_caches, id) != nullptr) { id = take_id(&next_triangle_cache_id); }
-    auto* cache = static_cast<TriangleCache*>(list_add(&session->triangle_caches, id));
+    auto* cache = list_add<TriangleCache>(&session->triangle_caches, id);
     if (cache == nullptr) { return nullptr; }
     *cache = TriangleCache{};  // a slot used before still holds its former tenant
     triangle->state_index = list_index_of(&session->triangle_caches, id, 0);

@@ -27,7 +27,7 @@ const unsigned char* point_colour(Session* session, Model* model, int32_t refere
 // The run-time record of a point in hand, null for one at rest.
 inline const PointState* point_posed(const Session* session, const Point* point) {
     if (point->state_index < 0) { return nullptr; }
-    return static_cast<const PointState*>(list_at(&session->point_states, point->state_index, 0));
+    return list_at<const PointState>(&session->point_states, point->state_index, 0);
 }
 
 // The posed position and normal of a point in hand.

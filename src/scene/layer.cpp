@@ -18,7 +18,7 @@ constexpr float COLOUR_KEY_SCALE = 255.0f;  // from 0.0 to 1.0 in a file to a by
 
 // Without a text: for operations whose failure is silent.
 Layer* find_layer_silently(const Model* model, const char* name) {
-    return model != nullptr && name != nullptr ? static_cast<Layer*>(list_find(&model->layers, name)) : nullptr;
+    return model != nullptr && name != nullptr ? list_find<Layer>(&model->layers, name) : nullptr;
 }
 
 bool is_unit_range(float value) { return value >= 0.0f && value <= 1.0f; }
@@ -53,7 +53,7 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
         return 0;
     }
     load_error_set(nullptr);
-    Layer* layer = static_cast<Layer*>(list_add(&model->layers, name));
+    Layer* layer = list_add<Layer>(&model->layers, name);
     if (layer == nullptr) { return 0; }
     // Intended: image axes and repeat are not written, a slot used again keeps those of the layer before.
     str_copy(name, layer->name);
@@ -86,7 +86,7 @@ int model_delete_layer(Model* model, const char* name) {
 }
 
 void model_delete_layer_slot(Model* model, int32_t slot) {
-    Layer* layer = model != nullptr ? static_cast<Layer*>(list_at(&model->layers, slot, 0)) : nullptr;
+    Layer* layer = model != nullptr ? list_at<Layer>(&model->layers, slot, 0) : nullptr;
     if (layer != nullptr) {
         release_layer_content(layer);
         list_remove_slot(&model->layers, slot);
@@ -104,7 +104,7 @@ int model_rename_layer(Model* model, const char* old_name, const char* new_name)
     char key[sizeof renamed.name];
     str_copy(new_name, key);
     list_remove(&model->layers, old_name);
-    *static_cast<Layer*>(list_add(&model->layers, key)) = renamed;
+    *list_add<Layer>(&model->layers, key) = renamed;
     return 1;
 }
 
@@ -198,7 +198,7 @@ int model_set_reflection(Model* model, const char* name, float value) {
 
 LayerImage* layer_first_image(const Layer* layer) {
     if (layer == nullptr) { return nullptr; }
-    return static_cast<LayerImage*>(list_at(&layer->images, list_next_slot(&layer->images, 0), 0));
+    return list_at<LayerImage>(&layer->images, list_next_slot(&layer->images, 0), 0);
 }
 
 void layer_image_release_slot(LayerImage* image, int slot) {

@@ -17,9 +17,9 @@ constexpr float NO_COLOUR = 255.0f;  // every channel of an absent point
 
 Point* find_or_create_point(Model* model, int32_t id) {
     if (model == nullptr || id < 1) { return nullptr; }
-    Point* point = static_cast<Point*>(list_find(&model->points, id));
+    Point* point = list_find<Point>(&model->points, id);
     if (point != nullptr) { return point; }
-    point = static_cast<Point*>(list_add(&model->points, id));
+    point = list_add<Point>(&model->points, id);
     if (point != nullptr) {
         // Intended: weight and joint_b have no default and stay as the slot holds them, zero in a fresh one.
         point->position = Vec3{0.0f, 0.0f, 0.0f};
@@ -90,7 +90,7 @@ int model_set_gouraud(Model* model, int32_t id, int red, int green, int blue, in
 
 Point* model_find_point(const Model* model, int32_t id) {
     if (model == nullptr) { return nullptr; }
-    if (Point* point = static_cast<Point*>(list_find(&model->points, id))) { return point; }
+    if (Point* point = list_find<Point>(&model->points, id)) { return point; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (Point* point = model_find_point(link.model, id)) { return point; }
     }

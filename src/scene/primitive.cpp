@@ -83,7 +83,7 @@ int model_add_triangle(Model* model, const char* layer, int quad, const int32_t*
     Layer* target = model_find_layer(model, layer);
     const int corners = quad ? QUAD_CORNERS : QUAD_CORNERS - 1;
     if (target == nullptr || !triangle_is_valid(model, corners, points, normals, controls, curve_type)) { return 0; }
-    Triangle* triangle = static_cast<Triangle*>(list_add(&target->triangles, next_triangle_id));
+    Triangle* triangle = list_add<Triangle>(&target->triangles, next_triangle_id);
     if (triangle == nullptr) { return 0; }
     *triangle = Triangle{};
     triangle->quad = quad ? 1 : 0;
@@ -105,13 +105,13 @@ int model_add_polygon(Model* model, const char* layer, int count, const int32_t*
     Layer* target = model_find_layer(model, layer);
     if (target == nullptr || points == nullptr || !all_exist(model, points, count, NO_POINT)) { return 0; }
     if (normals != nullptr && !all_exist(model, normals, count, NO_NORMAL)) { return 0; }
-    Polygon* polygon = static_cast<Polygon*>(list_add(&target->polygons, next_polygon_id));
+    Polygon* polygon = list_add<Polygon>(&target->polygons, next_polygon_id);
     if (polygon == nullptr) { return 0; }
     *polygon = Polygon{};
     list_init(&polygon->vertices, sizeof(PolygonVertex), KEY_NONE);
     polygon->vertex_count = clamp_vertex_count(count);
     for (int i = 0; i < polygon->vertex_count; ++i) {
-        PolygonVertex* vertex = static_cast<PolygonVertex*>(list_add(&polygon->vertices, i));
+        PolygonVertex* vertex = list_add<PolygonVertex>(&polygon->vertices, i);
         *vertex = PolygonVertex{};
         vertex->point = cut_id(points[i]);
         vertex->normal = cut_id(normals != nullptr ? normals[i] : points[i]);
@@ -125,7 +125,7 @@ int model_add_polygon(Model* model, const char* layer, int count, const int32_t*
 int model_add_line(Model* model, const char* layer, int count, const int32_t* points) {
     Layer* target = model_find_layer(model, layer);
     if (target == nullptr || points == nullptr || !all_exist(model, points, count, NO_POINT)) { return 0; }
-    Line* line = static_cast<Line*>(list_add(&target->lines, next_line_id));
+    Line* line = list_add<Line>(&target->lines, next_line_id);
     if (line == nullptr) { return 0; }
     *line = Line{};
     list_init(&line->vertices, sizeof(int32_t), KEY_NONE);
@@ -146,7 +146,7 @@ int model_add_uvee(Model* model, const char* layer, int32_t point, float u, floa
         load_error_set("uvee point not found in model");
         return 0;
     }
-    Uvee* uvee = static_cast<Uvee*>(list_add(&target->uvees, point));
+    Uvee* uvee = list_add<Uvee>(&target->uvees, point);
     if (uvee == nullptr) { return 0; }
     *uvee = Uvee{point, u, v};
     return 1;

@@ -172,14 +172,14 @@ void session_forget_joint(Session* session, Joint* joint) {
 
 int session_delete_layer(Session* session, Model* model, const char* name) {
     if (session == nullptr || model == nullptr || name == nullptr) { return 0; }
-    session_forget_layer(session, static_cast<Layer*>(list_find(&model->layers, name)));
+    session_forget_layer(session, list_find<Layer>(&model->layers, name));
     return model_delete_layer(model, name);
 }
 
 int session_rename_layer(Session* session, Model* model, const char* old_name, const char* new_name) {
     if (session == nullptr || model == nullptr || old_name == nullptr || new_name == nullptr) { return 0; }
-    Layer* layer = static_cast<Layer*>(list_find(&model->layers, old_name));
-    Layer* replaced = static_cast<Layer*>(list_find(&model->layers, new_name));
+    Layer* layer = list_find<Layer>(&model->layers, old_name);
+    Layer* replaced = list_find<Layer>(&model->layers, new_name);
     if (layer != nullptr && replaced != layer) { session_forget_layer(session, replaced); }
     return model_rename_layer(model, old_name, new_name);
 }

@@ -42,7 +42,7 @@ int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_
         return 0;
     }
     // Intended: a second joint called "world" is not met above and is written over the first.
-    Joint* joint = static_cast<Joint*>(list_add(&model->joints, name));
+    Joint* joint = list_add<Joint>(&model->joints, name);
     if (joint == nullptr) { return 0; }
     str_copy(name, joint->name);
     str_copy(parent, joint->parent_name);
@@ -61,7 +61,7 @@ void joint_gain_point(Joint* joint) {
 
 Joint* model_find_joint(const Model* model, const char* name) {
     if (model == nullptr || name == nullptr || str_equal(name, WORLD)) { return nullptr; }
-    return static_cast<Joint*>(list_find(&model->joints, name));
+    return list_find<Joint>(&model->joints, name);
 }
 
 int32_t model_joint_index(const Model* model, const char* name) {
@@ -70,7 +70,7 @@ int32_t model_joint_index(const Model* model, const char* name) {
 
 BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* joint_b, int32_t count) {
     if (model == nullptr || joint_a == nullptr || joint_b == nullptr || count <= 0) { return nullptr; }
-    BlendWeight* blend = static_cast<BlendWeight*>(list_add(&model->blends, take_id(&next_blend_id)));
+    BlendWeight* blend = list_add<BlendWeight>(&model->blends, take_id(&next_blend_id));
     if (blend != nullptr) {
         blend->point_count = count;
         blend->joint_a = model_find_joint(model, joint_a);
@@ -84,7 +84,7 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
                            const char* rotate_z) {
     if (model == nullptr || name == nullptr) { return nullptr; }
     const int32_t id = take_id(&next_child_id);
-    ChildLink* link = static_cast<ChildLink*>(list_add(&model->children, id));
+    ChildLink* link = list_add<ChildLink>(&model->children, id);
     if (link == nullptr) { return nullptr; }
     *link = ChildLink{};
     link->id = id;

@@ -48,7 +48,7 @@ int32_t cursor_create(const char*, const char* name) {
     if (name == nullptr || cursor_next_id == std::numeric_limits<int32_t>::max()) { return 0; }
     const NativeCursor cursor = load_cursor(name);
     if (cursor == 0) { return 0; }
-    auto* slot = static_cast<NativeCursor*>(list_add(&gl_system.cursors, ++cursor_next_id));
+    auto* slot = list_add<NativeCursor>(&gl_system.cursors, ++cursor_next_id);
     if (slot == nullptr) { return 0; }
     *slot = cursor;
     return cursor_next_id;

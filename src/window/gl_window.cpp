@@ -107,7 +107,7 @@ WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc 
     native_window_raise(window);
 
     forget_handle(window);
-    GlWindow* entry = static_cast<GlWindow*>(list_add(&gl_system.windows, name));
+    GlWindow* entry = list_add<GlWindow>(&gl_system.windows, name);
     if (entry == nullptr) {
         native_window_destroy(window);
         return 0;

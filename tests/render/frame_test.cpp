@@ -758,7 +758,7 @@ protected:
             Model* model = nullptr;
             for (RootModel& root : list_elements<RootModel>(session.root_models)) { model = root.model; }
             Layer* layer = model_find_layer(model, "body");
-            auto* image = static_cast<LayerImage*>(list_add(&layer->images, 1));
+            auto* image = list_add<LayerImage>(&layer->images, 1);
             *image = LayerImage{};
             image->width[0] = image->height[0] = 11;
         }

@@ -152,7 +152,7 @@ TEST_F(PointsDraw, EveryDigitHasItsGlyph) {
 }
 
 TEST_F(PointsDraw, AMinusSignIsPassedOver) {
-    Point* point = static_cast<Point*>(list_add(&scene.model->points, int32_t{-12}));
+    Point* point = list_add<Point>(&scene.model->points, int32_t{-12});
     ASSERT_NE(point, nullptr);
     *point = Point{};
     point->state_index = -1;

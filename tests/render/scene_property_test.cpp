@@ -265,7 +265,7 @@ protected:
     // colour key does: both are brought up to date here as a load does it.
     static void edit_image(Model* root, Random& random) {
         const std::string changed = some_layer(random);
-        Layer* layer = static_cast<Layer*>(list_find(&root->layers, changed.c_str()));
+        Layer* layer = list_find<Layer>(&root->layers, changed.c_str());
         const bool has_surface = layer != nullptr && model_count_triangles(root, changed.c_str()) > 0;
         if (has_surface) {
             if (random.below(3) == 0) { model_set_invisible(root, changed.c_str(), 0, 0, 0); }

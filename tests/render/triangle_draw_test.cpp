@@ -303,7 +303,7 @@ TEST_F(TriangleDraw, APolygonOfFewerThanThreeVerticesDrawsNothingAndCountsZero) 
 TEST_F(TriangleDraw, APolygonWithAReferenceThatCannotBeResolvedDrawsNothing) {
     for (const bool normal : {false, true}) {
         Polygon* polygon = add_polygon(4);
-        auto* vertex = static_cast<PolygonVertex*>(list_at(&polygon->vertices, 3, 0));
+        auto* vertex = list_at<PolygonVertex>(&polygon->vertices, 3, 0);
         (normal ? vertex->normal : vertex->point) = 999;
         EXPECT_EQ(draw(polygon, true, false), 0);
         EXPECT_EQ(draw(polygon, true, false, true), 0);

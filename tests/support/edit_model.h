@@ -31,7 +31,7 @@ inline Owned empty_model(const char* name = "model") {
     return model;
 }
 
-inline Point* point_of(Model* model, int32_t id) { return static_cast<Point*>(list_find(&model->points, id)); }
+inline Point* point_of(Model* model, int32_t id) { return list_find<Point>(&model->points, id); }
 
 // A point with a place that need not be whole, as only edits make it.
 inline Point* put_point(Model* model, int32_t id, Vec3 place, Vec3 normal = {0, 0, 1}, float weight = 1.0f) {
@@ -48,7 +48,7 @@ inline void put_points(Model* model, std::initializer_list<Vec3> places) {
     for (const Vec3& place : places) { put_point(model, ++id, place); }
 }
 
-inline Layer* layer_of(Model* model, const char* name) { return static_cast<Layer*>(list_find(&model->layers, name)); }
+inline Layer* layer_of(Model* model, const char* name) { return list_find<Layer>(&model->layers, name); }
 
 inline Layer* put_layer(Model* model, const char* name = "body", int mirror_axis = 0) {
     EXPECT_EQ(model_add_layer(model, name, 10, 20, 30, 1, mirror_axis != 0, mirror_axis != 0 ? mirror_axis : 1), 1);

@@ -47,7 +47,7 @@ protected:
     }
 
     LayerImage* add_image(int32_t key = 1) {
-        auto* image = static_cast<LayerImage*>(list_add(&layer->images, key));
+        auto* image = list_add<LayerImage>(&layer->images, key);
         *image = LayerImage{};
         return image;
     }

@@ -70,12 +70,12 @@ protected:
 inline Point& point(const ModelPtr& model, int32_t id) { return *model_find_point(model.get(), id); }
 inline Layer& layer(const ModelPtr& model, const char* name = "a") { return *model_find_layer(model.get(), name); }
 inline Triangle& triangle(const ModelPtr& model, int32_t slot = 0) {
-    return *static_cast<Triangle*>(list_at(&layer(model).triangles, slot, 0));
+    return *list_at<Triangle>(&layer(model).triangles, slot, 0);
 }
 inline std::vector<int> ids(const int16_t* first, int count) { return std::vector<int>(first, first + count); }
 using Ids = std::vector<int>;
 inline const ChildLink& link(const ModelPtr& model, int32_t slot = 0) {
-    return *static_cast<const ChildLink*>(list_at(&model->children, slot, 0));
+    return *list_at<const ChildLink>(&model->children, slot, 0);
 }
 
 }  // namespace pelt::test

@@ -245,11 +245,11 @@ TEST_F(Flatten, texture_coordinates_come_as_uvees) {
     model_add_uvee(child.get(), "body", 7, 4, 5);  // of a point that no corner uses
     merge(child.get());
     const Layer* layer = layer_of(model.get(), "1_body");
-    const auto* corner = static_cast<Uvee*>(list_find(&layer->uvees, 4));
+    const auto* corner = list_find<Uvee>(&layer->uvees, 4);
     ASSERT_NE(corner, nullptr);
     EXPECT_EQ(corner->u, 0.5f);
     EXPECT_EQ(corner->v, 0.25f);
-    const auto* other = static_cast<Uvee*>(list_find(&layer->uvees, 9));
+    const auto* other = list_find<Uvee>(&layer->uvees, 9);
     ASSERT_NE(other, nullptr);
     EXPECT_EQ(other->v, 5.0f);
     EXPECT_EQ(list_count(&layer->uvees), 4);
@@ -281,7 +281,7 @@ TEST_F(Flatten, references_that_the_child_cannot_resolve_do_not_reach_the_parent
     Owned child = simple("child");
     put_triangle(child.get(), "body", {1, 2, 3});
     last_triangle(layer_of(child.get(), "body"))->points[2] = -1;  // would be 3 in the parent
-    *static_cast<Uvee*>(list_add(&layer_of(child.get(), "body")->uvees, 2147483647)) = Uvee{2147483647, 1, 1};
+    *list_add<Uvee>(&layer_of(child.get(), "body")->uvees, 2147483647) = Uvee{2147483647, 1, 1};
     EXPECT_EQ(merge(child.get()), 1);
     EXPECT_EQ(triangles_of(model.get(), "1_body"), (List{{5, 6, 7}}));
 }
@@ -513,7 +513,7 @@ TEST_F(FlattenImages, image_comes_along_with_axes_x_and_y_and_the_childs_referen
     EXPECT_STREQ(layer_first_image(layer)->names[0], "a.tga");
     EXPECT_EQ(layer_first_image(layer)->bytes_per_pixel[0], 4);  // here the key comes before the image
     EXPECT_EQ(image_find(dir.file("a.tga").c_str())->ref_count, 1);
-    const auto* uvee = static_cast<Uvee*>(list_find(&layer->uvees, 2));
+    const auto* uvee = list_find<Uvee>(&layer->uvees, 2);
     EXPECT_EQ(uvee->u, 0.0f);
     EXPECT_EQ(uvee->v, 1.0f);
 }

@@ -160,7 +160,7 @@ TEST_F(GlWindowTest, ANewWindowWithTheHandleOfADeadOneIsTheNewOne) {
     gl_context_destroy(dead);
     gl_window_find(dead)->handle = dead + 1;  // the one that is given out next
     EXPECT_EQ(create("new"), dead + 1);
-    const auto* entry = static_cast<const GlWindow*>(list_find(&gl_system.windows, "new"));
+    const auto* entry = list_find<const GlWindow>(&gl_system.windows, "new");
     EXPECT_EQ(gl_window_find(dead + 1), entry);
     EXPECT_NE(entry->context, nullptr);
     EXPECT_TRUE(gl_context_current(dead + 1));

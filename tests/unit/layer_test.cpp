@@ -104,7 +104,7 @@ TEST_F(LayerTest, NameOf32BytesIsAddedAndNotFoundAgain) {
 
 TEST_F(LayerTest, NameLongerThanItsFieldIsCutWithinBounds) {
     add(std::string(500, 'n').c_str());
-    const Layer* layer = static_cast<Layer*>(list_at(&model->layers, 0, 0));
+    const Layer* layer = list_at<Layer>(&model->layers, 0, 0);
     EXPECT_EQ(std::string(127, 'n'), layer->name);
     EXPECT_EQ(layer->colour[0], 10);
 }
@@ -329,7 +329,7 @@ TEST_F(LayerTest, ReflectionNeedsAnImageAndARange) {
     add("skin");
     EXPECT_EQ(model_set_reflection(model, "skin", 0.5f), 0);
     Layer* layer = model_find_layer(model, "skin");
-    LayerImage* image = static_cast<LayerImage*>(list_add(&layer->images, 1));
+    LayerImage* image = list_add<LayerImage>(&layer->images, 1);
     EXPECT_EQ(image, layer_first_image(layer));
     load_error_set(nullptr);
     EXPECT_EQ(model_set_reflection(model, "skin", 0.5f), 1);

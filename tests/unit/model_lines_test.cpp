@@ -180,7 +180,7 @@ TEST_F(ModelLines, AGouraudColourOfAnUnknownPointFails) {
 
 TEST_F(ModelLines, UveesBelongToTheCurrentLayer) {
     const ModelPtr model = load_good(FOUR_POINTS + LAYER + "uvees\n2 0.5 -1\n");
-    const auto* uvee = static_cast<const Uvee*>(list_find(&layer(model).uvees, 2));
+    const auto* uvee = list_find<const Uvee>(&layer(model).uvees, 2);
     ASSERT_NE(uvee, nullptr);
     EXPECT_EQ(uvee->u, 0.5f);
     EXPECT_EQ(uvee->v, -1.0f);
@@ -198,7 +198,7 @@ TEST_F(ModelLines, BadUveesFail) {
 TEST_F(ModelLines, ALineOfTypeTwoIsAPolyline) {
     const ModelPtr model = load_good(FOUR_POINTS + LAYER + "lines\n2 1 3 2\n2 4\n");
     ASSERT_EQ(list_count(&layer(model).lines), 2);
-    const auto* line = static_cast<const Line*>(list_at(&layer(model).lines, 0, 0));
+    const auto* line = list_at<const Line>(&layer(model).lines, 0, 0);
     EXPECT_EQ(line->vertex_count, 3);
     EXPECT_EQ(*static_cast<int32_t*>(list_at(&line->vertices, 1, 0)), 3);
 }
@@ -323,9 +323,9 @@ TEST_F(ModelLines, CurveTypesThatDoNotFitFailWithoutAText) {
 
 TEST_F(ModelLines, APolygonKeepsTheOrderOfItsPoints) {
     const ModelPtr model = load_good(FOUR_POINTS + LAYER + "triangles\n2 4 2 3 1\n");
-    const auto* polygon = static_cast<const Polygon*>(list_at(&layer(model).polygons, 0, 0));
+    const auto* polygon = list_at<const Polygon>(&layer(model).polygons, 0, 0);
     ASSERT_EQ(polygon->vertex_count, 4);
-    const auto* vertex = static_cast<const PolygonVertex*>(list_at(&polygon->vertices, 1, 0));
+    const auto* vertex = list_at<const PolygonVertex>(&polygon->vertices, 1, 0);
     EXPECT_EQ(vertex->point, 2);
     EXPECT_EQ(vertex->normal, 2);
 }
@@ -334,7 +334,7 @@ TEST_F(ModelLines, APolygonTakesAllTokensOfALine) {
     std::string line = "2";
     for (int i = 0; i < 300; ++i) { line += " 1"; }
     const ModelPtr model = load_good(FOUR_POINTS + LAYER + "triangles\n" + line + "\n");
-    EXPECT_EQ(static_cast<const Polygon*>(list_at(&layer(model).polygons, 0, 0))->vertex_count, 255);
+    EXPECT_EQ(list_at<const Polygon>(&layer(model).polygons, 0, 0)->vertex_count, 255);
 }
 
 // ---- layers ----

@@ -171,7 +171,7 @@ TEST_F(PancakeTest, APolygonThatSaysFewerVerticesThanItHoldsIsWalkedAsFarAsItSay
     layer("skin");
     const int32_t ids[] = {1, 2, 3, 4};
     ASSERT_EQ(model_add_polygon(model, "skin", 4, ids, nullptr), 1);
-    static_cast<Polygon*>(list_first(&model_find_layer(model, "skin")->polygons))->vertex_count = 3;
+    list_first<Polygon>(&model_find_layer(model, "skin")->polygons)->vertex_count = 3;
     ASSERT_EQ(model_pancake(model), 1);
     EXPECT_EQ(model_find_point(model, 3)->position.z, 0.0f);
     EXPECT_EQ(model_find_point(model, 4)->position.z, 5.0f);
@@ -221,7 +221,7 @@ TEST_F(PancakeTest, AChainWhoseFirstPointIsMissingIsSkippedAndALaterOnePassedOve
     EXPECT_EQ(list_count(&flattened), 0);
     EXPECT_EQ(pancake_chain(model, &flattened, missing_middle, 3), 1);
     ASSERT_EQ(list_count(&flattened), 2);
-    EXPECT_FLOAT_EQ(static_cast<Point*>(list_find(&flattened, 2))->position.x, 5.0f);
+    EXPECT_FLOAT_EQ(list_find<Point>(&flattened, 2)->position.x, 5.0f);
     list_free(&flattened);
 }
 

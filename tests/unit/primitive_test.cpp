@@ -27,7 +27,7 @@ protected:
 
     Layer* layer(const char* name = "skin") { return model_find_layer(model, name); }
 
-    const Triangle* triangle(int slot = 0) { return static_cast<Triangle*>(list_at(&layer()->triangles, slot, 0)); }
+    const Triangle* triangle(int slot = 0) { return list_at<Triangle>(&layer()->triangles, slot, 0); }
 
     int add(int quad, std::vector<int32_t> points, int curve_type = 0, const int32_t* normals = nullptr,
             const int32_t* controls = nullptr) {
@@ -170,15 +170,15 @@ TEST_F(PrimitiveTest, PolygonStoresItsVertices) {
     const int32_t id = next_polygon_id;
     ASSERT_EQ(model_add_polygon(model, "skin", 5, ids, nullptr), 1);
     ASSERT_EQ(model_add_polygon(model, "skin", 5, ids, normals), 1);
-    const Polygon* plain = static_cast<Polygon*>(list_at(&layer()->polygons, 0, 0));
-    const Polygon* other = static_cast<Polygon*>(list_at(&layer()->polygons, 1, 0));
+    const Polygon* plain = list_at<Polygon>(&layer()->polygons, 0, 0);
+    const Polygon* other = list_at<Polygon>(&layer()->polygons, 1, 0);
     EXPECT_EQ(id, plain->id);
     EXPECT_EQ(plain->vertex_count, 5);
     EXPECT_EQ(plain->state_index, -1);
     ASSERT_EQ(list_count(&plain->vertices), 5);
-    EXPECT_EQ(static_cast<PolygonVertex*>(list_at(&plain->vertices, 2, 0))->normal, 3);
-    EXPECT_EQ(static_cast<PolygonVertex*>(list_at(&other->vertices, 4, 0))->point, 5);
-    EXPECT_EQ(static_cast<PolygonVertex*>(list_at(&other->vertices, 4, 0))->normal, 1);
+    EXPECT_EQ(list_at<PolygonVertex>(&plain->vertices, 2, 0)->normal, 3);
+    EXPECT_EQ(list_at<PolygonVertex>(&other->vertices, 4, 0)->point, 5);
+    EXPECT_EQ(list_at<PolygonVertex>(&other->vertices, 4, 0)->normal, 1);
 }
 
 TEST_F(PrimitiveTest, PolygonWithAMissingPointOrNormalIsRefused) {
@@ -198,17 +198,17 @@ TEST_F(PrimitiveTest, PolygonOfAnyCountStaysWithinItsSixteenBits) {
     EXPECT_EQ(model_add_polygon(model, "skin", 40000, ids.data(), nullptr), 1);
     EXPECT_EQ(model_add_polygon(model, "skin", 0, ids.data(), nullptr), 1);
     EXPECT_EQ(model_add_polygon(model, "skin", -3, ids.data(), nullptr), 1);
-    const Polygon* large = static_cast<Polygon*>(list_at(&layer()->polygons, 0, 0));
+    const Polygon* large = list_at<Polygon>(&layer()->polygons, 0, 0);
     EXPECT_EQ(large->vertex_count, 32767);
     EXPECT_EQ(list_count(&large->vertices), 32767);
-    EXPECT_EQ(static_cast<Polygon*>(list_at(&layer()->polygons, 2, 0))->vertex_count, 0);
+    EXPECT_EQ(list_at<Polygon>(&layer()->polygons, 2, 0)->vertex_count, 0);
 }
 
 TEST_F(PrimitiveTest, LineStoresWholeIdsThatAreReadThroughTheirLowHalf) {
     model_set_point(model, 65537, 1, 1, 1, 1.0f);
     const int32_t ids[] = {65537, 2, 3};
     ASSERT_EQ(model_add_line(model, "skin", 3, ids), 1);
-    const Line* line = static_cast<Line*>(list_at(&layer()->lines, 0, 0));
+    const Line* line = list_at<Line>(&layer()->lines, 0, 0);
     EXPECT_EQ(line->vertex_count, 3);
     EXPECT_EQ(line->state_index, -1);
     const int32_t stored = *static_cast<int32_t*>(list_at(&line->vertices, 0, 0));
@@ -224,7 +224,7 @@ TEST_F(PrimitiveTest, UveeGivenTwiceKeepsTheSecond) {
     EXPECT_EQ(model_add_uvee(model, "skin", 3, 0.1f, 0.2f), 1);
     EXPECT_EQ(model_add_uvee(model, "skin", 3, 0.3f, 0.4f), 1);
     ASSERT_EQ(list_count(&layer()->uvees), 1);
-    const Uvee* uvee = static_cast<Uvee*>(list_find(&layer()->uvees, 3));
+    const Uvee* uvee = list_find<Uvee>(&layer()->uvees, 3);
     ASSERT_NE(uvee, nullptr);
     EXPECT_EQ(uvee->point, 3);
     EXPECT_EQ(uvee->u, 0.3f);

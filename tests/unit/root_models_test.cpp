@@ -87,7 +87,7 @@ TEST_F(RootModelsTest, AddGivesTheIdOfTheModelStateAndGrowsTheCounters) {
     EXPECT_EQ(next_state, session_add_root(&session, model, nullptr));
     EXPECT_EQ(next_root + 1, next_root_id);
     EXPECT_EQ(next_root, key_of(model));
-    EXPECT_EQ(model, static_cast<ModelState*>(list_find(&session.model_states, next_state))->model);
+    EXPECT_EQ(model, list_find<ModelState>(&session.model_states, next_state)->model);
 }
 
 TEST_F(RootModelsTest, AddOfANullModelReleasesTheAnimationThatItWasGiven) {
@@ -227,7 +227,7 @@ TEST_F(RootModelsTest, CloseAllEmptiesTheSceneAndKeepsSelectionAndClock) {
     session.anim_time = 1.0f;
     session.radius = 99.0f;
     session.animation_path = str_dup("scene.txt");
-    static_cast<SelectedModel*>(list_add(&session.selection.models, 5))->model = model;
+    list_add<SelectedModel>(&session.selection.models, 5)->model = model;
     EXPECT_EQ(session_close_all(&session), 1);
     EXPECT_EQ(list_count(&session.root_models), 0);
     EXPECT_EQ(list_count(&session.model_states), 0);

@@ -55,7 +55,7 @@ TEST_F(ScratchCopy, joints_and_lines_are_left_out) {
 }
 
 TEST_F(ScratchCopy, no_reference_to_an_image_is_taken) {
-    LayerImage* image = static_cast<LayerImage*>(list_add(&layer_of(model.get(), "first")->images, 1));
+    LayerImage* image = list_add<LayerImage>(&layer_of(model.get(), "first")->images, 1);
     *image = LayerImage{};
     image->image_id[0] = 77;
     std::snprintf(image->names[0], sizeof image->names[0], "a.tga");

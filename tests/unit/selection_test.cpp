@@ -69,7 +69,7 @@ protected:
     }
 
     Model* model_of(int32_t id) { return state(id)->model; }
-    ModelState* state(int32_t id) { return static_cast<ModelState*>(list_find(&session.model_states, id)); }
+    ModelState* state(int32_t id) { return list_find<ModelState>(&session.model_states, id); }
     int32_t selected() const { return list_count(&session.selection.models); }
     int32_t roots() const { return list_count(&session.root_models); }
 
@@ -177,7 +177,7 @@ TEST_F(SelectionTest, ASelectedChildKeepsItsLink) {
     const int32_t parent = add();
     const int32_t id = add_child(model_of(parent));
     EXPECT_EQ(selection_add_child(&session, id), 1);
-    SelectedChild* entry = static_cast<SelectedChild*>(list_find(&session.selection.children, id));
+    SelectedChild* entry = list_find<SelectedChild>(&session.selection.children, id);
     ASSERT_NE(entry, nullptr);
     EXPECT_EQ(list_at(&model_of(parent)->children, 0, 0), entry->link);
     EXPECT_EQ(entry->link, selection_entry_child(&session, id, entry));
@@ -202,7 +202,7 @@ TEST_F(SelectionTest, CopyIsShallowAndLeavesCentreAndAxisOut) {
     EXPECT_EQ(selection_copy(&session), 1);
     EXPECT_EQ(session.clipboard_cut, 0);
     EXPECT_EQ(session.clipboard.centre.x, 0.0f);
-    const SelectedModel* entry = static_cast<SelectedModel*>(list_find(&session.clipboard.models, id));
+    const SelectedModel* entry = list_find<SelectedModel>(&session.clipboard.models, id);
     ASSERT_NE(entry, nullptr);
     EXPECT_EQ(model_of(id), entry->model);
     EXPECT_EQ(selection_copy(&session), 1);
@@ -506,7 +506,7 @@ TEST_F(SelectionTest, AChildWithAModelStateOfItsOwnIsNoRootEither) {
 TEST_F(SelectionTest, DeletedModelsLeaveNothingThatPointsAtThem) {
     const int32_t parent = add("parent.mod");
     const int32_t rider = add("rider.mod");
-    RootModel* root = static_cast<RootModel*>(list_at(&session.root_models, 1, 1));
+    RootModel* root = list_at<RootModel>(&session.root_models, 1, 1);
     root->animation = animation_create(root->model);
     root->animation->parent_model = model_of(parent);
     select(parent);
@@ -593,7 +593,7 @@ TEST_F(SelectionTest, AnEntryNeverTakesANewModelForAFreedOneWithItsAddressAndId)
     select(freed);
     session_close_all(&session);
     ASSERT_EQ(freed, add());
-    auto* entry = static_cast<SelectedModel*>(list_find(&session.selection.models, freed));
+    auto* entry = list_find<SelectedModel>(&session.selection.models, freed);
     entry->model = model_of(freed);
     EXPECT_EQ(selection_entry_model(&session, freed, entry), nullptr);
     EXPECT_EQ(selection_current_model(&session), nullptr);
@@ -615,8 +615,8 @@ TEST_F(SelectionTest, AnEntryOfARootNeverTakesANewChildForAFreedModelWithItsAddr
     next_child_state_id = freed;
     ASSERT_EQ(freed, add_child(model_of(parent)));
     next_child_state_id += 9000;
-    const auto* child = static_cast<ChildState*>(list_find(&session.child_states, freed));
-    static_cast<SelectedModel*>(list_find(&session.selection.models, freed))->model = child->link->model;
+    const auto* child = list_find<ChildState>(&session.child_states, freed);
+    list_find<SelectedModel>(&session.selection.models, freed)->model = child->link->model;
     EXPECT_EQ(selection_current_model(&session), nullptr);
     EXPECT_EQ(selection_translate(&session, 1, 2, 3, 0), 0);
 }
@@ -672,7 +672,7 @@ TEST_F(SelectionTest, AJointCalledWorldWrittenAnewLeavesNoRecordBehind) {
     const char* text = "joint\tworld\t1\t2\t3\thip\t0\n";
     for (int i = 0; i < 5; ++i) {
         ASSERT_EQ(selection_add_data(&session, text), 1);
-        Joint* joint = static_cast<Joint*>(list_find(&model_of(id)->joints, "world"));
+        Joint* joint = list_find<Joint>(&model_of(id)->joints, "world");
         joint_state(&session, model_of(id), joint);
     }
     EXPECT_EQ(list_count(&session.joint_states), 1);
@@ -749,8 +749,8 @@ TEST_F(SelectionTest, TheTreeKeepsItsDepth) {
     EXPECT_EQ(model_tree_size(model_of(top)).depth, MODEL_TREE_DEPTH_LIMIT);
     // Also from below: the lowest may not get a child that would stand one too deep.
     selection_clear(&session);
-    const Model* lowest = static_cast<RootModel*>(list_at(&session.root_models, 0, 0))->model;
-    select(static_cast<ModelState*>(list_at(&session.model_states, lowest->state_index, 0))->id);
+    const Model* lowest = list_at<RootModel>(&session.root_models, 0, 0)->model;
+    select(list_at<ModelState>(&session.model_states, lowest->state_index, 0)->id);
     EXPECT_EQ(selection_add_child_model(&session, add()), 0);
     EXPECT_EQ(model_count_children(lowest), 0);
 }
@@ -785,7 +785,7 @@ TEST_F(SelectionTest, ARefusedLendLeavesNoBorrowedLinkForTheNextChild) {
     select(parent);
     ASSERT_EQ(selection_add_child_model(&session, large), 0);
     ASSERT_EQ(list_count(&model_of(parent)->children), 0);
-    const ChildLink* slot = static_cast<ChildLink*>(list_add(&model_of(parent)->children, 1));
+    const ChildLink* slot = list_add<ChildLink>(&model_of(parent)->children, 1);
     ASSERT_EQ(slot->borrowed, 1) << "the slot of the link that was refused";
     list_remove(&model_of(parent)->children, 1);
     add_child(model_of(parent));

@@ -102,9 +102,7 @@ protected:
 
     int32_t load(const std::string& path) { return session_load_model(&session, path.c_str()); }
     int32_t roots() const { return list_count(&session.root_models); }
-    const Model* root(int32_t rank) const {
-        return static_cast<RootModel*>(list_at(&session.root_models, rank, 1))->model;
-    }
+    const Model* root(int32_t rank) const { return list_at<RootModel>(&session.root_models, rank, 1)->model; }
 
     int count_reports(const std::string& ending) const {
         return static_cast<int>(std::count_if(reports.begin(), reports.end(),
@@ -363,7 +361,7 @@ TEST_F(LifecycleTest, AnAnimationIsEvaluatedWhenItIsLoaded) {
     const std::string list = write_animation();
     session.anim_time = 3.0f;
     ASSERT_EQ(session_load_animation(&session, list.c_str(), 0), 1);
-    const ModelState* state = static_cast<ModelState*>(list_at(&session.model_states, 0, 1));
+    const ModelState* state = list_at<ModelState>(&session.model_states, 0, 1);
     ASSERT_NE(state, nullptr);
     EXPECT_FLOAT_EQ(state->matrix.m[7], 10.0f);
 }
@@ -666,7 +664,7 @@ TEST_F(LifecycleTest, FindModelSeesAChildOnlyAfterItsLinkHasAState) {
     const int32_t id = load(dir.write("arm.mod", "points\n1 0 0 0\nchild hand 0 0 0 1 1 1 0 0 0\n"));
     ASSERT_GE(id, 1);
     EXPECT_EQ(session_find_model(&session, "hand"), 0);
-    ChildLink* link = static_cast<ChildLink*>(list_at(&root(0)->children, 0, 0));
+    ChildLink* link = list_at<ChildLink>(&root(0)->children, 0, 0);
     const int32_t child_id = child_state(&session, link)->id;
     EXPECT_EQ(child_id, session_find_model(&session, "hand"));
 }
@@ -675,7 +673,7 @@ TEST_F(LifecycleTest, FindModelPassesOverStatesAndLinksWithoutAModel) {
     load(dir.write("arm.mod", SMALL_MODEL));
     ChildLink* link = model_add_child(const_cast<Model*>(root(0)), nullptr, "ghost", 0, 0, 0, 1, 1, 1, "0", "0", "0");
     child_state(&session, link);
-    ModelState* empty = static_cast<ModelState*>(list_add(&session.model_states, 1000000));
+    ModelState* empty = list_add<ModelState>(&session.model_states, 1000000);
     *empty = ModelState{};
     EXPECT_EQ(session_find_model(&session, "ghost"), 0);
     EXPECT_EQ(session_find_model(&session, "nobody"), 0);

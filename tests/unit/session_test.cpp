@@ -310,10 +310,10 @@ TEST_F(SessionTest, ForgetNeverGoesThroughABorrowedLink) {
 TEST_F(SessionTest, ForgetReachesLayersWithNamesTooLongForAKey) {
     Model* model = add_model("long.mod", std::string(40, 'l').c_str());
     model_add_joint(model, std::string(60, 'j').c_str(), 0, 0, 0, "world", 0);
-    joint_state(&session, model, static_cast<Joint*>(list_at(&model->joints, 1, 0)));
+    joint_state(&session, model, list_at<Joint>(&model->joints, 1, 0));
     // No operation finds the layer by its name, so the triangle goes straight into its list.
-    Layer* layer = static_cast<Layer*>(list_at(&model->layers, 0, 0));
-    Triangle* triangle = static_cast<Triangle*>(list_add(&layer->triangles, 1));
+    Layer* layer = list_at<Layer>(&model->layers, 0, 0);
+    Triangle* triangle = list_add<Triangle>(&layer->triangles, 1);
     triangle->state_index = -1;
     triangle_cache_get(&session, model, triangle);
     ASSERT_EQ(RECORDS_OF_A_MODEL + 1, records());
@@ -345,7 +345,7 @@ TEST_F(SessionTest, RenamingALayerOntoAnotherForgetsTheCachesOfThatOne) {
     ASSERT_NE(layer, nullptr);
     EXPECT_EQ(kept, list_count(&layer->triangles));
     // The cache that stays still belongs to the triangle that stays.
-    Triangle* triangle = static_cast<Triangle*>(list_at(&layer->triangles, 0, 0));
+    Triangle* triangle = list_at<Triangle>(&layer->triangles, 0, 0);
     EXPECT_EQ(triangle, triangle_cache_get(&session, model, triangle)->triangle);
     EXPECT_EQ(list_count(&session.triangle_caches), 1);
 }
@@ -365,7 +365,7 @@ TEST_F(SessionTest, ForgettingNothingLeavesEveryRecordWhereItIs) {
     ChildLink* child = link(parent, nullptr);
     Layer* layer = model_find_layer(parent, "skin");
     Joint* joint = model_find_joint(parent, "hip");
-    const Triangle* triangle = static_cast<Triangle*>(list_at(&layer->triangles, 0, 0));
+    const Triangle* triangle = list_at<Triangle>(&layer->triangles, 0, 0);
     session_forget_layer(&session, nullptr);
     session_forget_child(&session, nullptr);
     session_forget_joint(&session, nullptr);
@@ -385,7 +385,7 @@ TEST_F(SessionTest, ForgettingALayerAChildOrAJointTakesItsRecordsAlone) {
     Joint* joint = model_find_joint(parent, "hip");
     session_forget_layer(&session, layer);
     EXPECT_EQ(list_count(&session.triangle_caches), 0);
-    EXPECT_EQ(static_cast<Triangle*>(list_at(&layer->triangles, 0, 0))->state_index, -1);
+    EXPECT_EQ(list_at<Triangle>(&layer->triangles, 0, 0)->state_index, -1);
     EXPECT_EQ(records(), RECORDS_OF_A_MODEL);
     session_forget_child(&session, child);
     EXPECT_EQ(list_count(&session.child_states), 0);

@@ -82,7 +82,7 @@ TEST_F(SkeletonTest, ASecondJointCalledWorldIsWrittenOverTheFirst) {
     model_add_joint(model, "world", 1, 0, 0, "hip", 0);
     EXPECT_EQ(model_add_joint(model, "world", 2, 0, 0, "hip", 0), 1);
     EXPECT_EQ(model_count_joints(model), 1);
-    EXPECT_EQ(static_cast<Joint*>(list_at(&model->joints, 0, 0))->position.x, 2.0f);
+    EXPECT_EQ(list_at<Joint>(&model->joints, 0, 0)->position.x, 2.0f);
 }
 
 TEST_F(SkeletonTest, JointWithALongNameIsAddedWithinBoundsAndNotFoundAgain) {
@@ -90,7 +90,7 @@ TEST_F(SkeletonTest, JointWithALongNameIsAddedWithinBoundsAndNotFoundAgain) {
     EXPECT_EQ(model_add_joint(model, name.c_str(), 1, 2, 3, std::string(300, 'p').c_str(), 5), 1);
     EXPECT_EQ(model_find_joint(model, name.c_str()), nullptr);
     EXPECT_EQ(model_joint_index(model, name.c_str()), -1);
-    const Joint* joint = static_cast<Joint*>(list_at(&model->joints, 0, 0));
+    const Joint* joint = list_at<Joint>(&model->joints, 0, 0);
     EXPECT_EQ(std::string(127, 'j'), joint->name);
     EXPECT_EQ(std::string(127, 'p'), joint->parent_name);
     EXPECT_EQ(joint->position.x, 1.0f);

@@ -272,9 +272,7 @@ TEST_F(Tessellate, new_points_get_uvees_where_the_layer_has_any) {
     model_add_uvee(model.get(), "body", 1, 0, 0);
     model_set_gouraud(model.get(), 1, 1, 2, 3, 4);  // colours stand behind the coordinates
     triangle_bake(model.get(), layer_of(model.get(), "body"), triangle, 1, 9);
-    const auto uvee = [this](int32_t id) {
-        return static_cast<Uvee*>(list_find(&layer_of(model.get(), "body")->uvees, id));
-    };
+    const auto uvee = [this](int32_t id) { return list_find<Uvee>(&layer_of(model.get(), "body")->uvees, id); };
     const float expected[5][2] = {{0, 0.5f}, {0.5f, 0.25f}, {0.5f, 0.875f}, {0.5f, 1.5f}, {1, 1.25f}};
     for (int i = 0; i < 5; ++i) {
         ASSERT_NE(uvee(9 + i), nullptr);

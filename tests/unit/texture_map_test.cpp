@@ -110,10 +110,10 @@ protected:
 
     void add(const std::string& lines) { ASSERT_EQ(model_read_data(model, lines.c_str()), 1) << load_error_get(); }
     Layer& layer() { return *model_find_layer(model, "a"); }
-    Triangle& triangle(int32_t slot = 0) { return *static_cast<Triangle*>(list_at(&layer().triangles, slot, 0)); }
+    Triangle& triangle(int32_t slot = 0) { return *list_at<Triangle>(&layer().triangles, slot, 0); }
     PolygonVertex& polygon_vertex(int32_t index) {
-        auto* polygon = static_cast<Polygon*>(list_at(&layer().polygons, 0, 0));
-        return *static_cast<PolygonVertex*>(list_at(&polygon->vertices, index, 0));
+        auto* polygon = list_at<Polygon>(&layer().polygons, 0, 0);
+        return *list_at<PolygonVertex>(&polygon->vertices, index, 0);
     }
     void expect_uv(const Triangle& of, int corner, float u, float v) {
         EXPECT_EQ(of.uvs[corner][0], u) << "corner " << corner;

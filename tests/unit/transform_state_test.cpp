@@ -791,7 +791,7 @@ TEST_F(TransformState, BorrowedLinksThatLeadInACircleEnd) {
     }
     ModelAnimation a{};
     a.enabled = 1;
-    ChildLink* first = static_cast<ChildLink*>(list_at(&m->children, 0, 0));
+    ChildLink* first = list_at<ChildLink>(&m->children, 0, 0);
     const int32_t next = child_evaluate(&session, 1.0f, first, &a, 0);
     EXPECT_GT(next, MODEL_TREE_DEPTH_LIMIT);
     EXPECT_LE(next, MODEL_TREE_NODE_LIMIT);
@@ -1025,7 +1025,7 @@ TEST_F(LoadAnimation, ClockBeforeTheEndStaysWhereItWas) {
     ASSERT_EQ(open(8.0f), 1);
     EXPECT_EQ(session.anim_time, 5.0f);
     // The scene stands at that time: five eighths of the way.
-    const RootModel* root = static_cast<RootModel*>(list_first(&session.root_models));
+    const RootModel* root = list_first<RootModel>(&session.root_models);
     expect_vec(translation(model_state(&session, root->model)->matrix), 3.75f, 0, 0);
 }
 
@@ -1057,7 +1057,7 @@ TEST_F(LoadAnimation, ModelThatARowHangsOnCanBeRemovedWhileTheAnimationRuns) {
     ASSERT_EQ(session_load_animation(&session, dir.file("scene").c_str(), 0), 1);
     int32_t body_key = 0;
     list_first(&session.root_models, &body_key);
-    const RootModel* row = static_cast<RootModel*>(list_next(&session.root_models));
+    const RootModel* row = list_next<RootModel>(&session.root_models);
     expect_vec(translation(model_state(&session, row->model)->matrix), 2, 0, 0);
     ASSERT_EQ(session_remove_root(&session, body_key), 1);
     session.anim_time = 1.0f;

@@ -37,7 +37,7 @@ TEST_F(Triangulate, quad_becomes_two_triangles_with_its_normals) {
     EXPECT_EQ(model_triangulate(model.get()), 1);
     EXPECT_EQ(triangles_of(model.get(), "body"), (List{{1, 2, 3}, {3, 2, 4}}));
     EXPECT_EQ(triangle_normals_of(model.get(), "body"), (List{{5, 6, 7}, {7, 6, 1}}));
-    EXPECT_EQ(static_cast<Triangle*>(list_at(&layer_of(model.get(), "body")->triangles, 0, 0))->points[3], 0);
+    EXPECT_EQ(list_at<Triangle>(&layer_of(model.get(), "body")->triangles, 0, 0)->points[3], 0);
 }
 
 TEST_F(Triangulate, second_halves_stand_behind_all_that_was_there) {

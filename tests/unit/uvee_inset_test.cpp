@@ -23,7 +23,7 @@ protected:
     }
 
     void add_image(Layer* layer, int32_t width, int32_t height) {
-        auto* image = static_cast<LayerImage*>(list_add(&layer->images, 1));
+        auto* image = list_add<LayerImage>(&layer->images, 1);
         *image = LayerImage{};
         image->width[0] = width;
         image->height[0] = height;

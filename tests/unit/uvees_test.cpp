@@ -33,9 +33,7 @@ protected:
         put_points(model.get(), {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}});
         put_layer(model.get());
     }
-    void attach_image_record() {
-        *static_cast<LayerImage*>(list_add(&layer_of(model.get(), "body")->images, 1)) = LayerImage{};
-    }
+    void attach_image_record() { *list_add<LayerImage>(&layer_of(model.get(), "body")->images, 1) = LayerImage{}; }
     Owned model = empty_model();
 };
 

@@ -25,7 +25,7 @@ protected:
 
     Point* add_point(int32_t id, int32_t x, int32_t y, int32_t z) {
         model_set_point(model, id, x, y, z, 1.0f);
-        return static_cast<Point*>(list_find(&model->points, id));
+        return list_find<Point>(&model->points, id);
     }
 
     Triangle* add_triangle(int quad, const int32_t* points, const int32_t* normals = nullptr,
@@ -115,7 +115,7 @@ TEST_F(Vertices, ASecondCallGivesTheSameCache) {
 TEST_F(Vertices, CornersWithDifferentFirstJointsSpanTwo) {
     add_square();
     model_add_joint(model, "hip", 0, 0, 0, "world", 1);
-    static_cast<Point*>(list_find(&model->points, 11))->joint_a = model_find_joint(model, "hip");
+    list_find<Point>(&model->points, 11)->joint_a = model_find_joint(model, "hip");
     const int32_t points[4] = {10, 11, 12, 0};
     EXPECT_EQ(triangle_cache_get(&session, model, add_triangle(0, points))->joint_span, 2);
 }
@@ -123,7 +123,7 @@ TEST_F(Vertices, CornersWithDifferentFirstJointsSpanTwo) {
 TEST_F(Vertices, OnlyTheFourthCornerOfAQuadCountsForTheSpan) {
     add_square();
     model_add_joint(model, "hip", 0, 0, 0, "world", 1);
-    static_cast<Point*>(list_find(&model->points, 13))->joint_a = model_find_joint(model, "hip");
+    list_find<Point>(&model->points, 13)->joint_a = model_find_joint(model, "hip");
     const int32_t points[4] = {10, 11, 12, 13};
     EXPECT_EQ(triangle_cache_get(&session, model, add_triangle(0, points))->joint_span, 1);
     EXPECT_EQ(triangle_cache_get(&session, model, add_triangle(1, points))->joint_span, 2);
