@@ -74,7 +74,7 @@ void print_report(const std::string& line) {
 }
 
 void show_progress(size_t number, size_t count, const std::string& file) {
-    if (count > 1 && errors_go_to_a_terminal()) {
+    if (count > 1 && goes_to_a_terminal(stderr)) {
         std::fflush(stdout);
         std::fprintf(stderr, "%s[%zu/%zu] %s", WIPE_LINE, number, count, shown(file).c_str());
         progress_stands = true;

@@ -1,6 +1,7 @@
 // Replaces files whole.
 #include "output_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -22,9 +23,22 @@ bool refuse(const std::string& path, const std::string& reason) {
     return false;
 }
 
+// The lines of the content as they may be shown.
+std::string shown_lines(const std::string& content) {
+    std::string result;
+    for (size_t start = 0; start < content.size();) {
+        const size_t end = std::min(content.find('\n', start), content.size());
+        result += shown(content.substr(start, end - start)) + (end < content.size() ? "\n" : "");
+        start = end + 1;
+    }
+    return result;
+}
+
 bool write_directly(const std::string& path, std::FILE* stream, const std::string& content) {
+    // A terminal takes control bytes for commands, whoever sends them there.
+    const std::string bytes = goes_to_a_terminal(stream) ? shown_lines(content) : content;
     errno = 0;
-    if (std::fwrite(content.data(), 1, content.size(), stream) != content.size() || std::fflush(stream) != 0) {
+    if (std::fwrite(bytes.data(), 1, bytes.size(), stream) != bytes.size() || std::fflush(stream) != 0) {
         return refuse(path, std::strerror(errno != 0 ? errno : EIO));
     }
     return true;

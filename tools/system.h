@@ -20,7 +20,7 @@ inline std::string name_of(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-bool errors_go_to_a_terminal();
+bool goes_to_a_terminal(std::FILE* stream);
 
 // As std::fopen, for any name that the system can have.
 std::FILE* open_file(const std::filesystem::path& path, const char* mode);

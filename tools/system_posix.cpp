@@ -12,7 +12,7 @@ std::vector<std::string> prepare_system(int argc, char** argv) {
     return {argv, argv + argc};
 }
 
-bool errors_go_to_a_terminal() { return isatty(STDERR_FILENO) != 0; }
+bool goes_to_a_terminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
 
 std::FILE* open_file(const std::filesystem::path& path, const char* mode) { return std::fopen(path.c_str(), mode); }
 

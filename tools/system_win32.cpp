@@ -45,7 +45,7 @@ std::vector<std::string> prepare_system(int argc, char** argv) {
     return result;
 }
 
-bool errors_go_to_a_terminal() { return _isatty(_fileno(stderr)) != 0; }
+bool goes_to_a_terminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
 
 std::FILE* open_file(const std::filesystem::path& path, const char* mode) {
     return _wfopen(path.c_str(), std::wstring(mode, mode + std::char_traits<char>::length(mode)).c_str());

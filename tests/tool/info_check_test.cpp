@@ -1,7 +1,14 @@
 // pelt-model run as a program: its command line, info, check and ps2-check.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+
+#ifndef _WIN32
+#include <fcntl.h>
+#include <stdlib.h>
+#include <unistd.h>
+#endif
 
 #include <nlohmann/json.hpp>
 
@@ -288,6 +295,27 @@ TEST_F(Tool, NoControlByteOfAFileReachesATerminal) {
     EXPECT_TRUE(is_harmless(lossy.err)) << lossy.err;
     EXPECT_TRUE(holds(lossy.err, "n\u00e9e?[2J")) << lossy.err;
 }
+
+#ifndef _WIN32
+TEST_F(Tool, AModelWrittenToATerminalHasNoControlBytesThere) {
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+    const std::string name = ptsname(terminal);
+    const int open_end = open(name.c_str(), O_RDWR | O_NOCTTY);  // so that what is written stays to be read
+    dir.write("m.mod", "joint a" + HOSTILE + " 1 2 3 world 1\npoints\n1 0 0 0\n");
+    const RunResult run = pelt_model({"write", "m.mod", "-o", name}, {dir.path()});
+    EXPECT_EQ(run.status, 0) << run.err;
+    char bytes[4096];
+    const ssize_t size = read(terminal, bytes, sizeof bytes);
+    ASSERT_GT(size, 0);
+    std::string seen(bytes, static_cast<size_t>(size));
+    seen.erase(std::remove(seen.begin(), seen.end(), '\r'), seen.end());  // the terminal's own
+    EXPECT_TRUE(is_harmless(seen)) << seen;
+    EXPECT_TRUE(holds(seen, "ae?[2J???1m?2m?")) << seen;
+    close(open_end);
+    close(terminal);
+}
+#endif
 
 TEST_F(Tool, NoControlByteOfANameReachesATerminal) {
     if (!test::run_options_are_served()) { GTEST_SKIP() << "no such names are to be had here"; }
