@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "bench/report.h"
-#include "formats/animation_reader.h"
+#include "formats/clip_reader.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
 #include "support/animation_fixture.h"

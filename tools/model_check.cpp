@@ -131,13 +131,6 @@ void check_line(void* context) {
 
 // ---- one file ----
 
-bool in_unit_range(float value) { return value >= -1.0f && value <= 1.0f; }
-
-bool is_good_normal(const Vec3& normal) {
-    return in_unit_range(normal.x) && in_unit_range(normal.y) && in_unit_range(normal.z) &&
-           (normal.x != 0.0f || normal.y != 0.0f || normal.z != 0.0f);
-}
-
 void check_normals(FileCheck& check) {
     const ListElements<Point> points = list_elements<Point>(check.context.model->points);
     for (auto point = points.begin(); point != points.end() && !check.tree->ended; ++point) {

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "formats/line_reader.h"
+#include "formats/model_reader.h"
 #include "formats/model_writer.h"
 #include "foundation/text.h"
 #include "scene/model.h"
@@ -88,13 +89,7 @@ bool loses_normal(const Vec3& normal) {
     return back.x != normal.x || back.y != normal.y || back.z != normal.z;
 }
 
-bool is_refused_normal(const Vec3& normal) {
-    const Vec3 back = normal_read_back(normal);
-    for (const float value : {back.x, back.y, back.z}) {
-        if (!(value >= -1.0f && value <= 1.0f)) { return true; }
-    }
-    return back.x == 0.0f && back.y == 0.0f && back.z == 0.0f;
-}
+bool is_refused_normal(const Vec3& normal) { return !is_good_normal(normal_read_back(normal)); }
 
 // ---- the model ----
 

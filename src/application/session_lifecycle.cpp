@@ -13,9 +13,9 @@
 
 #include "edit/bounds.h"
 #include "edit/selection.h"
-#include "formats/animation_reader.h"
 #include "formats/layer_image.h"
 #include "formats/model_reader.h"
+#include "formats/scene_list.h"
 #include "foundation/file_access.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"

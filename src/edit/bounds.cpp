@@ -24,17 +24,8 @@ Box sorted_box(const Vec3& a, const Vec3& b) {
     return box;
 }
 
-void widen_axis(float value, float* lower, float* upper) {
-    if (value < *lower) { *lower = value; }
-    if (value > *upper) { *upper = value; }
-}
-
 void widen_box(Box* box, const Box& by) {
-    for (const Vec3& corner : {by.lower, by.upper}) {
-        widen_axis(corner.x, &box->lower.x, &box->upper.x);
-        widen_axis(corner.y, &box->lower.y, &box->upper.y);
-        widen_axis(corner.z, &box->lower.z, &box->upper.z);
-    }
+    for (const Vec3& corner : {by.lower, by.upper}) { box_take_in(corner, &box->lower, &box->upper); }
 }
 
 Mat4 link_matrix(const ChildLink& link, const Mat4& parent) {

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "foundation/text.h"
 
@@ -55,6 +57,12 @@ inline float reader_float(int32_t index) {
 // Null when there is no such token.
 inline const char* reader_text(int32_t index) {
     return reader_has_token(index) ? reader_tokens->texts[index] : nullptr;
+}
+
+// The same as a text of its own; nothing when there is no such token.
+inline std::optional<std::string> reader_text_if_any(int32_t index) {
+    const char* text = reader_text(index);
+    return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
 }
 
 const char* reader_line();

@@ -65,11 +65,6 @@ void bind_points(Model* model) {
 // A non-number fails here too.
 bool in_unit_range(float value) { return value >= -1.0f && value <= 1.0f; }
 
-bool is_good_normal(const Vec3& normal) {
-    return in_unit_range(normal.x) && in_unit_range(normal.y) && in_unit_range(normal.z) &&
-           (normal.x != 0.0f || normal.y != 0.0f || normal.z != 0.0f);
-}
-
 // ---- the tree of child models ----
 
 // What the models of one tree share while they are read.
@@ -195,6 +190,11 @@ int model_read_data(Model* model, const char* text) {
     context.model = model;
     load_error_set(nullptr);
     return model != nullptr ? reader_run_data(text, COMMENT_CHARS, COMMENT_COUNT, parse_line_of, &context) : 0;
+}
+
+bool is_good_normal(const Vec3& normal) {
+    return in_unit_range(normal.x) && in_unit_range(normal.y) && in_unit_range(normal.z) &&
+           (normal.x != 0.0f || normal.y != 0.0f || normal.z != 0.0f);
 }
 
 int model_test_normals(const Model* model) {

@@ -8,6 +8,7 @@
 namespace pelt {
 
 struct Model;
+struct Vec3;
 
 // What the children of models that are loaded together have taken of MODEL_CHILD_BYTES_LIMIT.
 struct ChildBudget {
@@ -29,6 +30,9 @@ const char* model_tree_refusal(const std::vector<std::string>& open_files, int32
 // 1 when read to the end, else 0.
 int model_read_file(Model* model, const char* path);
 int model_read_data(Model* model, const char* text);
+
+// Whether a model may have this normal: no component beyond 1 either way, not all of them 0, no non-numbers.
+bool is_good_normal(const Vec3& normal);
 
 // The test that ends the read of a file: 1 when all points have normals that can be used, else 0 with the load error
 // set for the first one that has not.

@@ -35,11 +35,6 @@ struct Box {
     bool spoiled;
 };
 
-void widen_axis(float value, float& low, float& high) {
-    low = value < low ? value : low;
-    high = value > high ? value : high;
-}
-
 void take_in(Box& box, const Point* point) {
     if (point == nullptr) {
         box.spoiled = true;
@@ -51,9 +46,7 @@ void take_in(Box& box, const Point* point) {
         box.high = place;
         box.empty = false;
     }
-    widen_axis(place.x, box.low.x, box.high.x);
-    widen_axis(place.y, box.low.y, box.high.y);
-    widen_axis(place.z, box.low.z, box.high.z);
+    box_take_in(place, &box.low, &box.high);
 }
 
 // A set of the ids that corners can name. A point is the corner of some six triangles: what is done for each id of a

@@ -15,6 +15,26 @@ struct Mat4 {
     float m[16];
 };
 
+inline Vec3 vec_add(const Vec3& a, const Vec3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
+inline Vec3 vec_subtract(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
+inline float vec_dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+// a times its weight and b times its own; the weights need not add up to 1.
+inline Vec3 vec_weighted(const Vec3& a, float weight_a, const Vec3& b, float weight_b) {
+    return {a.x * weight_a + b.x * weight_b, a.y * weight_a + b.y * weight_b, a.z * weight_a + b.z * weight_b};
+}
+
+// Widens a box, given by its least and greatest place, to hold a place too. A non-number widens nothing.
+inline void box_take_in(const Vec3& place, Vec3* low, Vec3* high) {
+    const auto widen = [](float value, float* least, float* greatest) {
+        if (value < *least) { *least = value; }
+        if (value > *greatest) { *greatest = value; }
+    };
+    widen(place.x, &low->x, &high->x);
+    widen(place.y, &low->y, &high->y);
+    widen(place.z, &low->z, &high->z);
+}
+
 // Construction and copying. The source comes first.
 void mat_identity(Mat4* m);
 void mat_copy(const Mat4* source, Mat4* destination);

@@ -6,14 +6,13 @@
 
 #include <cmath>
 
-#include "formats/animation_reader.h"
+#include "formats/animation.h"
 #include "foundation/quat.h"
 
 namespace pelt {
 
 namespace {
 
-inline constexpr int32_t TRANSLATE_SLOT = 0;         // the only track that blends positions
 inline constexpr float SHORTEST_INTERVAL = 0.0001f;  // seconds; closer keys are not blended
 
 // The keys around a time, and how far the time lies between them. Without a first key the second holds alone.
@@ -101,7 +100,7 @@ int sample_frames(float time, const AnimationClip* clip, int32_t slot, Mat4* out
     if (track < 0) { return 0; }
     const KeyPair keys = find_keys(time, clip, track);
     if (keys.second == nullptr) { return 0; }
-    if (slot == TRANSLATE_SLOT) {
+    if (slot == ANIMATION_TRANSLATE_SLOT) {
         write_translation(keys, out);
     } else {
         write_rotation(keys, out);

@@ -5,7 +5,7 @@
 
 #include <unordered_set>
 
-#include "formats/animation_reader.h"
+#include "formats/animation.h"
 #include "foundation/text.h"
 #include "motion/transform_state.h"
 #include "scene/ids.h"

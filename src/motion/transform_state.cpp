@@ -12,17 +12,13 @@
 #include <limits>
 #include <vector>
 
-#include "formats/animation_reader.h"
+#include "formats/animation.h"
 #include "motion/animation_sample.h"
 #include "scene/ids.h"
 
 namespace pelt {
 
 namespace {
-
-inline constexpr int32_t MODEL_TRANSLATE_SLOT = 0;
-inline constexpr int32_t MODEL_ROTATE_SLOT = 1;
-inline constexpr int32_t FIRST_JOINT_SLOT = 2;
 
 // A new element under the next id that the list does not hold, whose slot goes to the owner. Null when the list is not
 // set up.
@@ -42,8 +38,6 @@ State* existing_state(const KeyedList* list, int32_t slot) {
     return list_at<State>(list, slot, 0);
 }
 
-Vec3 difference(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
-
 // Everything of a joint's record that does not depend on its parent.
 JointState* new_joint_state(Session* session, const Model* model, Joint* joint) {
     JointState* state = new_state<JointState>(&session->joint_states, &next_joint_state_id, &joint->state_index);
@@ -51,7 +45,7 @@ JointState* new_joint_state(Session* session, const Model* model, Joint* joint) 
     state->time = TIME_NEVER;
     state->parent = nullptr;
     // A joint whose name is too long for a key has no rank and lands on the model's own rotate track; intended.
-    state->slot = model_joint_index(model, joint->name) + FIRST_JOINT_SLOT;
+    state->slot = model_joint_index(model, joint->name) + ANIMATION_FIRST_JOINT_SLOT;
     mat_identity(&state->local);
     mat_identity(&state->world);
     mat_identity(&state->skin);
@@ -91,7 +85,7 @@ void link_joint_state(Session* session, Joint* joint, Joint* parent) {
     JointState* state = existing_state<JointState>(&session->joint_states, joint->state_index);
     if (state == nullptr) { return; }
     state->parent = parent;
-    state->offset = parent == nullptr ? joint->position : difference(joint->position, parent->position);
+    state->offset = parent == nullptr ? joint->position : vec_subtract(joint->position, parent->position);
 }
 
 // Makes the records of a joint and of all its ancestors that have none, so that each link is followed once in the life
@@ -121,7 +115,7 @@ void evaluate_joint(float time, ModelAnimation* animation, const Joint* joint, J
     state->time = time;
     mat_identity(&state->local);
     // A joint added after the animation was read would otherwise take the track of a child link.
-    if (animation != nullptr && state->slot < animation->joint_count + FIRST_JOINT_SLOT) {
+    if (animation != nullptr && state->slot < animation->joint_count + ANIMATION_FIRST_JOINT_SLOT) {
         animation_sample(time, animation_clip(animation), state->slot, &state->local);
     }
     state->local.m[3] += state->offset.x;
@@ -141,10 +135,6 @@ void evaluate_joint(float time, ModelAnimation* animation, const Joint* joint, J
     mat_transform_point(&state->skin, &joint->position, &state->position);
 }
 
-Vec3 weighted(const Vec3& a, float weight_a, const Vec3& b, float weight_b) {
-    return {a.x * weight_a + b.x * weight_b, a.y * weight_a + b.y * weight_b, a.z * weight_a + b.z * weight_b};
-}
-
 void pose_by_one(const Point& point, const JointState* joint, PointState* state) {
     mat_transform_point(&joint->skin, &point.position, &state->position);
     mat_transform_point(&joint->normal_matrix, &point.normal, &state->normal);
@@ -162,8 +152,8 @@ void pose_by_two(const Point& point, const JointState* joint_a, const JointState
         mat_transform_point(&joint_b->normal_matrix, &point.normal, &normal_b);
     }
     const float rest = 1.0f - point.weight;
-    state->position = weighted(position_a, point.weight, position_b, rest);
-    state->normal = weighted(normal_a, point.weight, normal_b, rest);  // not made unit length again; intended
+    state->position = vec_weighted(position_a, point.weight, position_b, rest);
+    state->normal = vec_weighted(normal_a, point.weight, normal_b, rest);  // not made unit length again; intended
 }
 
 // The record of the joint that was asked for last: points of one joint mostly follow each other.
@@ -199,7 +189,7 @@ int32_t evaluate_link(ChildWalk* walk, ChildLink* link, int32_t number, int dept
         // Links added after the animation was read have no track.
         if (walk->animation != nullptr && number >= 0 && number < walk->animation->child_count) {
             animation_sample(walk->time, animation_clip(walk->animation),
-                             walk->animation->joint_count + FIRST_JOINT_SLOT + number, &state->matrix);
+                             walk->animation->joint_count + ANIMATION_FIRST_JOINT_SLOT + number, &state->matrix);
         }
         state->gl_matrix = *mat_to_gl(&state->matrix);
     }
@@ -237,8 +227,8 @@ Mat4 own_placement(float time, ModelAnimation* animation) {
     mat_identity(&place);
     mat_identity(&turn);
     AnimationClip* clip = animation_clip(animation);
-    animation_sample(time, clip, MODEL_TRANSLATE_SLOT, &place);
-    animation_sample(time, clip, MODEL_ROTATE_SLOT, &turn);
+    animation_sample(time, clip, ANIMATION_TRANSLATE_SLOT, &place);
+    animation_sample(time, clip, ANIMATION_ROTATE_SLOT, &turn);
     mat_multiply(&turn, &place, &result);
     return result;
 }

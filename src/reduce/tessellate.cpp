@@ -18,8 +18,6 @@ constexpr int CORNER_LIMIT = 4;
 constexpr int NEW_LIMIT = 5;
 constexpr int PLACE_LIMIT = CORNER_LIMIT + NEW_LIMIT;
 constexpr int STRIP_LIMIT = 6;
-constexpr int EDGE_NORMALS = 4;  // place of the first control normal
-constexpr float COLOUR_BYTE_SCALE = 0.00392157f;
 constexpr float COLOUR_BYTES = 255.0f;
 
 // Places of a primitive: its corners, and the points that are made.
@@ -85,7 +83,7 @@ const BakeForm& form_of(const Triangle& triangle) {
 }
 
 // What a primitive refers to.
-struct Corners {
+struct BakedCorners {
     int count;
     const Point* points[CORNER_LIMIT];
     Vec3 positions[CORNER_LIMIT];
@@ -99,7 +97,7 @@ bool copy_normal(const Model* model, int32_t id, Vec3* out) {
 }
 
 // False when one of the points is not the model's own.
-bool gather(const Model* model, const Triangle& triangle, Corners* out) {
+bool gather(const Model* model, const Triangle& triangle, BakedCorners* out) {
     out->count = triangle_corners(&triangle);
     for (int i = 0; i < out->count; ++i) {
         out->points[i] = list_find<const Point>(&model->points, triangle.points[i]);
@@ -107,7 +105,7 @@ bool gather(const Model* model, const Triangle& triangle, Corners* out) {
         out->positions[i] = out->points[i]->position;
     }
     for (int i = 0; i < 2 * out->count; ++i) {
-        if (!copy_normal(model, triangle.controls[i], &out->normals[EDGE_NORMALS + i])) { return false; }
+        if (!copy_normal(model, triangle.controls[i], &out->normals[PATCH_EDGE_NORMALS + i])) { return false; }
     }
     return true;
 }
@@ -123,7 +121,7 @@ struct Surface {
     bool has_colours;  // the last three
 };
 
-void evaluate_places(const BakeForm& form, const Corners& corners, Surface* out) {
+void evaluate_places(const BakeForm& form, const BakedCorners& corners, Surface* out) {
     if (form.quad) {
         QuadPatch patch;
         patch_build_quad(corners.positions, corners.normals, &patch);
@@ -135,7 +133,7 @@ void evaluate_places(const BakeForm& form, const Corners& corners, Surface* out)
     }
 }
 
-void evaluate_weights(const BakeForm& form, const Corners& corners, Surface* out) {
+void evaluate_weights(const BakeForm& form, const BakedCorners& corners, Surface* out) {
     float weights[CORNER_LIMIT];
     bool same_joint[CORNER_LIMIT];
     for (int i = 0; i < corners.count; ++i) {
@@ -147,7 +145,7 @@ void evaluate_weights(const BakeForm& form, const Corners& corners, Surface* out
     (form.quad ? patch_weights_quad : patch_weights_triangle)(table, form.type, BAKE_LEVEL, out->weights);
 }
 
-void evaluate_attributes(const BakeForm& form, const Corners& corners, const Triangle& triangle, Surface* out) {
+void evaluate_attributes(const BakeForm& form, const BakedCorners& corners, const Triangle& triangle, Surface* out) {
     float table[PATCH_ATTRIBUTE_LIMIT * CORNER_LIMIT];
     float* value = table;
     for (int axis = 0; out->has_uvs && axis < 2; ++axis) {
@@ -155,7 +153,7 @@ void evaluate_attributes(const BakeForm& form, const Corners& corners, const Tri
     }
     for (int channel = 0; out->has_colours && channel < 3; ++channel) {
         for (int i = 0; i < corners.count; ++i) {
-            *value++ = static_cast<float>(corners.points[i]->gouraud[channel]) * COLOUR_BYTE_SCALE;
+            *value++ = static_cast<float>(corners.points[i]->gouraud[channel]) * GOURAUD_SCALE;
         }
     }
     out->attribute_count = static_cast<int>(value - table) / corners.count;
@@ -204,7 +202,7 @@ Joint* joint_by_rule(const Model* model, const JointRule& rule, Joint* const joi
     return to != nullptr && to->parent_index == parent_rank ? to : joints[rule.from];
 }
 
-void bind_joints(const Bake& bake, const Corners& corners) {
+void bind_joints(const Bake& bake, const BakedCorners& corners) {
     Joint* joints[PLACE_LIMIT] = {};
     for (int i = 0; i < corners.count; ++i) { joints[i] = corners.points[i]->joint_a; }
     for (int i = 0; i < bake.form->new_count; ++i) {
@@ -251,7 +249,7 @@ Bake begin_bake(Model* model, const Layer* layer, const Triangle* triangle, int3
 // New points of all curved primitives that can be baked.
 int64_t count_new_points(const Model* model) {
     int64_t count = 0;
-    Corners unused;
+    BakedCorners unused;
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
             if (triangle.curve_type > 0 && layer_can_be_found(model, &layer) && gather(model, triangle, &unused)) {
@@ -288,7 +286,7 @@ int model_tessellate(Model* model, int lod) {
 }
 
 int triangle_bake(Model* model, Layer* layer, Triangle* triangle, int /*lod*/, int32_t next_id) {
-    Corners corners;
+    BakedCorners corners;
     if (model == nullptr || layer == nullptr || triangle == nullptr || triangle->curve_type <= 0 || next_id < 1 ||
         !layer_can_be_found(model, layer) || !gather(model, *triangle, &corners)) {
         return 0;

@@ -9,6 +9,7 @@
 
 #include "render/overlays.h"
 #include "render/scene_draw.h"
+#include "render/screen_capture.h"
 #include "render/uvee_inset.h"
 #include "scene/session.h"
 
@@ -22,7 +23,6 @@ constexpr float INIT_EXTENT_Z = 600.0f;
 constexpr int32_t DEFAULT_WINDOW_SIZE = 300;
 constexpr int32_t FIXED_SIZE_MIN = 20;
 constexpr int32_t FIXED_SIZE_MAX = 3000;
-constexpr int32_t WINDOW_BORDERS = 2;     // pixels in each direction
 constexpr int32_t CAPTURE_MASK = 0xFFFC;  // sizes of pictures are multiples of four
 constexpr float SMOOTH_INSET = 0.5f;      // texels
 constexpr int RESIZE_ATTEMPTS = 2;        // the first may only take over yet another size
@@ -208,8 +208,8 @@ void view_resize(WindowHandle window, int32_t, const void*) {
     }
     show_viewport(view);
     if (view->fixed_size == 0) {
-        size.width = (size.width - WINDOW_BORDERS) & CAPTURE_MASK;
-        size.height = (size.height - WINDOW_BORDERS) & CAPTURE_MASK;
+        size.width = (size.width - CAPTURE_BORDERS) & CAPTURE_MASK;
+        size.height = (size.height - CAPTURE_BORDERS) & CAPTURE_MASK;
     }
     report_size("%dx%d", size);
 }

@@ -18,11 +18,8 @@
 namespace pelt {
 namespace {
 
-constexpr float COLOUR_BYTE_SCALE = 0.00392157f;
-constexpr int EDGE_NORMALS = 4;  // place of the first edge normal
-
 // What a patch is made of, in the order of the primitive.
-struct Corners {
+struct PatchCorners {
     int count;
     Vec3 positions[4];
     Vec3 normals[PATCH_NORMAL_PLACES];
@@ -49,8 +46,6 @@ struct Surface {
     TextureCoords reflected[PATCH_VERTEX_LIMIT];
 };
 
-bool gouraud_on(const Session* session, const Model* model) { return model->has_gouraud && session->display_gouraud; }
-
 int patch_level(const Session* session) { return std::min(PATCH_LOD_LIMIT, session->display_lod); }
 
 // False, as all gathering below, when a reference leads nowhere: such a primitive is not drawn.
@@ -62,7 +57,7 @@ bool copy_vector(const Vec3* from, Vec3* to) {
 
 // Posed positions, colours and texture coordinates, and the posed normals that normal_slots name.
 bool gather_corners(Session* session, Model* model, Triangle* triangle, const TriangleCache* cache,
-                    const int32_t* normal_slots, Corners* out) {
+                    const int32_t* normal_slots, PatchCorners* out) {
     out->count = triangle_corners(triangle);
     for (int i = 0; i < out->count; ++i) {
         const int32_t slot = cache->point_slots[i];
@@ -75,24 +70,24 @@ bool gather_corners(Session* session, Model* model, Triangle* triangle, const Tr
     return true;
 }
 
-bool gather_edge_normals(Session* session, Model* model, const TriangleCache* cache, Corners* corners) {
+bool gather_edge_normals(Session* session, Model* model, const TriangleCache* cache, PatchCorners* corners) {
     for (int i = 0; i < 2 * corners->count; ++i) {
         const Vec3* normal = point_normal(session, model, cache->control_slots[i], true);
-        if (!copy_vector(normal, &corners->normals[EDGE_NORMALS + i])) { return false; }
+        if (!copy_vector(normal, &corners->normals[PATCH_EDGE_NORMALS + i])) { return false; }
     }
     return true;
 }
 
 // The points as the model file placed them, with the weights of their joints. The joints have to be told apart later.
 struct RestCorners {
-    Corners corners;
+    PatchCorners corners;
     float weights[4];
     Joint* joints[4];
 };
 
 bool gather_rest(Model* model, Triangle* triangle, const TriangleCache* cache, RestCorners* out) {
     const auto point_at = [model](int32_t slot) { return list_at<Point>(&model->points, slot, 0); };
-    Corners* corners = &out->corners;
+    PatchCorners* corners = &out->corners;
     corners->count = triangle_corners(triangle);
     for (int i = 0; i < corners->count; ++i) {
         const Point* point = point_at(cache->point_slots[i]);
@@ -108,12 +103,12 @@ bool gather_rest(Model* model, Triangle* triangle, const TriangleCache* cache, R
     for (int i = 0; i < 2 * corners->count; ++i) {
         const Point* control = point_at(cache->control_slots[i]);
         if (!control) { return false; }
-        corners->normals[EDGE_NORMALS + i] = control->normal;
+        corners->normals[PATCH_EDGE_NORMALS + i] = control->normal;
     }
     return true;
 }
 
-void make_triangle(const Corners& corners, int curve_type, int level, Surface* out) {
+void make_triangle(const PatchCorners& corners, int curve_type, int level, Surface* out) {
     out->quad = false;
     out->type = patch_triangle_type(curve_type);
     out->level = level;
@@ -124,7 +119,7 @@ void make_triangle(const Corners& corners, int curve_type, int level, Surface* o
     out->triangle_count = patch_index_triangle(out->type, level, out->triangles);
 }
 
-void make_quad(const Corners& corners, int curve_type, int level, Surface* out) {
+void make_quad(const PatchCorners& corners, int curve_type, int level, Surface* out) {
     out->quad = true;
     out->type = curve_type;
     out->level = level;
@@ -133,12 +128,12 @@ void make_quad(const Corners& corners, int curve_type, int level, Surface* out) 
     out->triangle_count = patch_index_quad(out->type, level, out->triangles);
 }
 
-void make_surface(const Corners& corners, const Triangle* triangle, int level, Surface* out) {
+void make_surface(const PatchCorners& corners, const Triangle* triangle, int level, Surface* out) {
     (triangle->quad ? make_quad : make_triangle)(corners, triangle->curve_type, level, out);
 }
 
 // Texture coordinates and colours of all vertices, for those of the two that are sent.
-void make_attributes(const Corners& corners, bool textured, bool gouraud, Surface* out) {
+void make_attributes(const PatchCorners& corners, bool textured, bool gouraud, Surface* out) {
     float table[PATCH_ATTRIBUTE_LIMIT * 4];
     float* value = table;
     for (int axis = 0; textured && axis < 2; ++axis) {
@@ -146,7 +141,7 @@ void make_attributes(const Corners& corners, bool textured, bool gouraud, Surfac
     }
     for (int component = 0; gouraud && component < 3; ++component) {
         for (int i = 0; i < corners.count; ++i) {
-            *value++ = static_cast<float>(corners.colours[i][component]) * COLOUR_BYTE_SCALE;
+            *value++ = static_cast<float>(corners.colours[i][component]) * GOURAUD_SCALE;
         }
     }
     out->attribute_count = static_cast<int>(value - table) / corners.count;
@@ -230,10 +225,10 @@ void draw_normals(Session* session, Model* model, Triangle* triangle, const Surf
 }
 
 // Three corners of a quad as a triangle whose edges take the normals of their ends.
-Corners filtered_half(const Corners& all, int half) {
+PatchCorners filtered_half(const PatchCorners& all, int half) {
     static constexpr int CORNERS[2][3] = {{0, 1, 2}, {2, 1, 3}};
     static constexpr int EDGE_ENDS[6] = {0, 1, 1, 2, 2, 0};
-    Corners out;
+    PatchCorners out;
     out.count = 3;
     for (int i = 0; i < 3; ++i) {
         const int from = CORNERS[half][i];
@@ -242,7 +237,7 @@ Corners filtered_half(const Corners& all, int half) {
         out.colours[i] = all.colours[from];
         out.uvs[i] = all.uvs[from];
     }
-    for (int i = 0; i < 6; ++i) { out.normals[EDGE_NORMALS + i] = out.normals[EDGE_ENDS[i]]; }
+    for (int i = 0; i < 6; ++i) { out.normals[PATCH_EDGE_NORMALS + i] = out.normals[EDGE_ENDS[i]]; }
     return out;
 }
 
@@ -273,11 +268,6 @@ Vec3 moved(const Vec3& v, const Mat4* matrix) {
     return out;
 }
 
-Vec3 blended(const Vec3& a, const Vec3& b, float weight) {
-    const float rest = 1.0f - weight;
-    return {a.x * weight + b.x * rest, a.y * weight + b.y * rest, a.z * weight + b.z * rest};
-}
-
 // Moves every vertex by its share of the two joints. Normals are not brought back to unit length: as they come.
 void skin_surface(const RestCorners& rest, const JointPair& joints, Surface* surface) {
     bool same_joint[4] = {};
@@ -294,8 +284,9 @@ void skin_surface(const RestCorners& rest, const JointPair& joints, Surface* sur
     for (int i = 0; i < surface->vertex_count; ++i) {
         Vec3& position = surface->positions[i];
         Vec3& normal = surface->normals[i];
-        position = blended(moved(position, skin_a), moved(position, skin_b), weights[i]);
-        normal = blended(moved(normal, turn_a), moved(normal, turn_b), weights[i]);
+        const float weight = weights[i];
+        position = vec_weighted(moved(position, skin_a), weight, moved(position, skin_b), 1.0f - weight);
+        normal = vec_weighted(moved(normal, turn_a), weight, moved(normal, turn_b), 1.0f - weight);
     }
 }
 
@@ -304,14 +295,14 @@ void skin_surface(const RestCorners& rest, const JointPair& joints, Surface* sur
 int32_t triangle_draw_pn(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored) {
     if (!session || !model || !triangle) { return 0; }
     const TriangleCache* cache = triangle_cache_get(session, model, triangle);
-    Corners corners;
+    PatchCorners corners;
     // The points' own normals on purpose: those that the primitive names elsewhere do not count here.
     if (!cache || !gather_corners(session, model, triangle, cache, cache->point_slots, &corners)) { return 0; }
 
     const int halves = triangle->quad ? 2 : 1;
     int32_t total = 0;
     for (int half = 0; half < halves; ++half) {
-        const Corners part = filtered_half(corners, half);
+        const PatchCorners part = filtered_half(corners, half);
         Surface surface;
         make_triangle(part, 3, patch_level(session), &surface);
         // The second half goes through the quad's list on purpose: that is how its net has always looked.
@@ -329,7 +320,7 @@ int32_t triangle_draw_curved(Session* session, Model* model, Triangle* triangle,
     if (!session || !model || !triangle) { return 0; }
     if (session->display_curvepath) { return triangle_draw_skinned(session, model, triangle, textured, mirrored); }
     const TriangleCache* cache = triangle_cache_get(session, model, triangle);
-    Corners corners;
+    PatchCorners corners;
     if (!cache || !gather_corners(session, model, triangle, cache, cache->normal_slots, &corners)) { return 0; }
     if (!gather_edge_normals(session, model, cache, &corners)) { return 0; }
 

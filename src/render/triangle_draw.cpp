@@ -13,8 +13,6 @@ namespace pelt {
 
 namespace {
 
-constexpr float GOURAUD_SCALE = 0.00392157f;  // 255 is full intensity here, unlike layer colours
-
 // How far the normal and the place on the screen move a reflection coordinate from its middle.
 constexpr float REFLECTION_MIDDLE = 1.5f;
 constexpr float REFLECTION_NORMAL = 0.375f;
@@ -22,7 +20,7 @@ constexpr float REFLECTION_PLACE = 0.125f;
 
 // The corners of a primitive, each part in an array of its own, as reflection_coords takes them.
 template <int Limit>
-struct Corners {
+struct FlatCorners {
     const Vec3* positions[Limit];
     const Vec3* normals[Limit];
     const unsigned char* colours[Limit];
@@ -36,7 +34,7 @@ struct VertexForm {
 };
 
 template <int Limit>
-inline void send_vertex(const Corners<Limit>& corners, int i, VertexForm form) {
+inline void send_vertex(const FlatCorners<Limit>& corners, int i, VertexForm form) {
     if (form.textured) { glTexCoord2f(corners.uvs[i].u, corners.uvs[i].v); }
     if (form.gouraud) {
         const unsigned char* c = corners.colours[i];
@@ -55,7 +53,7 @@ constexpr int REVERSED_ORDER[4] = {0, 2, 1, 3};
 
 // From slots, without a search. False when one of them names no point.
 bool collect_corners(Session* session, Model* model, const Triangle* triangle, const TriangleCache* cache,
-                     const int (&order)[4], int count, Corners<4>* out) {
+                     const int (&order)[4], int count, FlatCorners<4>* out) {
     for (int i = 0; i < count; ++i) {
         const int corner = order[i];
         const int32_t point_slot = cache->point_slots[corner];
@@ -89,14 +87,14 @@ void send_reflected(GLenum primitive, const Vec3* const* positions, const Vec3* 
 }
 
 template <int Limit>
-void send_strip(const Corners<Limit>& corners, int first, int count, VertexForm form) {
+void send_strip(const FlatCorners<Limit>& corners, int first, int count, VertexForm form) {
     glBegin(GL_TRIANGLE_STRIP);
     for (int i = first; i < count; ++i) { send_vertex(corners, i, form); }
     glEnd();
 }
 
 // Half of a quad. The edge that begins at its second corner is the diagonal, which line mode does not show.
-void send_half_quad(const Corners<4>& corners, const int (&order)[3], VertexForm form) {
+void send_half_quad(const FlatCorners<4>& corners, const int (&order)[3], VertexForm form) {
     for (int i = 0; i < 3; ++i) {
         glEdgeFlag(GL_TRUE);
         if (i == 1) { glEdgeFlag(GL_FALSE); }
@@ -104,7 +102,7 @@ void send_half_quad(const Corners<4>& corners, const int (&order)[3], VertexForm
     }
 }
 
-void send_quad(const Session* session, const Corners<4>& corners, VertexForm form) {
+void send_quad(const Session* session, const FlatCorners<4>& corners, VertexForm form) {
     if (session->display_quadlines != 0) {
         send_strip(corners, 0, 4, form);
         return;
@@ -116,7 +114,7 @@ void send_quad(const Session* session, const Corners<4>& corners, VertexForm for
 }
 
 // Vertices found, at most POLYGON_VERTEX_LIMIT; 0 when one of them names no point.
-int collect_vertices(Session* session, Model* model, const Polygon* polygon, Corners<POLYGON_VERTEX_LIMIT>* out) {
+int collect_vertices(Session* session, Model* model, const Polygon* polygon, FlatCorners<POLYGON_VERTEX_LIMIT>* out) {
     int count = 0;
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon->vertices)) {
         if (count == POLYGON_VERTEX_LIMIT) { break; }
@@ -150,7 +148,7 @@ inline FlatPlace transform_flat(const Mat4& m, const Vec3& p) {
 }
 
 VertexForm vertex_form(const Session* session, const Model* model, bool textured) {
-    return {textured, model->has_gouraud != 0 && session->display_gouraud != 0};
+    return {textured, gouraud_on(session, model)};
 }
 
 }  // namespace
@@ -185,7 +183,7 @@ int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool t
     // A triangle of curve type 4 is a plain one: the type has a meaning for quads alone.
     const bool quad = triangle->quad != 0;
     const int count = quad ? 4 : 3;
-    Corners<4> corners;
+    FlatCorners<4> corners;
     const auto& order = mirrored ? STORED_ORDER : REVERSED_ORDER;
     if (cache == nullptr || !collect_corners(session, model, triangle, cache, order, count, &corners)) { return 0; }
     if (reflection) {
@@ -205,7 +203,7 @@ int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool t
 }
 
 int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool textured, bool mirrored, bool reflection) {
-    Corners<POLYGON_VERTEX_LIMIT> corners;
+    FlatCorners<POLYGON_VERTEX_LIMIT> corners;
     const int count = collect_vertices(session, model, polygon, &corners);
     if (count < 3) { return 0; }
     if (reflection) {

@@ -7,6 +7,11 @@
 
 namespace pelt {
 
+// Whether the colours of the points are shown.
+inline bool gouraud_on(const Session* session, const Model* model) {
+    return model->has_gouraud != 0 && session->display_gouraud != 0;
+}
+
 TriangleCache* triangle_cache_make(Session* session, Model* model, Triangle* triangle);
 
 // The triangle's cache, made on first use. Null when the session is not set up.

@@ -38,11 +38,6 @@ float clamp_weight(float weight) {
 
 unsigned char low_byte(int value) { return static_cast<unsigned char>(value & 0xFF); }
 
-void grow_axis(float value, float* lowest, float* highest) {
-    if (value < *lowest) { *lowest = value; }
-    if (value > *highest) { *highest = value; }
-}
-
 bool same_place(const Vec3& a, float x, float y, float z) { return a.x == x && a.y == y && a.z == z; }
 
 }  // namespace
@@ -183,9 +178,7 @@ void model_grow_bounds(Model* model, float x, float y, float z) {
         model->bounds_min = model->bounds_max = Vec3{x, y, z};
         return;
     }
-    grow_axis(x, &model->bounds_min.x, &model->bounds_max.x);
-    grow_axis(y, &model->bounds_min.y, &model->bounds_max.y);
-    grow_axis(z, &model->bounds_min.z, &model->bounds_max.z);
+    box_take_in(Vec3{x, y, z}, &model->bounds_min, &model->bounds_max);
 }
 
 }  // namespace pelt

@@ -11,6 +11,9 @@ namespace pelt {
 struct Joint;
 struct Model;
 
+// From a byte of a point's colour to an intensity: 255 is full here, unlike in the colour of a layer.
+inline constexpr float GOURAUD_SCALE = 0.00392157f;
+
 struct Point {
     Vec3 position;
     float weight;              // share of joint_a, -1.0 to 2.0

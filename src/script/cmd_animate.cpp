@@ -34,10 +34,10 @@ void run_open(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'n', "next", run_next},
-    {'o', "open", run_open},
-    {'p', "prev", run_prev},
-    {'s', "step", run_step},
+    {"next", run_next},
+    {"open", run_open},
+    {"prev", run_prev},
+    {"step", run_step},
 };
 
 }  // namespace

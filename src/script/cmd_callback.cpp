@@ -24,9 +24,9 @@ void callback_mouse(Words words) { store_procedure(&application()->mouse_proc, w
 void callback_status(Words words) { store_procedure(&application()->status_proc, words); }
 
 constexpr Command FORMS[] = {
-    {'k', "keyboard", callback_keyboard},
-    {'m', "mouse", callback_mouse},
-    {'s', "status", callback_status},
+    {"keyboard", callback_keyboard},
+    {"mouse", callback_mouse},
+    {"status", callback_status},
 };
 
 }  // namespace

@@ -77,10 +77,10 @@ void run_window(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'c', "cursor", run_cursor},
-    // Intended: no word that begins with m is "name", so that neither "create model" nor "create name" gets here.
-    {'m', "name", run_model},
-    {'w', "window", run_window},
+    {"cursor", run_cursor},
+    // Intended: no word is that of this row, so that neither "create model" nor "create name" gets here.
+    {"", run_model},
+    {"window", run_window},
 };
 
 }  // namespace

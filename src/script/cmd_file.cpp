@@ -14,8 +14,6 @@ namespace pelt {
 
 namespace {
 
-constexpr int32_t WINDOW_BORDERS = 2;  // pixels in each direction that a picture leaves out
-
 void run_add(Words words) {
     const char* file_name = nullptr;
     if (!arg_read(&file_name, words[1], ARG_TEXT)) {
@@ -78,18 +76,13 @@ void run_savescreen(Words words) {
         return;
     }
     const ViewState& view = application()->view;
-    const int32_t borders = view.fixed_size ? 0 : WINDOW_BORDERS;
+    const int32_t borders = view.fixed_size ? 0 : CAPTURE_BORDERS;
     screen_capture(file_name, view.width - borders, view.height - borders);
 }
 
 constexpr Command FORMS[] = {
-    {'a', "add", run_add},
-    {'o', "open", run_open},
-    {'r', "reload", run_reload},
-    {'r', "rename", run_rename},
-    {'s', "save", run_save},
-    {'s', "saveas", run_save},
-    {'s', "savescreen", run_savescreen},
+    {"add", run_add},   {"open", run_open},   {"reload", run_reload},         {"rename", run_rename},
+    {"save", run_save}, {"saveas", run_save}, {"savescreen", run_savescreen},
 };
 
 }  // namespace

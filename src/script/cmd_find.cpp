@@ -30,8 +30,8 @@ void find_model(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'i', "images", find_images},
-    {'m', "model", find_model},
+    {"images", find_images},
+    {"model", find_model},
 };
 
 }  // namespace

@@ -103,13 +103,10 @@ constexpr VertexQuery VERTEX_QUERIES[] = {
 
 void get_vertex(Words words) {
     constexpr char USAGE[] = "sorvel: usage: sorvel get vertex <args>";
-    const Model* model = selection_current_model(&application()->session);
+    const Model* model = command_current_model();
     const char* what = nullptr;
     int32_t id = 0;
-    if (model == nullptr) {
-        msg_info("sorvel: no model selected");
-        return;
-    }
+    if (model == nullptr) { return; }
     if (!arg_read(&what, words[1], ARG_TEXT)) {
         msg_info(USAGE);
         return;
@@ -188,13 +185,10 @@ constexpr LayerQuery LAYER_QUERIES[] = {
 };
 
 void get_layer(Words words) {
-    const Model* model = selection_current_model(&application()->session);
+    const Model* model = command_current_model();
     const char* selected = application()->selected_layer;
     const char* what = nullptr;
-    if (model == nullptr) {
-        msg_info("sorvel: no model selected");
-        return;
-    }
+    if (model == nullptr) { return; }
     if (!arg_read(&what, words[1], ARG_TEXT)) {
         msg_info("sorvel: usage: sorvel get layer <args>");
         return;
@@ -217,8 +211,8 @@ void get_layer(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'c', "centre", get_centre},   {'l', "layer", get_layer},   {'m', "matrix", get_matrix}, {'p', "pan", get_pan},
-    {'p', "pointer", get_pointer}, {'v', "vertex", get_vertex}, {'z', "zoom", get_zoom},
+    {"centre", get_centre},   {"layer", get_layer},   {"matrix", get_matrix}, {"pan", get_pan},
+    {"pointer", get_pointer}, {"vertex", get_vertex}, {"zoom", get_zoom},
 };
 
 }  // namespace

@@ -23,11 +23,8 @@ constexpr VertexTexts ADD_VERTEX_TEXTS = {
 };
 
 void add_layer(Words words) {
-    Model* model = selection_current_model(&application()->session);
-    if (model == nullptr) {
-        msg_info("sorvel: no model selected");
-        return;
-    }
+    Model* model = command_current_model();
+    if (model == nullptr) { return; }
     const char* name = nullptr;
     if (!arg_read(&name, words[1], ARG_TEXT)) {
         msg_info("sorvel: usage: sorvel add layer <name>");
@@ -49,12 +46,12 @@ void delete_layer(Words words) {
 }
 
 constexpr Command ADD_FORMS[] = {
-    {'l', "layer", add_layer},
-    {'v', "vertex", add_vertex},
+    {"layer", add_layer},
+    {"vertex", add_vertex},
 };
 
 constexpr Command DELETE_FORMS[] = {
-    {'l', "layer", delete_layer},
+    {"layer", delete_layer},
 };
 
 }  // namespace
@@ -63,11 +60,7 @@ void cmd_add(Words words) { command_run_sub(words, "add", UNKNOWN_ATTRIBUTE, ADD
 
 void cmd_delete(Words words) {
     // The model comes first here: without one the words are not looked at.
-    if (selection_current_model(&application()->session) == nullptr) {
-        msg_info("sorvel: no model selected");
-        return;
-    }
-    command_run_sub(words, "delete", UNKNOWN_ATTRIBUTE, DELETE_FORMS);
+    if (command_current_model() != nullptr) { command_run_sub(words, "delete", UNKNOWN_ATTRIBUTE, DELETE_FORMS); }
 }
 
 }  // namespace pelt

@@ -152,11 +152,11 @@ void select_add(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {'a', "add", select_add},       {'a', "all", select_all},         {'c', "centre", select_centre},
-    {'c', "child", select_child},   {'c', "clear", select_clear},     {'c', "copy", select_copy},
-    {'c', "cut", select_cut},       {'d', "delete", select_delete},   {'l', "layer", select_layer},
-    {'m', "model", select_model},   {'p', "pancake", select_pancake}, {'p', "paste", select_paste},
-    {'r', "rotate", select_rotate}, {'s', "scale", select_scale},     {'t', "translate", select_translate},
+    {"add", select_add},       {"all", select_all},         {"centre", select_centre},
+    {"child", select_child},   {"clear", select_clear},     {"copy", select_copy},
+    {"cut", select_cut},       {"delete", select_delete},   {"layer", select_layer},
+    {"model", select_model},   {"pancake", select_pancake}, {"paste", select_paste},
+    {"rotate", select_rotate}, {"scale", select_scale},     {"translate", select_translate},
 };
 
 }  // namespace

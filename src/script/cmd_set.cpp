@@ -187,17 +187,17 @@ constexpr VertexTexts SET_VERTEX_TEXTS = {
 void set_vertex(Words words) { vertex_run(words, SET_VERTEX_TEXTS); }
 
 constexpr Command FORMS[] = {
-    {'b', "background", set_background},
-    {'c', "cursor", set_cursor},
-    {'f', "focus", set_focus},
-    {'f', "freerotate", set_freerotate},
-    {'l', "layer", layer_set_run},
-    {'m', "matrix", set_matrix},
-    {'p', "pan", set_pan},
-    {'p', "pointer", set_pointer},
-    {'p', "points_color_index", set_points_color_index},
-    {'v', "vertex", set_vertex},
-    {'v', "view", set_view},
+    {"background", set_background},
+    {"cursor", set_cursor},
+    {"focus", set_focus},
+    {"freerotate", set_freerotate},
+    {"layer", layer_set_run},
+    {"matrix", set_matrix},
+    {"pan", set_pan},
+    {"pointer", set_pointer},
+    {"points_color_index", set_points_color_index},
+    {"vertex", set_vertex},
+    {"view", set_view},
 };
 
 }  // namespace

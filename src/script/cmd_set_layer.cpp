@@ -81,13 +81,10 @@ constexpr LayerForm FORMS[] = {
 }  // namespace
 
 void layer_set_run(Words words) {
-    Model* model = selection_current_model(&application()->session);
+    Model* model = command_current_model();
     const char* selected = application()->selected_layer;
     const char* what = nullptr;
-    if (model == nullptr) {
-        msg_info("sorvel: no model selected");
-        return;
-    }
+    if (model == nullptr) { return; }
     if (selected[0] == '\0') {
         msg_info("sorvel: no layer selected");
         return;

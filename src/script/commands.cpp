@@ -2,6 +2,8 @@
 // and the search goes on behind it; only a line without any known word is told of.
 #include "script/commands.h"
 
+#include "application/application.h"
+#include "edit/selection.h"
 #include "foundation/text.h"
 #include "script/messages.h"
 
@@ -10,18 +12,29 @@ namespace pelt {
 namespace {
 
 constexpr Command VERBS[] = {
-    {'a', "add", cmd_add},       {'a', "animate", cmd_animate}, {'c', "callback", cmd_callback},
-    {'c', "create", cmd_create}, {'d', "delete", cmd_delete},   {'d', "display", cmd_display},
-    {'d', "draw", cmd_draw},     {'f', "file", cmd_file},       {'f', "find", cmd_find},
-    {'g', "get", cmd_get},       {'r', "reload", cmd_reload},   {'r', "reset", cmd_reset},
-    {'s', "set", cmd_set},       {'s', "select", cmd_select},
+    {"add", cmd_add},       {"animate", cmd_animate}, {"callback", cmd_callback}, {"create", cmd_create},
+    {"delete", cmd_delete}, {"display", cmd_display}, {"draw", cmd_draw},         {"file", cmd_file},
+    {"find", cmd_find},     {"get", cmd_get},         {"reload", cmd_reload},     {"reset", cmd_reset},
+    {"set", cmd_set},       {"select", cmd_select},
 };
+
+// Runs the first row that one of the words behind entry 0 names. False when there is none, with the last word examined.
+bool run_first(Words words, std::span<const Command> table, const char** last) {
+    for (Words word = words + 1; *word != nullptr; ++word) {
+        *last = *word;
+        if (const Command* found = command_find(table, *word)) {
+            found->run(word);
+            return true;
+        }
+    }
+    return false;
+}
 
 }  // namespace
 
 const Command* command_find(std::span<const Command> table, const char* word) {
     for (const Command& row : table) {
-        if (row.letter == word[0] && str_equal(row.word, word)) { return &row; }
+        if (str_equal(row.word, word)) { return &row; }
     }
     return nullptr;
 }
@@ -33,28 +46,18 @@ void command_unknown(UnknownKind kind, const char* verb, const char* last_word) 
 
 void command_run_sub(Words words, const char* verb, UnknownKind kind, std::span<const Command> table) {
     const char* last = "";
-    for (Words word = words + 1; *word != nullptr; ++word) {
-        last = *word;
-        const Command* found = command_find(table, *word);
-        if (found != nullptr) {
-            found->run(word);
-            return;
-        }
-    }
-    command_unknown(kind, verb, last);
+    if (!run_first(words, table, &last)) { command_unknown(kind, verb, last); }
+}
+
+Model* command_current_model() {
+    Model* model = selection_current_model(&application()->session);
+    if (model == nullptr) { msg_info("sorvel: no model selected"); }
+    return model;
 }
 
 void cmd_dispatch(Words words) {
     const char* last = nullptr;
-    for (Words word = words + 1; *word != nullptr; ++word) {
-        last = *word;
-        const Command* verb = command_find(VERBS, *word);
-        if (verb != nullptr) {
-            verb->run(word);
-            return;
-        }
-    }
-    if (last != nullptr) { msg_info_format("sorvel: unknown command: %s", last); }
+    if (!run_first(words, VERBS, &last) && last != nullptr) { msg_info_format("sorvel: unknown command: %s", last); }
 }
 
 }  // namespace pelt

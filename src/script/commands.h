@@ -7,11 +7,12 @@
 
 namespace pelt {
 
+struct Model;
+
 // A handler gets the table from its own word on: entry 0 is that word, entry 1 the next.
 using CommandProc = void (*)(Words words);
 
 struct Command {
-    char letter;  // first letter a word must have to be compared with this row at all
     const char* word;
     CommandProc run;
 };
@@ -26,6 +27,9 @@ const Command* command_find(std::span<const Command> table, const char* word);
 // tolerance is intended, in the whole layer. Without any, a box names the verb and the last word examined.
 void command_run_sub(Words words, const char* verb, UnknownKind kind, std::span<const Command> table);
 void command_unknown(UnknownKind kind, const char* verb, const char* last_word);
+
+// The model that a command works on, or null after a box that says that none is selected.
+Model* command_current_model();
 
 // What sorvel does behind its own name: finds the verb, skipping words that are none, and runs it.
 void cmd_dispatch(Words words);

@@ -22,11 +22,8 @@ constexpr int TRIANGLE_NORMALS = 6;      // its control normals, slots 10 to 15
 // Slots of the control normals of a quad, in the order of its corners and of its edges 0-1, 1-3, 3-2, 2-0.
 enum QuadNormalSlot : int { CORNER_0 = 16, CORNER_1, CORNER_2, CORNER_3, MID_01, MID_13, MID_32, MID_20 };
 
-Vec3 add(const Vec3& a, const Vec3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-Vec3 subtract(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
 Vec3 multiply(const Vec3& a, float f) { return {a.x * f, a.y * f, a.z * f}; }
-float dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-Vec3 lerp(const Vec3& from, const Vec3& to, float f) { return add(multiply(subtract(to, from), f), from); }
+Vec3 lerp(const Vec3& from, const Vec3& to, float f) { return vec_add(multiply(vec_subtract(to, from), f), from); }
 
 constexpr int hold_level(int level) { return std::clamp(level, 1, PATCH_LOD_LIMIT); }
 constexpr int edge_vertices(int level) { return hold_level(level) + 2; }
@@ -93,7 +90,7 @@ const TriangleGrid& grid_of(int type, int level) {
 template <int Slots>
 Vec3 weighted_sum(const Vec3* slots, const float* weights) {
     Vec3 sum = multiply(slots[0], weights[0]);
-    for (int i = 1; i < Slots; ++i) { sum = add(sum, multiply(slots[i], weights[i])); }
+    for (int i = 1; i < Slots; ++i) { sum = vec_add(sum, multiply(slots[i], weights[i])); }
     return sum;
 }
 
@@ -160,32 +157,32 @@ int complement(float* values, int count) {
 }  // namespace
 
 int patch_edge_points(const Vec3* a, const Vec3* b, const Vec3* normal_a, const Vec3* normal_b, Vec3 out[2]) {
-    const Vec3 d = subtract(*b, *a);
-    const float offset_a = dot(d, *normal_a);
-    const float offset_b = dot(d, *normal_b);
-    const Vec3 first = subtract(add(add(*a, *a), *b), multiply(*normal_a, offset_a));
+    const Vec3 d = vec_subtract(*b, *a);
+    const float offset_a = vec_dot(d, *normal_a);
+    const float offset_b = vec_dot(d, *normal_b);
+    const Vec3 first = vec_subtract(vec_add(vec_add(*a, *a), *b), multiply(*normal_a, offset_a));
     // d points towards b, hence the sum: each offset lies against the direction in which its end looks.
-    const Vec3 second = add(add(add(*b, *b), *a), multiply(*normal_b, offset_b));
+    const Vec3 second = vec_add(vec_add(vec_add(*b, *b), *a), multiply(*normal_b, offset_b));
     out[0] = multiply(first, EDGE_THIRD);
     out[1] = multiply(second, EDGE_THIRD);
     return 2;
 }
 
 int patch_edge_normal(const Vec3* a, const Vec3* b, const Vec3* normal_a, const Vec3* normal_b, Vec3* out) {
-    const Vec3 d = subtract(*b, *a);
-    const Vec3 sum = add(*normal_a, *normal_b);
-    const float t = dot(d, sum) / dot(d, d);
-    *out = subtract(sum, multiply(d, t + t));
+    const Vec3 d = vec_subtract(*b, *a);
+    const Vec3 sum = vec_add(*normal_a, *normal_b);
+    const float t = vec_dot(d, sum) / vec_dot(d, d);
+    *out = vec_subtract(sum, multiply(d, t + t));
     vec_normalise(out);
     return 1;
 }
 
 int patch_centre(const Vec3 boundary[9], Vec3* out) {
     Vec3 edges = boundary[1];
-    for (int i : {2, 4, 5, 7, 8}) { edges = add(edges, boundary[i]); }
+    for (int i : {2, 4, 5, 7, 8}) { edges = vec_add(edges, boundary[i]); }
     edges = multiply(edges, EDGE_SIXTH);
-    const Vec3 corners = multiply(add(add(boundary[0], boundary[3]), boundary[6]), CORNER_THIRD);
-    *out = add(multiply(subtract(edges, corners), 0.5f), edges);
+    const Vec3 corners = multiply(vec_add(vec_add(boundary[0], boundary[3]), boundary[6]), CORNER_THIRD);
+    *out = vec_add(multiply(vec_subtract(edges, corners), 0.5f), edges);
     return 1;
 }
 
@@ -358,7 +355,7 @@ void patch_normal_quad(const QuadPatch* patch, float s, float t, Vec3* out) {
     const Vec3 bottom = along_boundary(slots[CORNER_2], slots[MID_32], slots[CORNER_3], s);
     const Vec3 left = along_boundary(slots[CORNER_0], slots[MID_20], slots[CORNER_2], t);
     const Vec3 right = along_boundary(slots[CORNER_1], slots[MID_13], slots[CORNER_3], t);
-    *out = add(lerp(top, bottom, t), lerp(left, right, s));
+    *out = vec_add(lerp(top, bottom, t), lerp(left, right, s));
     vec_normalise(out);
 }
 

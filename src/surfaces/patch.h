@@ -16,6 +16,7 @@ inline constexpr int PATCH_LOD_LIMIT = 6;
 inline constexpr int PATCH_VERTEX_LIMIT = 72;  // above the 64 of the finest square grid
 inline constexpr int PATCH_TRIANGLE_LIMIT = 98;
 inline constexpr int PATCH_NORMAL_PLACES = 12;   // corner normals 0 to 3, edge normals from 4 on
+inline constexpr int PATCH_EDGE_NORMALS = 4;     // place of the first edge normal
 inline constexpr int PATCH_ATTRIBUTE_LIMIT = 5;  // u, v, red, green, blue
 
 // Ten control points, then three corner and three mid normals.

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "formats/animation_reader.h"
+#include "formats/clip_reader.h"
 #include "foundation/math3d.h"
 #include "scene/session.h"
 

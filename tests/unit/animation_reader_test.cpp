@@ -1,5 +1,6 @@
 // Scene lists and clip files: what is read, what fails, and with which text.
-#include "formats/animation_reader.h"
+#include "formats/clip_reader.h"
+#include "formats/scene_list.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "application/session_lifecycle.h"
-#include "formats/animation_reader.h"
+#include "formats/animation.h"
 #include "foundation/text.h"
 #include "motion/transform_state.h"
 

@@ -11,7 +11,7 @@
 #include "application/session_lifecycle.h"
 #include "edit/bounds.h"
 #include "edit/pancake.h"
-#include "formats/animation_reader.h"
+#include "formats/animation.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
 #include "scene/model_tree.h"

@@ -1,10 +1,10 @@
-// Scene lists and clip files: which models make up an animated scene, and the keys that move each of them.
+// Clip files: the keys that move a model.
 //
 // What surprises: a clip file is read twice, so that all arrays have their size before they are filled, and the second
 // pass reads further clip files from inside its line callback. After such a nested read the outer reader cannot be
 // stopped until its next line. A file that is pulled in again is not read again: its clips share one set of keys, and
 // only the times of its frames and its sub-clips, which depend on where it stands, are made for each.
-#include "formats/animation_reader.h"
+#include "formats/clip_reader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,9 +20,7 @@
 #include <vector>
 
 #include "formats/line_reader.h"
-#include "formats/model_reader.h"
 #include "foundation/file_access.h"
-#include "foundation/load_error.h"
 #include "foundation/quat.h"
 #include "foundation/text.h"
 #include "scene/model.h"
@@ -34,9 +32,6 @@ namespace {
 inline constexpr const char* COMMENT_CHARS = "#";
 inline constexpr int32_t COMMENT_COUNT = 1;
 
-inline constexpr int32_t TRANSLATE_SLOT = 0;
-inline constexpr int32_t ROTATE_SLOT = 1;
-inline constexpr int32_t FIRST_JOINT_SLOT = 2;
 inline constexpr int32_t NO_SLOT = -1;
 
 inline constexpr int32_t TOKENS_PER_TRACK = 3;
@@ -48,10 +43,6 @@ inline constexpr int32_t CHILD_OFFSET_LIMIT = 127;
 
 // Without a track line the tracks are counted by the tokens of a line, which can never be more than have room.
 static_assert((READER_TOKEN_LIMIT - 1) / TOKENS_PER_TRACK <= ANIMATION_NAME_LIMIT);
-
-char* error_text = nullptr;
-
-void set_error_text(const std::string& text) { animation_set_error(text.c_str()); }
 
 struct SubclipLine {
     float time;
@@ -97,17 +88,13 @@ struct ClipRead {
     int32_t slot_count = 0;
 };
 
-int32_t model_slot_count(const Model* model) {
-    return model_count_joints(model) + model_count_children(model) + FIRST_JOINT_SLOT;
-}
-
 // Track number of a name, whatever the model has room for; NO_SLOT with the error set.
 int32_t find_slot(const Model* model, const char* name) {
-    if (str_equal(name, "translate")) { return TRANSLATE_SLOT; }
-    if (str_equal(name, "rotate")) { return ROTATE_SLOT; }
+    if (str_equal(name, "translate")) { return ANIMATION_TRANSLATE_SLOT; }
+    if (str_equal(name, "rotate")) { return ANIMATION_ROTATE_SLOT; }
     const int32_t joint = model_joint_index(model, name);
-    if (joint >= 0) { return joint + FIRST_JOINT_SLOT; }
-    const int32_t first_child_slot = model_count_joints(model) + FIRST_JOINT_SLOT;
+    if (joint >= 0) { return joint + ANIMATION_FIRST_JOINT_SLOT; }
+    const int32_t first_child_slot = model_count_joints(model) + ANIMATION_FIRST_JOINT_SLOT;
     if (std::strncmp(name, CHILD_PREFIX, CHILD_PREFIX_SIZE) == 0) {
         const int32_t offset = text_to_int(name + CHILD_PREFIX_SIZE);
         if (offset >= 0 && offset <= CHILD_OFFSET_LIMIT) { return first_child_slot + offset; }
@@ -264,7 +251,7 @@ bool fill_frame(const ClipRead* read, AnimationFrame* frame) {
         const int32_t place = read->places[column];
         if (place == NO_SLOT) { continue; }
         const int32_t token = TOKENS_PER_TRACK * column + 1;
-        *key = file.slots[column] == TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
+        *key = file.slots[column] == ANIMATION_TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
         frame->keys[place] = key++;
     }
     return true;
@@ -292,11 +279,6 @@ void read_subclip(ClipRead* read, const SubclipLine& line, AnimationClip* subcli
     if (line.hold == HOLD_NONE && length > read->end) { read->end = length; }
 }
 
-std::optional<std::string> token_text(int32_t token) {
-    const char* text = reader_text(token);
-    return text == nullptr ? std::nullopt : std::optional<std::string>(text);
-}
-
 void read_subclip_line(ClipRead* read) {
     std::vector<SubclipLine>& lines = read->file->subclips;
     if (lines.size() >= static_cast<size_t>(read->clip->subclip_count)) {
@@ -305,7 +287,7 @@ void read_subclip_line(ClipRead* read) {
         return;
     }
     const float hold = reader_token_count() == SUBCLIP_TOKEN_LIMIT ? reader_float(2) : HOLD_NONE;
-    lines.push_back({reader_float(0), token_text(1), hold});
+    lines.push_back({reader_float(0), reader_text_if_any(1), hold});
     read_subclip(read, lines.back(), &read->clip->subclips[lines.size() - 1]);
 }
 
@@ -395,7 +377,7 @@ bool count_file(ClipRead* read, const std::string& path, const std::string& iden
 float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float start, float hold) {
     animation_set_error(nullptr);
     ClipRead read{
-        .tree = tree, .file = nullptr, .clip = clip, .start = start, .slot_count = model_slot_count(tree->model)};
+        .tree = tree, .file = nullptr, .clip = clip, .start = start, .slot_count = animation_slot_count(tree->model)};
     const std::string path = path_join(tree->directory.c_str(), file);
     const std::string identity = file_identity(path);
     const std::vector<std::string>& open = tree->open_files;
@@ -411,227 +393,18 @@ float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float sta
     return clip->end_time;
 }
 
-float read_clip_tree(Model* model, AnimationClip* clip, const char* directory, const char* file, float start,
-                     float hold, int64_t* keys) {
-    ClipTree tree{.model = model, .directory = directory, .keys = keys, .open_files = {}, .files = {}};
-    return read_clip(&tree, clip, file, start, hold);
-}
-
-void release_clip(AnimationClip* clip) {
-    for (int32_t i = 0; i < clip->subclip_count; ++i) { release_clip(&clip->subclips[i]); }
-    std::free(clip->subclips);
-    str_free(clip->name);
-    for (int32_t i = 0; i < clip->frame_count && !clip->shares_keys; ++i) { std::free(clip->frames[i].keys); }
-    std::free(clip->frames);
-    std::free(clip->tracks);
-}
-
-// A row of a scene list. With fewer than four words only the model is there.
-struct SceneRow {
-    std::string model_directory;
-    std::string model_file;
-    std::optional<std::string> clip_directory;
-    std::optional<std::string> clip_file;
-    std::optional<std::string> parent;
-    std::optional<std::string> parent_joint;
-};
-
-using SceneRows = std::vector<SceneRow>;
-
-// Which row each row hangs on, -1 for "world".
-using RowParents = std::vector<int32_t>;
-
-// Rows beyond the limit are passed over without a word; intended.
-void read_row(void* context) {
-    SceneRows* rows = static_cast<SceneRows*>(context);
-    if (reader_token_count() < 2 || rows->size() >= static_cast<size_t>(ANIMATION_ROW_LIMIT)) { return; }
-    SceneRow row{.model_directory = reader_text(0),
-                 .model_file = reader_text(1),
-                 .clip_directory = {},
-                 .clip_file = {},
-                 .parent = {},
-                 .parent_joint = {}};
-    if (reader_token_count() >= 4) {
-        row.clip_directory = token_text(2);
-        row.clip_file = token_text(3);
-        row.parent = token_text(4);
-        row.parent_joint = token_text(5);
-    }
-    rows->push_back(std::move(row));
-}
-
-// The backslash stands in the text whatever separates directories here; intended.
-void set_missing_clip(const SceneRow& row) {
-    const std::string directory = *row.clip_directory == "." ? "" : *row.clip_directory + "\\";
-    set_error_text("could not find animation file: " + directory + *row.clip_file);
-}
-
-// What the rows of a scene share. Neither many rows nor many files make more of it.
-struct SceneBudget {
-    ChildBudget children;
-    int64_t keys = 0;
-};
-
-// Loads the model and the clip of a row and appends them to the set. Leaves nothing behind when it fails.
-bool load_row(const SceneRow& row, AnimationSet* set, SceneBudget* budget) {
-    const std::string path = path_join(row.model_directory.c_str(), row.model_file.c_str());
-    Model* model = model_load(path.c_str(), &budget->children);
-    if (model == nullptr) {
-        if (load_error_get() != nullptr) { animation_set_error(load_error_get()); }
-        return false;
-    }
-    ModelAnimation* animation = nullptr;
-    if (row.clip_directory && row.clip_file) {
-        animation = animation_create(model);
-        const float length = read_clip_tree(model, &animation->clip, row.clip_directory->c_str(),
-                                            row.clip_file->c_str(), 0.0f, HOLD_NONE, &budget->keys);
-        if (length == 0.0f) {
-            if (budget->keys > ANIMATION_KEY_LIMIT) {
-                set_error_text("too many keys in the animation: " + *row.clip_file);
-            } else {
-                set_missing_clip(row);  // replaces whatever the clip reader said; intended
-            }
-            animation_release(animation);
-            model_release(model);
-            return false;
-        }
-        set->duration = std::max(set->duration, length);
-    }
-    set->models[set->count] = model;
-    set->animations[set->count] = animation;
-    ++set->count;
-    return true;
-}
-
-// Hangs the row on the last other row whose model file it names.
-bool link_row(const SceneRows& rows, size_t index, AnimationSet* set, RowParents* parents) {
-    const SceneRow& row = rows[index];
-    ModelAnimation* animation = set->animations[index];
-    if (!row.parent || *row.parent == "world") { return true; }
-    for (size_t other = 0; other < rows.size(); ++other) {
-        if (other == index || animation == nullptr || rows[other].model_file != *row.parent) { continue; }
-        animation->parent_animation = set->animations[other];
-        animation->parent_model = set->models[other];
-        (*parents)[index] = static_cast<int32_t>(other);
-        if (!row.parent_joint) { continue; }
-        animation->parent_joint = model_find_joint(set->models[other], row.parent_joint->c_str());
-        if (animation->parent_joint == nullptr) {
-            set_error_text("could not find parent joint: " + *row.parent_joint);
-            return false;
-        }
-        animation->parent_slot = model_joint_index(set->models[other], row.parent_joint->c_str()) + FIRST_JOINT_SLOT;
-    }
-    if (animation != nullptr && animation->parent_model != nullptr) { return true; }
-    set_error_text("could not find parent: " + *row.parent);
-    return false;
-}
-
-bool hangs_on_itself(const RowParents& parents, size_t index) {
-    int32_t row = parents[index];
-    for (size_t steps = 0; steps < parents.size() && row >= 0; ++steps) {
-        if (row == static_cast<int32_t>(index)) { return true; }
-        row = parents[static_cast<size_t>(row)];
-    }
-    return false;
-}
-
-bool link_rows(const SceneRows& rows, AnimationSet* set) {
-    RowParents parents(rows.size(), -1);
-    for (size_t index = 0; index < rows.size(); ++index) {
-        if (!link_row(rows, index, set, &parents)) { return false; }
-    }
-    for (size_t index = 0; index < rows.size(); ++index) {
-        if (!hangs_on_itself(parents, index)) { continue; }
-        set_error_text("could not find parent: " + *rows[index].parent);
-        return false;
-    }
-    return true;
-}
-
-bool load_rows(const SceneRows& rows, AnimationSet* set) {
-    SceneBudget budget;
-    for (const SceneRow& row : rows) {
-        if (!load_row(row, set, &budget)) { return false; }
-    }
-    return link_rows(rows, set);
-}
-
-void release_rows(AnimationSet* set) {
-    for (int32_t i = 0; i < set->count; ++i) {
-        animation_release(set->animations[i]);
-        model_release(set->models[i]);
-    }
-}
-
 }  // namespace
 
-AnimationSet* animation_load(const char* path) {
-    animation_set_error(nullptr);
-    if (file_exists(path) == 0) {
-        set_error_text(std::string("file does not exist: ") + (path == nullptr ? "" : path));
-        return nullptr;
-    }
-    SceneRows rows;
-    if (reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, read_row, &rows) == 0) { return nullptr; }
-    AnimationSet* set = static_cast<AnimationSet*>(std::calloc(1, sizeof(AnimationSet)));
-    if (load_rows(rows, set)) { return set; }
-    release_rows(set);
-    std::free(set);
-    return nullptr;
-}
-
-ModelAnimation* animation_create(const Model* model) {
-    if (model == nullptr) { return nullptr; }
-    ModelAnimation* animation = static_cast<ModelAnimation*>(std::calloc(1, sizeof(ModelAnimation)));
-    animation->enabled = 1;
-    animation->joint_count = model_count_joints(model);
-    animation->child_count = model_count_children(model);
-    animation->slot_count = model_slot_count(model);
-    return animation;
-}
-
-int animation_release(ModelAnimation* animation) {
-    if (animation == nullptr) { return 1; }
-    release_clip(&animation->clip);
-    std::free(animation);
-    return 1;
-}
-
 float animation_read_clip(Model* model, AnimationClip* clip, const char* directory, const char* file, float start,
-                          float hold) {
+                          float hold, int64_t* keys) {
     if (model == nullptr || clip == nullptr || directory == nullptr || file == nullptr) { return 0.0f; }
-    int64_t keys = 0;
-    return read_clip_tree(model, clip, directory, file, start, hold, &keys);
-}
-
-AnimationClip* animation_clip(ModelAnimation* animation) { return animation == nullptr ? nullptr : &animation->clip; }
-
-int32_t animation_track(const AnimationClip* clip, int32_t slot) {
-    if (clip == nullptr || slot < 0) { return -1; }
-    // Most files have their columns in the order of the slots and leave none out.
-    if (slot < clip->track_count && clip->tracks[slot] == slot) { return slot; }
-    const int32_t* end = clip->tracks + clip->track_count;
-    const int32_t* found = std::lower_bound(static_cast<const int32_t*>(clip->tracks), end, slot);
-    return found != end && *found == slot ? static_cast<int32_t>(found - clip->tracks) : -1;
-}
-
-// A time that is no number stops a walk over the frames, as one behind all others does.
-void animation_index_frames(AnimationClip* clip) {
-    if (clip == nullptr) { return; }
-    float latest = -std::numeric_limits<float>::infinity();
-    for (int32_t i = 0; i < clip->frame_count; ++i) {
-        const float time = clip->frames[i].time;
-        latest = std::isnan(time) ? std::numeric_limits<float>::infinity() : std::max(latest, time);
-        clip->frames[i].latest = latest;
-    }
-}
-
-const char* animation_error() { return error_text; }
-
-void animation_set_error(const char* text) {
-    char* copy = str_dup(text);  // first, because the text may be the one that is stored
-    str_free(error_text);
-    error_text = copy;
+    int64_t own_keys = 0;
+    ClipTree tree{.model = model,
+                  .directory = directory,
+                  .keys = keys != nullptr ? keys : &own_keys,
+                  .open_files = {},
+                  .files = {}};
+    return read_clip(&tree, clip, file, start, hold);
 }
 
 }  // namespace pelt

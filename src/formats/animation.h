@@ -1,4 +1,5 @@
-// Scene lists and clip files: the records of an animation, their reading and release.
+// The records of an animation: what moves a model, its clips, their frames and keys. Made by clip_reader.h and
+// scene_list.h.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +9,11 @@ namespace pelt {
 struct Joint;
 struct Model;
 
-inline constexpr int ANIMATION_ROW_LIMIT = 24;
-inline constexpr int ANIMATION_NAME_LIMIT = 128;
-inline constexpr int ANIMATION_SUBCLIP_LIMIT = 4096;  // in a whole tree of clips
+// The tracks of a model: its own movement, its own turn, then one for each joint, then one for each child link.
+inline constexpr int32_t ANIMATION_TRANSLATE_SLOT = 0;
+inline constexpr int32_t ANIMATION_ROTATE_SLOT = 1;
+inline constexpr int32_t ANIMATION_FIRST_JOINT_SLOT = 2;
 
-// Keys of all rows of a scene list: the columns of each frame line, counted once for each file and row, and one more
-// for each frame of each clip that is made of the file.
-inline constexpr int64_t ANIMATION_KEY_LIMIT = int64_t{1} << 24;
 inline constexpr float HOLD_NONE = -1.0f;
 
 // Slot 0: x, y, z of a translation and 1.0. Any other slot: a quaternion.
@@ -56,25 +55,13 @@ struct ModelAnimation {
     int32_t child_count;
 };
 
-struct AnimationSet {
-    Model* models[ANIMATION_ROW_LIMIT];
-    ModelAnimation* animations[ANIMATION_ROW_LIMIT];
-    int32_t count;
-    float duration;
-};
-
-// New set (std::free; its models and animations go to the caller), or null with the reason in animation_error, where
-// there is one.
-AnimationSet* animation_load(const char* path);
+// The number of tracks that a model has.
+int32_t animation_slot_count(const Model* model);
 
 // Empty record for a model: enabled, on "world", its counts taken now. Null for a null model.
 ModelAnimation* animation_create(const Model* model);
 int animation_release(ModelAnimation* animation);  // with its clips; null is accepted; always 1
 
-// Reads a clip file and all its sub-clips into a zeroed clip. Times are seconds; hold is HOLD_NONE for none. Returns
-// the end time of the clip, 0.0 on failure; what was read up to then stays in the clip, for animation_release.
-float animation_read_clip(Model* model, AnimationClip* clip, const char* directory, const char* file, float start,
-                          float hold);
 AnimationClip* animation_clip(ModelAnimation* animation);  // null for null
 
 // Place of a slot among the clip's tracks, and so in the keys of its frames; -1 for a slot without a column.

@@ -1,0 +1,80 @@
+// The records of an animation, and the text of the last failure of those that read them.
+#include "formats/animation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+#include "foundation/text.h"
+#include "scene/model.h"
+
+namespace pelt {
+
+namespace {
+
+char* error_text = nullptr;
+
+void release_clip(AnimationClip* clip) {
+    for (int32_t i = 0; i < clip->subclip_count; ++i) { release_clip(&clip->subclips[i]); }
+    std::free(clip->subclips);
+    str_free(clip->name);
+    for (int32_t i = 0; i < clip->frame_count && !clip->shares_keys; ++i) { std::free(clip->frames[i].keys); }
+    std::free(clip->frames);
+    std::free(clip->tracks);
+}
+
+}  // namespace
+
+int32_t animation_slot_count(const Model* model) {
+    return model_count_joints(model) + model_count_children(model) + ANIMATION_FIRST_JOINT_SLOT;
+}
+
+ModelAnimation* animation_create(const Model* model) {
+    if (model == nullptr) { return nullptr; }
+    ModelAnimation* animation = static_cast<ModelAnimation*>(std::calloc(1, sizeof(ModelAnimation)));
+    animation->enabled = 1;
+    animation->joint_count = model_count_joints(model);
+    animation->child_count = model_count_children(model);
+    animation->slot_count = animation_slot_count(model);
+    return animation;
+}
+
+int animation_release(ModelAnimation* animation) {
+    if (animation == nullptr) { return 1; }
+    release_clip(&animation->clip);
+    std::free(animation);
+    return 1;
+}
+
+AnimationClip* animation_clip(ModelAnimation* animation) { return animation == nullptr ? nullptr : &animation->clip; }
+
+int32_t animation_track(const AnimationClip* clip, int32_t slot) {
+    if (clip == nullptr || slot < 0) { return -1; }
+    // Most files have their columns in the order of the slots and leave none out.
+    if (slot < clip->track_count && clip->tracks[slot] == slot) { return slot; }
+    const int32_t* end = clip->tracks + clip->track_count;
+    const int32_t* found = std::lower_bound(static_cast<const int32_t*>(clip->tracks), end, slot);
+    return found != end && *found == slot ? static_cast<int32_t>(found - clip->tracks) : -1;
+}
+
+// A time that is no number stops a walk over the frames, as one behind all others does.
+void animation_index_frames(AnimationClip* clip) {
+    if (clip == nullptr) { return; }
+    float latest = -std::numeric_limits<float>::infinity();
+    for (int32_t i = 0; i < clip->frame_count; ++i) {
+        const float time = clip->frames[i].time;
+        latest = std::isnan(time) ? std::numeric_limits<float>::infinity() : std::max(latest, time);
+        clip->frames[i].latest = latest;
+    }
+}
+
+const char* animation_error() { return error_text; }
+
+void animation_set_error(const char* text) {
+    char* copy = str_dup(text);  // first, because the text may be the one that is stored
+    str_free(error_text);
+    error_text = copy;
+}
+
+}  // namespace pelt
