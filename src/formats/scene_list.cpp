@@ -82,7 +82,7 @@ bool load_row(const SceneRow& row, AnimationSet* set, SceneBudget* budget) {
     if (row.clip_directory && row.clip_file) {
         animation = animation_create(model);
         const float length = animation_read_clip(model, &animation->clip, row.clip_directory->c_str(),
-                                            row.clip_file->c_str(), 0.0f, HOLD_NONE, &budget->keys);
+                                                 row.clip_file->c_str(), 0.0f, HOLD_NONE, &budget->keys);
         if (length == 0.0f) {
             if (budget->keys > ANIMATION_KEY_LIMIT) {
                 set_error_text("too many keys in the animation: " + *row.clip_file);
@@ -117,7 +117,8 @@ bool link_row(const SceneRows& rows, size_t index, AnimationSet* set, RowParents
             set_error_text("could not find parent joint: " + *row.parent_joint);
             return false;
         }
-        animation->parent_slot = model_joint_index(set->models[other], row.parent_joint->c_str()) + ANIMATION_FIRST_JOINT_SLOT;
+        animation->parent_slot =
+            model_joint_index(set->models[other], row.parent_joint->c_str()) + ANIMATION_FIRST_JOINT_SLOT;
     }
     if (animation != nullptr && animation->parent_model != nullptr) { return true; }
     set_error_text("could not find parent: " + *row.parent);

@@ -142,8 +142,20 @@ bool same_owner(const std::wstring& a, const std::wstring& b) {
            owner_b != nullptr && EqualSid(owner_a, owner_b) != 0;
 }
 
-// The access list and named streams of the old file go over to the new one in this.
+// Whether nobody has the file open who would not let it go.
+bool may_be_moved(const std::wstring& name) {
+    constexpr DWORD SHARE = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file =
+        CreateFileW(name.c_str(), DELETE, SHARE, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) { return GetLastError() == ERROR_FILE_NOT_FOUND; }
+    CloseHandle(file);
+    return true;
+}
+
+// The access list and named streams of the old file go over to the new one in this. It is not tried in vain, because a
+// system may leave a file of its own behind then.
 bool take_place(const std::wstring& temporary, const std::wstring& target) {
+    if (!may_be_moved(target)) { return false; }
     if (ReplaceFileW(target.c_str(), temporary.c_str(), nullptr, 0, nullptr, nullptr) != 0) { return true; }
     // It can fail when the old file is gone already.
     return GetFileAttributesW(target.c_str()) == INVALID_FILE_ATTRIBUTES &&
