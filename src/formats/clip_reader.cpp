@@ -365,6 +365,7 @@ bool count_file(ClipRead* read, const std::string& path, const std::string& iden
     ClipFile counted;
     read->file = &counted;
     const int complete = reader_run_file(path.c_str(), COMMENT_CHARS, COMMENT_COUNT, count_line, read);
+    read->file = nullptr;  // its record outlives this call only further down
     // Without a text the file is not there, which may be so for the moment, or the tree has failed as a whole.
     if (complete == 0 && (animation_error() == nullptr || tree->failed)) { return false; }
     if (complete == 0) { counted.error = animation_error(); }

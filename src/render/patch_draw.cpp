@@ -275,7 +275,11 @@ void skin_surface(const RestCorners& rest, const JointPair& joints, Surface* sur
     float table[4];
     patch_weight_table(rest.weights, same_joint, rest.corners.count, table);
     float weights[PATCH_VERTEX_LIMIT];
-    (surface->quad ? patch_weights_quad : patch_weights_triangle)(table, surface->type, surface->level, weights);
+    if (surface->quad) {
+        patch_weights_quad(table, surface->type, surface->level, weights);
+    } else {
+        patch_weights_triangle(table, surface->type, surface->level, weights);
+    }
 
     const Mat4* skin_a = joints.first ? &joints.first->skin : nullptr;
     const Mat4* skin_b = joints.second ? &joints.second->skin : nullptr;
