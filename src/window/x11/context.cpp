@@ -49,23 +49,12 @@ int config_score(Display* display, GLXFBConfig config, const XVisualInfo& info) 
 }
 
 void choose_config(Display* display, int screen, X11Visual* chosen) {
-    static constexpr int WANTED[] = {GLX_X_RENDERABLE,
-                                     True,
-                                     GLX_DRAWABLE_TYPE,
-                                     GLX_WINDOW_BIT,
-                                     GLX_RENDER_TYPE,
-                                     GLX_RGBA_BIT,
-                                     GLX_DOUBLEBUFFER,
-                                     True,
-                                     GLX_RED_SIZE,
-                                     COLOUR_BITS,
-                                     GLX_GREEN_SIZE,
-                                     COLOUR_BITS,
-                                     GLX_BLUE_SIZE,
-                                     COLOUR_BITS,
-                                     GLX_DEPTH_SIZE,
-                                     DEPTH_BITS,
-                                     0};
+    // clang-format off
+    static constexpr int WANTED[] = {
+        GLX_X_RENDERABLE, True, GLX_DRAWABLE_TYPE, GLX_WINDOW_BIT, GLX_RENDER_TYPE, GLX_RGBA_BIT, GLX_DOUBLEBUFFER, True,
+        GLX_RED_SIZE, COLOUR_BITS, GLX_GREEN_SIZE, COLOUR_BITS, GLX_BLUE_SIZE, COLOUR_BITS, GLX_DEPTH_SIZE, DEPTH_BITS, 0,
+    };
+    // clang-format on
     int count = 0;
     GLXFBConfig* configs = glXChooseFBConfig(display, screen, WANTED, &count);
     int best = -1;
@@ -83,17 +72,12 @@ void choose_config(Display* display, int screen, X11Visual* chosen) {
 }
 
 void choose_older_way(Display* display, int screen, X11Visual* chosen) {
-    int wanted[] = {GLX_RGBA,
-                    GLX_DOUBLEBUFFER,
-                    GLX_RED_SIZE,
-                    COLOUR_BITS,
-                    GLX_GREEN_SIZE,
-                    COLOUR_BITS,
-                    GLX_BLUE_SIZE,
-                    COLOUR_BITS,
-                    GLX_DEPTH_SIZE,
-                    DEPTH_BITS,
-                    0};
+    // clang-format off
+    int wanted[] = {
+        GLX_RGBA, GLX_DOUBLEBUFFER,
+        GLX_RED_SIZE, COLOUR_BITS, GLX_GREEN_SIZE, COLOUR_BITS, GLX_BLUE_SIZE, COLOUR_BITS, GLX_DEPTH_SIZE, DEPTH_BITS, 0,
+    };
+    // clang-format on
     XVisualInfo* info = glXChooseVisual(display, screen, wanted);
     if (info == nullptr) { return; }
     *chosen = X11Visual{info->visual, info->depth, nullptr, *info, false};
