@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -33,8 +34,10 @@ public:
         std::random_device entropy;
         for (int attempt = 0; attempt < 100; ++attempt) {
             const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
-            const std::string name =
-                "pelt_test_" + std::to_string(entropy()) + "_" + std::to_string(ticks) + "_" + std::to_string(++serial);
+            // Always of one length: what a test sees must not depend on the hour that it runs at.
+            char name[64];
+            std::snprintf(name, sizeof name, "pelt_test_%08x_%016llx_%06u", entropy(),
+                          static_cast<unsigned long long>(ticks), ++serial);
             const std::filesystem::path candidate = as_models_keep_it(std::filesystem::temp_directory_path()) / name;
             if (std::filesystem::create_directory(candidate)) {
                 root_ = candidate;

@@ -64,13 +64,10 @@ TEST_F(ModelReader, ADirectoryThatAModelCannotKeepIsRefused) {
 }
 
 TEST_F(ModelReader, AChildWhosePathAModelCannotKeepFailsTheLoad) {
-    const std::string deep = test::directory_of_length(dir, 256);
-    dir.write(deep + "wing.mod", "");
-    const size_t top = deep.size() / 2;
-    const std::string upper = deep.substr(0, deep.find('/', top) + 1);
-    const std::string child = deep.substr(upper.size()) + "wing";
-    ASSERT_LT(child.size(), 120u);
-    dir.write(upper + "ship.mod", "child " + child + " 0 0 0 1 1 1 0 0 0\n");
+    const std::string upper = test::directory_of_length(dir, 200);
+    const std::string room(55, 'r');
+    dir.write(upper + room + "/wing.mod", "");
+    dir.write(upper + "ship.mod", "child " + room + PATH_SEPARATOR + "wing 0 0 0 1 1 1 0 0 0\n");
     EXPECT_EQ(model_load(dir.file(upper + "ship.mod").c_str()), nullptr);
     EXPECT_EQ(error().substr(0, 15), "path too long: ");
 }
