@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "application/problem.h"
 #include "edit/bounds.h"
 #include "edit/selection.h"
 #include "formats/layer_image.h"
@@ -106,7 +107,7 @@ int32_t enter_model(Session* session, Model* model) {
 
 void enter_animation(Session* session, const AnimationSet* set, int keep_radius) {
     for (int32_t row = 0; row < set->count && row < ANIMATION_ROW_LIMIT; ++row) {
-        session_add_root(session, set->models[row], set->animations[row]);
+        session_add_root(session, set->models[row], set->animations[row], row + 1);
         if (!keep_radius) { session_grow_radius(session, set->models[row]); }
     }
     session->anim_end = set->duration;
@@ -147,6 +148,7 @@ int32_t session_load_model(Session* session, const char* path) {
     session_status(session, "Loading...");
     load_error_set(nullptr);
     if (Model* model = model_load(name.c_str())) { return enter_model(session, model); }
+    problem_set_load(name.c_str());
     session_message(session, load_error_get());
     session_message(session, "Load failed");
     return 0;
@@ -163,6 +165,7 @@ int session_load_animation(Session* session, const char* path, int keep_radius) 
     session_status(session, "Loading...");
     AnimationSet* set = animation_load(name.c_str());
     if (set == nullptr) {
+        problem_set_load(name.c_str());
         session_message(session, animation_error());
         return 0;
     }

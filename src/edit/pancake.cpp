@@ -60,6 +60,7 @@ int model_pancake(Model* model) {
         if (Point* stored = model_find_point(model, point.int_key())) { *stored = *point; }
     }
     list_free(&flattened);
+    ++model->changes;
     return 1;
 }
 

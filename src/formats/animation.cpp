@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "scene/model.h"
 
@@ -72,6 +73,15 @@ void animation_index_frames(AnimationClip* clip) {
 const char* animation_error() { return error_text; }
 
 void animation_set_error(const char* text) {
+    if (text != nullptr) {
+        load_failure_set(text);
+    } else {
+        load_failure_clear();
+    }
+    animation_reword_error(text);
+}
+
+void animation_reword_error(const char* text) {
     char* copy = str_dup(text);  // first, because the text may be the one that is stored
     str_free(error_text);
     error_text = copy;

@@ -47,7 +47,7 @@ void make_current(LineReader* reader) {
     if (reader == nullptr) {
         load_error_watch(nullptr, nullptr);
     } else {
-        load_error_watch(reader->file_name, &reader->line_number);
+        load_error_watch(reader->file_name, &reader->line_number, reader->line);
     }
 }
 

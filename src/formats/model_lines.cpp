@@ -343,6 +343,13 @@ constexpr Keyword KEYWORDS[] = {
     {"child", LINE_MODE_NONE, parse_child},
 };
 
+const Keyword* find_keyword(const char* word) {
+    for (const Keyword& keyword : KEYWORDS) {
+        if (str_equal(keyword.word, word)) { return &keyword; }
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 void model_parse_line(ModelFileContext* file) {
@@ -350,13 +357,12 @@ void model_parse_line(ModelFileContext* file) {
         parse_data(*file);
         return;
     }
-    for (const Keyword& keyword : KEYWORDS) {
-        if (reader_token_equals(keyword.word, 0)) {
-            file->mode = keyword.mode;
-            if (keyword.statement != nullptr) { keyword.statement(*file); }
-            return;
-        }
+    if (const Keyword* keyword = find_keyword(reader_text(0))) {
+        file->mode = keyword->mode;
+        if (keyword->statement != nullptr) { keyword->statement(*file); }
     }
 }
+
+bool model_knows_keyword(const char* word) { return find_keyword(word) != nullptr; }
 
 }  // namespace pelt

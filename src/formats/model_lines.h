@@ -31,4 +31,7 @@ struct ModelFileContext {
 // and aborts the read.
 void model_parse_line(ModelFileContext* file);
 
+// Whether a line that begins with this word means something to a model.
+bool model_knows_keyword(const char* word);
+
 }  // namespace pelt

@@ -102,7 +102,9 @@ bool read_children(TreeRead& tree, Model* model) {
 bool fill_model(TreeRead& tree, Model* model, const char* path) {
     if (!model_read_file(model, path) || !is_within_budget(tree, model, path)) { return false; }
     bind_points(model);
-    return model_test_normals(model) && read_children(tree, model);
+    if (!model_test_normals(model) || !read_children(tree, model)) { return false; }
+    model->changes = 0;
+    return true;
 }
 
 // The model of one file with everything below it, or null with nothing left behind.
@@ -126,6 +128,7 @@ Model* read_tree(TreeRead& tree, const char* path, Model* parent) {
     const bool good = fill_model(tree, model, path);
     tree.open_files.pop_back();
     if (!good) {
+        load_failure_in(path);
         model_release(model);
         return nullptr;
     }

@@ -61,7 +61,12 @@ void read_row(void* context) {
 // The backslash stands in the text whatever separates directories here; intended.
 void set_missing_clip(const SceneRow& row) {
     const std::string directory = *row.clip_directory == "." ? "" : *row.clip_directory + "\\";
-    set_error_text("could not find animation file: " + directory + *row.clip_file);
+    const std::string text = "could not find animation file: " + directory + *row.clip_file;
+    if (load_failure().line > 0) {
+        animation_reword_error(text.c_str());
+    } else {
+        set_error_text(text);
+    }
 }
 
 // What the rows of a scene share. Neither many rows nor many files make more of it.
@@ -75,7 +80,7 @@ bool load_row(const SceneRow& row, AnimationSet* set, SceneBudget* budget) {
     const std::string path = path_join(row.model_directory.c_str(), row.model_file.c_str());
     Model* model = model_load(path.c_str(), &budget->children);
     if (model == nullptr) {
-        if (load_error_get() != nullptr) { animation_set_error(load_error_get()); }
+        if (load_error_get() != nullptr) { animation_reword_error(load_error_get()); }
         return false;
     }
     ModelAnimation* animation = nullptr;
@@ -168,12 +173,14 @@ AnimationSet* animation_load(const char* path) {
     animation_set_error(nullptr);
     if (file_exists(path) == 0) {
         set_error_text(std::string("file does not exist: ") + (path == nullptr ? "" : path));
+        load_failure_in(path);
         return nullptr;
     }
     SceneRows rows;
     if (reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, read_row, &rows) == 0) { return nullptr; }
     AnimationSet* set = static_cast<AnimationSet*>(std::calloc(1, sizeof(AnimationSet)));
     if (load_rows(rows, set)) { return set; }
+    load_failure_in(path);
     release_rows(set);
     std::free(set);
     return nullptr;

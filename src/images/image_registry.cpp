@@ -33,9 +33,22 @@ int32_t next_image_id = 1;
 
 // Ids by path: one model can name one file in thousands of spellings, and each is an image of its own. The keys are the
 // paths of the entries themselves. Never destroyed: scripts may still run while the process ends.
-std::unordered_map<std::string_view, int32_t, KeyHash>& ids_by_path() {
-    static auto& ids = *new std::unordered_map<std::string_view, int32_t, KeyHash>;
+using IdsByPath = std::unordered_map<std::string_view, int32_t, KeyHash>;
+IdsByPath& ids_by_path() {
+    static auto& ids = *new IdsByPath;
     return ids;
+}
+
+// The paths that are put aside while others are read beside them.
+IdsByPath& ids_put_aside() {
+    static auto& ids = *new IdsByPath;
+    return ids;
+}
+
+// Two images can have one path, and only one of them is found by it.
+void forget_path(IdsByPath& ids, const ImageData* image) {
+    const auto found = ids.find(image->path);
+    if (found != ids.end() && found->second == image->id) { ids.erase(found); }
 }
 
 void set_up_registry() {
@@ -52,7 +65,8 @@ unsigned char* share(ImageData* image, int32_t* width, int32_t* height) {
 int give_back(ImageData* image) {
     if (image == nullptr) { return 0; }
     if (--image->ref_count <= 0) {
-        ids_by_path().erase(image->path);
+        forget_path(ids_by_path(), image);
+        forget_path(ids_put_aside(), image);
         str_free(image->path);
         shared_pixels_release_keyed(image->shared, image->keyed_pixels);
         shared_pixels_release(image->shared);
@@ -141,6 +155,17 @@ ImageData* image_find(const char* path) {
 }
 
 ImageData* image_find_id(int32_t id) { return list_find<ImageData>(&registry, id); }
+
+void image_paths_begin() {
+    if (ids_put_aside().empty()) { ids_put_aside().swap(ids_by_path()); }
+}
+
+void image_paths_end(bool keep) {
+    IdsByPath& former = ids_put_aside();
+    if (!keep) { ids_by_path().clear(); }
+    ids_by_path().merge(former);
+    former.clear();
+}
 
 const KeyedList* image_registry() { return &registry; }
 

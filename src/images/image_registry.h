@@ -37,6 +37,12 @@ unsigned char* image_keyed(const char* path, int red, int green, int blue);
 ImageData* image_find(const char* path);
 ImageData* image_find_id(int32_t id);
 
+// Between the two calls no image is found by its path that was registered before, so that files are looked at afresh.
+// With keep set the new ones are found from then on, and the former ones where there is no new one of the same path;
+// without it the new ones are not found any more. What was loaded stays, either way, with those who use it.
+void image_paths_begin();
+void image_paths_end(bool keep);
+
 // All registered images, in the order of their slots.
 const KeyedList* image_registry();
 

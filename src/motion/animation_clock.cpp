@@ -4,6 +4,7 @@
 // longer than the animation leaves it outside of 0 to anim_end; intended.
 #include "motion/animation_clock.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "motion/transform_state.h"
@@ -33,6 +34,12 @@ void animate_prev(Session* session) {
         session->anim_time -= session->anim_step;
         if (session->anim_time < 0.0f) { session->anim_time += session->anim_end; }
     }
+    scene_evaluate(session);
+}
+
+void animate_seek(Session* session, float time) {
+    if (session == nullptr) { return; }
+    session->anim_time = time > 0.0f ? std::min(time, session->anim_end) : 0.0f;
     scene_evaluate(session);
 }
 

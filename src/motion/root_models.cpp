@@ -60,7 +60,7 @@ void empty_references(Session* session, const RootModel& going) {
 
 }  // namespace
 
-int32_t session_add_root(Session* session, Model* model, ModelAnimation* animation) {
+int32_t session_add_root(Session* session, Model* model, ModelAnimation* animation, int32_t row) {
     if (session == nullptr || model == nullptr) {
         animation_release(animation);
         return 0;
@@ -68,6 +68,7 @@ int32_t session_add_root(Session* session, Model* model, ModelAnimation* animati
     RootModel* root = list_add<RootModel>(&session->root_models, take_id(&next_root_id));
     root->model = model;
     root->animation = animation;
+    root->row = row;
     const ModelState* state = model_state(session, model);
     return state != nullptr ? state->id : 0;
 }

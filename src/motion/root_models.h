@@ -7,8 +7,8 @@
 
 namespace pelt {
 
-// Takes over both; returns the id of the model's ModelState, 0 for a null model.
-int32_t session_add_root(Session* session, Model* model, ModelAnimation* animation);
+// Takes over both; returns the id of the model's ModelState, 0 for a null model. row is that of the scene list.
+int32_t session_add_root(Session* session, Model* model, ModelAnimation* animation, int32_t row = 0);
 
 // Forgets and releases one root by its key in root_models; what pointed at it from elsewhere in the scene (animation
 // parents, borrowed links) is emptied first. 1, or 0 for an unknown key.

@@ -68,6 +68,11 @@ void view_pan_pixels(ViewState* view, float x, float y, int relative) {
     }
 }
 
+float view_unit_per_pixel(const ViewState* view) {
+    const float width = static_cast<float>(view->width > 1 ? view->width : 1);
+    return view->extent_x * PIXEL_FACTOR * view->zoom / width;
+}
+
 void view_fit(ViewState* view, float radius, bool keep) {
     const float r = radius * FIT_MARGIN;
     const ViewExtents extents = fitted_extents(r, view->width, view->height);

@@ -30,6 +30,9 @@ void view_set_focus(ViewState* view, float x, float y, float z);
 void view_set_zoom(ViewState* view, float factor);  // held in 0.001 to 100.0; a non-number gives 0.001
 void view_pan_pixels(ViewState* view, float x, float y, int relative);
 
+// World units that a pixel shows.
+float view_unit_per_pixel(const ViewState* view);
+
 // Extents that show a sphere of this radius. With keep they only grow, and the zoom makes up for it.
 void view_fit(ViewState* view, float radius, bool keep);
 

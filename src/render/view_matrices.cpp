@@ -83,6 +83,10 @@ void view_set_matrix(ViewState* view, const Mat4* matrix) {
     glLoadMatrixf(mat_to_gl(matrix)->m);
 }
 
+const char* view_renderer(const ViewState* view) {
+    return has_context(view) ? reinterpret_cast<const char*>(glGetString(GL_RENDERER)) : nullptr;
+}
+
 void view_init_lighting() {
     static constexpr float DIFFUSE[] = {0.5f, 0.5f, 0.5f, 1.0f};
     static constexpr float AMBIENT[] = {0.35f, 0.35f, 0.35f, 1.0f};

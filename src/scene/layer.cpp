@@ -69,6 +69,7 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
     layer->bounds_min = Vec3{};
     layer->bounds_max = Vec3{};
     init_layer_lists(layer);
+    ++model->changes;
     return 1;
 }
 
@@ -82,6 +83,7 @@ Layer* model_find_layer(const Model* model, const char* name) {
 int model_delete_layer(Model* model, const char* name) {
     if (find_layer_silently(model, name) == nullptr) { return 0; }
     model_delete_layer_slot(model, list_index_of(&model->layers, name, 0));
+    ++model->changes;
     return 1;
 }
 
@@ -105,6 +107,7 @@ int model_rename_layer(Model* model, const char* old_name, const char* new_name)
     str_copy(new_name, key);
     list_remove(&model->layers, old_name);
     *list_add<Layer>(&model->layers, key) = renamed;
+    ++model->changes;
     return 1;
 }
 
@@ -124,6 +127,7 @@ int model_set_layer_colour(Model* model, const char* name, int red, int green, i
     layer->colour[0] = red;
     layer->colour[1] = green;
     layer->colour[2] = blue;
+    ++model->changes;
     return 1;
 }
 
@@ -136,6 +140,7 @@ int model_set_layer_sides(Model* model, const char* name, int sides) {
     Layer* layer = model_find_layer(model, name);
     if (layer == nullptr) { return 0; }
     layer->singlesided = sides > 1 ? 0 : 1;
+    ++model->changes;
     return 1;
 }
 
@@ -154,6 +159,7 @@ int model_set_layer_mirror(Model* model, const char* name, int code) {
         layer->mirror = 1;
         layer->mirror_axis = code;
     }
+    ++model->changes;
     return 1;
 }
 
@@ -166,6 +172,7 @@ int model_set_layer_transparency(Model* model, const char* name, float value) {
     Layer* layer = model_find_layer(model, name);
     if (layer == nullptr) { return 0; }
     layer->transparency = value;
+    ++model->changes;
     return 1;
 }
 
@@ -185,6 +192,7 @@ int model_set_invisible(Model* model, const char* name, float red, float green, 
     layer->invisible_colour[0] = float_to_int(red * COLOUR_KEY_SCALE);
     layer->invisible_colour[1] = float_to_int(green * COLOUR_KEY_SCALE);
     layer->invisible_colour[2] = float_to_int(blue * COLOUR_KEY_SCALE);
+    ++model->changes;
     return 1;
 }
 
@@ -193,6 +201,7 @@ int model_set_reflection(Model* model, const char* name, float value) {
     LayerImage* image = layer_first_image(model_find_layer(model, name));
     if (image == nullptr) { return 0; }
     image->reflection = value;
+    ++model->changes;
     return 1;
 }
 

@@ -109,6 +109,7 @@ int model_scale(Model* model, float x, float y, float z) {
     for (Point& point : list_elements<Point>(model->points)) { scale_place(&point.position, x, y, z); }
     for (Joint& joint : list_elements<Joint>(model->joints)) { scale_place(&joint.position, x, y, z); }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) { scale_place(&link.position, x, y, z); }
+    ++model->changes;
     return 1;
 }
 

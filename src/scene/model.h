@@ -38,6 +38,7 @@ struct Model {
     Vec3 bounds_max;
     int32_t state_index;  // slot in Session::model_states, -1 for none
     uint64_t serial;      // of the process, never the same for two models: tells one from another at the same address
+    int64_t changes;      // what was done to the content since it was read, counted; what a read does is none
     char* opened_path;    // heap text: the file it was read from, as given; null when unknown or renamed since
 };
 

@@ -48,6 +48,7 @@ int model_set_point(Model* model, int32_t id, int32_t x, int32_t y, int32_t z, f
     point->position = Vec3{static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)};
     point->weight = clamp_weight(weight);
     model_grow_bounds(model, point->position.x, point->position.y, point->position.z);
+    ++model->changes;
     return 1;
 }
 
@@ -57,6 +58,7 @@ int model_set_normal(Model* model, int32_t id, float x, float y, float z) {
     point->normal = Vec3{x, y, z};
     vec_normalise(&point->normal);
     model->has_normals = 1;
+    ++model->changes;
     return 1;
 }
 
@@ -65,6 +67,7 @@ int model_set_point_joints(Model* model, int32_t id, const char* joint_a, const 
     if (point == nullptr) { return 0; }
     point->joint_a = model_find_joint(model, joint_a);
     point->joint_b = model_find_joint(model, joint_b);
+    ++model->changes;
     return 1;
 }
 
@@ -80,6 +83,7 @@ int model_set_gouraud(Model* model, int32_t id, int red, int green, int blue, in
     point->gouraud[2] = low_byte(blue);
     point->gouraud[3] = low_byte(transparency);
     model->has_gouraud = 1;
+    ++model->changes;
     return 1;
 }
 
@@ -169,7 +173,11 @@ int32_t model_highest_point(const Model* model) {
     return highest;
 }
 
-int model_remove_point(Model* model, int32_t id) { return model != nullptr ? list_remove(&model->points, id) : 0; }
+int model_remove_point(Model* model, int32_t id) {
+    if (model == nullptr || !list_remove(&model->points, id)) { return 0; }
+    ++model->changes;
+    return 1;
+}
 
 void model_grow_bounds(Model* model, float x, float y, float z) {
     if (model == nullptr) { return; }

@@ -98,6 +98,7 @@ int model_add_triangle(Model* model, const char* layer, int quad, const int32_t*
     }
     triangle->id = take_id(&next_triangle_id);
     triangle->state_index = -1;
+    ++model->changes;
     return 1;
 }
 
@@ -119,6 +120,7 @@ int model_add_polygon(Model* model, const char* layer, int count, const int32_t*
     }
     polygon->id = take_id(&next_polygon_id);
     polygon->state_index = -1;
+    ++model->changes;
     return 1;
 }
 
@@ -136,6 +138,7 @@ int model_add_line(Model* model, const char* layer, int count, const int32_t* po
     }
     line->id = take_id(&next_line_id);
     line->state_index = -1;
+    ++model->changes;
     return 1;
 }
 
@@ -149,6 +152,7 @@ int model_add_uvee(Model* model, const char* layer, int32_t point, float u, floa
     Uvee* uvee = list_add<Uvee>(&target->uvees, point);
     if (uvee == nullptr) { return 0; }
     *uvee = Uvee{point, u, v};
+    ++model->changes;
     return 1;
 }
 

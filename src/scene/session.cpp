@@ -4,6 +4,7 @@
 #include "scene/session.h"
 
 #include <cstring>
+#include <string>
 
 #include "foundation/text.h"
 
@@ -76,6 +77,12 @@ void session_status(Session* session, const char* text) {
     char report[STATUS_TEXT_SIZE];
     text_format(report, sizeof report, "Time: %s of %s, Triangles: %d, %s", time, end, session->triangles_drawn, text);
     session->status_callback(report);
+}
+
+void session_say(Session* session, const char* text) {
+    if (session == nullptr || text == nullptr || session->status_callback == nullptr) { return; }
+    const std::string copy = text;
+    session->status_callback(copy.c_str());
 }
 
 void session_message(Session* session, const char* text) {

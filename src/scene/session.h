@@ -92,6 +92,9 @@ void session_set_message_callback(Session* session, void (*callback)(const char*
 // Reports the text behind the time and the count of triangles, cut to STATUS_TEXT_SIZE. Nothing without a callback.
 void session_status(Session* session, const char* text);
 
+// The bare text, to the status callback alone.
+void session_say(Session* session, const char* text);
+
 // Message callback first, status callback second, both with the bare text, which is copied before they run.
 void session_message(Session* session, const char* text);
 const char* session_last_message(const Session* session);

@@ -52,6 +52,7 @@ int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_
     const bool on_world = parent == nullptr || str_equal(parent, WORLD);
     joint->parent_index = on_world ? -1 : list_index_of(&model->joints, name, 1);
     joint->id = take_id(&next_joint_id);
+    ++model->changes;
     return 1;
 }
 
@@ -76,6 +77,7 @@ BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* join
         blend->joint_a = model_find_joint(model, joint_a);
         blend->joint_b = model_find_joint(model, joint_b);
     }
+    ++model->changes;
     return blend;
 }
 
@@ -96,6 +98,7 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
     str_copy(rotate_y, link->rotate[1]);
     str_copy(rotate_z, link->rotate[2]);
     link->state_index = -1;
+    ++model->changes;
     return link;
 }
 

@@ -73,6 +73,7 @@ struct TriangleCache {
 struct RootModel {
     Model* model;               // owned
     ModelAnimation* animation;  // owned; null for a model loaded by itself
+    int32_t row;                // of the scene list, from 1; 0 for a model loaded by itself
 };
 
 }  // namespace pelt

@@ -12,6 +12,7 @@
 #include "script/commands.h"
 #include "script/event_drain.h"
 #include "script/messages.h"
+#include "script/scene_call.h"
 #include "script/script_events.h"
 
 #include <tcl.h>
@@ -86,9 +87,15 @@ int sorvel(void*, Tcl_Interp*, int argc, const char* argv[]) {
     Tcl_Interp* interp = tcl_interp();
     if (interp == nullptr) { return TCL_OK; }
     Tcl_Preserve(interp);
+    int code = TCL_OK;
     ++call_depth;
-    run_call(argc, argv);
+    // Only this word, in this place, is looked at before the rest is cut into words.
+    if (argc > 1 && std::strcmp(argv[1], "scene") == 0) {
+        code = scene_command(argc - 2, argv + 2);
+    } else {
+        run_call(argc, argv);
+    }
     --call_depth;
     Tcl_Release(interp);
-    return TCL_OK;
+    return code;
 }

@@ -55,6 +55,56 @@ TEST_F(ImageRegistry, SharesAnImageByPath) {
     EXPECT_EQ(image_release(path.c_str()), 0);
 }
 
+TEST_F(ImageRegistry, PathsThatArePutAsideAreLookedAtAfresh) {
+    const std::string path = picture("a.tga", "abcdef");
+    const std::string other = picture("b.tga", "abc");
+    load(path);
+    load(other);
+    const int32_t first = image_find(path.c_str())->id;
+    const int32_t untouched = image_find(other.c_str())->id;
+    picture("a.tga", "ghijklmno");
+
+    image_paths_begin();
+    EXPECT_EQ(image_find(path.c_str()), nullptr);
+    load(path);
+    EXPECT_EQ(width, 3) << "what the file holds now";
+    const int32_t second = image_find(path.c_str())->id;
+    image_paths_end(true);
+    EXPECT_EQ(image_find(path.c_str())->id, second);
+    EXPECT_EQ(image_find(other.c_str())->id, untouched);
+    EXPECT_EQ(image_find_id(first)->width, 2) << "stays with those who use it";
+
+    EXPECT_EQ(image_release_id(first), 1);
+    EXPECT_EQ(image_find(path.c_str())->id, second) << "the former one took its own path away only";
+    EXPECT_EQ(image_release_id(second), 1);
+    EXPECT_EQ(image_find(path.c_str()), nullptr);
+    image_release_id(untouched);
+}
+
+TEST_F(ImageRegistry, AReadThatFailsLeavesThePathsAsTheyWere) {
+    const std::string path = picture("a.tga", "abcdef");
+    load(path);
+    const int32_t first = image_find(path.c_str())->id;
+    image_paths_begin();
+    load(path);
+    const int32_t second = image_find(path.c_str())->id;
+    EXPECT_NE(second, first);
+    image_release_id(second);
+    image_paths_end(false);
+    EXPECT_EQ(image_find(path.c_str())->id, first);
+    image_release_id(first);
+}
+
+TEST_F(ImageRegistry, AnImageReleasedWhilePathsArePutAsideIsFoundNoMore) {
+    const std::string path = picture("a.tga", "abcdef");
+    load(path);
+    const int32_t first = image_find(path.c_str())->id;
+    image_paths_begin();
+    image_release_id(first);
+    image_paths_end(true);
+    EXPECT_EQ(image_find(path.c_str()), nullptr);
+}
+
 TEST_F(ImageRegistry, IdsRiseAndFindTheirImage) {
     const std::string a = picture("a.tga", "abc");
     const std::string b = picture("b.tga", "abc");

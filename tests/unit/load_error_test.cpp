@@ -44,6 +44,61 @@ TEST_F(LoadErrorTest, PlaceIsThatOfTheMomentOfTheError) {
     EXPECT_STREQ(load_error_get(), "after");
 }
 
+TEST_F(LoadErrorTest, TheFailureHasItsPartsUncut) {
+    const int32_t line = 12;
+    const std::string text(1000, 't');
+    load_error_watch("c:/m/ship (file: x, line: 1).mod", &line, "1 2 \"three");
+    load_error_set(text.c_str());
+    EXPECT_EQ(load_failure().text, text);
+    EXPECT_EQ(load_failure().file, "c:/m/ship (file: x, line: 1).mod");
+    EXPECT_EQ(load_failure().line, 12);
+    EXPECT_EQ(load_failure().source, "1 2 \"three");
+    load_error_set(nullptr);
+    EXPECT_EQ(load_failure().text, "");
+    EXPECT_EQ(load_failure().line, 0);
+}
+
+TEST_F(LoadErrorTest, AFailureWithoutAFileIsGivenOneOnce) {
+    load_error_set("bad normal");
+    load_failure_in("inner.mod");
+    load_failure_in("outer.mod");
+    EXPECT_EQ(load_failure().file, "inner.mod");
+    EXPECT_STREQ(load_error_get(), "bad normal");
+}
+
+TEST_F(LoadErrorTest, ProblemsAreTheLastOfEachLineOfAFile) {
+    int32_t line = 3;
+    load_error_set("before");
+    load_problems_begin();
+    load_error_set("outside a file");
+    load_error_watch("a.mod", &line, "image none.tga");
+    load_error_set("first of the line");
+    load_error_set("last of the line");
+    line = 4;
+    load_error_set("next line");
+    load_error_watch("b.mod", &line, "");
+    load_error_set("same line of another file");
+    const std::vector<LoadFailure> problems = load_problems_end();
+    load_error_set("behind the end");
+    ASSERT_EQ(problems.size(), 3u);
+    EXPECT_EQ(problems[0].text, "last of the line");
+    EXPECT_EQ(problems[0].source, "image none.tga");
+    EXPECT_EQ(problems[1].text, "next line");
+    EXPECT_EQ(problems[2].file, "b.mod");
+    load_problems_begin();
+    EXPECT_TRUE(load_problems_end().empty());
+}
+
+TEST_F(LoadErrorTest, ProblemsAreBounded) {
+    int32_t line = 0;
+    load_error_watch("a.mod", &line);
+    load_problems_begin();
+    for (line = 1; line <= 1000; ++line) { load_error_set("bad"); }
+    const std::vector<LoadFailure> problems = load_problems_end();
+    ASSERT_EQ(problems.size(), LOAD_PROBLEM_LIMIT);
+    EXPECT_EQ(problems.back().line, static_cast<int32_t>(LOAD_PROBLEM_LIMIT));
+}
+
 TEST_F(LoadErrorTest, LineWithoutAFileNameIsAddedUnlessItIsZero) {
     int32_t line = 5;
     load_error_watch(nullptr, &line);
