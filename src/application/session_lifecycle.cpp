@@ -30,10 +30,20 @@ namespace {
 constexpr float DEFAULT_STEP_SECONDS = 1.0f;
 constexpr const char* MODEL_EXTENSION = ".mod";
 
+struct ModelToLoad {
+    std::string path;
+    bool long_paths;
+};
+
+struct AnimationToLoad {
+    std::string path;
+    std::optional<std::string> base;  // with one its models may have long paths
+};
+
 // What a reload has to load: an animation, which goes first, or a list of model files.
 struct ReloadWork {
-    std::optional<std::string> animation_path;
-    std::vector<std::string> paths;
+    std::optional<AnimationToLoad> animation;
+    std::vector<ModelToLoad> models;
 };
 
 // What a failed reload left behind for the next one. Never destroyed: scripts may still run while the process ends.
@@ -52,13 +62,14 @@ void init_lists(Session* session) {
 }
 
 // The name under which a model is read again: as it was opened, unless it was renamed since. Intended: a file that was
-// opened under another extension is not found again.
+// opened under another extension is not found again, unless its paths may be long.
 std::string reload_path(const Model* model) {
-    const std::string opened = model->opened_path != nullptr ? model->opened_path : "";
+    const std::string opened = model_file(model);
     const size_t extension = opened.size() - std::min(opened.size(), std::strlen(MODEL_EXTENSION));
-    return str_equal_ignoring_case(opened.c_str() + extension, MODEL_EXTENSION)
+    return str_equal_ignoring_case(opened.c_str() + extension, MODEL_EXTENSION) ||
+                   (model->long_paths != 0 && !opened.empty())
                ? opened
-               : std::string(model->path) + model->name + MODEL_EXTENSION;
+               : model_directory(model) + model->name + MODEL_EXTENSION;
 }
 
 // Intended: what an earlier failure left stays in force where this scene says nothing about it, and a left-over
@@ -66,35 +77,14 @@ std::string reload_path(const Model* model) {
 void list_what_stands(const Session* session, ReloadWork* work) {
     if (list_count(&session->root_models) == 0) { return; }
     if (session->animation_path != nullptr) {
-        work->animation_path = session->animation_path;
+        work->animation = AnimationToLoad{session->animation_path, std::nullopt};
+        if (session->animation_base != nullptr) { work->animation->base = session->animation_base; }
         return;
     }
-    work->paths.clear();
+    work->models.clear();
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
-        work->paths.push_back(reload_path(root.model));
+        work->models.push_back({reload_path(root.model), root.model->long_paths != 0});
     }
-}
-
-int reload_animation(Session* session, ReloadWork* work) {
-    if (!session_load_animation(session, work->animation_path->c_str(), 1)) {
-        session_close_all(session);
-        reload_left_over() = std::move(*work);
-        return 0;
-    }
-    if (!work->paths.empty() && reload_left_over().paths.empty()) { reload_left_over().paths = std::move(work->paths); }
-    scene_evaluate(session);
-    return 1;
-}
-
-int reload_models(Session* session, ReloadWork* work) {
-    size_t loaded = 0;
-    for (const std::string& path : work->paths) { loaded += session_load_model(session, path.c_str()) > 0 ? 1 : 0; }
-    if (loaded < work->paths.size()) {
-        session_close_all(session);
-        reload_left_over() = std::move(*work);
-        return 0;
-    }
-    return 1;
 }
 
 // The one way of a loaded model into the scene.
@@ -112,6 +102,59 @@ void enter_animation(Session* session, const AnimationSet* set, int keep_radius)
     }
     session->anim_end = set->duration;
     if (session->anim_time > session->anim_end) { session->anim_time = session->anim_end; }
+}
+
+int32_t load_model(Session* session, const ModelToLoad& wanted) {
+    session_status(session, "Loading...");
+    load_error_set(nullptr);
+    if (Model* model = model_load(wanted.path.c_str(), nullptr, wanted.long_paths)) {
+        return enter_model(session, model);
+    }
+    problem_set_load(wanted.path.c_str());
+    session_message(session, load_error_get());
+    session_message(session, "Load failed");
+    return 0;
+}
+
+int load_animation(Session* session, const AnimationToLoad& wanted, int keep_radius) {
+    session_close_all(session);
+    session_status(session, "Loading...");
+    const char* base = wanted.base ? wanted.base->c_str() : nullptr;
+    AnimationSet* set = animation_load(wanted.path.c_str(), {base, base != nullptr});
+    if (set == nullptr) {
+        problem_set_load(wanted.path.c_str());
+        session_message(session, animation_error());
+        return 0;
+    }
+    enter_animation(session, set, keep_radius);
+    scene_evaluate(session);
+    session_set_animation_path(session, wanted.path.c_str(), base);
+    std::free(set);
+    session_status(session, "Ready");
+    return 1;
+}
+
+int reload_animation(Session* session, ReloadWork* work) {
+    if (!load_animation(session, *work->animation, 1)) {
+        session_close_all(session);
+        reload_left_over() = std::move(*work);
+        return 0;
+    }
+    ReloadWork& left_over = reload_left_over();
+    if (!work->models.empty() && left_over.models.empty()) { left_over.models = std::move(work->models); }
+    scene_evaluate(session);
+    return 1;
+}
+
+int reload_models(Session* session, ReloadWork* work) {
+    size_t loaded = 0;
+    for (const ModelToLoad& wanted : work->models) { loaded += load_model(session, wanted) > 0 ? 1 : 0; }
+    if (loaded < work->models.size()) {
+        session_close_all(session);
+        reload_left_over() = std::move(*work);
+        return 0;
+    }
+    return 1;
 }
 
 }  // namespace
@@ -144,14 +187,7 @@ void session_reset(Session* session, int restore_display) {
 
 int32_t session_load_model(Session* session, const char* path) {
     if (session == nullptr || path == nullptr) { return 0; }
-    const std::string name = path;  // the report may run what releases the text
-    session_status(session, "Loading...");
-    load_error_set(nullptr);
-    if (Model* model = model_load(name.c_str())) { return enter_model(session, model); }
-    problem_set_load(name.c_str());
-    session_message(session, load_error_get());
-    session_message(session, "Load failed");
-    return 0;
+    return load_model(session, {path, false});  // copied: the report may run what releases the text
 }
 
 int32_t session_add_model(Session* session, Model* model) {
@@ -160,22 +196,8 @@ int32_t session_add_model(Session* session, Model* model) {
 
 int session_load_animation(Session* session, const char* path, int keep_radius) {
     if (session == nullptr || path == nullptr) { return 0; }
-    const std::string name = path;  // may be the path that closing the scene releases
-    session_close_all(session);
-    session_status(session, "Loading...");
-    AnimationSet* set = animation_load(name.c_str());
-    if (set == nullptr) {
-        problem_set_load(name.c_str());
-        session_message(session, animation_error());
-        return 0;
-    }
-    enter_animation(session, set, keep_radius);
-    scene_evaluate(session);
-    str_free(session->animation_path);
-    session->animation_path = str_dup(name.c_str());
-    std::free(set);
-    session_status(session, "Ready");
-    return 1;
+    // Copied: it may be the path that closing the scene releases.
+    return load_animation(session, {path, std::nullopt}, keep_radius);
 }
 
 int session_reload(Session* session) {
@@ -183,7 +205,7 @@ int session_reload(Session* session) {
     ReloadWork work = std::exchange(reload_left_over(), ReloadWork{});
     list_what_stands(session, &work);
     session_close_all(session);
-    return work.animation_path ? reload_animation(session, &work) : reload_models(session, &work);
+    return work.animation ? reload_animation(session, &work) : reload_models(session, &work);
 }
 
 int session_rename_model(Session* session, int32_t id, const char* path) {

@@ -20,6 +20,7 @@ void release_clip(AnimationClip* clip) {
     for (int32_t i = 0; i < clip->subclip_count; ++i) { release_clip(&clip->subclips[i]); }
     std::free(clip->subclips);
     str_free(clip->name);
+    str_free(clip->unread_path);
     for (int32_t i = 0; i < clip->frame_count && !clip->shares_keys; ++i) { std::free(clip->frames[i].keys); }
     std::free(clip->frames);
     std::free(clip->tracks);
@@ -49,6 +50,11 @@ int animation_release(ModelAnimation* animation) {
 }
 
 AnimationClip* animation_clip(ModelAnimation* animation) { return animation == nullptr ? nullptr : &animation->clip; }
+
+const char* animation_clip_file(const AnimationClip* clip) {
+    if (clip == nullptr) { return nullptr; }
+    return clip->name != nullptr ? clip->name : clip->unread_path;
+}
 
 int32_t animation_track(const AnimationClip* clip, int32_t slot) {
     if (clip == nullptr || slot < 0) { return -1; }

@@ -27,7 +27,8 @@ struct AnimationFrame {
     AnimationKey** keys;  // one for each of the clip's tracks, null without a key; null for a frame that was not read
 };
 
-// What one clip file becomes. A clip whose file could not be read is all zero and moves nothing.
+// What one clip file becomes. A clip whose file could not be read is all zero, but for unread_path, and moves
+// nothing.
 struct AnimationClip {
     char* name;        // path of the file; heap text
     float hold_time;   // the one time that is shown, HOLD_NONE for a clip that runs
@@ -41,6 +42,7 @@ struct AnimationClip {
     int32_t track_count;      // tracks that the file has columns for
     int32_t* tracks;          // their slots, rising, up to slot_count; null when there are none
     int32_t shares_keys;      // 1: the keys belong to another clip of the same tree, which was read from the same file
+    char* unread_path;        // path of a file that could not be read; heap text, null for a clip that has a name
 };
 
 struct ModelAnimation {
@@ -63,6 +65,9 @@ ModelAnimation* animation_create(const Model* model);
 int animation_release(ModelAnimation* animation);  // with its clips; null is accepted; always 1
 
 AnimationClip* animation_clip(ModelAnimation* animation);  // null for null
+
+// Path of the file that a clip was read from or could not be read from; null when its line names none.
+const char* animation_clip_file(const AnimationClip* clip);
 
 // Place of a slot among the clip's tracks, and so in the keys of its frames; -1 for a slot without a column.
 int32_t animation_track(const AnimationClip* clip, int32_t slot);

@@ -375,6 +375,13 @@ bool count_file(ClipRead* read, const std::string& path, const std::string& iden
     return complete != 0 && !tree->failed;
 }
 
+// Before the clip has a name: what was looked for stays known.
+float leave_unread(AnimationClip* clip, const std::string& path) {
+    str_free(clip->unread_path);
+    clip->unread_path = str_dup(path.c_str());
+    return 0.0f;
+}
+
 float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float start, float hold) {
     animation_set_error(nullptr);
     ClipRead read{
@@ -383,10 +390,10 @@ float read_clip(ClipTree* tree, AnimationClip* clip, const char* file, float sta
     const std::string identity = file_identity(path);
     const std::vector<std::string>& open = tree->open_files;
     if (std::find(open.begin(), open.end(), identity) != open.end()) {
-        return 0.0f;  // a clip inside itself
+        return leave_unread(clip, path);  // a clip inside itself
     }
     // As deep as the table of open files lets a tree be, whether its files are read or known.
-    if (open.size() >= FILE_TABLE_SIZE || !count_file(&read, path, identity)) { return 0.0f; }
+    if (open.size() >= FILE_TABLE_SIZE || !count_file(&read, path, identity)) { return leave_unread(clip, path); }
     prepare_clip(&read, path, hold);
     if (!fill_clip(&read, path, identity)) { return 0.0f; }
     if (read.end > clip->end_time) { clip->end_time = read.end; }

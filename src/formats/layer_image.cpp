@@ -5,6 +5,7 @@
 #include "formats/layer_image.h"
 
 #include <cstring>
+#include <string>
 
 #include "formats/texture_map.h"
 #include "foundation/text.h"
@@ -15,7 +16,6 @@ namespace pelt {
 
 namespace {
 
-constexpr size_t IMAGE_PATH_SIZE = 2048;
 constexpr size_t NAMES_TEXT_SIZE = 1024;
 constexpr size_t NAMES_MARGIN = 3;  // room that stays free behind a name
 constexpr int LISTED_SLOTS = 2;     // the reflection map is not listed
@@ -82,10 +82,9 @@ int model_add_image(Model* model, const char* layer, int slot, const char* name,
     Layer* target = model_find_layer(model, layer);
     LayerImage* image = target != nullptr ? record_with_empty_slot(target, slot) : nullptr;
     if (image == nullptr) { return 0; }
-    char path[IMAGE_PATH_SIZE];
-    model_file_path(model, name, path, sizeof path);
+    const std::string path = model_file_path(model, name);
     str_copy(name, image->names[slot]);
-    if (!load_slot(*target, *image, slot, path)) { return 0; }
+    if (!load_slot(*target, *image, slot, path.c_str())) { return 0; }
     if (slot != IMAGE_SLOT_BASE) { return 1; }
     target->image_axis_u = axis_u;
     target->image_axis_v = axis_v;

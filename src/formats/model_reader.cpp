@@ -72,6 +72,7 @@ struct TreeRead {
     std::vector<std::string> open_files;  // the model in hand and those above it, the root first
     int32_t model_count;
     ChildBudget* budget;
+    bool long_paths;
 };
 
 // A root costs what its file holds, and that is what was asked for; a child costs it again with every link.
@@ -88,7 +89,7 @@ Model* read_tree(TreeRead& tree, const char* path, Model* parent);
 bool read_children(TreeRead& tree, Model* model) {
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (link.model != nullptr) { continue; }
-        const std::string path = std::string(model->path) + link.name + MODEL_EXTENSION;
+        const std::string path = model_directory(model) + link.name + MODEL_EXTENSION;
         if (!file_exists(path.c_str())) {
             load_error_set_format("Cannot find child model: %s", path.c_str());
             return false;
@@ -108,8 +109,10 @@ bool fill_model(TreeRead& tree, Model* model, const char* path) {
 }
 
 // The model of one file with everything below it, or null with nothing left behind.
-Model* read_tree(TreeRead& tree, const char* path, Model* parent) {
-    if (!path_fits(path)) {
+Model* read_tree(TreeRead& tree, const char* given_path, Model* parent) {
+    const std::string own_path = tree.long_paths ? path_with_separators(given_path) : given_path;
+    const char* path = own_path.c_str();
+    if (!tree.long_paths && !path_fits(path)) {
         load_error_set_format(PATH_TOO_LONG, path);
         return nullptr;
     }
@@ -122,7 +125,9 @@ Model* read_tree(TreeRead& tree, const char* path, Model* parent) {
         load_error_set_format(reason, path);
         return nullptr;
     }
-    Model* model = model_create(path, parent);
+    Model* model = tree.long_paths ? model_create_long(path, parent) : model_create(path, parent);
+    model->opened_path = str_dup(path);
+    model->long_paths = tree.long_paths ? 1 : 0;
     tree.open_files.push_back(file);
     ++tree.model_count;
     const bool good = fill_model(tree, model, path);
@@ -138,7 +143,8 @@ Model* read_tree(TreeRead& tree, const char* path, Model* parent) {
 // A parent from outside brings its own tree along.
 void enter_tree(TreeRead& tree, const Model* parent) {
     for (const Model* model = parent; model != nullptr; model = model->parent) {
-        const std::string path = std::string(model->path) + model->name + MODEL_EXTENSION;
+        const std::string read = model_file(model);
+        const std::string path = !read.empty() ? read : model_directory(model) + model->name + MODEL_EXTENSION;
         tree.open_files.insert(tree.open_files.begin(), file_resolve(path.c_str()));
         if (model->parent == nullptr) {
             tree.model_count = model_count_children(model) + 1;
@@ -147,10 +153,10 @@ void enter_tree(TreeRead& tree, const Model* parent) {
     }
 }
 
-Model* read_model(const char* path, Model* parent, ChildBudget* budget) {
+Model* read_model(const char* path, Model* parent, ChildBudget* budget, bool long_paths) {
     load_error_set(nullptr);
     if (path == nullptr) { return nullptr; }
-    TreeRead tree{{}, 0, budget};
+    TreeRead tree{{}, 0, budget, long_paths};
     enter_tree(tree, parent);
     return read_tree(tree, path, parent);
 }
@@ -169,16 +175,14 @@ const char* model_tree_refusal(const std::vector<std::string>& open_files, int32
     return nullptr;
 }
 
-Model* model_load(const char* path, ChildBudget* budget) {
+Model* model_load(const char* path, ChildBudget* budget, bool long_paths) {
     ChildBudget own;
-    Model* model = read_model(path, nullptr, budget != nullptr ? budget : &own);
-    if (model != nullptr) { model->opened_path = str_dup(path); }
-    return model;
+    return read_model(path, nullptr, budget != nullptr ? budget : &own, long_paths);
 }
 
 Model* model_read(const char* path, Model* parent) {
     ChildBudget own;
-    return read_model(path, parent, &own);
+    return read_model(path, parent, &own, false);
 }
 
 int model_read_file(Model* model, const char* path) {

@@ -16,8 +16,9 @@ struct ChildBudget {
 };
 
 // A new root model with all its children, or null with the reason in the load-error record (where there is one).
-// Without a budget the model has one for itself.
-Model* model_load(const char* path, ChildBudget* budget = nullptr);
+// Without a budget the model has one for itself. With long paths its path and those of its children may have any length
+// that the system takes (otherwise path_fits bounds them), and a slash separates on every system.
+Model* model_load(const char* path, ChildBudget* budget = nullptr, bool long_paths = false);
 Model* model_read(const char* path, Model* parent);
 
 // Why a load takes no further file at its place of a tree of models, as a text with one "%s" for the path; null when it

@@ -69,16 +69,19 @@ void set_missing_clip(const SceneRow& row) {
     }
 }
 
-// What the rows of a scene share. Neither many rows nor many files make more of it.
-struct SceneBudget {
+// What the rows of a scene share. Neither many rows nor many files make more of the budgets.
+struct SceneRead {
+    const SceneListOptions& options;
     ChildBudget children;
     int64_t keys = 0;
 };
 
 // Loads the model and the clip of a row and appends them to the set. Leaves nothing behind when it fails.
-bool load_row(const SceneRow& row, AnimationSet* set, SceneBudget* budget) {
-    const std::string path = path_join(row.model_directory.c_str(), row.model_file.c_str());
-    Model* model = model_load(path.c_str(), &budget->children);
+bool load_row(const SceneRow& row, AnimationSet* set, SceneRead* read) {
+    const char* base = read->options.base;
+    const std::string directory = path_from(base, row.model_directory.c_str());
+    const std::string path = path_join(directory.c_str(), row.model_file.c_str());
+    Model* model = model_load(path.c_str(), &read->children, read->options.long_paths);
     if (model == nullptr) {
         if (load_error_get() != nullptr) { animation_reword_error(load_error_get()); }
         return false;
@@ -86,10 +89,11 @@ bool load_row(const SceneRow& row, AnimationSet* set, SceneBudget* budget) {
     ModelAnimation* animation = nullptr;
     if (row.clip_directory && row.clip_file) {
         animation = animation_create(model);
-        const float length = animation_read_clip(model, &animation->clip, row.clip_directory->c_str(),
-                                                 row.clip_file->c_str(), 0.0f, HOLD_NONE, &budget->keys);
+        const std::string clips = path_from(base, row.clip_directory->c_str());
+        const float length = animation_read_clip(model, &animation->clip, clips.c_str(), row.clip_file->c_str(), 0.0f,
+                                                 HOLD_NONE, &read->keys);
         if (length == 0.0f) {
-            if (budget->keys > ANIMATION_KEY_LIMIT) {
+            if (read->keys > ANIMATION_KEY_LIMIT) {
                 set_error_text("too many keys in the animation: " + *row.clip_file);
             } else {
                 set_missing_clip(row);  // replaces whatever the clip reader said; intended
@@ -152,10 +156,10 @@ bool link_rows(const SceneRows& rows, AnimationSet* set) {
     return true;
 }
 
-bool load_rows(const SceneRows& rows, AnimationSet* set) {
-    SceneBudget budget;
+bool load_rows(const SceneRows& rows, AnimationSet* set, const SceneListOptions& options) {
+    SceneRead read{.options = options, .children = {}};
     for (const SceneRow& row : rows) {
-        if (!load_row(row, set, &budget)) { return false; }
+        if (!load_row(row, set, &read)) { return false; }
     }
     return link_rows(rows, set);
 }
@@ -169,7 +173,7 @@ void release_rows(AnimationSet* set) {
 
 }  // namespace
 
-AnimationSet* animation_load(const char* path) {
+AnimationSet* animation_load(const char* path, const SceneListOptions& options) {
     animation_set_error(nullptr);
     if (file_exists(path) == 0) {
         set_error_text(std::string("file does not exist: ") + (path == nullptr ? "" : path));
@@ -179,7 +183,7 @@ AnimationSet* animation_load(const char* path) {
     SceneRows rows;
     if (reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, read_row, &rows) == 0) { return nullptr; }
     AnimationSet* set = static_cast<AnimationSet*>(std::calloc(1, sizeof(AnimationSet)));
-    if (load_rows(rows, set)) { return set; }
+    if (load_rows(rows, set, options)) { return set; }
     load_failure_in(path);
     release_rows(set);
     std::free(set);

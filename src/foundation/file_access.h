@@ -72,6 +72,16 @@ const char* path_directory(const char* path, PathRules rules = PATH_RULES);
 // Whether a model can keep this path: a longer one would be cut, and lead elsewhere. False for null.
 bool path_fits(const char* path, PathRules rules = PATH_RULES);
 
+// How much of a path, whatever its length, is its directory: up to and with the last separator.
+size_t path_directory_length(const char* path, PathRules rules = PATH_RULES);
+
+// The path with separators that count: each slash becomes a backslash where only that separates.
+std::string path_with_separators(const char* path, PathRules rules = PATH_RULES);
+
+// A path as it is found from a base directory: joined to it when it is relative and there is a base (null or empty for
+// none), else as it stands. A path that begins with a separator, or on Win32 with a drive, is not relative.
+std::string path_from(const char* base, const char* path, PathRules rules = PATH_RULES);
+
 // The path with the extension, given without its dot, in place of what stands behind the last dot that is followed by
 // three characters or more; without such a dot it is appended as it is. In a static text, cut to 511 bytes.
 const char* path_set_extension(const char* path, const char* extension);

@@ -6,6 +6,7 @@
 #include "foundation/file_find.h"
 
 #include <algorithm>
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,8 @@ namespace pelt {
 
 namespace {
 
-constexpr size_t COMPONENT_LIMIT = 64;  // deeper paths are found by their exact name only
-constexpr int LISTING_LIMIT = 256;      // directories that one search may list
+constexpr size_t COMPONENT_LIMIT = PATH_MAX / 2;  // no path of the system has more
+constexpr int LISTING_LIMIT = 256;                // directories that one search may list, beside one for each component
 
 mode_t format_of(const char* path) {
     struct stat status;
@@ -92,6 +93,7 @@ bool complete(Search& search, size_t component, std::string& found) {
 
 std::string find_ignoring_case(const char* path) {
     Search search{split_path(path), LISTING_LIMIT};
+    search.listings += static_cast<int>(std::min(search.components.size(), COMPONENT_LIMIT));
     std::string found = is_separator(*path) ? "/" : "";
     const bool names_file = !search.components.empty() && search.components.size() <= COMPONENT_LIMIT &&
                             !is_separator(path[std::char_traits<char>::length(path) - 1]);

@@ -19,9 +19,26 @@ namespace pelt {
 
 namespace {
 
-bool is_regular(const wchar_t* name) {
+constexpr wchar_t LONG_NAME[] = L"\\\\?\\";
+constexpr wchar_t DEVICE_NAME[] = L"\\\\.\\";
+
+bool is_regular(const std::wstring& name) {
+    if (name.starts_with(LONG_NAME)) {
+        // Such a name is that of no device; and the other function refuses the question mark in it.
+        const DWORD attributes = GetFileAttributesW(name.c_str());
+        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+    }
     struct _stat64 status;
-    return _wstat64(name, &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
+    return _wstat64(name.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
+}
+
+// Absolute, with backslashes alone; empty when the system cannot tell.
+std::wstring full_name(const std::wstring& name) {
+    const DWORD needed = GetFullPathNameW(name.c_str(), 0, nullptr, nullptr);
+    std::wstring full(needed, L'\0');
+    const DWORD length = needed != 0 ? GetFullPathNameW(name.c_str(), needed, full.data(), nullptr) : 0;
+    full.resize(length < needed ? length : 0);
+    return full;
 }
 
 bool widen(UINT code_page, DWORD flags, const char* text, std::wstring* wide) {
@@ -54,14 +71,22 @@ std::wstring file_system_name(const char* path) {
     return name;
 }
 
-std::string file_resolve(const char* path) {
+std::wstring file_system_path(const char* path) {
     const std::wstring name = file_system_name(path);
-    return !name.empty() && is_regular(name.c_str()) ? std::string(path) : std::string();
+    if (name.empty() || name.starts_with(LONG_NAME) || name.starts_with(DEVICE_NAME)) { return name; }
+    const std::wstring full = full_name(name);
+    if (full.size() < MAX_PATH) { return name; }
+    return full.starts_with(L"\\\\") ? std::wstring(LONG_NAME) + L"UNC" + full.substr(1) : LONG_NAME + full;
+}
+
+std::string file_resolve(const char* path) {
+    const std::wstring name = file_system_path(path);
+    return !name.empty() && is_regular(name) ? std::string(path) : std::string();
 }
 
 std::FILE* file_stream_read(const char* path) {
-    const std::wstring name = file_system_name(path);
-    return !name.empty() && is_regular(name.c_str()) ? usable(_wfopen(name.c_str(), L"rbN"), false) : nullptr;
+    const std::wstring name = file_system_path(path);
+    return !name.empty() && is_regular(name) ? usable(_wfopen(name.c_str(), L"rbN"), false) : nullptr;
 }
 
 bool file_stream_identity(std::FILE* stream, FileIdentity* identity) {
@@ -86,7 +111,7 @@ bool file_stream_identity(std::FILE* stream, FileIdentity* identity) {
 }
 
 std::FILE* file_stream_write(const char* path) {
-    const std::wstring name = file_system_name(path);
+    const std::wstring name = file_system_path(path);
     return name.empty() ? nullptr : usable(_wfopen(name.c_str(), L"wbN"), true);
 }
 

@@ -303,7 +303,7 @@ FileReplacement write_over_disk_file(HANDLE file, const std::wstring& name, Cont
 
 FileReplacement file_replace(const char* path, const void* data, size_t size) {
     const Content content{static_cast<const char*>(data), size};
-    const std::wstring name = file_system_name(path);
+    const std::wstring name = file_system_path(path);
     if (name.empty()) { return {false, ENOENT, {}}; }
     const HANDLE file = open_old(name);
     if (file == INVALID_HANDLE_VALUE) {

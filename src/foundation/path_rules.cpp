@@ -5,6 +5,7 @@
 // whether its directory is, and what separates, are the rules handed in.
 #include "foundation/file_access.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "foundation/text.h"
@@ -66,6 +67,23 @@ const char* path_directory(const char* path, PathRules rules) {
 bool path_fits(const char* path, PathRules rules) {
     const size_t length = path != nullptr ? std::strlen(path) : PATH_BUFFER_SIZE;
     return length < PATH_BUFFER_SIZE && directory_length(path, length, rules) < DIRECTORY_BUFFER_SIZE;
+}
+
+size_t path_directory_length(const char* path, PathRules rules) {
+    return path != nullptr ? directory_length(path, std::strlen(path), rules) : 0;
+}
+
+std::string path_with_separators(const char* path, PathRules rules) {
+    std::string text = path != nullptr ? path : "";
+    if (!rules.slash_separates) { std::replace(text.begin(), text.end(), '/', '\\'); }
+    return text;
+}
+
+std::string path_from(const char* base, const char* path, PathRules rules) {
+    const std::string text = path != nullptr ? path : "";
+    const bool has_drive = !rules.slash_separates && text.size() > 1 && text[1] == ':';
+    const bool is_absolute = has_drive || (!text.empty() && (text[0] == '/' || text[0] == '\\'));
+    return is_absolute || base == nullptr || *base == '\0' ? text : path_join(base, text.c_str());
 }
 
 const char* path_set_extension(const char* path, const char* extension) {

@@ -6,7 +6,6 @@
 #include <unordered_set>
 
 #include "formats/animation.h"
-#include "foundation/text.h"
 #include "motion/transform_state.h"
 #include "scene/ids.h"
 
@@ -98,8 +97,7 @@ void session_release_roots(Session* session) {
     }
     list_free(&going);
     session->anim_end = 0.0f;
-    str_free(session->animation_path);
-    session->animation_path = nullptr;
+    session_set_animation_path(session, nullptr, nullptr);
 }
 
 int session_close_all(Session* session) {

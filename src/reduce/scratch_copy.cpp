@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "foundation/text.h"
 #include "scene/model.h"
 
 namespace pelt {
@@ -64,6 +65,7 @@ Model* model_scratch_copy(const Model* source) {
     Model* copy = model_create("", nullptr);
     std::memcpy(copy->path, source->path, sizeof copy->path);
     std::memcpy(copy->name, source->name, sizeof copy->name);
+    copy->long_directory = str_dup(source->long_directory);
     copy->has_gouraud = source->has_gouraud;
     copy->has_normals = source->has_normals;
     copy->bounds_min = source->bounds_min;

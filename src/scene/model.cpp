@@ -58,6 +58,19 @@ Model* model_create(const char* path, Model* parent) {
     return model;
 }
 
+Model* model_create_long(const char* path, Model* parent) {
+    if (path == nullptr || path_fits(path)) { return model_create(path, parent); }
+    const std::string directory(path, path_directory_length(path));
+    const char* file = path + directory.size();
+    Model* model = model_create(file, parent);
+    model->long_directory = str_dup(directory.c_str());
+    if (model->name[0] == '\0') {
+        str_copy(file, model->name);  // too short, or too long, for a base name
+        str_lower(model->name);
+    }
+    return model;
+}
+
 int model_release(Model* model) {
     if (model == nullptr) { return 0; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
@@ -71,6 +84,7 @@ int model_release(Model* model) {
     list_free(&model->blends);
     list_free(&model->points);
     str_free(model->opened_path);
+    str_free(model->long_directory);
     std::free(model);
     return 1;
 }
@@ -81,7 +95,11 @@ int model_rename(Model* model, const char* path) {
     if (name != nullptr) { str_copy(name, model->name); }
     const char* directory = path_directory(path);
     const bool moved = directory != nullptr && directory[0] != '\0';
-    if (moved) { str_copy(directory, model->path); }
+    if (moved) {
+        str_copy(directory, model->path);
+        str_free(model->long_directory);
+        model->long_directory = nullptr;
+    }
     if (name != nullptr || moved) {
         str_free(model->opened_path);
         model->opened_path = nullptr;
@@ -151,9 +169,17 @@ int32_t model_count_lines(const Model* model, const char* layer) {
     return total;
 }
 
-void model_file_path(const Model* model, const char* file, char* buffer, size_t size) {
-    if (buffer == nullptr || size == 0) { return; }
-    std::snprintf(buffer, size, "%s%s", model != nullptr ? model->path : "", file != nullptr ? file : "");
+std::string model_directory(const Model* model) {
+    if (model == nullptr) { return {}; }
+    return model->long_directory != nullptr ? model->long_directory : model->path;
+}
+
+std::string model_file(const Model* model) {
+    return model != nullptr && model->opened_path != nullptr ? model->opened_path : std::string();
+}
+
+std::string model_file_path(const Model* model, const char* file) {
+    return model_directory(model) + (file != nullptr ? file : "");
 }
 
 }  // namespace pelt

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "foundation/keyed_list.h"
 #include "foundation/math3d.h"
@@ -36,14 +37,19 @@ struct Model {
     KeyedList children;  // ChildLink, KEY_INT
     Vec3 bounds_min;
     Vec3 bounds_max;
-    int32_t state_index;  // slot in Session::model_states, -1 for none
-    uint64_t serial;      // of the process, never the same for two models: tells one from another at the same address
-    int64_t changes;      // what was done to the content since it was read, counted; what a read does is none
-    char* opened_path;    // heap text: the file it was read from, as given; null when unknown or renamed since
+    int32_t state_index;   // slot in Session::model_states, -1 for none
+    uint64_t serial;       // of the process, never the same for two models: tells one from another at the same address
+    int64_t changes;       // what was done to the content since it was read, counted; what a read does is none
+    char* opened_path;     // heap text: the file it was read from, as given; null when it was made, or renamed since
+    char* long_directory;  // heap text: the directory where path has no room for it, and is empty; else null
+    int32_t long_paths;    // 1: read as a model whose paths may be of any length, and to be read again as one
 };
 
 Model* model_create(const char* path, Model* parent);  // null for a null path; the file need not exist
-int model_release(Model* model);                       // with all children it owns; 0 for null
+// The same for a path of any length. Where the records cannot keep it (path_fits), path is empty, so that it leads
+// nowhere else, long_directory holds what belongs there, and name is made of the file's name alone, cut to its field.
+Model* model_create_long(const char* path, Model* parent);
+int model_release(Model* model);  // with all children it owns; 0 for null
 // Takes name and directory of the path, each where it has one: a text that is too short for a name keeps the old name.
 int model_rename(Model* model, const char* path);
 const char* model_name(const Model* model);
@@ -60,7 +66,12 @@ int32_t model_count_children(const Model* model);  // all descendants
 int32_t model_count_triangles(const Model* model, const char* layer);
 int32_t model_count_lines(const Model* model, const char* layer);
 
-// Directory of the model and a file name, joined in the buffer and cut to its size.
-void model_file_path(const Model* model, const char* file, char* buffer, size_t size);
+// Directory of the model with its trailing separator, whatever its length; empty for none. It, and never path alone,
+// leads to what lies beside the model.
+std::string model_directory(const Model* model);
+// Path of the model's own file as it was read; empty for a model that was made, or renamed since.
+std::string model_file(const Model* model);
+// Path of a file beside the model.
+std::string model_file_path(const Model* model, const char* file);
 
 }  // namespace pelt

@@ -108,6 +108,16 @@ const char* session_last_message(const Session* session) {
     return session != nullptr ? session->last_message : nullptr;
 }
 
+void session_set_animation_path(Session* session, const char* path, const char* base) {
+    if (session == nullptr) { return; }
+    char* new_path = str_dup(path);  // first, because a text may be the one that is kept
+    char* new_base = str_dup(base);
+    str_free(session->animation_path);
+    str_free(session->animation_base);
+    session->animation_path = new_path;
+    session->animation_base = new_base;
+}
+
 void session_restore_display(Session* session) {
     if (session == nullptr) { return; }
     for (const DisplayDefault& each : DISPLAY_DEFAULTS) { session->*each.flag = each.value; }

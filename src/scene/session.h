@@ -39,6 +39,7 @@ struct Session {
     KeyedList child_states;     // ChildState, KEY_INT
     KeyedList root_models;      // RootModel, KEY_INT
     char* animation_path;       // heap text or null
+    char* animation_base;       // heap text: where that list's rows begin and may have long paths; null without a base
     float anim_time;            // seconds
     float anim_step;
     int32_t anim_rate;
@@ -98,6 +99,9 @@ void session_say(Session* session, const char* text);
 // Message callback first, status callback second, both with the bare text, which is copied before they run.
 void session_message(Session* session, const char* text);
 const char* session_last_message(const Session* session);
+
+// Keeps copies of both, in place of what was kept; null for none. A scene list without a base has none.
+void session_set_animation_path(Session* session, const char* path, const char* base);
 
 void session_restore_display(Session* session);  // all display flags to their defaults
 void session_clear_bounds(Session* session);     // radius 10, centre 0

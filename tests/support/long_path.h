@@ -7,6 +7,9 @@
 
 namespace pelt::test {
 
+// A length that no record and no buffer of this library holds, and the system does.
+inline constexpr size_t LONG_DIRECTORY = 3000;
+
 // Makes a directory below this one whose whole path, with a separator at its end, has so many bytes. The result is its
 // name from this one on, with the separator.
 inline std::string directory_of_length(const TempDir& dir, size_t length) {

@@ -19,6 +19,7 @@
 #include "foundation/file_access.h"
 #include "motion/animation_sample.h"
 #include "scene/model.h"
+#include "support/long_path.h"
 #include "support/temp_dir.h"
 
 #ifdef __GLIBC__
@@ -454,6 +455,9 @@ TEST_F(Clip, MissingSubclipIsPassedOver) {
     dir.write("sub", THREE_SECONDS);
     EXPECT_EQ(read("names translate\n0.0 1 1 1\n2.0 2 2 2\n0.0 nowhere\n0.0 sub\n"), 3.0f);
     EXPECT_EQ(clip->subclips[0].name, nullptr);
+    EXPECT_EQ(std::string(animation_clip_file(&clip->subclips[0])), dir.file("nowhere")) << "for whoever looks for it";
+    EXPECT_EQ(std::string(animation_clip_file(&clip->subclips[1])), dir.file("sub"));
+    EXPECT_EQ(clip->subclips[1].unread_path, nullptr);
     EXPECT_EQ(clip->subclips[1].end_time, 3.0f);
     Mat4 out{};
     EXPECT_EQ(animation_sample(2.0f, clip, TRANSLATE, &out), 1);
@@ -464,6 +468,21 @@ TEST_F(Clip, SubclipLineOfOneTokenHasNoFileAndIsPassedOver) {
     EXPECT_EQ(read("names translate\n1.0\n2.0 2 2 2\n"), 2.0f);
     EXPECT_EQ(clip->subclip_count, 1);
     EXPECT_EQ(clip->subclips[0].name, nullptr);
+    EXPECT_EQ(animation_clip_file(&clip->subclips[0]), nullptr);
+    EXPECT_EQ(animation_clip_file(nullptr), nullptr);
+}
+
+TEST_F(Clip, AClipThatCannotBeReadKeepsItsPathAndNothingElse) {
+    EXPECT_EQ(read_file("nowhere"), 0.0f);
+    EXPECT_EQ(std::string(clip->unread_path), dir.file("nowhere"));
+    EXPECT_EQ(clip->name, nullptr);
+    dir.write("bad", "names elbow\n5.0 1 1 1\n");
+    EXPECT_EQ(read("1.0 1 1 1\n0.0 bad\n0.0 bad\n0.0 main\n"), 1.0f);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(std::string(animation_clip_file(&clip->subclips[i])), dir.file("bad"));
+        EXPECT_EQ(clip->subclips[i].frame_count, 0);
+    }
+    EXPECT_EQ(std::string(animation_clip_file(&clip->subclips[2])), dir.file("main")) << "it is inside itself";
 }
 
 #if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__)
@@ -929,6 +948,41 @@ TEST_F(SceneList, QuotedTokensMayHoldBlanks) {
     const std::string directory = dir.file("my models");
     ASSERT_NE(load("\"" + directory + "\" body.mod " + clips + " walk world\n"), nullptr) << error();
     EXPECT_EQ(set->count, 1);
+}
+
+TEST_F(SceneList, RelativeDirectoriesOfRowsBeginAtTheBase) {
+    const std::string deep = test::directory_of_length(dir, test::LONG_DIRECTORY);
+    dir.write(deep + "models/body.mod", "joint hand 0 0 0 world 0\nchild lamp 0 0 0 1 1 1 0 0 0\n");
+    dir.write(deep + "models/lamp.mod", "");
+    dir.write(deep + "clips/main", "names hand child0\n0.0 0 0 0 0 0 0\n0.0 sub\n0.0 nowhere\n");
+    dir.write(deep + "clips/sub", "4.0 1 1 1\n");
+    dir.write(deep + "own", "3.0 1 1 1\n");
+    const std::string list = "models body.mod clips main world\nmodels lamp.mod . own body.mod hand\n";
+    const std::string base = dir.file(deep);
+    const std::string file = dir.write(deep + "scene", list);
+    set = animation_load(file.c_str(), {base.c_str(), true});
+    ASSERT_NE(set, nullptr) << error();
+    EXPECT_EQ(set->duration, 4.0f);
+    const AnimationClip* clip = &set->animations[0]->clip;
+    EXPECT_EQ(model_directory(set->models[0]), dir.file(deep + "models") + PATH_SEPARATOR);
+    EXPECT_EQ(model_count_children(set->models[0]), 1);
+    EXPECT_EQ(std::string(clip->name), dir.file(deep + "clips/main"));
+    EXPECT_EQ(std::string(clip->subclips[0].name), dir.file(deep + "clips/sub"));
+    EXPECT_EQ(std::string(animation_clip_file(&clip->subclips[1])), dir.file(deep + "clips/nowhere"));
+    EXPECT_EQ(std::string(set->animations[1]->clip.name), base + "." + PATH_SEPARATOR + "own");
+    EXPECT_EQ(set->animations[1]->parent_model, set->models[0]) << "parents are named as the rows name them";
+    release();
+    EXPECT_EQ(animation_load(file.c_str(), {base.c_str(), false}), nullptr);
+    EXPECT_EQ(error().substr(0, 15), "path too long: ");
+    EXPECT_EQ(animation_load(file.c_str()), nullptr);
+    EXPECT_EQ(error(), "could not find: " + test::native_path("models/body.mod"));
+}
+
+TEST_F(SceneList, AbsoluteDirectoriesOfRowsStandAsTheyAreWhateverTheBase) {
+    dir.write("scene", row("body.mod", "walk", "world"));
+    set = animation_load(dir.file("scene").c_str(), {"no such base", true});
+    ASSERT_NE(set, nullptr) << error();
+    EXPECT_EQ(std::string(set->animations[0]->clip.name), dir.file("clips/walk"));
 }
 
 TEST_F(SceneList, LengthOfTheSceneIsThatOfItsLongestClip) {

@@ -1,6 +1,7 @@
 // Files and paths: the table of five, lines, what may be opened, how names are found and cut.
 #include "foundation/file_access.h"
 
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/long_path.h"
 #include "support/temp_dir.h"
 
 #ifndef _WIN32
@@ -435,6 +437,30 @@ TEST(FileResolve, RelativeNamesStayRelative) {
     std::filesystem::current_path(before);
 }
 
+TEST(FileResolve, APathAsLongAsTheSystemAllowsIsFoundIgnoringCase) {
+    TempDir dir;
+    const std::string deep = test::directory_of_length(dir, PATH_MAX - 20);
+    const std::string real = dir.write(deep + "Ship.mod", "");
+    EXPECT_EQ(file_exists(real.c_str()), 1);
+    std::string other = dir.path() + "\\" + deep + "ship.MOD";
+    for (size_t i = dir.path().size(); i < other.size(); ++i) { other[i] = other[i] == 'd' ? 'D' : other[i]; }
+    EXPECT_EQ(file_resolve(other.c_str()), real);
+}
+
+TEST(FileResolve, ManyDirectoriesOnTheWayAreNoHindrance) {
+    constexpr size_t LEVELS = 600;
+    TempDir dir;
+    std::string real;
+    std::string other;
+    for (size_t i = 0; i < LEVELS; ++i) {
+        real += "d/";
+        other += "D\\";
+    }
+    dir.write(real + "Ship.mod", "");
+    EXPECT_EQ(file_resolve((dir.path() + "/" + other + "SHIP.mod").c_str()), dir.file(real + "Ship.mod"));
+    EXPECT_EQ(file_resolve((dir.path() + "/" + other + "none.mod").c_str()), "");
+}
+
 TEST(FileResolve, NothingAndEndlessPathsAreEmpty) {
     EXPECT_EQ(file_resolve(nullptr), "");
     EXPECT_EQ(file_resolve(""), "");
@@ -493,6 +519,37 @@ TEST(PathBaseName, ForwardSlashesSeparateOnPosix) {
     EXPECT_EQ(text(path_directory("/home/Me/Ship.mod", PATH_RULES_POSIX)), "/home/Me/");
     EXPECT_EQ(text(path_base_name("/home\\Me/Sub\\Ship.mod", PATH_RULES_POSIX)), "ship");
     EXPECT_EQ(text(path_directory("/home\\Me/Sub\\Ship.mod", PATH_RULES_POSIX)), "/home\\Me/Sub\\");
+}
+
+TEST(PathRules, AnyPathHasADirectoryHoweverLong) {
+    const std::string directory = std::string(5000, 'd') + "\\";
+    EXPECT_EQ(path_directory_length((directory + "a.mod").c_str()), directory.size());
+    EXPECT_EQ(path_directory_length("c:/m/ship.mod", PATH_RULES_POSIX), 5U);
+    EXPECT_EQ(path_directory_length("c:/m/ship.mod", PATH_RULES_WIN32), 0U);
+    EXPECT_EQ(path_directory_length("ship.mod"), 0U);
+    EXPECT_EQ(path_directory_length(nullptr), 0U);
+}
+
+TEST(PathRules, SeparatorsBecomeThoseThatCount) {
+    EXPECT_EQ(path_with_separators("c:/m\\ship.mod", PATH_RULES_WIN32), "c:\\m\\ship.mod");
+    EXPECT_EQ(path_with_separators("c:/m\\ship.mod", PATH_RULES_POSIX), "c:/m\\ship.mod");
+    EXPECT_EQ(path_with_separators(nullptr), "");
+}
+
+TEST(PathRules, OnlyARelativePathIsTakenFromTheBase) {
+    const std::string joined = std::string("base") + PATH_SEPARATOR;
+    for (PathRules rules : {PATH_RULES_POSIX, PATH_RULES_WIN32}) {
+        EXPECT_EQ(path_from("base", "models", rules), joined + "models");
+        EXPECT_EQ(path_from("base", ".", rules), joined + ".");
+        EXPECT_EQ(path_from("base", "", rules), joined);
+        EXPECT_EQ(path_from("base", nullptr, rules), joined);
+        EXPECT_EQ(path_from("base", "/models", rules), "/models");
+        EXPECT_EQ(path_from("base", "\\models", rules), "\\models");
+        EXPECT_EQ(path_from(nullptr, "models", rules), "models");
+        EXPECT_EQ(path_from("", "models", rules), "models");
+    }
+    EXPECT_EQ(path_from("base", "C:\\models", PATH_RULES_WIN32), "C:\\models");
+    EXPECT_EQ(path_from("base", "C:models", PATH_RULES_POSIX), joined + "C:models");
 }
 
 TEST(PathRules, APathFitsAModelWithoutBeingCut) {

@@ -35,8 +35,11 @@ TEST_F(ModelReader, AnEmptyFileIsAModelWithoutPoints) {
 TEST_F(ModelReader, TheRootRemembersTheFileItWasReadFrom) {
     const ModelPtr model = load_good("");
     EXPECT_EQ(model->opened_path, path);
+    EXPECT_EQ(model_file(model.get()), path);
     const ModelPtr read(model_read(path.c_str(), nullptr));
-    EXPECT_EQ(read->opened_path, nullptr);
+    EXPECT_EQ(read->opened_path, path);
+    EXPECT_EQ(model->long_directory, nullptr);
+    EXPECT_EQ(model->long_paths, 0);
 }
 
 TEST_F(ModelReader, AMissingFileIsReportedWithoutAPlace) {
@@ -233,7 +236,7 @@ TEST_F(ModelChildren, AChildIsLoadedFromTheDirectoryOfItsParent) {
     EXPECT_EQ(wing.borrowed, 0);
     EXPECT_STREQ(wing.model->name, "wing");
     EXPECT_EQ(wing.model->parent, model.get());
-    EXPECT_EQ(wing.model->opened_path, nullptr);
+    EXPECT_EQ(model_file(wing.model), dir.file("wing.mod"));
     EXPECT_EQ(model_count_points(wing.model), 1);
 }
 
@@ -314,6 +317,132 @@ TEST_F(ModelChildren, AChildThatNamesAnAncestorFails) {
 TEST_F(ModelChildren, AnotherCaseOfTheOwnNameIsTheSameFile) {
     EXPECT_EQ(load(child("SHIP")), nullptr);
     EXPECT_EQ(error(), "child model names itself or a model above it: " + dir.file("SHIP.mod"));
+}
+#endif
+
+// ---- long paths ----
+
+class LongPaths : public ModelChildren {
+protected:
+    ModelPtr load_long(const std::string& file) {
+        path = file;
+        load_error_set("stale");
+        return ModelPtr(model_load(path.c_str(), nullptr, true));
+    }
+    const std::string deep = test::directory_of_length(dir, test::LONG_DIRECTORY);
+    const std::string deep_path = dir.path() + PATH_SEPARATOR + test::native_path(deep);
+};
+
+TEST_F(LongPaths, AModelIsReadWithItsChildrenAndTheImagesBesideThem) {
+    dir.write(deep + "skin.tga", test::solid_tga(2, 2, 1, 2, 3));
+    dir.write(deep + "parts/flap.tga", test::solid_tga(1, 1, 4, 5, 6));
+    dir.write(deep + "parts/wing.mod", child("flap"));
+    dir.write(deep + "parts/flap.mod", TRIANGLE + "image flap.tga x y\n");
+    const std::string file =
+        dir.write(deep + "Ship.mod", TRIANGLE + "image skin.tga x y\n" + child(test::native_path("parts/wing")));
+    const ModelPtr model = load_long(file);
+    ASSERT_NE(model, nullptr) << error();
+    EXPECT_EQ(model_count_children(model.get()), 2);
+    EXPECT_STREQ(model->name, "ship");
+    EXPECT_STREQ(model->path, "") << "a part of it would lead elsewhere";
+    EXPECT_EQ(model_directory(model.get()), deep_path);
+    EXPECT_EQ(model_file(model.get()), file);
+    EXPECT_EQ(layer_first_image(&layer(model))->pixels[0][0], 1);
+    const Model* wing = link(model).model;
+    EXPECT_EQ(wing->long_paths, 1);
+    EXPECT_EQ(model_file(wing), dir.file(deep + "parts/wing.mod"));
+    const Model* flap = list_at<const ChildLink>(&wing->children, 0, 0)->model;
+    EXPECT_EQ(model_directory(flap), deep_path + test::native_path("parts/"));
+    EXPECT_EQ(layer_first_image(model_find_layer(const_cast<Model*>(flap), "a"))->width[0], 1);
+}
+
+TEST_F(LongPaths, TheSameFileIsRefusedWhereModelsKeepTheirPaths) {
+    const std::string file = dir.write(deep + "ship.mod", TRIANGLE);
+    EXPECT_EQ(model_load(file.c_str()), nullptr);
+    EXPECT_EQ(error().substr(0, 80), ("path too long: " + file).substr(0, 80));
+    EXPECT_EQ(model_read(file.c_str(), nullptr), nullptr);
+    EXPECT_EQ(error().substr(0, 15), "path too long: ");
+}
+
+TEST_F(LongPaths, AChildMayLieDeeperThanItsParentCanSay) {
+    dir.write(deep + "wing.mod", "points\n1 0 0 0\n");
+    const std::string upper = test::directory_of_length(dir, 200);
+    const std::string room = std::string(60, 'r') + "/" + std::string(50, 's');
+    dir.write(upper + room + "/wing.mod", "points\n1 0 0 0\n");
+    const ModelPtr model = load_long(dir.write(upper + "ship.mod", child(test::native_path(room + "/wing"))));
+    ASSERT_NE(model, nullptr) << error();
+    EXPECT_EQ(model->long_directory, nullptr);
+    EXPECT_STREQ(link(model).model->path, "");
+    EXPECT_STREQ(link(model).model->name, "wing");
+    EXPECT_EQ(model_directory(link(model).model), dir.path() + PATH_SEPARATOR + test::native_path(upper + room + "/"));
+}
+
+TEST_F(LongPaths, AModelWhosePathFitsIsKeptAsEver) {
+    dir.write("wing.mod", "");
+    const ModelPtr kept = load_good(child("wing"));
+    const ModelPtr model = load_long(path);
+    ASSERT_NE(model, nullptr) << error();
+    EXPECT_STREQ(model->path, kept->path);
+    EXPECT_STREQ(model->name, kept->name);
+    EXPECT_EQ(model->long_directory, nullptr);
+    EXPECT_EQ(model_directory(model.get()), kept->path);
+}
+
+TEST_F(LongPaths, ASlashSeparatesOnEverySystem) {
+    dir.write("parts/wing.mod", "");
+    dir.write("ship.mod", child("parts/wing"));
+    std::string slashed = dir.file("ship.mod");
+    for (char& c : slashed) { c = c == '\\' ? '/' : c; }
+    const ModelPtr model = load_long(slashed);
+    ASSERT_NE(model, nullptr) << error();
+    EXPECT_STREQ(model->name, "ship");
+    EXPECT_EQ(model_directory(model.get()), test::native_path(dir.path() + "/"));
+    EXPECT_EQ(model_directory(link(model).model), test::native_path(dir.path() + "/parts/"));
+}
+
+TEST_F(LongPaths, WhatIsMissingIsNamed) {
+    const std::string missing = dir.file(deep + "none.mod");
+    EXPECT_EQ(load_long(missing), nullptr);
+    EXPECT_EQ(error().substr(0, 100), ("could not find: " + missing).substr(0, 100));
+    EXPECT_EQ(load_long(dir.write(deep + "ship.mod", child("none"))), nullptr);
+    EXPECT_EQ(error().substr(0, 100), ("Cannot find child model: " + missing).substr(0, 100));
+    EXPECT_EQ(load_long(dir.write(deep + "ship.mod", TRIANGLE + "image none.tga x y\n")), nullptr);
+    EXPECT_EQ(error().find("(none)"), std::string::npos) << "there is a text";
+}
+
+TEST_F(LongPaths, MoreThanTheSystemTakesIsNotFound) {
+    std::string endless = dir.path();
+    while (endless.size() < 40000) { endless += PATH_SEPARATOR + std::string(100, 'e'); }
+    EXPECT_EQ(load_long(endless + PATH_SEPARATOR + "ship.mod"), nullptr);
+    EXPECT_EQ(error().substr(0, 80), ("could not find: " + endless).substr(0, 80));
+    EXPECT_EQ(load_long(dir.file(std::string(600, 'n') + ".mod")), nullptr);
+    EXPECT_EQ(error().substr(0, 16), "could not find: ");
+}
+
+TEST_F(LongPaths, AModelThatNamesItselfIsStillFound) {
+    EXPECT_EQ(load_long(dir.write(deep + "ship.mod", child("ship"))), nullptr);
+    EXPECT_EQ(error().substr(0, 43), "child model names itself or a model above i");
+}
+
+TEST_F(LongPaths, AReadBelowSuchAModelKnowsTheTreeAbove) {
+    dir.write("near.mod", "");
+    const ModelPtr parent = load_long(dir.write(deep + "ship.mod", ""));
+    ASSERT_NE(parent, nullptr) << error();
+    const ModelPtr below(model_read(dir.file("near.mod").c_str(), parent.get()));
+    ASSERT_NE(below, nullptr) << error();
+    EXPECT_EQ(model_read(below->opened_path, below.get()), nullptr);
+    EXPECT_EQ(error(), "child model names itself or a model above it: " + dir.file("near.mod"));
+}
+
+#ifndef _WIN32
+TEST_F(LongPaths, CaseAndBackslashesAreNothingToThemEither) {
+    dir.write(deep + "Parts/WING.MOD", "points\n1 0 0 0\n");
+    dir.write(deep + "SHIP.mod", child("parts\\wing"));
+    std::string file = dir.file(deep + "ship.mod");
+    for (size_t i = dir.path().size(); i < file.size(); ++i) { file[i] = file[i] == 'd' ? 'D' : file[i]; }
+    const ModelPtr model = load_long(file);
+    ASSERT_NE(model, nullptr) << error();
+    EXPECT_EQ(model_count_children(model.get()), 1);
 }
 #endif
 

@@ -15,6 +15,7 @@ namespace {
 
 struct OwnedModel {
     explicit OwnedModel(const char* path = "made.mod") : model(model_create(path, nullptr)) {}
+    explicit OwnedModel(Model* made) : model(made) {}
     ~OwnedModel() { model_release(model); }
     OwnedModel(const OwnedModel&) = delete;
     OwnedModel& operator=(const OwnedModel&) = delete;
@@ -72,6 +73,53 @@ TEST(Model, DirectoryLongerThanItsFieldIsCutWithinBounds) {
     OwnedModel model(test::native_path(std::string(300, 'd') + "/name.mod").c_str());
     EXPECT_EQ(std::string(model->path).size(), 255u);
     EXPECT_STREQ(model->name, "name");
+}
+
+TEST(Model, ALongPathIsKeptBesideTheRecordWhichLeadsNowhereElse) {
+    const std::string directory = test::native_path(std::string(2000, 'd') + "/" + std::string(1000, 'E') + "/");
+    OwnedModel model(model_create_long((directory + "Tree.mod").c_str(), nullptr));
+    EXPECT_STREQ(model->path, "");
+    EXPECT_STREQ(model->name, "tree");
+    EXPECT_EQ(model_directory(model.model), directory);
+    EXPECT_EQ(model_file_path(model.model, "skin.tga"), directory + "skin.tga");
+    EXPECT_EQ(model_file(model.model), "") << "it was not read";
+}
+
+TEST(Model, ANameOfAnyLengthBehindALongPathIsCutToItsField) {
+    const std::string directory = test::native_path(std::string(300, 'd') + "/");
+    for (const char* shortest : {"X", "A.mo", "Ship"}) {
+        std::string lower = shortest;
+        str_lower(lower.data());
+        OwnedModel model(model_create_long((directory + shortest).c_str(), nullptr));
+        EXPECT_EQ(lower, model->name);
+    }
+    OwnedModel longest(model_create_long((directory + std::string(600, 'N') + ".mod").c_str(), nullptr));
+    EXPECT_EQ(std::string(127, 'n'), longest->name);
+    EXPECT_EQ(model_directory(longest.model), directory);
+}
+
+TEST(Model, APathThatFitsIsKeptTheOneWay) {
+    for (const std::string& path : {test::native_path("some/dir/Tree.mod"), std::string("Tree99"), std::string()}) {
+        OwnedModel kept(path.c_str());
+        OwnedModel model(model_create_long(path.c_str(), nullptr));
+        EXPECT_STREQ(model->path, kept->path);
+        EXPECT_STREQ(model->name, kept->name);
+        EXPECT_EQ(model->long_directory, nullptr);
+        EXPECT_EQ(model_directory(model.model), kept->path);
+    }
+    EXPECT_EQ(model_create_long(nullptr, nullptr), nullptr);
+}
+
+TEST(Model, RenameWithoutADirectoryStaysInALongOneAndRenameWithOneLeavesIt) {
+    const std::string directory = test::native_path(std::string(300, 'd') + "/");
+    OwnedModel model(model_create_long((directory + "tree.mod").c_str(), nullptr));
+    model->opened_path = str_dup((directory + "tree.mod").c_str());
+    EXPECT_EQ(model_rename(model.model, "Other.mod"), 1);
+    EXPECT_EQ(model_directory(model.model), directory);
+    EXPECT_EQ(model_file(model.model), "");
+    EXPECT_EQ(model_rename(model.model, test::native_path("there/").c_str()), 1);
+    EXPECT_EQ(model->long_directory, nullptr);
+    EXPECT_EQ(model_directory(model.model), test::native_path("there/"));
 }
 
 TEST(Model, RenameChangesTheNameAndKeepsTheDirectoryWhenNoneIsGiven) {
@@ -136,6 +184,8 @@ TEST(Model, NullModelIsASilentFailureEverywhere) {
     EXPECT_EQ(model_rename(nullptr, "a.mod"), 0);
     EXPECT_EQ(model_name(nullptr), nullptr);
     EXPECT_EQ(model_full_path(nullptr), nullptr);
+    EXPECT_EQ(model_directory(nullptr), "");
+    EXPECT_EQ(model_file(nullptr), "");
     EXPECT_EQ(model_scale(nullptr, 1, 1, 1), 0);
     EXPECT_EQ(model_count_points(nullptr), 0);
     EXPECT_EQ(model_count_joints(nullptr), 0);
@@ -263,14 +313,13 @@ TEST(Model, ReleaseOfLayersWithNamesTooLongForAKeyEnds) {
     EXPECT_EQ(model_release(model), 1);
 }
 
-TEST(Model, FilePathJoinsAndIsCutToTheBuffer) {
+TEST(Model, FilePathJoinsTheDirectoryAndTheNameWhole) {
     OwnedModel model(test::native_path("dir/tree.mod").c_str());
-    char buffer[64];
-    model_file_path(model.model, "skin.tga", buffer, sizeof buffer);
-    EXPECT_EQ(test::native_path("dir/skin.tga"), buffer);
-    char small[8];
-    model_file_path(model.model, "skin.tga", small, sizeof small);
-    EXPECT_EQ(test::native_path("dir/ski"), small);
+    EXPECT_EQ(model_file_path(model.model, "skin.tga"), test::native_path("dir/skin.tga"));
+    EXPECT_EQ(model_file_path(model.model, std::string(5000, 'n').c_str()),
+              test::native_path("dir/") + std::string(5000, 'n'));
+    EXPECT_EQ(model_file_path(model.model, nullptr), test::native_path("dir/"));
+    EXPECT_EQ(model_file_path(nullptr, "skin.tga"), "skin.tga");
 }
 
 TEST(ModelTree, CountsLevelsAndModels) {

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "edit/selection.h"
+#include "formats/model_reader.h"
+#include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
@@ -456,6 +458,71 @@ TEST_F(LifecycleTest, APathThatAModelCannotKeepIsRefusedAndTheSceneReloads) {
     EXPECT_EQ(reports.at(3), "message:Load failed");
     EXPECT_EQ(session_reload(&session), 1);
     EXPECT_EQ(roots(), 1);
+}
+
+TEST_F(LifecycleTest, ReloadFindsAModelThatWasReadWithLongPathsAgain) {
+    const std::string deep = test::directory_of_length(dir, test::LONG_DIRECTORY);
+    const std::string path = dir.write(deep + "ship.txt", SMALL_MODEL);
+    Model* model = model_load(path.c_str(), nullptr, true);
+    ASSERT_NE(model, nullptr) << load_error_get();
+    session_add_model(&session, model);
+    load(dir.write("a.mod", SMALL_MODEL));
+    dir.write(deep + "ship.txt", "points\n1 0 0 0\n");
+    EXPECT_EQ(session_reload(&session), 1);
+    ASSERT_EQ(roots(), 2);
+    EXPECT_EQ(path, root(0)->opened_path);
+    EXPECT_EQ(model_count_points(root(0)), 1);
+    EXPECT_EQ(root(1)->long_paths, 0);
+    EXPECT_EQ(session_reload(&session), 1) << "what is read again is still to be read so";
+    EXPECT_EQ(roots(), 2);
+}
+
+TEST_F(LifecycleTest, AModelWithLongPathsThatWasRenamedIsReadUnderItsNewName) {
+    const std::string deep = test::directory_of_length(dir, test::LONG_DIRECTORY);
+    Model* model = model_load(dir.write(deep + "a.mod", SMALL_MODEL).c_str(), nullptr, true);
+    const int32_t id = session_add_model(&session, model);
+    dir.write(deep + "b.mod", "points\n1 0 0 0\n");
+    ASSERT_EQ(session_rename_model(&session, id, "B.mod"), 1);
+    EXPECT_EQ(session_reload(&session), 1);
+    ASSERT_EQ(roots(), 1);
+    EXPECT_EQ(model_count_points(root(0)), 1);
+}
+
+TEST_F(LifecycleTest, ReloadOfASceneListWithABaseFindsItsRowsAgain) {
+    const std::string deep = test::directory_of_length(dir, test::LONG_DIRECTORY);
+    dir.write(deep + "models/body.mod", SMALL_MODEL);
+    dir.write(deep + "clips/walk", CLIP);
+    const std::string list = dir.write(deep + "scene.txt", "models body.mod clips walk world\n");
+    const std::string base = dir.file(deep);
+    EXPECT_EQ(session_load_animation(&session, list.c_str(), 0), 0) << "they are not looked for there by themselves";
+    EXPECT_EQ(session.animation_base, nullptr);
+    session_load_model(&session, dir.write("a.mod", SMALL_MODEL).c_str());
+    session_set_animation_path(&session, list.c_str(), base.c_str());
+    EXPECT_EQ(session_reload(&session), 1);
+    ASSERT_EQ(roots(), 1);
+    EXPECT_STREQ(root(0)->name, "body");
+    EXPECT_EQ(list, session.animation_path);
+    EXPECT_EQ(base, session.animation_base);
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(roots(), 1);
+    session_close_all(&session);
+    EXPECT_EQ(session.animation_base, nullptr);
+}
+
+TEST_F(LifecycleTest, AFailedReloadOfASceneListRemembersItsBaseAndALaterListHasItsOwn) {
+    dir.write("models/body.mod", SMALL_MODEL);
+    dir.write("clips/walk", CLIP);
+    const std::string list = dir.file("scene.txt");
+    session_load_model(&session, dir.write("a.mod", SMALL_MODEL).c_str());
+    session_set_animation_path(&session, list.c_str(), dir.path().c_str());
+    EXPECT_EQ(session_reload(&session), 0);
+    dir.write("scene.txt", "models body.mod clips walk world\n");
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(dir.path(), session.animation_base);
+    ASSERT_EQ(session_load_animation(&session, write_animation("other.txt").c_str(), 0), 1);
+    EXPECT_EQ(session.animation_base, nullptr);
+    EXPECT_EQ(session_reload(&session), 1);
+    EXPECT_EQ(session.animation_base, nullptr);
 }
 
 TEST_F(LifecycleTest, RenameToAPathThatAModelCannotKeepIsRefused) {
