@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include "application/application.h"
 #include "application/problem.h"
@@ -29,7 +30,8 @@ struct Freer {
 struct Staged {
     std::vector<RootModel> roots;
     float duration = 0.0f;
-    std::string list_path;  // empty for a model
+    std::vector<LoadFailure> problems;  // that no line tells of
+    std::string list_path;              // empty for a model
     std::string list_base;
 
     Staged() = default;
@@ -54,6 +56,14 @@ bool stage_model(const std::string& path, Staged* staged) {
     return model != nullptr;
 }
 
+// A clip in a clip whose file is not there moves nothing, and says nothing.
+void note_missing_clips(const AnimationClip& clip, std::vector<LoadFailure>* problems) {
+    if (clip.name != nullptr && file_exists(clip.name) == 0 && problems->size() < LOAD_PROBLEM_LIMIT) {
+        problems->push_back(LoadFailure{"could not find animation file", clip.name, 0, {}});
+    }
+    for (int32_t i = 0; i < clip.subclip_count; ++i) { note_missing_clips(clip.subclips[i], problems); }
+}
+
 bool stage_list(const std::string& path, const std::string& base, Staged* staged) {
     const std::unique_ptr<AnimationSet, Freer> set(animation_load(path.c_str(), {base.c_str(), true}));
     if (set == nullptr) { return false; }
@@ -63,11 +73,17 @@ bool stage_list(const std::string& path, const std::string& base, Staged* staged
     staged->duration = set->duration;
     staged->list_path = path;
     staged->list_base = base;
+    for (const RootModel& root : staged->roots) {
+        if (root.animation != nullptr) { note_missing_clips(root.animation->clip, &staged->problems); }
+    }
     return true;
 }
 
 bool stage(const std::string& path, Staged* staged) {
-    switch (file_kind(path.c_str())) {
+    const FileKind kind = file_kind(path.c_str());
+    load_error_set(nullptr);
+    load_problems_begin();
+    switch (kind) {
         case FILE_KIND_MODEL: return stage_model(path, staged);
         case FILE_KIND_SCENE: return stage_list(path, path.substr(0, path_directory_length(path.c_str())), staged);
         case FILE_KIND_MISSING: fail_with("could not find: %s", path); return false;
@@ -79,12 +95,13 @@ bool stage(const std::string& path, Staged* staged) {
 
 // Runs a read for which no image counts as loaded yet. Whatever failed before is forgotten.
 template <typename Read>
-bool read_beside(SceneLoad* out, const char* file, Read read) {
-    load_error_set(nullptr);
+bool read_beside(SceneLoad* out, const char* file, const Staged& staged, Read read) {
     image_paths_begin();
     load_problems_begin();
+    load_error_set(nullptr);
     const bool good = read();
     out->problems = load_problems_end();
+    out->problems.insert(out->problems.end(), staged.problems.begin(), staged.problems.end());
     image_paths_end(good);
     if (!good) { problem_set_load(file); }
     return good;
@@ -229,7 +246,7 @@ bool scene_open(Application* app, const char* path, SceneLoad* out) {
     Session* session = &app->session;
     session_status(session, "Loading...");
     Staged staged;
-    if (!read_beside(out, name.c_str(), [&] { return stage(name, &staged); })) { return tell_failure(session); }
+    if (!read_beside(out, name.c_str(), staged, [&] { return stage(name, &staged); })) { return tell_failure(session); }
     selection_clear(session);
     session_release_roots(session);
     session_clear_bounds(session);
@@ -247,7 +264,7 @@ bool scene_add(Application* app, const char* path, SceneLoad* out) {
     Session* session = &app->session;
     session_status(session, "Loading...");
     Staged staged;
-    if (!read_beside(out, name.c_str(), [&] { return stage(name, &staged); })) { return tell_failure(session); }
+    if (!read_beside(out, name.c_str(), staged, [&] { return stage(name, &staged); })) { return tell_failure(session); }
     if (!staged.list_path.empty() && session->animation_path != nullptr) {
         refuse("the scene has a scene list already");
         return tell_failure(session);
@@ -269,7 +286,7 @@ bool scene_reload(Application* app, int32_t id, SceneLoad* out) {
     }
     Staged models;
     Staged list;
-    if (!read_beside(out, "", [&] { return stage_again(session, again, &models, &list); })) {
+    if (!read_beside(out, "", list, [&] { return stage_again(session, again, &models, &list); })) {
         return tell_failure(session);
     }
     exchange_models(session, again, &models, &out->lost);

@@ -1,5 +1,5 @@
-// Loading beside the scene: the new models are read whole before anything of the old ones goes, with images of their own,
-// so that a failure costs nothing and a changed picture is seen.
+// Loading beside the scene: the new models are read whole before anything of the old ones goes, with images of their
+// own, so that a failure costs nothing and a changed picture is seen.
 #pragma once
 
 #include <cstdint>

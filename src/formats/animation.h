@@ -77,7 +77,7 @@ void animation_index_frames(AnimationClip* clip);
 
 // The text of the last failure, null when the last read had none.
 const char* animation_error();
-void animation_set_error(const char* text);  // copied, and set as the load failure too; null clears both
+void animation_set_error(const char* text);     // copied, and set as the load failure too; null clears both
 void animation_reword_error(const char* text);  // another text for a failure that is known in parts already
 
 }  // namespace pelt

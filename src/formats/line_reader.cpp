@@ -277,6 +277,7 @@ int reader_run_file(const char* path, const char* comment_chars, int32_t comment
     // A stream that broke off is not a file read to its end.
     const bool broken = file_error(file) != 0;
     file_close(file);
+    if (reader.abort && load_failure().text.empty()) { load_failure_set("this line cannot be used"); }
     make_current(nullptr);
     return reader.abort || broken ? 0 : 1;
 }

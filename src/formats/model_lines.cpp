@@ -360,6 +360,8 @@ void model_parse_line(ModelFileContext* file) {
     if (const Keyword* keyword = find_keyword(reader_text(0))) {
         file->mode = keyword->mode;
         if (keyword->statement != nullptr) { keyword->statement(*file); }
+    } else {
+        load_problem_note("no keyword: the line is passed over");
     }
 }
 

@@ -39,6 +39,15 @@ std::vector<LoadFailure>& problems() {
     return gathered;
 }
 
+LoadFailure failure_here(const char* text) {
+    LoadFailure record;
+    record.text = text != nullptr ? text : "";
+    if (load_error.file_name != nullptr) { record.file = load_error.file_name; }
+    if (load_error.line_number != nullptr) { record.line = *load_error.line_number; }
+    if (load_error.line != nullptr) { record.source = load_error.line; }
+    return record;
+}
+
 void gather(const LoadFailure& problem) {
     std::vector<LoadFailure>& all = problems();
     if (!all.empty() && all.back().line == problem.line && all.back().file == problem.file) {
@@ -101,12 +110,12 @@ std::vector<LoadFailure> load_problems_end() {
     return std::exchange(problems(), {});
 }
 
+void load_problem_note(const char* text) {
+    if (gathering && load_error.line_number != nullptr) { gather(failure_here(text)); }
+}
+
 void load_failure_set(const char* text) {
-    LoadFailure record;
-    record.text = text != nullptr ? text : "";
-    if (load_error.file_name != nullptr) { record.file = load_error.file_name; }
-    if (load_error.line_number != nullptr) { record.line = *load_error.line_number; }
-    if (load_error.line != nullptr) { record.source = load_error.line; }
+    LoadFailure record = failure_here(text);
     if (gathering && record.line > 0) { gather(record); }
     failure() = std::move(record);
 }

@@ -37,10 +37,11 @@ void load_failure_set(const char* text);
 // Names the file of a failure that has none yet.
 void load_failure_in(const char* file);
 
-// What a read meets and goes on behind is gathered between the two calls: the last failure of each line, at most
-// LOAD_PROBLEM_LIMIT of them. Failures outside a file are none.
+// What a read meets and goes on behind is gathered between the two calls: the last failure or note of each line, at
+// most LOAD_PROBLEM_LIMIT of them. Failures outside a file are none.
 inline constexpr size_t LOAD_PROBLEM_LIMIT = 100;
 void load_problems_begin();
 std::vector<LoadFailure> load_problems_end();
+void load_problem_note(const char* text);  // of the line in hand, which is no failure
 
 }  // namespace pelt

@@ -1,5 +1,5 @@
-// A turn as three texts. The matrix is the product of the turns about x, y and z, in this order; where that about y is a
-// right angle the other two are one, which is then told as that about x.
+// A turn as three texts. The matrix is the product of the turns about x, y and z, in this order; where that about y is
+// a right angle the other two are one, which is then told as that about x.
 #include "motion/placement_text.h"
 
 #include <algorithm>

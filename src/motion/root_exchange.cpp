@@ -1,5 +1,6 @@
-// The exchange of a root. Run-time records that scripts know by their ids are handed over by moving the slot number from
-// the old owner to the new one; all others are forgotten with the old model and made again when they are asked for.
+// The exchange of a root. Run-time records that scripts know by their ids are handed over by moving the slot number
+// from the old owner to the new one; all others are forgotten with the old model and made again when they are asked
+// for.
 #include "motion/root_exchange.h"
 
 #include <unordered_map>

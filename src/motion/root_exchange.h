@@ -1,4 +1,5 @@
-// A root of the scene that is read anew: the new model takes the place of the old one, and what scripts know it by stays.
+// A root of the scene that is read anew: the new model takes the place of the old one, and what scripts know it by
+// stays.
 #pragma once
 
 #include <cstdint>

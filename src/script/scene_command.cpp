@@ -176,11 +176,7 @@ bool scene_read_int(const char* what, const char* word, int32_t least, int32_t m
 bool scene_read_real(const char* what, const char* word, float least, float most, float* value) {
     float number = 0.0f;
     if (!read_number(word, &number) || !(number >= least && number <= most)) {
-        const auto bound = [](float f) {
-            char text[32];
-            return std::string(text, std::to_chars(text, text + sizeof text, f).ptr);
-        };
-        scene_refuse_argument(what, word, "a number from " + bound(least) + " to " + bound(most));
+        scene_refuse_argument(what, word, "a number from " + real_text(least) + " to " + real_text(most));
         return false;
     }
     *value = number;

@@ -90,15 +90,16 @@ Tcl_Obj* reload_files(const SceneWords& words) {
         } else if (id != 0 || !scene_read_model(words.raw(i), &found)) {
             return id != 0 ? scene_refuse_argument("option", words.raw(i), "-force") : nullptr;
         } else if (found.link != nullptr || found.model->parent != nullptr) {
-            return scene_refuse_argument("id", words.raw(i), "that of a model; a child is read with the model above it");
+            return scene_refuse_argument("id", words.raw(i),
+                                         "that of a model; a child is read with the model above it");
         } else {
             id = list_at<const ModelState>(&application()->session.model_states, found.model->state_index, 0)->id;
         }
     }
     const int64_t changes = force ? 0 : scene_changes(found.model);
     if (changes > 0) {
-        return scene_refuse(PROBLEM_UNSAVED, "a reload would lose " + std::to_string(changes) +
-                                                 " unsaved change" + (changes > 1 ? "s" : "") + ": say -force");
+        return scene_refuse(PROBLEM_UNSAVED, "a reload would lose " + std::to_string(changes) + " unsaved change" +
+                                                 (changes > 1 ? "s" : "") + ": say -force");
     }
     SceneLoad result;
     return scene_reload(application(), id, &result) ? load_result(result, true) : scene_refuse_load();
@@ -175,8 +176,8 @@ Tcl_Obj* tell_problem(const SceneWords&) {
 }
 
 constexpr SceneForm FORMS[] = {
-    {"open", "FILE", 1, 1, "the scene becomes what the file says, a model or a scene list, and the view shows all of it",
-     open_file},
+    {"open", "FILE", 1, 1,
+     "the scene becomes what the file says, a model or a scene list, and the view shows all of it", open_file},
     {"add", "FILE", 1, 1, "the same beside what stands in the scene", add_file},
     {"reload", "?ID? ?-force?", 0, 2, "reads the files of the scene anew, or those of one model", reload_files},
     {"files", "", 0, 0, "every file that the scene was made of", list_files},

@@ -240,9 +240,7 @@ Tcl_Obj* ask_point(const SceneWords& words) {
         return nullptr;
     }
     const Point* point = list_find<const Point>(&found.model->points, id);
-    if (point == nullptr) {
-        return scene_refuse_argument("point", words.raw(1), "the id of a point of this model");
-    }
+    if (point == nullptr) { return scene_refuse_argument("point", words.raw(1), "the id of a point of this model"); }
     return point_value(found.model, id, point);
 }
 
@@ -288,8 +286,7 @@ Tcl_Obj* ask_placement(const SceneWords& words) {
     if (found.link != nullptr) {
         for (const char* text : found.link->rotate) { rotation.add(reply_text(text)); }
         const ChildState* state = child_state(session(), found.link);
-        return placement_value(found.link->position, found.link->scale, rotation.value(),
-                               state->matrix);
+        return placement_value(found.link->position, found.link->scale, rotation.value(), state->matrix);
     }
     const ModelState* state = model_state(session(), found.model);
     for (const std::string& text : rotation_texts(state->rotation)) { rotation.add(reply_text(text)); }

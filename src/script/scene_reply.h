@@ -1,5 +1,5 @@
-// Results of the verb "scene": Tcl's lists and dictionaries. A dictionary is a list of keys and values by turns, so that
-// a Tcl without dictionaries can read it too.
+// Results of the verb "scene": Tcl's lists and dictionaries. A dictionary is a list of keys and values by turns, so
+// that a Tcl without dictionaries can read it too.
 #pragma once
 
 #include <cstdint>
@@ -11,11 +11,14 @@ struct Tcl_Obj;
 
 namespace pelt {
 
+// The shortest decimals that are read back as the same value.
+std::string real_text(float value);
+
 // A value in the making, whose owner is whoever it is handed to: a list that takes it, or the interpreter.
 Tcl_Obj* reply_text(const std::string& text);  // in the system's encoding
 Tcl_Obj* reply_int(int64_t value);
 Tcl_Obj* reply_flag(bool value);
-Tcl_Obj* reply_real(float value);  // with as many digits as it takes to read the same value back
+Tcl_Obj* reply_real(float value);
 Tcl_Obj* reply_vec(const Vec3& v);
 Tcl_Obj* reply_matrix(const Mat4& m);  // 16 numbers, row by row
 

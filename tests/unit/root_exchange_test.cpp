@@ -153,8 +153,8 @@ void expect_same_turn(float x, float y, float z) {
     Mat4 found;
     ASSERT_EQ(mat_rotate_text(&found, texts[0].c_str(), texts[1].c_str(), texts[2].c_str()), 1);
     for (int i = 0; i < 16; ++i) {
-        EXPECT_NEAR(found.m[i], wanted.m[i], 1e-4) << x << " " << y << " " << z << ": " << texts[0] << " " << texts[1]
-                                                   << " " << texts[2];
+        EXPECT_NEAR(found.m[i], wanted.m[i], 1e-4)
+            << x << " " << y << " " << z << ": " << texts[0] << " " << texts[1] << " " << texts[2];
     }
 }
 
