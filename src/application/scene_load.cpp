@@ -56,12 +56,14 @@ bool stage_model(const std::string& path, Staged* staged) {
     return model != nullptr;
 }
 
-// A clip in a clip whose file is not there moves nothing, and says nothing.
-void note_missing_clips(const AnimationClip& clip, std::vector<LoadFailure>* problems) {
-    if (clip.name != nullptr && file_exists(clip.name) == 0 && problems->size() < LOAD_PROBLEM_LIMIT) {
-        problems->push_back(LoadFailure{"could not find animation file", clip.name, 0, {}});
+// A clip in a clip that could not be read moves nothing, and says nothing.
+void note_unread_clips(const AnimationClip& clip, std::vector<LoadFailure>* problems) {
+    if (clip.unread_path != nullptr && problems->size() < LOAD_PROBLEM_LIMIT) {
+        const bool is_there = file_exists(clip.unread_path) != 0;
+        problems->push_back(
+            {is_there ? "the clip cannot be used" : "could not find animation file", clip.unread_path, 0, {}});
     }
-    for (int32_t i = 0; i < clip.subclip_count; ++i) { note_missing_clips(clip.subclips[i], problems); }
+    for (int32_t i = 0; i < clip.subclip_count; ++i) { note_unread_clips(clip.subclips[i], problems); }
 }
 
 bool stage_list(const std::string& path, const std::string& base, Staged* staged) {
@@ -74,7 +76,7 @@ bool stage_list(const std::string& path, const std::string& base, Staged* staged
     staged->list_path = path;
     staged->list_base = base;
     for (const RootModel& root : staged->roots) {
-        if (root.animation != nullptr) { note_missing_clips(root.animation->clip, &staged->problems); }
+        if (root.animation != nullptr) { note_unread_clips(root.animation->clip, &staged->problems); }
     }
     return true;
 }

@@ -143,7 +143,9 @@ public:
     }
 
     void add_clips(const AnimationClip& clip, const std::string& id) {
-        if (clip.name != nullptr) { add(clip.name, "clip", id); }
+        for (const char* path : {clip.name, clip.unread_path}) {
+            if (path != nullptr) { add(path, "clip", id); }
+        }
         for (int32_t i = 0; i < clip.subclip_count; ++i) { add_clips(clip.subclips[i], id); }
     }
 
