@@ -357,37 +357,4 @@ int32_t triangle_draw_skinned(Session* session, Model* model, Triangle* triangle
     return surface.triangle_count;
 }
 
-void patch_net_draw(const Vec3* slots, bool quad) {
-    using Pair = unsigned char[2];
-    static constexpr Pair TRIANGLE_PAIRS[] = {{0, 1}, {1, 3}, {3, 6}, {2, 4}, {4, 7}, {0, 2}, {1, 2}, {1, 4}, {4, 5},
-                                              {2, 5}, {3, 4}, {3, 7}, {6, 7}, {7, 8}, {4, 8}, {8, 9}, {5, 9}};
-    // 1-4 is a diagonal and the pairs 4-8 and 8-12 come twice. This is intended.
-    static constexpr Pair QUAD_PAIRS[] = {{0, 1},  {1, 2},   {2, 3},   {4, 5},   {5, 6},   {6, 7},  {8, 9},
-                                          {9, 10}, {10, 11}, {12, 13}, {13, 14}, {14, 15}, {1, 4},  {4, 8},
-                                          {8, 12}, {0, 4},   {4, 8},   {8, 12},  {1, 5},   {5, 9},  {9, 13},
-                                          {2, 6},  {6, 10},  {10, 14}, {3, 7},   {7, 11},  {11, 15}};
-    if (!slots) { return; }
-    GLint lighting = 0;
-    GLint texture = 0;
-    GLfloat colour[4] = {};
-    glGetIntegerv(GL_LIGHTING, &lighting);
-    glGetIntegerv(GL_TEXTURE_2D, &texture);
-    glGetFloatv(GL_CURRENT_COLOR, colour);
-    glDisable(GL_LIGHTING);
-    glDisable(GL_TEXTURE_2D);
-    glColor3f(1.0f, 0.0f, 0.0f);
-
-    const Pair* pairs = quad ? QUAD_PAIRS : TRIANGLE_PAIRS;
-    const size_t count = quad ? std::size(QUAD_PAIRS) : std::size(TRIANGLE_PAIRS);
-    glBegin(GL_LINES);
-    for (size_t i = 0; i < count; ++i) {
-        for (unsigned char slot : pairs[i]) { glVertex3f(slots[slot].x, slots[slot].y, slots[slot].z); }
-    }
-    glEnd();
-
-    if (lighting) { glEnable(GL_LIGHTING); }
-    if (texture) { glEnable(GL_TEXTURE_2D); }
-    glColor3f(colour[0], colour[1], colour[2]);
-}
-
 }  // namespace pelt

@@ -11,8 +11,7 @@ namespace {
 int32_t slot_of(const Model* model, int32_t id) { return list_index_of(&model->points, id, 0); }
 
 Point* find_point(const Model* model, int32_t reference, bool by_slot) {
-    void* point = by_slot ? list_at(&model->points, reference, 0) : list_find(&model->points, reference);
-    return static_cast<Point*>(point);
+    return by_slot ? list_at<Point>(&model->points, reference, 0) : list_find<Point>(&model->points, reference);
 }
 
 // Plane of three corners of the triangle; left alone when one of them has no point.

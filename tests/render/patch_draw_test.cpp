@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "render/overlays.h"
 #include "render/scene_draw.h"
 #include "render/triangle_draw.h"
 #include "support/curved_scene.h"
