@@ -21,7 +21,6 @@ namespace pelt {
 namespace {
 
 using Losses = std::vector<WriteLoss>;
-using PointWalk = ListElements<Point>::iterator;
 
 constexpr int NORMAL_DECIMALS = 3;
 constexpr int WEIGHT_DECIMALS = 3;
@@ -55,6 +54,16 @@ struct Tally {
         return counted(count, noun) + " (first: " + std::to_string(first) + ")";
     }
 };
+
+template <typename Condition>
+Tally points_where(const Model& model, Condition condition) {
+    Tally tally;
+    const ListElements<Point> points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
+        if (condition(*point)) { tally.note(point.int_key()); }
+    }
+    return tally;
+}
 
 // ---- texts and numbers that do not come back ----
 
@@ -146,25 +155,18 @@ void check_second_joints(Losses& losses, const Model& model) {
         parents[&joint] = model_find_joint(&model, joint.parent_name);
     }
     const std::vector<JointPair> blends = blended_pairs(model);
-    Tally lost;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        const auto parent = parents.find(point->joint_a);
+    const Tally lost = points_where(model, [&](const Point& point) {
+        const auto parent = parents.find(point.joint_a);
         const Joint* read_back = parent != parents.end() ? parent->second : nullptr;
-        if (point->joint_b != read_back &&
-            !std::binary_search(blends.begin(), blends.end(), JointPair{point->joint_a, point->joint_b})) {
-            lost.note(point.int_key());
-        }
-    }
+        return point.joint_b != read_back &&
+               !std::binary_search(blends.begin(), blends.end(), JointPair{point.joint_a, point.joint_b});
+    });
     if (lost.count > 0) { lose(losses, "second joint of their own lost: " + lost.places("point")); }
 }
 
 void check_world_weights(Losses& losses, const Model& model) {
-    Tally lost;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (point->joint_a == nullptr && point->weight != 1.0f) { lost.note(point.int_key()); }
-    }
+    const Tally lost =
+        points_where(model, [](const Point& point) { return point.joint_a == nullptr && point.weight != 1.0f; });
     if (lost.count > 0) { lose(losses, "weight lost, it reads back as 1: " + lost.places("world point")); }
 }
 
@@ -176,20 +178,12 @@ void check_normals_flag(Losses& losses, const Model& model) {
 
 // Faces whose corners lie on one line have no direction, and whoever makes normals of them gets a non-number.
 void check_normals(Losses& losses, const Model& model) {
-    Tally refused;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (is_refused_normal(point->normal)) { refused.note(point.int_key()); }
-    }
+    const Tally refused = points_where(model, [](const Point& point) { return is_refused_normal(point.normal); });
     if (refused.count > 0) { break_file(losses, "a normal of no length or direction: " + refused.places("point")); }
 }
 
 void check_fractions(Losses& losses, const Model& model) {
-    Tally lost;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (loses_fraction(point->position)) { lost.note(point.int_key()); }
-    }
+    const Tally lost = points_where(model, [](const Point& point) { return loses_fraction(point.position); });
     if (lost.count > 0) { lose(losses, "fractions of the position lost: " + lost.places("point")); }
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
         if (loses_fraction(joint.position)) {
