@@ -1,4 +1,4 @@
-// The verb "animate". What surprises: nothing here draws. A script steps the clock and then says "draw".
+// The verb "animate": opens an animation and moves the clock.
 #include "application/application.h"
 #include "application/open_and_fit.h"
 #include "motion/animation_clock.h"

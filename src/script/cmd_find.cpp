@@ -1,5 +1,4 @@
-// The verb "find". What surprises: an unknown model is no failure but the id 0, and unknown images leave the result as
-// it was.
+// The verb "find": an unknown model is no failure but the id 0, and unknown images leave the result as it was.
 #include "application/application.h"
 #include "application/session_lifecycle.h"
 #include "script/commands.h"

@@ -1,5 +1,4 @@
-// The table of verbs and the one search that verbs and sub-commands share. What surprises: an unknown word is skipped
-// and the search goes on behind it; only a line without any known word is told of.
+// The table of verbs, and what handlers share.
 #include "script/commands.h"
 
 #include "application/application.h"

@@ -1,4 +1,5 @@
-// The verbs of the script command, their handlers, and the search for a word that all of them share.
+// The verbs of the script command, their handlers, and what all of them share: the search for a word, the boxes for
+// what is missing, some forms of results.
 #pragma once
 
 #include <iterator>
@@ -62,7 +63,7 @@ const char* command_selected_layer();
 void command_result_vector(const Vec3& vector);
 void command_result_id(int32_t id, const char* failure);  // for 0 a box shows the failure, and sets its own result
 
-// What sorvel does behind its own name: finds the verb, skipping words that are none, and runs it.
+// What sorvel does behind its own name: finds the verb, skipping words that name none, and runs it.
 void cmd_dispatch(Words words);
 
 void cmd_add(Words words);

@@ -30,8 +30,6 @@ bool is_ascii(const char* text, size_t length) {
     return true;
 }
 
-int text_length(size_t length) { return static_cast<int>(length); }
-
 // The encoding of texts inside the library; null is Tcl's own word for that of the system.
 Tcl_Encoding text_encoding() {
     static Tcl_Encoding encoding = SYSTEM_TEXT_IS_UTF8 ? Tcl_GetEncoding(nullptr, "utf-8") : nullptr;
@@ -55,7 +53,7 @@ bool is_tcl_form(const char* text) {
 bool append_external(const char* word, size_t length, std::string* out) {
     Tcl_DString external;
     Tcl_DString back;
-    Tcl_UtfToExternalDString(text_encoding(), word, text_length(length), &external);
+    Tcl_UtfToExternalDString(text_encoding(), word, static_cast<int>(length), &external);
     Tcl_ExternalToUtfDString(text_encoding(), Tcl_DStringValue(&external), Tcl_DStringLength(&external), &back);
     const bool whole = static_cast<size_t>(Tcl_DStringLength(&back)) == length &&
                        std::memcmp(Tcl_DStringValue(&back), word, length) == 0 &&
@@ -161,7 +159,7 @@ std::string system_to_tcl(const char* text) {
         return std::string(text, length);
     }
     Tcl_DString utf;
-    Tcl_ExternalToUtfDString(text_encoding(), text, text_length(length), &utf);
+    Tcl_ExternalToUtfDString(text_encoding(), text, static_cast<int>(length), &utf);
     std::string result(Tcl_DStringValue(&utf), static_cast<size_t>(Tcl_DStringLength(&utf)));
     Tcl_DStringFree(&utf);
     return result;

@@ -1,5 +1,5 @@
 // The forms of "add vertex" and "set vertex", which are one operation under two names. What surprises: "normal" wants
-// a word of any content before its last number, and "transparency" changes the colour too. Both are intended.
+// a word of any content before its last number, and "transparency" changes the colour too.
 #include "application/application.h"
 #include "edit/selection.h"
 #include "foundation/text.h"

@@ -10,16 +10,7 @@
 namespace pelt {
 namespace {
 
-using test::FOUR_POINTS;
-using test::Ids;
-using test::ids;
-using test::layer;
-using test::LAYER;
-using test::link;
-using test::ModelPtr;
-using test::point;
-using test::TRIANGLE;
-using test::triangle;
+using namespace test;
 
 class ModelLines : public test::ModelFileTest {};
 

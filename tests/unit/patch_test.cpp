@@ -10,6 +10,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 #include <vector>
 
@@ -165,21 +166,28 @@ TEST(BuildQuad, HoldsCornerNormalsAndTheMidNormalsOfItsOutline) {
     }
 }
 
-TEST(EvalTriangle, EveryTypeAndLevelLiesOnTheBezierTriangle) {
-    const TrianglePatch patch = built(bulging_triangle());
-    for (int type = 1; type <= 3; ++type) {
+// Every level of these types, against the place and the normal that a reference gives for the parameters of a vertex.
+template <typename Patch, typename Place, typename Normal>
+void expect_on_surface(const Patch& patch, std::initializer_list<int> types,
+                       std::vector<Parameter> (*parameters_of)(int type, int level), Place place, Normal normal) {
+    for (int type : types) {
         for (int level = 1; level <= 6; ++level) {
             SCOPED_TRACE(testing::Message() << "type " << type << " level " << level);
-            const std::vector<Parameter> parameters = triangle_parameters(type, level);
+            const std::vector<Parameter> parameters = parameters_of(type, level);
             const Vertices vertices = evaluated(patch, type, level);
             ASSERT_EQ(static_cast<size_t>(vertices.count), parameters.size());
             for (int i = 0; i < vertices.count; ++i) {
                 const auto [u, v] = parameters[static_cast<size_t>(i)];
-                expect_near(vertices.positions[i], triangle_casteljau(patch, u, v));
-                expect_near(vertices.normals[i], triangle_normal_sum(patch, u, v));
+                expect_near(vertices.positions[i], place(patch, u, v));
+                expect_near(vertices.normals[i], normal(patch, u, v));
             }
         }
     }
+}
+
+TEST(EvalTriangle, EveryTypeAndLevelLiesOnTheBezierTriangle) {
+    expect_on_surface(built(bulging_triangle()), {1, 2, 3}, triangle_parameters, triangle_casteljau,
+                      triangle_normal_sum);
 }
 
 TEST(EvalTriangle, CornersStandAtTheEndsOfTheRows) {
@@ -228,20 +236,7 @@ TEST(EvalTriangle, AFlatPatchIsNotExactlyFlat) {
 }
 
 TEST(EvalQuad, EveryTypeAndLevelLiesOnTheBicubicPatch) {
-    const QuadPatch patch = built(bulging_quad());
-    for (int type : {2, 4, 3, 1, 0}) {
-        for (int level = 1; level <= 6; ++level) {
-            SCOPED_TRACE(testing::Message() << "type " << type << " level " << level);
-            const std::vector<Parameter> parameters = quad_parameters(type, level);
-            const Vertices vertices = evaluated(patch, type, level);
-            ASSERT_EQ(static_cast<size_t>(vertices.count), parameters.size());
-            for (int i = 0; i < vertices.count; ++i) {
-                const auto [s, t] = parameters[static_cast<size_t>(i)];
-                expect_near(vertices.positions[i], quad_casteljau(patch, s, t));
-                expect_near(vertices.normals[i], quad_normal(patch, s, t));
-            }
-        }
-    }
+    expect_on_surface(built(bulging_quad()), {2, 4, 3, 1, 0}, quad_parameters, quad_casteljau, quad_normal);
 }
 
 TEST(EvalQuad, EachVertexIsThatOfThePointAndTheNormalOperation) {
