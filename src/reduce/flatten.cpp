@@ -7,12 +7,14 @@
 #include <string>
 
 #include "formats/layer_image.h"
+#include "formats/texture_map.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "reduce/bake_mirror.h"
 #include "reduce/carry_settings.h"
 #include "reduce/flatten_limits.h"
 #include "reduce/scratch_copy.h"
+#include "reduce/tessellate.h"
 #include "scene/model.h"
 #include "scene/model_tree.h"
 
@@ -207,6 +209,21 @@ bool children_fit(const Model* model, int32_t counter) {
     return merged;
 }
 
+// A borrowed model is baked as a copy, which is the parent's own.
+bool bake_children(const Model* model) {
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (link.model == nullptr) { continue; }
+        if (link.borrowed) {
+            link.model = model_scratch_copy(link.model);
+            link.borrowed = 0;
+        }
+        if (!bake_children(link.model) || !model_bake_mirror(link.model) || !model_tessellate(link.model, BAKE_LEVEL)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 int model_flatten(Model* model) {
@@ -216,6 +233,12 @@ int model_flatten(Model* model) {
     if (!children_fit(model, counter)) { return 0; }
     model_triangulate_all(model);
     return merge_links(model, &counter) ? 1 : 0;
+}
+
+int model_flatten_baked(Model* model) {
+    if (model == nullptr || !tree_fits(model) || !bake_children(model) || !model_flatten(model)) { return 0; }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { layer_map_uvees(model, layer.name); }
+    return 1;
 }
 
 int model_merge_children(Model* model, int32_t* counter) {

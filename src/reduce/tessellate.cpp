@@ -13,7 +13,6 @@ namespace pelt {
 
 namespace {
 
-constexpr int BAKE_LEVEL = 1;
 constexpr int CORNER_LIMIT = 4;
 constexpr int NEW_LIMIT = 5;
 constexpr int PLACE_LIMIT = CORNER_LIMIT + NEW_LIMIT;
