@@ -28,19 +28,6 @@ void widen_box(Box* box, const Box& by) {
     for (const Vec3& corner : {by.lower, by.upper}) { box_take_in(corner, &box->lower, &box->upper); }
 }
 
-Mat4 link_matrix(const ChildLink& link, const Mat4& parent) {
-    Mat4 matrix;
-    mat_identity(&matrix);
-    mat_translate(&matrix, link.position.x, link.position.y, link.position.z);
-    Mat4 rotation;
-    mat_identity(&rotation);
-    mat_rotate_text(&rotation, link.rotate[0], link.rotate[1], link.rotate[2]);
-    mat_multiply(&rotation, &matrix, &matrix);
-    mat_scale(&matrix, link.scale.x, link.scale.y, link.scale.z);
-    mat_multiply(&matrix, &parent, &matrix);
-    return matrix;
-}
-
 // A link without a model counts as a box of no size at the origin: intended.
 Box bounds_below(const Model* model, const Mat4& matrix, int32_t level) {
     if (model == nullptr) { return Box{}; }
@@ -52,7 +39,9 @@ Box bounds_below(const Model* model, const Mat4& matrix, int32_t level) {
     bool have = list_count(&model->points) > 0;
     if (level >= MODEL_TREE_DEPTH_LIMIT) { return box; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        const Box child = bounds_below(link.model, link_matrix(link, matrix), level + 1);
+        Mat4 placement = child_placement(&link);
+        mat_multiply(&placement, &matrix, &placement);
+        const Box child = bounds_below(link.model, placement, level + 1);
         if (have) {
             widen_box(&box, child);
         } else {

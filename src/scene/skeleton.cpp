@@ -111,6 +111,16 @@ ChildLink* model_find_child(const Model* model, const char* name) {
     return nullptr;
 }
 
+Mat4 child_placement(const ChildLink* link) {
+    Mat4 matrix, turn;
+    mat_identity(&matrix);
+    mat_translate(&matrix, link->position.x, link->position.y, link->position.z);
+    mat_rotate_text(&turn, link->rotate[0], link->rotate[1], link->rotate[2]);  // as far as it got: intended
+    mat_multiply(&turn, &matrix, &matrix);
+    mat_scale(&matrix, link->scale.x, link->scale.y, link->scale.z);
+    return matrix;
+}
+
 int32_t model_child_index(const Model* model, const char* name) {
     int32_t number = 0;
     return name != nullptr && count_to_child(model, name, &number) ? number : -1;

@@ -51,4 +51,8 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
 ChildLink* model_find_child(const Model* model, const char* name);  // of this model only; load error when absent
 int32_t model_child_index(const Model* model, const char* name);    // depth-first number below the model, or -1
 
+// Where the file placed a child in its parent: scaled, then turned, then moved. Of a bad rotation text and those behind
+// it nothing is turned.
+Mat4 child_placement(const ChildLink* link);
+
 }  // namespace pelt
