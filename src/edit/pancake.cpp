@@ -16,11 +16,7 @@ namespace {
 
 void flatten_polygon(Model* model, KeyedList* flattened, const Polygon& polygon) {
     std::vector<int16_t> ids;
-    ids.reserve(static_cast<size_t>(list_count(&polygon.vertices)));
-    for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(ids.size()) >= polygon.vertex_count) { break; }
-        ids.push_back(vertex.point);
-    }
+    for (const PolygonVertex& vertex : polygon_strip(polygon)) { ids.push_back(vertex.point); }
     pancake_chain(model, flattened, ids.data(), static_cast<int>(ids.size()));
 }
 

@@ -106,14 +106,10 @@ void put_colours(TextOutput& out, const Model& model) {
 
 // ---- primitives ----
 
-// Corners whose ends make the default controls.
-constexpr int TRIANGLE_RING[] = {0, 1, 1, 2, 2, 0};
-constexpr int QUAD_RING[] = {0, 1, 1, 3, 3, 2, 2, 0};
-
 bool has_own_controls(const Triangle& triangle) {
-    const int* ring = triangle.quad ? QUAD_RING : TRIANGLE_RING;
+    const int* ends = triangle_edge_ends(&triangle);
     for (int i = 0; i < 2 * triangle_corners(&triangle); ++i) {
-        if (triangle.controls[i] != triangle.points[ring[i]]) { return true; }
+        if (triangle.controls[i] != triangle.points[ends[i]]) { return true; }
     }
     return false;
 }

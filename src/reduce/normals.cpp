@@ -15,7 +15,6 @@ namespace {
 
 constexpr int DIRECTION_LIMIT = 6;
 constexpr float SAME_DIRECTION = 0.0001f;
-constexpr int STRIP_MIN = 3;
 constexpr int16_t CURVED_TRIANGLE = 3;
 constexpr int16_t CURVED_QUAD = 4;
 
@@ -86,20 +85,17 @@ void note_triangle(Rebuild* rebuild, const Triangle& triangle) {
 }
 
 // The faces of a strip, each in the winding of the strip.
-std::vector<Face> strip_faces(const Rebuild& rebuild, const std::vector<int32_t>& strip) {
+std::vector<Face> strip_faces(const Rebuild& rebuild, const std::vector<PolygonVertex>& strip) {
     std::vector<Face> faces;
     for (size_t i = 0; i + 2 < strip.size(); ++i) {
         const size_t turned = i % 2;
-        faces.push_back(face_of(rebuild, strip[i + turned], strip[i + 1 - turned], strip[i + 2]));
+        faces.push_back(face_of(rebuild, strip[i + turned].point, strip[i + 1 - turned].point, strip[i + 2].point));
     }
     return faces;
 }
 
 void note_polygon(Rebuild* rebuild, const Polygon& polygon) {
-    std::vector<int32_t> strip;
-    for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(strip.size()) < polygon.vertex_count) { strip.push_back(vertex.point); }
-    }
+    const std::vector<PolygonVertex> strip = polygon_strip(polygon);
     if (strip.size() < STRIP_MIN) { return; }
     const std::vector<Face> faces = strip_faces(*rebuild, strip);
     for (size_t i = 0; i < strip.size(); ++i) {
@@ -107,7 +103,7 @@ void note_polygon(Rebuild* rebuild, const Polygon& polygon) {
         const size_t first = i < 2 ? 0 : i - 2;
         const size_t last = i < 2 ? 1 : i;
         for (size_t face = first; face <= last && face < faces.size(); ++face) {
-            note_at(rebuild, strip[i], faces[face]);
+            note_at(rebuild, strip[i].point, faces[face]);
         }
     }
 }
@@ -120,11 +116,9 @@ Vec3 normal_of(const Directions& directions, bool finite_only) {
 }
 
 void make_curved(Triangle* triangle) {
-    static constexpr int TRIANGLE_RING[] = {0, 1, 1, 2, 2, 0};
-    static constexpr int QUAD_RING[] = {0, 1, 1, 3, 3, 2, 2, 0};
     triangle->curve_type = triangle->quad ? CURVED_QUAD : CURVED_TRIANGLE;
-    const int* ring = triangle->quad ? QUAD_RING : TRIANGLE_RING;
-    for (int i = 0; i < 2 * triangle_corners(triangle); ++i) { triangle->controls[i] = triangle->points[ring[i]]; }
+    const int* ends = triangle_edge_ends(triangle);
+    for (int i = 0; i < 2 * triangle_corners(triangle); ++i) { triangle->controls[i] = triangle->points[ends[i]]; }
 }
 
 int rebuild_normals(Model* model, bool finite_only) {

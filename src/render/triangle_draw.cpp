@@ -24,7 +24,7 @@ struct FlatCorners {
     const Vec3* positions[Limit];
     const Vec3* normals[Limit];
     const unsigned char* colours[Limit];
-    TextureCoords uvs[Limit];
+    UvPair uvs[Limit];
 };
 
 // What is sent with each vertex besides normal and position.
@@ -142,7 +142,7 @@ inline FlatPlace transform_flat(const Mat4& m, const Vec3& p) {
 
 }  // namespace
 
-void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, TextureCoords* uvs, int count) {
+void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, UvPair* uvs, int count) {
     Mat4 columns, view, turn, projection, screen;
     glGetFloatv(GL_MODELVIEW_MATRIX, columns.m);
     mat_transpose(&columns, &view);

@@ -16,6 +16,11 @@ enum ImageSlot : int { IMAGE_SLOT_BASE = 0, IMAGE_SLOT_MIRROR = 1, IMAGE_SLOT_RE
 // Axis codes, for mirrors and image axes alike.
 enum AxisCode : int { AXIS_X = 1, AXIS_Y = 2, AXIS_Z = 3, AXIS_MINUS_X = 4, AXIS_MINUS_Y = 5, AXIS_MINUS_Z = 6 };
 
+// The mirror image of a place or direction. Any code but the first three leaves it as it is: intended.
+inline Vec3 mirrored_along(const Vec3& v, int axis_code) {
+    return {axis_code == AXIS_X ? -v.x : v.x, axis_code == AXIS_Y ? -v.y : v.y, axis_code == AXIS_Z ? -v.z : v.z};
+}
+
 struct LayerImage {
     char names[LAYER_IMAGE_SLOTS][128];  // file names as the model file says them, without its directory
     int32_t width[LAYER_IMAGE_SLOTS];

@@ -288,5 +288,19 @@ TEST_F(PrimitiveTest, ACounterBeginsAgainInsteadOfOverflowing) {
     EXPECT_EQ(take_id(&counter), 1);
 }
 
+TEST_F(PrimitiveTest, AStripHasTheVerticesThatItsCountNames) {
+    const int32_t ids[] = {1, 2, 3, 4};
+    const int32_t normals[] = {5, 6, 7, 8};
+    ASSERT_EQ(model_add_polygon(model, "skin", 4, ids, normals), 1);
+    Polygon polygon = *list_at<Polygon>(&layer()->polygons, 0, 0);
+    ASSERT_EQ(polygon_strip(polygon).size(), 4u);
+    EXPECT_EQ(polygon_strip(polygon)[3].point, 4);
+    EXPECT_EQ(polygon_strip(polygon)[3].normal, 8);
+    polygon.vertex_count = 2;
+    EXPECT_EQ(polygon_strip(polygon).size(), 2u);
+    polygon.vertex_count = 9;
+    EXPECT_EQ(polygon_strip(polygon).size(), 4u);
+}
+
 }  // namespace
 }  // namespace pelt
