@@ -23,7 +23,7 @@ std::string model_write_text(const Model* model, const char* file_name);
 // The name that model_write gives its file: with ".mod" unless the name ends in an extension of three characters.
 std::string model_file_name(const Model* model);
 
-// The word of an axis code; "x" for any that is none.
+// The word of an axis code; "x" for any other number.
 const char* axis_word(int code);
 
 // Whether the writer leaves a layer out: it counts neither a triangle nor a line in it.
