@@ -20,14 +20,6 @@ int32_t text_to_int(const char* text);
 // Decimal number at the start of the text, always with '.' whatever the locale; 0 when there is none.
 double text_to_double(const char* text);
 
-// Powers of ten that a double holds exactly, and the decimal number of a count of digits (mantissa) with so many
-// decimals. Exact for a mantissa of up to 53 bits: it is rounded once, as the library conversion rounds.
-inline constexpr double POWERS_OF_TEN[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                           1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-inline double short_decimal(uint64_t mantissa, int decimals) {
-    return static_cast<double>(mantissa) / POWERS_OF_TEN[decimals];
-}
-
 // Cuts towards zero. Saturates at the limits of 32 bits; a non-number gives 0.
 int32_t float_to_int(double value);
 
