@@ -114,9 +114,7 @@ Json json_of(const Model& model) {
 // ---- tables ----
 
 std::string number(double value) {
-    char text[512];
-    float_to_text(value, 3, text, sizeof text);
-    std::string trimmed = text;
+    std::string trimmed = float_to_text(value, 3);
     if (trimmed.find('.') != std::string::npos) {
         trimmed.erase(trimmed.find_last_not_of('0') + 1);
         trimmed.erase(trimmed.find_last_not_of('.') + 1);

@@ -28,7 +28,6 @@ constexpr int SCALE_DECIMALS = 3;
 constexpr int UVEE_DECIMALS = 4;
 constexpr int TRANSPARENCY_DECIMALS = 4;
 constexpr int CURVE_TYPE_OF_QUAD = 4;  // what a curved quad reads back as
-constexpr size_t NUMBER_SIZE = 512;
 
 void lose(Losses& losses, const std::string& text) { losses.push_back(WriteLoss{text, false}); }
 void break_file(Losses& losses, const std::string& text) { losses.push_back(WriteLoss{text, true}); }
@@ -73,9 +72,8 @@ bool reads_back(const char* word) {
 
 // The value behind a number that was written with so many decimals; a text that is no number reads as 0.
 float rounded(float value, int decimals) {
-    char text[NUMBER_SIZE];
-    float_to_text(value, decimals, text, sizeof text);
-    return word_class(text) == WORD_TEXT ? 0.0f : to_float(text_to_double(text));
+    const std::string text = float_to_text(value, decimals);
+    return word_class(text.c_str()) == WORD_TEXT ? 0.0f : to_float(text_to_double(text.c_str()));
 }
 
 bool loses_decimals(float value, int decimals) { return rounded(value, decimals) != value; }
@@ -365,9 +363,7 @@ struct VertexRow {
 };
 
 void take_vertex(VertexRow& row, const Model& model, int32_t id) {
-    char digits[NUMBER_SIZE];
-    int_to_text(id, digits);
-    row.bytes += std::strlen(digits) + 1;
+    row.bytes += std::to_string(id).size() + 1;
     ++row.count;
     row.all_known = row.all_known && list_find(&model.points, id) != nullptr;
 }

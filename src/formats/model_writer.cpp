@@ -46,21 +46,22 @@ PointsByJoint points_by_joint(const Model& model) {
 
 int32_t whole(float value) { return float_to_int(value); }
 
+std::string thousandths(float value) { return float_to_text(value, 3); }
+
 // ---- joints and points ----
 
 void put_joints(TextOutput& out, const Model& model) {
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
-        text_put(out, "joint  %-8s  %5d %5d %5d  %-8s %3d\n",
-                 {joint.name, whole(joint.position.x), whole(joint.position.y), whole(joint.position.z),
-                  joint.parent_name, joint.point_count});
+        text_put(out, "joint  %-8s  %5d %5d %5d  %-8s %3d\n", joint.name, whole(joint.position.x),
+                 whole(joint.position.y), whole(joint.position.z), joint.parent_name, joint.point_count);
     }
 }
 
 void put_point(TextOutput& out, const WrittenPoint& written, bool with_weight) {
     const Point& point = *written.point;
-    text_put(out, "%-3d   %5d %5d %5d",
-             {written.id, whole(point.position.x), whole(point.position.y), whole(point.position.z)});
-    if (with_weight && point.weight != 1.0f) { text_put(out, "   %.3f", {point.weight}); }
+    text_put(out, "%-3d   %5d %5d %5d", written.id, whole(point.position.x), whole(point.position.y),
+             whole(point.position.z));
+    if (with_weight && point.weight != 1.0f) { text_put(out, "   %s", thousandths(point.weight).c_str()); }
     text_put(out, "\n");
 }
 
@@ -77,7 +78,7 @@ void put_points(TextOutput& out, const Model& model) {
     text_put(out, "points\n");
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
         // The count is the stored one, whatever number of points follows: intended.
-        text_put(out, "#\n# %d points for joint: %s\n#\n", {joint.point_count, text_for_comment(joint.name).c_str()});
+        text_put(out, "#\n# %d points for joint: %s\n#\n", joint.point_count, text_for_comment(joint.name).c_str());
         put_group(&joint);
     }
     text_put(out, "#\n# world points\n#\n");
@@ -89,8 +90,9 @@ void put_normals(TextOutput& out, const Model& model) {
     text_put(out, "\nnormals\n");
     const ListElements<Point> points = list_elements<Point>(model.points);
     for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        text_put(out, "%-3d   %6.3f %6.3f %6.3f\n",
-                 {point.int_key(), point->normal.x, point->normal.y, point->normal.z});
+        const Vec3& normal = point->normal;
+        text_put(out, "%-3d   %6s %6s %6s\n", point.int_key(), thousandths(normal.x).c_str(),
+                 thousandths(normal.y).c_str(), thousandths(normal.z).c_str());
     }
 }
 
@@ -99,8 +101,7 @@ void put_colours(TextOutput& out, const Model& model) {
     const ListElements<Point> points = list_elements<Point>(model.points);
     for (PointWalk point = points.begin(); point != points.end(); ++point) {
         const unsigned char* colour = point->gouraud;
-        text_put(out, "%-3d   %-3d %-3d %-3d  %-3d\n",
-                 {point.int_key(), int32_t{colour[0]}, int32_t{colour[1]}, int32_t{colour[2]}, int32_t{colour[3]}});
+        text_put(out, "%-3d   %-3d %-3d %-3d  %-3d\n", point.int_key(), colour[0], colour[1], colour[2], colour[3]);
     }
 }
 
@@ -121,7 +122,7 @@ bool has_own_normals(const Triangle& triangle) {
 
 void put_ids(TextOutput& out, const int16_t* ids, int count) {
     text_put(out, " ");
-    for (int i = 0; i < count; ++i) { text_put(out, " %4d", {int32_t{ids[i]}}); }
+    for (int i = 0; i < count; ++i) { text_put(out, " %4d", ids[i]); }
 }
 
 // Intended: the curve type of a quad, and of a triangle above type 3, is written nowhere.
@@ -129,16 +130,14 @@ void put_triangle(TextOutput& out, const Triangle& triangle) {
     const int corners = triangle_corners(&triangle);
     const bool curved = triangle.curve_type != 0;
     const char* kind = curved ? (triangle.quad ? "4" : "3") : (triangle.quad ? "1" : "0");
-    text_put(out, kind);
+    text_put(out, "%s", kind);
     put_ids(out, triangle.points, corners);
     if (curved && !triangle.quad && triangle.curve_type < FIXED_CURVE_TYPE) {
-        text_put(out, "  %d", {int32_t{triangle.curve_type}});
+        text_put(out, "  %d", triangle.curve_type);
     }
     const bool own_controls = curved && has_own_controls(triangle);
     if (has_own_normals(triangle) || own_controls) {
-        if (!triangle.quad && triangle.curve_type == FIXED_CURVE_TYPE) {
-            text_put(out, "  %d", {int32_t{triangle.curve_type}});
-        }
+        if (!triangle.quad && triangle.curve_type == FIXED_CURVE_TYPE) { text_put(out, "  %d", triangle.curve_type); }
         put_ids(out, triangle.normals, corners);
     }
     if (own_controls) { put_ids(out, triangle.controls, 2 * corners); }
@@ -148,16 +147,14 @@ void put_triangle(TextOutput& out, const Triangle& triangle) {
 void put_polygon(TextOutput& out, const Polygon& polygon) {
     text_put(out, "2 ");
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        text_put(out, "%d ", {int32_t{vertex.point}});
+        text_put(out, "%d ", vertex.point);
     }
     text_put(out, "\n");
 }
 
 void put_line(TextOutput& out, const Line& line) {
     text_put(out, "2 ");
-    for (const int32_t& stored : list_elements<int32_t>(line.vertices)) {
-        text_put(out, "%d ", {line_point_id(stored)});
-    }
+    for (const int32_t& stored : list_elements<int32_t>(line.vertices)) { text_put(out, "%d ", line_point_id(stored)); }
     text_put(out, "\n");
 }
 
@@ -174,32 +171,34 @@ void put_uvees(TextOutput& out, const Model& model, const Layer& layer) {
     std::sort(by_slot.begin(), by_slot.end());
     text_put(out, "uvees\n");
     for (const auto& [slot, uvee] : by_slot) {
-        text_put(out, "%d  %.4f  %.4f\n", {list_int_key(&model.points, slot), uvee->u, uvee->v});
+        text_put(out, "%d  %s  %s\n", list_int_key(&model.points, slot), float_to_text(uvee->u, 4).c_str(),
+                 float_to_text(uvee->v, 4).c_str());
     }
 }
 
 // Neither the reflection map nor the repeat factors are written: intended.
 void put_images(TextOutput& out, const Layer& layer) {
     for (const LayerImage& image : list_elements<LayerImage>(layer.images)) {
-        text_put(out, "image  %s  %s %s\n",
-                 {image.names[IMAGE_SLOT_BASE], axis_word(layer.image_axis_u), axis_word(layer.image_axis_v)});
+        text_put(out, "image  %s  %s %s\n", image.names[IMAGE_SLOT_BASE], axis_word(layer.image_axis_u),
+                 axis_word(layer.image_axis_v));
         if (image.names[IMAGE_SLOT_MIRROR][0] != '\0') {
-            text_put(out, "mirrorimage  %s\n", {image.names[IMAGE_SLOT_MIRROR]});
+            text_put(out, "mirrorimage  %s\n", image.names[IMAGE_SLOT_MIRROR]);
         }
     }
 }
 
 void put_layer_head(TextOutput& out, const Layer& layer) {
-    text_put(out, "\nlayer %s %d %d %d %s",
-             {layer.name, layer.colour[0], layer.colour[1], layer.colour[2],
-              layer.singlesided ? "singlesided" : "doublesided"});
-    if (layer.mirror) { text_put(out, " mirror %s", {axis_word(layer.mirror_axis)}); }
+    text_put(out, "\nlayer %s %d %d %d %s", layer.name, layer.colour[0], layer.colour[1], layer.colour[2],
+             layer.singlesided ? "singlesided" : "doublesided");
+    if (layer.mirror) { text_put(out, " mirror %s", axis_word(layer.mirror_axis)); }
     text_put(out, "\n");
     if (layer.invisible) {
         const int32_t* key = layer.invisible_colour;
-        text_put(out, "invisible %d %d %d\n", {key[0], key[1], key[2]});  // in bytes: intended
+        text_put(out, "invisible %d %d %d\n", key[0], key[1], key[2]);  // in bytes: intended
     }
-    if (layer.transparency != 0.0f) { text_put(out, "transparency %.4f\n", {layer.transparency}); }
+    if (layer.transparency != 0.0f) {
+        text_put(out, "transparency %s\n", float_to_text(layer.transparency, 4).c_str());
+    }
 }
 
 void put_layer(TextOutput& out, const Model& model, const Layer& layer) {
@@ -219,14 +218,15 @@ void put_layer(TextOutput& out, const Model& model, const Layer& layer) {
 
 void put_children(TextOutput& out, const Model& model) {
     for (const ChildLink& link : list_elements<ChildLink>(model.children)) {
-        text_put(out, "child  %-8s  %5d %5d %5d  %6.3f %6.3f %6.3f  %5s %5s %5s\n",
-                 {link.name, whole(link.position.x), whole(link.position.y), whole(link.position.z), link.scale.x,
-                  link.scale.y, link.scale.z, link.rotate[0], link.rotate[1], link.rotate[2]});
+        text_put(out, "child  %-8s  %5d %5d %5d  %6s %6s %6s  %5s %5s %5s\n", link.name, whole(link.position.x),
+                 whole(link.position.y), whole(link.position.z), thousandths(link.scale.x).c_str(),
+                 thousandths(link.scale.y).c_str(), thousandths(link.scale.z).c_str(), link.rotate[0], link.rotate[1],
+                 link.rotate[2]);
     }
 }
 
 void put_model(TextOutput& out, const Model& model, const char* file_name) {
-    text_put(out, "#\n# model: %s\n#\n", {text_for_comment(file_name).c_str()});
+    text_put(out, "#\n# model: %s\n#\n", text_for_comment(file_name).c_str());
     put_joints(out, model);
     put_points(out, model);
     put_normals(out, model);

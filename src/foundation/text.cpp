@@ -131,6 +131,11 @@ size_t float_to_text(double value, int decimals, char* buffer, size_t size) {
     return length;
 }
 
+std::string float_to_text(double value, int decimals) {
+    char number[NUMBER_SIZE];
+    return std::string(number, float_to_text(value, decimals, number, sizeof number));
+}
+
 char* str_field(const char* text, char separator, int n) {
     if (text == nullptr || n < 0) { return nullptr; }
     const char* start = text;

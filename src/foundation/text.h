@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace pelt {
 
@@ -29,6 +30,7 @@ float to_float(double value);
 // Writes a number with the given count of decimals, as "%.*f" does; a non-number is always "nan", without a sign.
 // Cuts to size (which counts the terminator); returns the length written.
 size_t float_to_text(double value, int decimals, char* buffer, size_t size);
+std::string float_to_text(double value, int decimals);  // uncut
 
 // Field n (from 0) of the text between separators, as a new heap text; null when there is no such field or it is empty.
 char* str_field(const char* text, char separator, int n);
