@@ -103,12 +103,12 @@ int32_t float_to_int(double value) {
 }
 
 float to_float(double value) {
-    constexpr double largest = std::numeric_limits<float>::max();
-    constexpr double rounds_up = 0x1.ffffffp127;  // half a step above the largest float
+    constexpr double LARGEST = std::numeric_limits<float>::max();
+    constexpr double ROUNDS_UP = 0x1.ffffffp127;  // half a step above the largest float
     const double magnitude = std::fabs(value);
-    if (magnitude > largest) {
+    if (magnitude > LARGEST) {
         const float result =
-            magnitude < rounds_up ? std::numeric_limits<float>::max() : std::numeric_limits<float>::infinity();
+            magnitude < ROUNDS_UP ? std::numeric_limits<float>::max() : std::numeric_limits<float>::infinity();
         return value < 0.0 ? -result : result;
     }
     return static_cast<float>(value);
