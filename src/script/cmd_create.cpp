@@ -35,6 +35,11 @@ int create_window(const char* name, const char* parent) {
         msg_error("sorvel: can only support 1 window at the moment.");
         return 0;
     }
+    if (!tk_bind()) {
+        msg_error("sorvel: a window needs Tk, and this interpreter has none: package require Tk");
+        return 0;
+    }
+    gl_system_bind(tk_instance());
     const WindowHandle parent_window = tk_native_window(parent);
     if (parent_window == 0) {
         msg_error("sorvel: cannot get handle for parent window.");

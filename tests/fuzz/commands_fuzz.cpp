@@ -76,6 +76,7 @@ void make_interpreter() {
     for (const char* name : {"report", "pointer", "tk_messageBox"}) {
         Tcl_CreateCommand(interp, name, callback, nullptr, nullptr);
     }
+    Tcl_PkgProvide(interp, "Tk", "8.6");  // the one that stands in for it
     tcl_glue_init(interp);
     tcl_glue()->interp = interp;
     Tcl_CreateCommand(interp, "sorvel", sorvel, nullptr, nullptr);
