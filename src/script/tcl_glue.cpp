@@ -172,7 +172,7 @@ void tcl_error_line(const std::string& text) {
     Tcl_Channel channel = tcl_interp() != nullptr ? Tcl_GetStdChannel(TCL_STDERR) : nullptr;
     if (channel == nullptr) { return; }
     const std::string line = text + "\n";
-    Tcl_WriteChars(channel, line.c_str(), text_length(line.size()));
+    Tcl_WriteChars(channel, line.c_str(), static_cast<int>(line.size()));
     Tcl_Flush(channel);
 }
 

@@ -1,6 +1,6 @@
 // Lines of words for the script command, over files of the input, with a frame after each; in a real Tcl that has a
-// few commands only; a line of tabs is a call of the verb "scene". What surprises: no line of the input may hold a bracket, so that a bracketed word that is run can
-// only have come out of a file, and that is a finding.
+// few commands only; a line of tabs is a call of the verb "scene". What surprises: no line of the input may hold a
+// bracket, so that a bracketed word that is run can only have come out of a file, and that is a finding.
 //
 // The file "commands" of the input holds the lines. A line that begins with '!' is an event of the window, one that
 // begins with '?' is kept for the next callback, which runs it from inside.
