@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "window/cursor_file.h"
+#include "window/x11/cursor_file.h"
 
 namespace pelt {
 

@@ -2,7 +2,7 @@
 // bottom. What surprises: the height in the bitmap counts both halves. Every offset and size in the file is taken for a
 // lie until it was held against the bytes that are there; of the files of X, which a library reads, nothing else is
 // done here.
-#include "window/cursor_file.h"
+#include "window/x11/cursor_file.h"
 
 #include <algorithm>
 #include <cstdlib>
