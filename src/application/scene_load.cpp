@@ -2,7 +2,6 @@
 // report runs scripts, and these would find a scene that is neither the old one nor the new one.
 #include "application/scene_load.h"
 
-#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -21,10 +20,6 @@
 namespace pelt {
 
 namespace {
-
-struct Freer {
-    void operator()(AnimationSet* set) const { std::free(set); }
-};
 
 // What was read beside the scene, and is released unless the scene takes it over.
 struct Staged {
@@ -67,7 +62,7 @@ void note_unread_clips(const AnimationClip& clip, std::vector<LoadFailure>* prob
 }
 
 bool stage_list(const std::string& path, const std::string& base, Staged* staged) {
-    const std::unique_ptr<AnimationSet, Freer> set(animation_load(path.c_str(), {base.c_str(), true}));
+    const std::unique_ptr<AnimationSet> set(animation_load(path.c_str(), {base.c_str(), true}));
     if (set == nullptr) { return false; }
     for (int32_t row = 0; row < set->count; ++row) {
         staged->roots.push_back(RootModel{set->models[row], set->animations[row], row + 1});

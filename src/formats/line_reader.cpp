@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <new>
 
 #include "foundation/file_access.h"
 #include "foundation/load_error.h"
@@ -257,10 +258,18 @@ void start(LineReader& reader, const char* file_name, const char* comment_chars,
     reader.data = nullptr;
 }
 
+// A line that asks for more memory than there is ends the read with a text, as a bad one does.
 void hand_over(LineReader& reader, LineCallback callback, void* context) {
-    callback(context);
+    bool refused = false;
+    try {
+        callback(context);
+    } catch (const std::bad_alloc&) { refused = true; }
     if (current_reader != &reader) {
         make_current(&reader);  // a nested read ran
+    }
+    if (refused) {
+        load_error_set("out of memory");
+        reader.abort = true;
     }
 }
 

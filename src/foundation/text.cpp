@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -148,11 +147,9 @@ char* str_field(const char* text, char separator, int n) {
     while (*end != '\0' && *end != separator) { ++end; }
     if (end == start) { return nullptr; }
     const auto length = static_cast<size_t>(end - start);
-    auto* field = static_cast<char*>(std::malloc(length + 1));
-    if (field != nullptr) {
-        std::memcpy(field, start, length);
-        field[length] = '\0';
-    }
+    auto* field = new char[length + 1];
+    std::memcpy(field, start, length);
+    field[length] = '\0';
     return field;
 }
 
@@ -168,12 +165,10 @@ char* str_replace_char(char* text, char from, char to) {
 char* str_dup(const char* text) {
     if (text == nullptr) { return nullptr; }
     const size_t size = std::strlen(text) + 1;
-    auto* copy = static_cast<char*>(std::malloc(size));
-    if (copy != nullptr) { std::memcpy(copy, text, size); }
-    return copy;
+    return static_cast<char*>(std::memcpy(new char[size], text, size));
 }
 
-void str_free(char* text) { std::free(text); }
+void str_free(char* text) { delete[] text; }
 
 size_t text_cut_length(const char* text, size_t length) {
     const size_t farthest = length < UTF8_LENGTH_MAX - 1 ? length : UTF8_LENGTH_MAX - 1;

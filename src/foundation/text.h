@@ -1,5 +1,5 @@
 // Small text utilities: word classes, number conversion that never overflows, heap copies.
-// All texts are zero-terminated bytes; heap texts come from malloc and are released with str_free.
+// All texts are zero-terminated bytes; heap texts are released with str_free.
 #pragma once
 
 #include <cstddef>

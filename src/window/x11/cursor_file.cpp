@@ -178,6 +178,7 @@ bool cursor_file_parse(const uint8_t* bytes, size_t size, CursorImage* image) {
 
     const size_t count = static_cast<size_t>(layout.width) * static_cast<size_t>(layout.height);
     image->pixels = static_cast<uint32_t*>(std::malloc(count * sizeof(uint32_t)));
+    if (image->pixels == nullptr) { return false; }
     image->width = layout.width;
     image->height = layout.height;
     image->hot_x = std::min(entry.hot_x, layout.width - 1);
