@@ -239,7 +239,7 @@ bool refuse(const char* text) {
 }  // namespace
 
 bool scene_open(Application* app, const char* path, SceneLoad* out) {
-    const std::string name = path;
+    const std::string name = path_with_separators(path);
     Session* session = &app->session;
     session_status(session, "Loading...");
     Staged staged;
@@ -257,7 +257,7 @@ bool scene_open(Application* app, const char* path, SceneLoad* out) {
 }
 
 bool scene_add(Application* app, const char* path, SceneLoad* out) {
-    const std::string name = path;
+    const std::string name = path_with_separators(path);
     Session* session = &app->session;
     session_status(session, "Loading...");
     Staged staged;
