@@ -266,13 +266,6 @@ void model_write(const Model* model) {
     file_close(slot);
 }
 
-int model_write_stream(const Model* model, const char* file_name, std::FILE* stream) {
-    if (model == nullptr || stream == nullptr) { return 0; }
-    TextOutput out = text_output_to_stream(stream);
-    put_model(out, *model, file_name);
-    return text_finish(out) ? 1 : 0;
-}
-
 std::string model_write_text(const Model* model, const char* file_name) {
     std::string text;
     if (model != nullptr) {

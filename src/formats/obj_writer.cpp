@@ -110,13 +110,6 @@ int model_write_obj(const Model* model, const char* path) {
     return 1;
 }
 
-int model_write_obj_stream(const Model* model, const char* file_name, std::FILE* stream) {
-    if (model == nullptr || stream == nullptr) { return 0; }
-    TextOutput out = text_output_to_stream(stream);
-    put_obj(out, *model, file_name);
-    return text_finish(out) ? 1 : 0;
-}
-
 std::string model_write_obj_text(const Model* model, const char* file_name) {
     std::string text;
     if (model != nullptr) {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdio>
 
 #include "foundation/file_access.h"
 
@@ -15,10 +16,6 @@ constexpr size_t PIECE_SIZE = 512;  // most pieces are shorter
 
 bool take_to_slot(void* context, const char* bytes, size_t size) {
     return file_write(*static_cast<const int*>(context), bytes, 1, size) == size;
-}
-
-bool take_to_stream(void* context, const char* bytes, size_t size) {
-    return std::fwrite(bytes, 1, size, static_cast<std::FILE*>(context)) == size;
 }
 
 bool take_to_string(void* context, const char* bytes, size_t size) {
@@ -36,8 +33,6 @@ void hand_on(TextOutput& out) {
 }  // namespace
 
 TextOutput text_output_to_slot(const int* slot) { return TextOutput{take_to_slot, const_cast<int*>(slot), {}, false}; }
-
-TextOutput text_output_to_stream(std::FILE* stream) { return TextOutput{take_to_stream, stream, {}, false}; }
 
 TextOutput text_output_to_string(std::string* text) { return TextOutput{take_to_string, text, {}, false}; }
 

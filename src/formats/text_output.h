@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
 #include <string>
 
 namespace pelt {
@@ -17,9 +16,8 @@ struct TextOutput {
     bool failed;          // something was not taken; nothing more is handed on
 };
 
-// Text that goes to a slot of the table of open files, and to a stream of the system. Neither is closed here.
+// Text that goes to a slot of the table of open files, which is not closed here.
 TextOutput text_output_to_slot(const int* slot);
-TextOutput text_output_to_stream(std::FILE* stream);
 
 // Text that is appended to a string, which outlives the output.
 TextOutput text_output_to_string(std::string* text);

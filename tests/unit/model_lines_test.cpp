@@ -21,6 +21,17 @@ TEST_F(ModelLines, CommentsAndUnknownWordsArePassedOver) {
     EXPECT_EQ(model_count_points(model.get()), 2) << "the mode stays behind an unknown word";
 }
 
+TEST_F(ModelLines, TheWordsThatBeginALineAreKnown) {
+    for (const char* word : {"points", "normals", "layer", "transparency", "reflect", "invisible", "joint", "blend",
+                             "triangles", "lines", "goraud", "gouraud", "uvees", "image", "mirrorimage", "child"}) {
+        EXPECT_TRUE(model_knows_keyword(word)) << word;
+    }
+    for (const char* word : {"", "Points", "point", "pointss", "#"}) {
+        EXPECT_FALSE(model_knows_keyword(word)) << word;
+    }
+    EXPECT_FALSE(model_knows_keyword(nullptr));
+}
+
 TEST_F(ModelLines, ReadingStopsBehindTheFirstFailure) {
     const ModelPtr model(model_create("m.mod", nullptr));
     EXPECT_EQ(model_read_data(model.get(), "points\n1 0 0 0\n2 0\n3 0 0 0\n"), 0);

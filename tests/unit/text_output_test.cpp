@@ -105,6 +105,15 @@ TEST(TextOutput, ASlotOfTheTableOfFilesTakesTheText) {
     EXPECT_FALSE(text_finish(out)) << "the slot is closed";
 }
 
+TEST(TextOutput, AFileThatTakesNothingIsTold) {
+    const int slot = file_open("/dev/full", "w");
+    if (slot < 0) { GTEST_SKIP() << "no /dev/full here"; }
+    TextOutput out = text_output_to_slot(&slot);
+    text_put(out, "%s", std::string(200000, 'x').c_str());
+    EXPECT_FALSE(text_finish(out));
+    file_close(slot);
+}
+
 TEST(TextOutput, ACommentHoldsNoLineEnds) {
     EXPECT_EQ(text_for_comment("a\nb\tc\x7F\x01 d\xC3\xA4"), "a?b?c?? d\xC3\xA4");
     EXPECT_EQ(text_for_comment(nullptr), "");
