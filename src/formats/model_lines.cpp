@@ -350,8 +350,6 @@ const Keyword* find_keyword(const char* word) {
 
 }  // namespace
 
-bool model_knows_keyword(const char* word) { return find_keyword(word) != nullptr; }
-
 void model_parse_line(ModelFileContext* file) {
     if (reader_is_int(0)) {
         parse_data(*file);
