@@ -131,7 +131,7 @@ void remark_line(LineRemarks& remarks, LineMode mode) {
 void remark_file(LineRemarks& remarks, const Model* model) {
     tell_high_ids(remarks, remarks.points, "a point id above 32767, which no primitive can name");
     tell_high_ids(remarks, remarks.references, "a primitive names an id above 32767, which is cut to 16 bits");
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); remarks.strict && point != points.end(); ++point) {
         if (remarks.point_ids.count(point.int_key()) == 0) {
             remarks.remark(remarks.normal_lines[point.int_key()],

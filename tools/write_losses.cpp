@@ -39,8 +39,6 @@ std::string counted(int32_t count, const std::string& noun) {
 
 std::string of_layer(const Layer& layer) { return "layer " + std::string(layer.name) + ": "; }
 
-bool has_surface(const Layer& layer) { return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0; }
-
 // How often something was met, and where first.
 struct Tally {
     int32_t count = 0;
@@ -335,7 +333,7 @@ void check_images(Losses& losses, const Model&, const Layer& layer) {
     if (layer.image_repeat && repeat_matters(layer)) {
         lose(losses, of_layer(layer) + "the repeat factors of the image are not written");
     }
-    const bool surface = has_surface(layer);
+    const bool surface = layer_has_surface(layer);
     if (surface && image->names[IMAGE_SLOT_BASE][0] == '\0') {
         break_file(losses, of_layer(layer) + "its image line comes out without a file name");
     }
@@ -345,9 +343,9 @@ void check_images(Losses& losses, const Model&, const Layer& layer) {
 }
 
 void check_uvees(Losses& losses, const Model& model, const Layer& layer) {
-    const bool surface = has_surface(layer);
+    const bool surface = layer_has_surface(layer);
     int32_t lost = 0;
-    const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
+    const auto uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         lost += !surface || list_find(&model.points, uvee.int_key()) == nullptr;
     }

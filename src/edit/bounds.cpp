@@ -98,7 +98,7 @@ Vec3 scene_centre(Session* session) {
 Vec3 selection_centre(Session* session) {
     if (session == nullptr) { return Vec3{}; }
     JoinedBox joined;
-    const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
+    const auto entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         const Model* model = selection_entry_model(session, entry.int_key(), &*entry);
         if (model == nullptr) { continue; }

@@ -37,7 +37,7 @@ void add_laid(KeyedList* laid, int32_t id, const Point& point) {
 
 int selection_pancake(Session* session) {
     if (session == nullptr) { return 0; }
-    const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
+    const auto entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         if (!model_pancake(selection_entry_model(session, entry.int_key(), &*entry))) { return 0; }
     }
@@ -49,7 +49,7 @@ int model_pancake(Model* model) {
     KeyedList laid{};
     list_init(&laid, sizeof(Point), KEY_INT);
     for (const Layer& layer : list_elements<Layer>(model->layers)) { pancake_layer(model, &laid, layer); }
-    const ListElements<Point> points = list_elements<Point>(laid);
+    const auto points = list_elements<Point>(laid);
     for (auto point = points.begin(); point != points.end(); ++point) {
         if (Point* stored = model_find_point(model, point.int_key())) { *stored = *point; }
     }

@@ -25,8 +25,6 @@ constexpr const char* NAMELESS_FILE = "noname.mod";
 constexpr size_t EXTENSION_SIZE = 4;  // a dot and three characters
 constexpr int FIXED_CURVE_TYPE = 3;   // a curved triangle of this type or above says nothing of it before its normals
 
-using PointWalk = ListElements<Point>::iterator;
-
 struct WrittenPoint {
     int32_t id;
     const Point* point;
@@ -37,8 +35,8 @@ using PointsByJoint = std::unordered_map<const Joint*, std::vector<WrittenPoint>
 
 PointsByJoint points_by_joint(const Model& model) {
     PointsByJoint groups;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+    const auto points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
         groups[point->joint_a].push_back(WrittenPoint{point.int_key(), &*point});
     }
     return groups;
@@ -88,8 +86,8 @@ void put_points(TextOutput& out, const Model& model) {
 // Every point has its line, also in a model without normals: intended.
 void put_normals(TextOutput& out, const Model& model) {
     text_put(out, "\nnormals\n");
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+    const auto points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
         const Vec3& normal = point->normal;
         text_put(out, "%-3d   %6s %6s %6s\n", point.int_key(), thousandths(normal.x).c_str(),
                  thousandths(normal.y).c_str(), thousandths(normal.z).c_str());
@@ -98,8 +96,8 @@ void put_normals(TextOutput& out, const Model& model) {
 
 void put_colours(TextOutput& out, const Model& model) {
     text_put(out, "\ngouraud\n");
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+    const auto points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
         const unsigned char* colour = point->gouraud;
         text_put(out, "%-3d   %-3d %-3d %-3d  %-3d\n", point.int_key(), colour[0], colour[1], colour[2], colour[3]);
     }
@@ -163,7 +161,7 @@ void put_line(TextOutput& out, const Line& line) {
 // In the order of the model's points; one that is no point of the model itself is left out.
 void put_uvees(TextOutput& out, const Model& model, const Layer& layer) {
     std::vector<std::pair<int32_t, const Uvee*>> by_slot;
-    const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
+    const auto uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         const int32_t slot = list_index_of(&model.points, uvee.int_key(), 0);
         if (slot >= 0) { by_slot.emplace_back(slot, &*uvee); }
@@ -203,7 +201,7 @@ void put_layer_head(TextOutput& out, const Layer& layer) {
 
 void put_layer(TextOutput& out, const Model& model, const Layer& layer) {
     put_layer_head(out, layer);
-    if (list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0) {
+    if (layer_has_surface(layer)) {
         text_put(out, "triangles\n");
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) { put_triangle(out, triangle); }
         for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { put_polygon(out, polygon); }

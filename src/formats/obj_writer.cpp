@@ -25,7 +25,7 @@ constexpr const char* HEAD = "# This file was generated automatically by Sorvel.
 std::vector<int32_t> number_points(const Model& model) {
     std::vector<int32_t> numbers(static_cast<size_t>(model.points.capacity), 0);
     int32_t number = 0;
-    const ListElements<Point> points = list_elements<Point>(model.points);
+    const auto points = list_elements<Point>(model.points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         numbers[static_cast<size_t>(point.slot())] = ++number;
     }

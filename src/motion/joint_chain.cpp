@@ -1,8 +1,6 @@
-// Joints: their run-time records, and their evaluation at a time, parents first.
-//
-// What surprises: nothing here recurses along data that a file supplies. A joint climbs to the top of its chain first,
-// which is evaluated downwards. A circle of joints is cut when the records are made, so that the parents of JointStates
-// never form one.
+// Joints: their run-time records, and their evaluation at a time, parents first. Nothing recurses along data that a
+// file supplies: a joint climbs to the top of its chain, which is evaluated downwards. A circle of joints is cut when
+// the records are made, so that the parents of JointStates never form one.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -37,13 +35,13 @@ JointState* new_joint_state(Session* session, const Model* model, Joint* joint) 
     return state;
 }
 
-Joint* joint_parent(const Model* model, const Joint* joint) {
+Joint* joint_parent(Model* model, const Joint* joint) {
     return joint->parent_name[0] == '\0' ? nullptr : model_find_joint(model, joint->parent_name);
 }
 
 // The joint of a circle whose link is left out: the one that hangs on the member standing first in the model's list,
 // so that the result does not depend on where a walk came into the circle. All members have their records.
-Joint* circle_closer(const Session* session, const Model* model, Joint* member) {
+Joint* circle_closer(const Session* session, Model* model, Joint* member) {
     Joint* closer = member;
     int32_t first_slot = std::numeric_limits<int32_t>::max();
     Joint* joint = member;
@@ -68,7 +66,7 @@ void link_joint_state(Session* session, Joint* joint, Joint* parent) {
 
 // Makes the records of a joint and of all its ancestors that have none, so that each link is followed once in the life
 // of a record and a circle shows itself as a record made in this very walk.
-void make_joint_states(Session* session, const Model* model, Joint* joint) {
+void make_joint_states(Session* session, Model* model, Joint* joint) {
     std::vector<const Joint*> made;
     while (new_joint_state(session, model, joint) != nullptr) {
         made.push_back(joint);
@@ -106,10 +104,7 @@ void evaluate_joint(float time, ModelAnimation* animation, const Joint* joint, J
     }
     mat_multiply(&state->inverse_base, &state->world, &state->skin);
     mat_copy(&state->world, &state->normal_matrix);
-    float* normal = state->normal_matrix.m;
-    normal[3] = normal[7] = normal[11] = 0.0f;
-    normal[12] = normal[13] = normal[14] = 0.0f;
-    normal[15] = 1.0f;
+    mat_drop_translation(&state->normal_matrix);
     mat_transform_point(&state->skin, &joint->position, &state->position);
 }
 

@@ -1,7 +1,5 @@
 // The scene at a time: of each model its joints, then points, then child links, then its own placement, which may hang
-// on a joint of another model.
-//
-// What surprises: a model climbs to the top of what it hangs on first, and a circle of models is cut while climbing.
+// on a joint of another model. A model climbs to the top of what it hangs on first; a circle of models is cut there.
 #include <algorithm>
 #include <limits>
 #include <vector>

@@ -39,7 +39,7 @@ struct MirroredCorner {
 
 std::string mirror_layer_name(const Layer& layer) { return std::string(layer.name) + "_mirror"; }
 
-Point* own_point(const Model* model, int32_t id) { return list_find<Point>(&model->points, id); }
+const Point* own_point(const Model* model, int32_t id) { return list_find<Point>(&model->points, id); }
 
 int32_t slot_of(const MirrorBake& bake, int32_t id) { return list_index_of(&bake.model->points, id, 0); }
 
@@ -52,7 +52,7 @@ int32_t id_of(const MirrorBake& bake, const ExactIndex& index, const Vec3& vecto
 MirrorBake begin_bake(Model* model) {
     MirrorBake bake{model, {}, {}, false, int64_t{model_highest_point(model)} + 1, 0, false};
     exact_index_reserve(&bake.places, static_cast<uint32_t>(list_count(&model->points)));
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         exact_index_add(&bake.places, point->position, point.slot());
     }
@@ -63,7 +63,7 @@ MirrorBake begin_bake(Model* model) {
 int32_t find_normal(MirrorBake* bake, const Vec3& normal) {
     if (!bake->normals_known) {
         exact_index_reserve(&bake->normals, static_cast<uint32_t>(list_count(&bake->model->points)));
-        const ListElements<Point> points = list_elements<Point>(bake->model->points);
+        const auto points = list_elements<Point>(bake->model->points);
         for (auto point = points.begin(); point != points.end(); ++point) {
             exact_index_add(&bake->normals, point->normal, point.slot());
         }

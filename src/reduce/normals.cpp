@@ -1,7 +1,6 @@
 // Makes normals from faces. What surprises: a direction counts once, however many faces have it, and only the first six
-// directions count; and the first vertex of a strip hears the second face too, of which it is no corner. Both are
-// intended. The faces are walked once and noted at the points that they touch, which gives each point the order in
-// which a walk for that point alone would meet them.
+// directions count; intended. The faces are walked once and noted at the points that they touch, which gives each point
+// the order in which a walk for that point alone would meet them.
 #include "reduce/normals.h"
 
 #include <cmath>
@@ -59,14 +58,12 @@ bool corner_places(const Model* model, int32_t a, int32_t b, int32_t c, Vec3 out
     return true;
 }
 
-bool is_finite(const Vec3& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
-
 Face face_of(const Rebuild& rebuild, int32_t a, int32_t b, int32_t c) {
     Vec3 places[3];
     if (!corner_places(rebuild.model, a, b, c, places)) { return {{}, false}; }
     Face face{triangle_normal(places), true};
     vec_normalise(&face.normal);
-    face.valid = !rebuild.finite_only || is_finite(face.normal);
+    face.valid = !rebuild.finite_only || vec_is_finite(face.normal);
     return face;
 }
 
@@ -112,7 +109,7 @@ Vec3 normal_of(const Directions& directions, bool finite_only) {
     if (directions.count == 0) { return {0.0f, 0.0f, 1.0f}; }
     Vec3 normal = vec_average(directions.found, directions.count);
     vec_normalise(&normal);
-    return finite_only && !is_finite(normal) ? directions.found[0] : normal;
+    return finite_only && !vec_is_finite(normal) ? directions.found[0] : normal;
 }
 
 void make_curved(Triangle* triangle) {
@@ -128,7 +125,7 @@ int rebuild_normals(Model* model, bool finite_only) {
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) { note_triangle(&rebuild, triangle); }
         for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { note_polygon(&rebuild, polygon); }
     }
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         const Vec3 normal = normal_of(rebuild.directions[static_cast<size_t>(point.slot())], finite_only);
         model_set_normal(model, point.int_key(), normal.x, normal.y, normal.z);
@@ -144,7 +141,7 @@ int model_rebuild_finite_normals(Model* model) { return rebuild_normals(model, t
 
 int model_make_curved(Model* model) {
     if (model == nullptr) { return 0; }
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+    for (Layer& layer : list_elements<Layer>(model->layers)) {
         for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
             if (triangle.curve_type == 0) { make_curved(&triangle); }
         }

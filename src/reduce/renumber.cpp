@@ -22,7 +22,7 @@ using PointOrder = std::vector<OrderedPoint>;
 
 PointOrder list_order(const Model* model) {
     PointOrder order;
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) { order.push_back({point.int_key(), &*point}); }
     return order;
 }
@@ -72,7 +72,7 @@ void order_points(Model* model, const PointOrder& order) {
     model->points = points;
 }
 
-void renumber_surface(const Numbers& numbers, const Layer& layer) {
+void renumber_surface(const Numbers& numbers, Layer& layer) {
     for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         for (int16_t& id : triangle.points) { id = number_of(numbers, id); }
         for (int16_t& id : triangle.normals) { id = number_of(numbers, id); }
@@ -86,20 +86,20 @@ void renumber_surface(const Numbers& numbers, const Layer& layer) {
     }
 }
 
-void renumber_lines_and_uvees(const Numbers& numbers, Layer* layer) {
-    for (const Line& line : list_elements<Line>(layer->lines)) {
+void renumber_lines_and_uvees(const Numbers& numbers, Layer& layer) {
+    for (Line& line : list_elements<Line>(layer.lines)) {
         for (int32_t& stored : list_elements<int32_t>(line.vertices)) {
             stored = number_of(numbers, line_point_id(stored));
         }
     }
     KeyedList uvees{};
     list_init(&uvees, sizeof(Uvee), KEY_INT);
-    for (const Uvee& old : list_elements<Uvee>(layer->uvees)) {
+    for (const Uvee& old : list_elements<Uvee>(layer.uvees)) {
         const int32_t number = number_of(numbers, old.point);
         if (number > 0) { *list_add<Uvee>(&uvees, number) = Uvee{number, old.u, old.v}; }
     }
-    list_free(&layer->uvees);
-    layer->uvees = uvees;
+    list_free(&layer.uvees);
+    layer.uvees = uvees;
 }
 
 }  // namespace
@@ -107,7 +107,7 @@ void renumber_lines_and_uvees(const Numbers& numbers, Layer* layer) {
 int model_renumber_points(Model* model) {
     if (model == nullptr || list_count(&model->joints) == 0 || !point_id_fits(list_count(&model->points))) { return 0; }
     const Numbers numbers = numbers_by(list_order(model));
-    for (const Layer& layer : list_elements<Layer>(model->layers)) { renumber_surface(numbers, layer); }
+    for (Layer& layer : list_elements<Layer>(model->layers)) { renumber_surface(numbers, layer); }
     order_points(model, joint_order(model));
     return 1;
 }
@@ -120,7 +120,7 @@ int model_number_by_joint(Model* model) {
     const Numbers numbers = numbers_by(order);
     for (Layer& layer : list_elements<Layer>(model->layers)) {
         renumber_surface(numbers, layer);
-        renumber_lines_and_uvees(numbers, &layer);
+        renumber_lines_and_uvees(numbers, layer);
     }
     order_points(model, order);
     return 1;

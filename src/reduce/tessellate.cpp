@@ -216,7 +216,7 @@ int64_t count_new_points(const Model* model) {
 }
 
 void remove_curved(Layer* layer) {
-    const ListElements<Triangle> triangles = list_elements<Triangle>(layer->triangles);
+    const auto triangles = list_elements<Triangle>(layer->triangles);
     for (auto triangle = triangles.begin(); triangle != triangles.end(); ++triangle) {
         if (triangle->curve_type > 0) { list_remove_slot(&layer->triangles, triangle.slot()); }
     }

@@ -1,6 +1,5 @@
-// Splits flat quads and polygons into triangles. What surprises: a polygon with an odd number of vertices leaves its
-// last triangle twice, and the triangles forget the normals that the polygon's vertices named. Both are intended, as is
-// that a triangle which cannot be added is lost and ends a read in progress.
+// Splits flat quads and polygons into triangles. What surprises: the triangles forget the normals that the polygon's
+// vertices named, and one that cannot be added is lost and ends a read in progress. Both are intended.
 #include <vector>
 
 #include "formats/line_reader.h"
@@ -21,7 +20,7 @@ void split_quad(Model* model, const Layer& layer, Triangle* quad) {
     model_add_triangle(model, layer.name, 0, points, normals, nullptr, 0);
 }
 
-void split_quads(Model* model, const Layer& layer) {
+void split_quads(Model* model, Layer& layer) {
     for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         if (triangle.quad && triangle.curve_type == 0) { split_quad(model, layer, &triangle); }
     }
@@ -46,7 +45,7 @@ void split_polygons(Model* model, Layer* layer) {
     for (const Polygon& polygon : list_elements<Polygon>(layer->polygons)) {
         split_strip(model, *layer, polygon_strip(polygon));
     }
-    const ListElements<Polygon> polygons = list_elements<Polygon>(layer->polygons);
+    const auto polygons = list_elements<Polygon>(layer->polygons);
     for (auto polygon = polygons.begin(); polygon != polygons.end(); ++polygon) {
         list_free(&polygon->vertices);
         list_remove_slot(&layer->polygons, polygon.slot());

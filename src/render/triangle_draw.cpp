@@ -147,9 +147,7 @@ void reflection_coords(const Vec3* const* positions, const Vec3* const* normals,
     glGetFloatv(GL_MODELVIEW_MATRIX, columns.m);
     mat_transpose(&columns, &view);
     turn = view;
-    turn.m[3] = turn.m[7] = turn.m[11] = 0.0f;
-    turn.m[12] = turn.m[13] = turn.m[14] = 0.0f;
-    turn.m[15] = 1.0f;
+    mat_drop_translation(&turn);
     glGetFloatv(GL_PROJECTION_MATRIX, columns.m);
     mat_transpose(&columns, &projection);
     mat_multiply(&view, &projection, &screen);

@@ -8,7 +8,7 @@ namespace {
 
 int32_t slot_of(const Model* model, int32_t id) { return list_index_of(&model->points, id, 0); }
 
-Point* find_point(const Model* model, int32_t reference, bool by_slot) {
+const Point* find_point(const Model* model, int32_t reference, bool by_slot) {
     return by_slot ? list_at<Point>(&model->points, reference, 0) : list_find<Point>(&model->points, reference);
 }
 

@@ -1,5 +1,5 @@
-// Measures trees of child models. What surprises: a model that is lent to several others is met several times in one
-// tree, so what is known of a model is kept and not worked out again, or a small scene could take for ever.
+// Measures trees of child models. A model that is lent to several others is met several times in one tree, so what is
+// known of a model is kept and not worked out again, or a small scene could take for ever.
 #include "scene/model_tree.h"
 
 #include <algorithm>

@@ -125,7 +125,7 @@ int model_add_line(Model* model, const char* layer, int count, const int32_t* po
     list_init(&line->vertices, sizeof(int32_t), KEY_NONE);
     line->vertex_count = clamp_vertex_count(count);
     for (int i = 0; i < line->vertex_count; ++i) {
-        *static_cast<int32_t*>(list_add(&line->vertices, i)) = points[i];
+        *list_add<int32_t>(&line->vertices, i) = points[i];
         grow_mirrored(model, target, points[i]);
     }
     line->id = take_id(&next_line_id);

@@ -60,7 +60,7 @@ void joint_gain_point(Joint* joint) {
     if (joint->point_count < INT32_MAX) { ++joint->point_count; }
 }
 
-Joint* model_find_joint(const Model* model, const char* name) {
+const Joint* model_find_joint(const Model* model, const char* name) {
     if (model == nullptr || name == nullptr || str_equal(name, WORLD)) { return nullptr; }
     return list_find<Joint>(&model->joints, name);
 }
@@ -102,7 +102,7 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
     return link;
 }
 
-ChildLink* model_find_child(const Model* model, const char* name) {
+ChildLink* model_find_child(Model* model, const char* name) {
     if (model == nullptr || name == nullptr) { return nullptr; }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (str_equal(link.name, name)) { return &link; }

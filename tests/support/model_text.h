@@ -44,7 +44,7 @@ void tell_array(std::ostream& out, const char* name, const Number* numbers, int 
 inline const char* joint_name(const Joint* joint) { return joint != nullptr ? joint->name : "none"; }
 
 inline void tell_points(std::ostream& out, const Model& model) {
-    const ListElements<Point> points = list_elements<Point>(model.points);
+    const auto points = list_elements<Point>(model.points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         out << "point " << point.int_key() << " " << point->position << " weight " << point->weight << " normal "
             << point->normal << " joints " << joint_name(point->joint_a) << "/" << joint_name(point->joint_b);

@@ -202,7 +202,7 @@ TEST_F(ModelLines, ALineOfTypeTwoIsAPolyline) {
     ASSERT_EQ(list_count(&layer(model).lines), 2);
     const auto* line = list_at<const Line>(&layer(model).lines, 0, 0);
     EXPECT_EQ(line->vertex_count, 3);
-    EXPECT_EQ(*static_cast<int32_t*>(list_at(&line->vertices, 1, 0)), 3);
+    EXPECT_EQ(*list_at<int32_t>(&line->vertices, 1, 0), 3);
 }
 
 TEST_F(ModelLines, OtherTypesOfLinesAreIgnored) {

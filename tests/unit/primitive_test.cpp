@@ -211,7 +211,7 @@ TEST_F(PrimitiveTest, LineStoresWholeIdsThatAreReadThroughTheirLowHalf) {
     const Line* line = list_at<Line>(&layer()->lines, 0, 0);
     EXPECT_EQ(line->vertex_count, 3);
     EXPECT_EQ(line->state_index, -1);
-    const int32_t stored = *static_cast<int32_t*>(list_at(&line->vertices, 0, 0));
+    const int32_t stored = *list_at<int32_t>(&line->vertices, 0, 0);
     EXPECT_EQ(stored, 65537);
     EXPECT_EQ(line_point_id(stored), 1);
     EXPECT_EQ(line_point_id(0xFFFF), -1);
