@@ -55,7 +55,7 @@ struct Tally {
 template <typename Condition>
 Tally points_where(const Model& model, Condition condition) {
     Tally tally;
-    const ListElements<Point> points = list_elements<Point>(model.points);
+    const auto points = list_elements<Point>(model.points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         if (condition(*point)) { tally.note(point.int_key()); }
     }

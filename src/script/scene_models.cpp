@@ -65,16 +65,16 @@ Tcl_Obj* tree_layers(const Model* model) {
     return layers.value();
 }
 
-Tcl_Obj* tree_children(const Model* model, int depth);
+Tcl_Obj* tree_children(Model* model, int depth);
 
-void add_model(const Model* model, int depth, ReplyList* entry) {
+void add_model(Model* model, int depth, ReplyList* entry) {
     entry->add("points", reply_count(list_count(&model->points)))
         .add("joints", reply_count(list_count(&model->joints)))
         .add("layers", tree_layers(model))
         .add("children", tree_children(model, depth));
 }
 
-Tcl_Obj* tree_children(const Model* model, int depth) {
+Tcl_Obj* tree_children(Model* model, int depth) {
     ReplyList children;
     if (depth >= MODEL_TREE_DEPTH_LIMIT) { return children.value(); }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
