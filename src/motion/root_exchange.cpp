@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "formats/animation.h"
+#include "motion/transform_state.h"
 #include "scene/model.h"
 
 namespace pelt {
@@ -61,6 +62,7 @@ void hand_over_link(Session* session, ChildLink* old, ChildLink* fresh, Successo
     if (ChildState* state = list_at<ChildState>(&session->child_states, fresh->state_index, 0)) {
         state->link = fresh;
         state->time = TIME_NEVER;
+        child_state_rebuild(state);
     }
     if (old->model != nullptr && fresh->model != nullptr && !old->borrowed) {
         hand_over_model(session, old->model, fresh->model, owner, successors, lost);
@@ -133,6 +135,8 @@ bool session_exchange_root(Session* session, int32_t key, Model* model, ModelAni
     hand_over_model(session, old.model, model, owner, &successors, lost);
     root->model = model;
     root->animation = animation;
+    // What no clip moves any more goes back to where scripts put it.
+    if (old.animation != nullptr && animation == nullptr) { model_state_rebuild(model_state(session, model)); }
     follow_selection(&session->selection, successors);
     follow_selection(&session->clipboard, successors);
     for (const RootModel& each : list_elements<RootModel>(session->root_models)) {

@@ -29,9 +29,8 @@ ChildState* child_state(Session* session, ChildLink* link) {
     ChildState* state = add_state<ChildState>(&session->child_states, &next_child_state_id, &link->state_index);
     if (state == nullptr) { return nullptr; }
     state->time = TIME_NEVER;
-    state->matrix = child_placement(link);
-    state->gl_matrix = *mat_to_gl(&state->matrix);
     state->link = link;
+    child_state_rebuild(state);
     return state;
 }
 
@@ -43,6 +42,12 @@ PointState* point_state(Session* session, Point* point) {
     state->position = point->position;
     state->normal = point->normal;
     return state;
+}
+
+void child_state_rebuild(ChildState* state) {
+    if (state == nullptr || state->link == nullptr) { return; }
+    state->matrix = child_placement(state->link);
+    state->gl_matrix = *mat_to_gl(&state->matrix);
 }
 
 // Scale, turn and translation act on a point in the reverse order: the translation comes first; intended, and unlike

@@ -25,4 +25,7 @@ int32_t child_evaluate(Session* session, float time, ChildLink* link, ModelAnima
 // matrix and gl_matrix from translate, scale and rotation.
 void model_state_rebuild(ModelState* state);
 
+// The same from what the line of the link says.
+void child_state_rebuild(ChildState* state);
+
 }  // namespace pelt

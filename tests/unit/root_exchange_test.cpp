@@ -9,6 +9,7 @@
 
 #include "application/session_lifecycle.h"
 #include "edit/selection.h"
+#include "formats/animation.h"
 #include "motion/placement_text.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
@@ -77,6 +78,29 @@ TEST_F(RootExchange, ChildrenOfOneNameKeepTheirIdsInOrder) {
     EXPECT_EQ(lost[0].id, ids[1]);
     EXPECT_EQ(list_find(&session.child_states, ids[1]), nullptr);
     EXPECT_GT(child_state(&session, now[2])->id, ids[2]) << "a new child has a new id";
+}
+
+TEST_F(RootExchange, AChildStandsWhereItsNewLineSays) {
+    enter(make({}, {"wing"}));
+    const int32_t child = child_state(&session, links(first_model())[0])->id;
+    Model* fresh = make({}, {"wing"});
+    links(fresh)[0]->position = Vec3{7, 8, 9};
+    ASSERT_TRUE(exchange(fresh));
+    const ChildState* state = list_find<const ChildState>(&session.child_states, child);
+    EXPECT_EQ(state->matrix.m[3], 7.0f);
+    EXPECT_EQ(state->gl_matrix.m[13], 8.0f) << "as it is drawn";
+}
+
+TEST_F(RootExchange, AModelThatNoClipMovesAnyMoreGoesBackToItsPlacement) {
+    Model* model = make({}, {});
+    session_add_root(&session, model, animation_create(model), 1);
+    ModelState* state = model_state(&session, model);
+    state->translate = Vec3{1, 2, 3};
+    scene_evaluate(&session);
+    ASSERT_EQ(state->matrix.m[3], 0.0f) << "a clip says it all";
+    ASSERT_TRUE(exchange(make({}, {})));
+    EXPECT_EQ(state->matrix.m[3], 1.0f);
+    EXPECT_EQ(state->gl_matrix.m[14], 3.0f);
 }
 
 TEST_F(RootExchange, LayersThatAreGoneAreNamedWithTheirModel) {
