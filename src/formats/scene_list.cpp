@@ -25,6 +25,8 @@ void set_error_text(const std::string& text) { animation_set_error(text.c_str())
 
 // A row of a scene list. With fewer than four words only the model is there.
 struct SceneRow {
+    int32_t line;
+    std::string source;  // text of the line
     std::string model_directory;
     std::string model_file;
     std::optional<std::string> clip_directory;
@@ -38,11 +40,17 @@ using SceneRows = std::vector<SceneRow>;
 // Which row each row hangs on, -1 for "world".
 using RowParents = std::vector<int32_t>;
 
-// Rows beyond the limit are passed over without a word; intended.
+// Rows beyond the limit are passed over and fail nothing; intended.
 void read_row(void* context) {
     SceneRows* rows = static_cast<SceneRows*>(context);
-    if (reader_token_count() < 2 || rows->size() >= static_cast<size_t>(ANIMATION_ROW_LIMIT)) { return; }
-    SceneRow row{.model_directory = reader_text(0),
+    if (reader_token_count() < 2) { return; }
+    if (rows->size() >= static_cast<size_t>(ANIMATION_ROW_LIMIT)) {
+        load_problem_note("too many rows: this one is passed over");
+        return;
+    }
+    SceneRow row{.line = reader_line_number(),
+                 .source = reader_line(),
+                 .model_directory = reader_text(0),
                  .model_file = reader_text(1),
                  .clip_directory = {},
                  .clip_file = {},
@@ -57,14 +65,18 @@ void read_row(void* context) {
     rows->push_back(std::move(row));
 }
 
-// The backslash stands in the text whatever separates directories here; intended.
-void set_missing_clip(const SceneRow& row) {
+// The backslash stands in the text whatever separates directories here, and a clip that is there is said to be missing
+// too; intended. The failure's own text knows better.
+void set_missing_clip(const SceneRow& row, const std::string& clips) {
     const std::string directory = *row.clip_directory == "." ? "" : *row.clip_directory + "\\";
     const std::string text = "could not find animation file: " + directory + *row.clip_file;
     if (load_failure().line > 0) {
         animation_reword_error(text.c_str());
-    } else {
-        set_error_text(text);
+        return;
+    }
+    set_error_text(text);
+    if (file_exists(path_join(clips.c_str(), row.clip_file->c_str()).c_str())) {
+        load_failure_set(("the clip cannot be used: " + *row.clip_file).c_str());
     }
 }
 
@@ -95,7 +107,7 @@ bool load_row(const SceneRow& row, AnimationSet* set, SceneRead* read) {
             if (read->keys > ANIMATION_KEY_LIMIT) {
                 set_error_text("too many keys in the animation: " + *row.clip_file);
             } else {
-                set_missing_clip(row);  // replaces whatever the clip reader said; intended
+                set_missing_clip(row, clips);  // replaces whatever the clip reader said; intended
             }
             animation_release(animation);
             model_release(model);
@@ -142,25 +154,31 @@ bool hangs_on_itself(const RowParents& parents, size_t index) {
     return false;
 }
 
-bool link_rows(const SceneRows& rows, AnimationSet* set) {
+// The row of the list at which a step failed, for a failure that names no place of its own.
+bool blame(const char* path, const SceneRow& row) {
+    load_failure_in(path, row.line, row.source.c_str());
+    return false;
+}
+
+bool link_rows(const char* path, const SceneRows& rows, AnimationSet* set) {
     RowParents parents(rows.size(), -1);
     for (size_t index = 0; index < rows.size(); ++index) {
-        if (!link_row(rows, index, set, &parents)) { return false; }
+        if (!link_row(rows, index, set, &parents)) { return blame(path, rows[index]); }
     }
     for (size_t index = 0; index < rows.size(); ++index) {
         if (!hangs_on_itself(parents, index)) { continue; }
         set_error_text("could not find parent: " + *rows[index].parent);
-        return false;
+        return blame(path, rows[index]);
     }
     return true;
 }
 
-bool load_rows(const SceneRows& rows, AnimationSet* set, const SceneListOptions& options) {
+bool load_rows(const char* path, const SceneRows& rows, AnimationSet* set, const SceneListOptions& options) {
     SceneRead read{.options = options, .children = {}};
     for (const SceneRow& row : rows) {
-        if (!load_row(row, set, &read)) { return false; }
+        if (!load_row(row, set, &read)) { return blame(path, row); }
     }
-    return link_rows(rows, set);
+    return link_rows(path, rows, set);
 }
 
 void release_rows(AnimationSet* set) {
@@ -182,8 +200,7 @@ AnimationSet* animation_load(const char* path, const SceneListOptions& options) 
     SceneRows rows;
     if (reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, read_row, &rows) == 0) { return nullptr; }
     AnimationSet* set = new AnimationSet{};
-    if (load_rows(rows, set, options)) { return set; }
-    load_failure_in(path);
+    if (load_rows(path, rows, set, options)) { return set; }
     release_rows(set);
     delete set;
     return nullptr;

@@ -120,8 +120,11 @@ void load_failure_set(const char* text) {
     failure() = std::move(record);
 }
 
-void load_failure_in(const char* file) {
-    if (file != nullptr && failure().file.empty()) { failure().file = file; }
+void load_failure_in(const char* file, int32_t line, const char* source) {
+    if (file == nullptr || !failure().file.empty()) { return; }
+    failure().file = file;
+    failure().line = line;
+    failure().source = source;
 }
 
 const char* load_error_get() { return load_error.is_set ? load_error.text : nullptr; }

@@ -34,8 +34,8 @@ void load_failure_clear();
 // Sets the record with the place of the read in progress. load_error_set does so by itself.
 void load_failure_set(const char* text);
 
-// Names the file of a failure that has none yet.
-void load_failure_in(const char* file);
+// Names the place of a failure that has none yet.
+void load_failure_in(const char* file, int32_t line = 0, const char* source = "");
 
 // What a read meets and goes on behind is gathered between the two calls: the last failure or note of each line, at
 // most LOAD_PROBLEM_LIMIT of them. Failures outside a file are none.
