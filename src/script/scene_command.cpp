@@ -220,6 +220,13 @@ bool scene_read_model(const char* word, SceneModel* found) {
 bool scene_read_layer(const Model* model, const SceneWords& words, int index, const Layer** layer) {
     *layer = list_find<const Layer>(&model->layers, words.text(index).c_str());
     if (*layer != nullptr) { return true; }
+    // A name that is none in the system's encoding goes by what is told of it.
+    for (const Layer& each : list_elements<Layer>(model->layers)) {
+        if (system_to_tcl(each.name) == words.raw(index)) {
+            *layer = &each;
+            return true;
+        }
+    }
     std::string names;
     for (const Layer& each : list_elements<Layer>(model->layers)) {
         if (names.size() > 400) {
