@@ -19,6 +19,9 @@ inline constexpr const char* PROBLEM_FORMAT = "FORMAT";      // a line of a file
 const Problem& problem_last();
 void problem_set(const char* kind, const LoadFailure& what);
 
+// Of a load failure: FORMAT or FILE.
+const char* problem_kind(const LoadFailure& what);
+
 // The load failure of this moment; a file that it does not name is the one given.
 void problem_set_load(const char* file);
 

@@ -76,10 +76,7 @@ bool stage_list(const std::string& path, const std::string& base, Staged* staged
     return true;
 }
 
-bool stage(const std::string& path, Staged* staged) {
-    const FileKind kind = file_kind(path.c_str());
-    load_error_set(nullptr);
-    load_problems_begin();
+bool stage(const std::string& path, FileKind kind, Staged* staged) {
     switch (kind) {
         case FILE_KIND_MODEL: return stage_model(path, staged);
         case FILE_KIND_SCENE: return stage_list(path, path.substr(0, path_directory_length(path.c_str())), staged);
@@ -99,6 +96,7 @@ bool read_beside(SceneLoad* out, const char* file, const Staged& staged, Read re
     const bool good = read();
     out->problems = load_problems_end();
     out->problems.insert(out->problems.end(), staged.problems.begin(), staged.problems.end());
+    if (out->problems.size() > LOAD_PROBLEM_LIMIT) { out->problems.resize(LOAD_PROBLEM_LIMIT); }
     image_paths_end(good);
     if (!good) { problem_set_load(file); }
     return good;
@@ -171,6 +169,8 @@ struct Again {
 
 Again what_again(const Session* session, int32_t id) {
     Again again;
+    // A list without rows stands for no root, and may have some again.
+    again.list = id == 0 && session->animation_path != nullptr;
     const auto roots = list_elements<RootModel>(session->root_models);
     for (auto root = roots.begin(); root != roots.end(); ++root) {
         if (id != 0 && state_id(session, *root) != id) { continue; }
@@ -240,9 +240,27 @@ void measure(Session* session) {
     }
 }
 
-bool refuse(const char* text) {
-    problem_set(PROBLEM_STATE, LoadFailure{text, {}, 0, {}});
+bool refuse(const char* kind, const std::string& text) {
+    problem_set(kind, LoadFailure{text, {}, 0, {}});
     return false;
+}
+
+// Changes to the models that would be read again.
+int64_t changes_to_lose(const Session* session, const Again& again) {
+    int64_t changes = 0;
+    for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
+        if (root.row > 0 && again.list) { changes += tree_changes(root.model); }
+    }
+    for (const int32_t key : again.keys) {
+        changes += tree_changes(list_find<RootModel>(&session->root_models, key)->model);
+    }
+    return changes;
+}
+
+bool may_read_again(const Session* session, const Again& again, bool force) {
+    const int64_t changes = force ? 0 : changes_to_lose(session, again);
+    return changes == 0 || refuse(PROBLEM_UNSAVED, "a reload would lose " + std::to_string(changes) +
+                                                       " unsaved change" + (changes > 1 ? "s" : "") + ": say -force");
 }
 
 }  // namespace
@@ -251,8 +269,11 @@ bool scene_open(Application* app, const char* path, SceneLoad* out) {
     const std::string name = path_with_separators(path);
     Session* session = &app->session;
     session_status(session, "Loading...");
+    const FileKind kind = file_kind(name.c_str());
     Staged staged;
-    if (!read_beside(out, name.c_str(), staged, [&] { return stage(name, &staged); })) { return tell_failure(session); }
+    if (!read_beside(out, name.c_str(), staged, [&] { return stage(name, kind, &staged); })) {
+        return tell_failure(session);
+    }
     selection_clear(session);
     session_release_roots(session);
     session_clear_bounds(session);
@@ -269,10 +290,14 @@ bool scene_add(Application* app, const char* path, SceneLoad* out) {
     const std::string name = path_with_separators(path);
     Session* session = &app->session;
     session_status(session, "Loading...");
+    const FileKind kind = file_kind(name.c_str());
+    // Before it is read, so that its images never come into the registry.
+    if (kind == FILE_KIND_SCENE && session->animation_path != nullptr) {
+        refuse(PROBLEM_STATE, "the scene has a scene list already");
+        return tell_failure(session);
+    }
     Staged staged;
-    if (!read_beside(out, name.c_str(), staged, [&] { return stage(name, &staged); })) { return tell_failure(session); }
-    if (!staged.list_path.empty() && session->animation_path != nullptr) {
-        refuse("the scene has a scene list already");
+    if (!read_beside(out, name.c_str(), staged, [&] { return stage(name, kind, &staged); })) {
         return tell_failure(session);
     }
     const std::vector<int32_t> ids = enter(session, &staged);
@@ -282,14 +307,16 @@ bool scene_add(Application* app, const char* path, SceneLoad* out) {
     return true;
 }
 
-bool scene_reload(Application* app, int32_t id, SceneLoad* out) {
+bool scene_reload(Application* app, int32_t id, bool force, SceneLoad* out) {
     Session* session = &app->session;
+    if (!may_read_again(session, what_again(session, id), force)) { return false; }
     session_status(session, "Loading...");
     const Again again = what_again(session, id);
     if (id != 0 && again.keys.empty() && !again.list) {
-        refuse("no file was read for this model");
+        refuse(PROBLEM_STATE, "no file was read for this model");
         return tell_failure(session);
     }
+    if (!may_read_again(session, again, force)) { return tell_failure(session); }
     Staged models;
     Staged list;
     if (!read_beside(out, "", list, [&] { return stage_again(session, again, &models, &list); })) {
@@ -309,18 +336,6 @@ bool scene_reload(Application* app, int32_t id, SceneLoad* out) {
     fill_result(session, ids, out);
     report_replaced(session);
     return true;
-}
-
-int64_t scene_changes_to_lose(const Session* session, int32_t id) {
-    const Again again = what_again(session, id);
-    int64_t changes = 0;
-    for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
-        if (root.row > 0 && again.list) { changes += tree_changes(root.model); }
-    }
-    for (const int32_t key : again.keys) {
-        changes += tree_changes(list_find<RootModel>(&session->root_models, key)->model);
-    }
-    return changes;
 }
 
 int64_t model_tree_triangles(const Model* model) {

@@ -29,11 +29,10 @@ bool scene_open(Application* app, const char* path, SceneLoad* out);
 bool scene_add(Application* app, const char* path, SceneLoad* out);
 
 // Reads the files of the scene anew: all of them, or with an id that of one root (of a scene list: all its rows). Ids,
-// placements, selection, view and time stay. Roots that no file was read for stay as they are.
-bool scene_reload(Application* app, int32_t id, SceneLoad* out);
-
-// Changes since they were read to the models that such a reload would read again.
-int64_t scene_changes_to_lose(const Session* session, int32_t id);
+// placements, selection, view and time stay. Roots that no file was read for stay as they are. Without force it is
+// refused where a model that it would read again was changed since it was read: with no report at all, unless the
+// first report is what changed it.
+bool scene_reload(Application* app, int32_t id, bool force, SceneLoad* out);
 
 // Triangles of a model and all below it, as told above.
 int64_t model_tree_triangles(const Model* model);

@@ -19,7 +19,7 @@ std::string lost_id(const LostPart& part) {
     return part.is_child ? scene_child_name(part.id) : std::to_string(part.id);
 }
 
-Tcl_Obj* failure_entry(const char* kind, const LoadFailure& failure) {
+Tcl_Obj* failure_entry(const std::string& kind, const LoadFailure& failure) {
     return ReplyList()
         .add("kind", reply_text(kind))
         .add("text", reply_text(failure.text))
@@ -33,7 +33,7 @@ Tcl_Obj* load_result(const SceneLoad& load, bool with_lost) {
     ReplyList ids;
     for (const int32_t id : load.ids) { ids.add(reply_int(id)); }
     ReplyList problems;
-    for (const LoadFailure& problem : load.problems) { problems.add(failure_entry(PROBLEM_FORMAT, problem)); }
+    for (const LoadFailure& problem : load.problems) { problems.add(failure_entry(problem_kind(problem), problem)); }
     ReplyList result;
     result.add("ids", ids.value()).add("triangles", reply_int(load.triangles)).add("problems", problems.value());
     if (!with_lost) { return result.value(); }
@@ -78,13 +78,8 @@ Tcl_Obj* reload_files(const SceneWords& words) {
             id = list_at<const ModelState>(&application()->session.model_states, found.model->state_index, 0)->id;
         }
     }
-    const int64_t changes = force ? 0 : scene_changes_to_lose(&application()->session, id);
-    if (changes > 0) {
-        return scene_refuse(PROBLEM_UNSAVED, "a reload would lose " + std::to_string(changes) + " unsaved change" +
-                                                 (changes > 1 ? "s" : "") + ": say -force");
-    }
     SceneLoad result;
-    return scene_reload(application(), id, &result) ? load_result(result, true) : scene_refuse_load();
+    return scene_reload(application(), id, force, &result) ? load_result(result, true) : scene_refuse_load();
 }
 
 // ---- the files that the scene was made of ----
@@ -156,7 +151,7 @@ Tcl_Obj* list_files(const SceneWords&) {
 Tcl_Obj* tell_problem(const SceneWords&) {
     const Problem& problem = problem_last();
     if (problem.kind.empty()) { return ReplyList().value(); }
-    return failure_entry(problem.kind.c_str(), problem.what);
+    return failure_entry(problem.kind, problem.what);
 }
 
 constexpr SceneForm FORMS[] = {
