@@ -35,7 +35,8 @@ struct LineReader {
     bool abort;
     const char* comment_chars;
     int32_t comment_count;
-    const char* data;  // read position in memory, null for a file
+    const char* data;      // read position in memory, null for a file
+    const char* data_end;  // of a text that is read by the rules of a file
 };
 
 constexpr ReaderTokens NO_TOKENS{};
@@ -219,6 +220,29 @@ bool next_file_line(LineReader& reader) {
     return false;
 }
 
+// The same for a text in memory.
+bool next_text_line(LineReader& reader) {
+    constexpr ptrdiff_t LONGEST = READER_LINE_SIZE - 1;
+    while (reader.data != reader.data_end) {
+        const auto searched = static_cast<size_t>(std::min(reader.data_end - reader.data, LONGEST));
+        const void* newline = std::memchr(reader.data, '\n', searched);
+        const auto* found = static_cast<const char*>(newline);
+        size_t length = found != nullptr ? static_cast<size_t>(found - reader.data) : searched;
+        std::memcpy(reader.line, reader.data, length);
+        reader.data += length;
+        // A CR that the limit parted from its LF goes with it as well.
+        const bool ended = reader.data != reader.data_end && *reader.data == '\n' &&
+                           (found != nullptr || reader.line[length - 1] == '\r');
+        reader.data += ended ? 1 : 0;
+        length -= ended && length > 0 && reader.line[length - 1] == '\r' ? 1 : 0;
+        reader.line[length] = '\0';
+        if (reader.line_number == 0) { drop_byte_order_mark(reader.line); }
+        count_line(reader);
+        if (split_line(reader)) { return true; }
+    }
+    return false;
+}
+
 // Lines without a byte do not count here, which differs from a file and is intended.
 bool next_data_line(LineReader& reader) {
     while (*reader.data != '\0') {
@@ -256,6 +280,7 @@ void start(LineReader& reader, const char* file_name, const char* comment_chars,
     reader.comment_chars = comment_chars;
     reader.comment_count = comment_count;
     reader.data = nullptr;
+    reader.data_end = nullptr;
 }
 
 // A line that asks for more memory than there is ends the read with a text, as a bad one does.
@@ -307,6 +332,19 @@ int reader_run_data(const char* text, const char* comment_chars, int32_t comment
     if (std::strncmp(text, BYTE_ORDER_MARK, BYTE_ORDER_MARK_SIZE) == 0) { reader.data += BYTE_ORDER_MARK_SIZE; }
     make_current(&reader);
     while (!reader.abort && next_data_line(reader)) { hand_over(reader, callback, context); }
+    make_current(nullptr);
+    return reader.abort ? 0 : 1;
+}
+
+int reader_run_text(const std::string& text, const char* comment_chars, int32_t comment_count, LineCallback callback,
+                    void* context) {
+    if (!arguments_usable(text.c_str(), comment_chars, comment_count, callback)) { return 0; }
+    LineReader reader;
+    start(reader, DATA_NAME, comment_chars, comment_count);
+    reader.data = text.data();
+    reader.data_end = text.data() + text.size();
+    make_current(&reader);
+    while (!reader.abort && next_text_line(reader)) { hand_over(reader, callback, context); }
     make_current(nullptr);
     return reader.abort ? 0 : 1;
 }

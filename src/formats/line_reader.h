@@ -32,6 +32,9 @@ int reader_run_file(const char* path, const char* comment_chars, int32_t comment
                     void* context);
 int reader_run_data(const char* text, const char* comment_chars, int32_t comment_count, LineCallback callback,
                     void* context);
+// A text in memory by the rules of a file: a lone CR ends no line, and a line without a byte counts.
+int reader_run_text(const std::string& text, const char* comment_chars, int32_t comment_count, LineCallback callback,
+                    void* context);
 
 void reader_abort();  // ends the read behind the running callback
 // For a callback that goes on where its format would end: 1 when the read was to end, which it then does not.

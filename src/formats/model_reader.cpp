@@ -9,12 +9,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "formats/line_reader.h"
 #include "formats/model_lines.h"
+#include "formats/point_dealing.h"
 #include "foundation/file_access.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"
@@ -33,32 +33,7 @@ constexpr size_t ERROR_TEXT_SIZE = 256;
 
 void parse_line_of(void* context) { model_parse_line(static_cast<ModelFileContext*>(context)); }
 
-// ---- points and joints ----
-
 using PointWalk = ListElements<Point>::iterator;
-
-// Binds the next points, fewer when they end.
-void deal_points(PointWalk& point, int32_t count, Joint* joint_a, Joint* joint_b) {
-    for (int32_t i = 0; i < count && point != std::default_sentinel; ++i, ++point) {
-        point->joint_a = joint_a;
-        point->joint_b = joint_b;
-    }
-}
-
-void bind_points(Model* model) {
-    PointWalk point = list_elements<Point>(model->points).begin();
-    for (Joint& joint : list_elements<Joint>(model->joints)) {
-        if (point == std::default_sentinel) {
-            return;  // joints without points left keep the parent index they were added with: intended
-        }
-        const bool rooted = std::strcmp(joint.parent_name, WORLD) == 0;
-        joint.parent_index = rooted ? -1 : model_joint_index(model, joint.parent_name);
-        deal_points(point, joint.point_count, &joint, model_find_joint(model, joint.parent_name));
-    }
-    for (const BlendWeight& blend : list_elements<BlendWeight>(model->blends)) {
-        deal_points(point, blend.point_count, blend.joint_a, blend.joint_b);
-    }
-}
 
 // ---- normals ----
 
@@ -102,7 +77,7 @@ bool read_children(TreeRead& tree, Model* model) {
 
 bool fill_model(TreeRead& tree, Model* model, const char* path) {
     if (!model_read_file(model, path) || !is_within_budget(tree, model, path)) { return false; }
-    bind_points(model);
+    model_bind_points(model);
     if (!model_test_normals(model) || !read_children(tree, model)) { return false; }
     model->changes = 0;
     return true;
@@ -197,6 +172,18 @@ int model_read_data(Model* model, const char* text) {
     context.model = model;
     load_error_set(nullptr);
     return model != nullptr ? reader_run_data(text, COMMENT_CHARS, COMMENT_COUNT, parse_line_of, &context) : 0;
+}
+
+// Joints without points left keep the parent index they were added with: intended.
+void model_bind_points(Model* model) {
+    const auto find_parent = [&](Joint& joint) {
+        const bool rooted = std::strcmp(joint.parent_name, WORLD) == 0;
+        joint.parent_index = rooted ? -1 : model_joint_index(model, joint.parent_name);
+    };
+    deal_points(*model, find_parent, [](Point& point, Joint* joint_a, Joint* joint_b) {
+        point.joint_a = joint_a;
+        point.joint_b = joint_b;
+    });
 }
 
 bool is_good_normal(const Vec3& normal) {

@@ -32,6 +32,10 @@ const char* model_tree_refusal(const std::vector<std::string>& open_files, int32
 int model_read_file(Model* model, const char* path);
 int model_read_data(Model* model, const char* text);
 
+// Gives the points to the joints and blend groups by the counts of these, and joints the ranks of their parents, as the
+// read of a file does behind its last line.
+void model_bind_points(Model* model);
+
 // Whether a model may have this normal: no component beyond 1 either way, not all of them 0, no non-numbers.
 bool is_good_normal(const Vec3& normal);
 

@@ -1,15 +1,20 @@
 // A directory of models and images is opened, drawn, evaluated, reloaded, written, and put through every step of the
 // tool. What surprises: a model that is written is read again, because what the writer makes must at least be readable
-// without harm.
+// without harm, and what the whole writer makes must be the same model.
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include "application/application.h"
 #include "application/open_and_fit.h"
 #include "application/session_lifecycle.h"
+#include "formats/model_compare.h"
+#include "formats/model_read_back.h"
 #include "formats/model_reader.h"
 #include "formats/model_writer.h"
 #include "formats/obj_writer.h"
+#include "formats/whole_layout.h"
+#include "formats/whole_writer.h"
 #include "fuzz/stage.h"
 #include "images/image_registry.h"
 #include "reduce/bake_mirror.h"
@@ -35,6 +40,22 @@ void write_and_read(const Model* model) {
     if (again != nullptr) { model_release(again); }
 }
 
+// A model that was just read must not be refused. One that was changed may be.
+void write_whole_and_compare(Model* model, bool just_read) {
+    if (!just_read) { model_settle_counts(model); }
+    std::string refused;
+    const std::string text = model_write_whole(model, WRITTEN_FILE, &refused);
+    if (!refused.empty()) {
+        if (just_read) { finding(("a model that was read is refused: " + refused).c_str()); }
+        return;
+    }
+    Model* again = model_read_back(text, model, &refused);
+    if (again == nullptr) { finding(("what was written whole does not read back: " + refused).c_str()); }
+    const std::string difference = model_difference(model, again);
+    if (!difference.empty()) { finding(("what was written whole reads back as another: " + difference).c_str()); }
+    model_release(again);
+}
+
 void show() {
     Application* app = application();
     if (file_open_model(app, MAIN_FILE) > 0) {
@@ -50,12 +71,14 @@ void show() {
 void convert() {
     Model* model = model_load(MAIN_FILE);
     if (model == nullptr) { return; }
+    write_whole_and_compare(model, true);
     write_and_read(model);
     model_bake_mirror(model);
     model_tessellate(model, 1);
     model_flatten(model);
     model_split_normals(model);
     model_renumber_points(model);
+    write_whole_and_compare(model, false);
     write_and_read(model);
     model_release(model);
 }

@@ -282,6 +282,27 @@ TEST_F(LineReading, EveryKindOfLineEndEndsALineInMemory) {
     }
 }
 
+TEST_F(LineReading, ATextCanBeReadByTheRulesOfAFile) {
+    std::string text =
+        "\xEF\xBB\xBF"
+        "a\r\n\n# no\n\rb \r c\r\r\nd\0e\n";
+    text += std::string("f\0g\n", 4) + std::string(1023, 'h') + "\n" + std::string(1022, 'i') + "\r\n";
+    text += std::string(1023, 'j') + "\r\nk\n" + std::string(2000, 'l') + "\r\nlast\r";
+    std::vector<Row> rows;
+    Action action = [&] { rows.push_back(current_row()); };
+    EXPECT_EQ(reader_run_text(text, "#", 1, run_action, &action), 1);
+    const std::vector<Row> expected = rows_of_file(text);
+    ASSERT_EQ(rows.size(), expected.size());
+    EXPECT_GT(rows.size(), 8u);
+    for (size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(rows[i].number, expected[i].number);
+        EXPECT_EQ(rows[i].tokens, expected[i].tokens) << rows[i].number;
+    }
+    Action stop = [] { reader_abort(); };
+    EXPECT_EQ(reader_run_text(text, "#", 1, run_action, &stop), 0);
+    EXPECT_EQ(reader_run_text(text, "#", 1, nullptr, nullptr), 0);
+}
+
 TEST_F(LineReading, AFileWithCrLfReadsLikeOneWithLf) {
     const auto rows = rows_of_file("points\r\n1 2 3\r\n\r\nend\r\n");
     ASSERT_EQ(rows.size(), 3u);
