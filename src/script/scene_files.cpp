@@ -60,20 +60,11 @@ Tcl_Obj* open_file(const SceneWords& words) { return load_file(words, scene_open
 
 Tcl_Obj* add_file(const SceneWords& words) { return load_file(words, scene_add); }
 
-int64_t tree_changes(const Model* model) {
-    if (model == nullptr) { return 0; }
-    int64_t changes = model->changes;
-    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (!link.borrowed) { changes += tree_changes(link.model); }
-    }
-    return changes;
-}
-
 int64_t scene_changes(const Model* model) {
-    if (model != nullptr) { return tree_changes(model); }
+    if (model != nullptr) { return scene_changes_of(model); }
     int64_t changes = 0;
     for (const RootModel& root : list_elements<RootModel>(application()->session.root_models)) {
-        changes += tree_changes(root.model);
+        changes += scene_changes_of(root.model);
     }
     return changes;
 }
@@ -187,5 +178,14 @@ constexpr SceneForm FORMS[] = {
 }  // namespace
 
 std::span<const SceneForm> scene_file_forms() { return FORMS; }
+
+int64_t scene_changes_of(const Model* model) {
+    if (model == nullptr) { return 0; }
+    int64_t changes = model->changes;
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (!link.borrowed) { changes += scene_changes_of(link.model); }
+    }
+    return changes;
+}
 
 }  // namespace pelt
