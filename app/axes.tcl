@@ -2,7 +2,6 @@
 
 namespace eval viewer {
     variable axes_matrix {}     ;# what is drawn
-    variable axes_scale 0
     variable AXES_SIZE 104      ;# pixels at scale 1
     variable AXES {x #e0716c y #86c06c z #6ca6e8}
 }
@@ -33,17 +32,15 @@ proc viewer::axes_changed {} {
 proc viewer::update_axes {} {
     variable shows_axes
     variable axes_matrix
-    variable axes_scale
-    variable unit_per_pixel
-    variable zoom
     variable option
     variable scene
+    variable scene_size
     if {!$shows_axes || ![winfo exists .axes]} return
-    set matrix [numbers [sorvel get matrix view]]
-    set zoom [current_zoom]
-    set per_pixel [expr {$unit_per_pixel * $zoom}]
-    set state [list $matrix $per_pixel $option(background) [llength $scene]]
-    if {[llength $matrix] != 16 || $state eq $axes_matrix} return
+    set view [sorvel scene view]
+    set matrix [dict get $view matrix]
+    set per_pixel [dict get $view unit]
+    set state [list $matrix $per_pixel $option(background) [llength $scene] $scene_size]
+    if {$state eq $axes_matrix} return
     set axes_matrix $state
     lassign [split $option(background) ,] red green blue
     set paper [format #%02x%02x%02x {*}[lmap part [list $red $green $blue] { expr {round($part * 255)} }]]

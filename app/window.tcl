@@ -12,7 +12,6 @@ proc viewer::run_window {files} {
     variable option
     variable settings_word
     read_settings
-    remove_stale_links
     take_settings
     build_window
     build_menus
@@ -24,7 +23,7 @@ proc viewer::run_window {files} {
     read_flags
     after idle viewer::after_frame
     if {$option(animate) ne {}} {
-        open_scene_list $option(animate)
+        open_one open $option(animate)
         play_or_pause
     } else {
         open_files $files
@@ -203,12 +202,10 @@ proc viewer::after_frame {} {
 
 proc viewer::refresh_status {} {
     variable status_timer
-    variable status
     variable triangle_text
     set status_timer {}
     if {![view_lives]} return
-    ask_status
-    set triangle_text "$status(triangles) triangles"
+    set triangle_text "[sorvel scene triangles] triangles"
     show_time
 }
 
@@ -222,6 +219,7 @@ proc viewer::show_time {} {
 # ---- the end -------------------------------------------------------------------------------------------------------
 
 proc viewer::quit {} {
+    if {![may_lose quit]} return
     if {".side" in [.panes panes]} { keep side_width [winfo width .side] }
     destroy .
 }
@@ -229,6 +227,6 @@ proc viewer::quit {} {
 proc viewer::leave {} {
     variable ended
     write_settings
-    remove_links
+    remove_private_folder
     set ended 1
 }
