@@ -2,6 +2,7 @@
 
 namespace eval viewer {
     variable layer_name {}
+    variable layer_shown {}                ;# id and name of the layer that the panel was filled from
     variable layer_sides 1
     variable layer_mirror none
     variable layer_transparency 0.0
@@ -47,6 +48,7 @@ proc viewer::refresh_layer {} {
     variable current_layer
     variable can_edit
     variable layer_name
+    variable layer_shown
     variable layer_mirror
     variable layer_colour
     variable layer_transparency
@@ -60,12 +62,13 @@ proc viewer::refresh_layer {} {
     $panel.new state [expr {$can_edit ? "!disabled" : "disabled"}]
     $panel.hint configure -text [layer_hint $layer]
     if {$layer eq {}} {
-        lassign {} layer_name layer_mirror
+        lassign {} layer_name layer_shown layer_mirror
         $panel.sides set {}
         $panel.colour configure -background $::viewer::COLOUR(panel)
         return
     }
     set layer_name $current_layer
+    set layer_shown [list $current_id $current_layer]
     $panel.sides set [expr {[dict get $layer sides] == 1 ? "single" : "double"}]
     set layer_mirror [expr {[dict get $layer mirror] eq {} ? "none" : [dict get $layer mirror]}]
     set layer_colour [dict get $layer colour]
@@ -90,7 +93,7 @@ proc viewer::layer_hint {layer} {
 # What was typed into a field and not sent goes, and the keyboard is the view's again.
 proc viewer::drop_typed {refresh} {
     {*}$refresh
-    focus .
+    focus_view
 }
 
 # A name as the library can take it: one word.
@@ -108,9 +111,10 @@ proc viewer::layer_colour_name {} {
 
 proc viewer::rename_layer {} {
     variable layer_name
+    variable layer_shown
     variable current_layer
     variable current_id
-    if {$current_layer eq {} || $layer_name eq $current_layer} return
+    if {$layer_shown ne [list $current_id $current_layer] || $layer_name eq $current_layer} return
     set name [one_word $layer_name]
     set layer_name $current_layer
     if {$name eq {} || $name eq $current_layer} return
@@ -123,7 +127,7 @@ proc viewer::rename_layer {} {
     set row [row_of $current_id $old]
     read_scene
     if {$name ni [layers_of $current_id]} return
-    lassign [list $name $name] current_layer layer_name
+    lassign [list $name $name [list $current_id $name]] current_layer layer_name layer_shown
     if {$row ne {}} {
         .side.tree item $row -text $name
         dict set ::viewer::node($row) layer $name

@@ -32,6 +32,7 @@ proc viewer::build_player {} {
     ttk::spinbox .player.rate -from 1 -to 60 -width 3 -textvariable ::viewer::rate_entry -command viewer::rate_entered
     bind .player.rate <Return> viewer::rate_entered
     bind .player.rate <FocusOut> viewer::rate_entered
+    bind .player.rate <Escape> { set ::viewer::rate_entry $::viewer::anim_rate; viewer::focus_view; break }
     ttk::label .player.unit -text "/ s" -style Dim.TLabel
     pack .player.range .player.loop .player.unit .player.rate -side right -padx [px 4]
     ttk::scale .player.slider -from 0 -to 1 -variable ::viewer::slider_time -command viewer::slider_moved

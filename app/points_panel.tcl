@@ -179,8 +179,10 @@ proc viewer::point_selected {} {
 proc viewer::commit_point {} {
     variable point
     variable point_before
+    variable points_of
+    variable current_id
     variable NUMBER
-    if {$point(id) eq {}} return
+    if {$point(id) eq {} || $points_of ne $current_id} return
     foreach name {x y z nx ny nz transparency} {
         if {![regexp "^$NUMBER\$" $point($name)]} { set point($name) $point_before($name) }
     }

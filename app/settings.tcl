@@ -13,6 +13,7 @@ namespace eval viewer {
     variable settings_kept 1       ;# 0: another file stands where it should be written
     variable MOST_RECENT 10
     variable MOST_SETTINGS 1000000    ;# bytes
+    variable MOST_VALUE 20000         ;# characters
 
     # name, value at first, what a value must be
     variable SETTINGS {
@@ -59,6 +60,7 @@ proc viewer::read_settings {} {
     variable SETTINGS
     variable settings_word
     variable MOST_SETTINGS
+    variable MOST_VALUE
     foreach {name value check} $SETTINGS { set setting($name) $value }
     set path [settings_path]
     if {$path eq {} || ![file exists $path]} return
@@ -67,9 +69,10 @@ proc viewer::read_settings {} {
         return
     }
     foreach {name value check} $SETTINGS {
-        if {[dict exists $found $name] && [$check [dict get $found $name]]} {
-            set setting($name) [dict get $found $name]
-        }
+        if {![dict exists $found $name]} continue
+        set value [dict get $found $name]
+        # Nothing of ours is that long, and a menu or a key of it would take minutes.
+        if {[string length $value] <= $MOST_VALUE && [$check $value]} { set setting($name) $value }
     }
 }
 

@@ -16,7 +16,7 @@ namespace eval viewer {
     array set moved {turn_x 0 turn_y 0 pan_x 0 pan_y 0 zoom 1.0}
     variable DEGREES_PER_PIXEL 0.4
     variable ZOOM_LIMITS {0.001 100.0}
-    variable SPARE 1.05        ;# the view shows so many times what is in the scene
+    variable SPARE 1.1         ;# the view shows so many times what the points take: a curved surface stands out from them
     variable MOST_TURNS 72     ;# looked at for a turntable
 }
 
