@@ -19,7 +19,7 @@ proc viewer::open_files {files} {
 # scene as it was.
 proc viewer::open_one {verb path} {
     set path [whole_path $path]
-    if {$verb eq "open" && ![may_lose "open [file tail $path]"]} { return 0 }
+    if {$verb eq "open" && ![may_lose Open]} { return 0 }
     set loaded [load_scene $verb $path]
     if {$loaded eq {}} {
         tell_failure [list viewer::open_one $verb $path]
@@ -71,7 +71,7 @@ proc viewer::may_lose {doing} {
     set changes [unsaved_changes]
     if {$changes == 0} { return 1 }
     set text "[expr {$changes == 1 ? "One change is" : "$changes changes are"}] not in the model's file"
-    return [ask_yes "Unsaved changes" "$text and will be lost." "Lose them and $doing"]
+    return [ask_yes "Unsaved changes" "$text and will be lost." "$doing anyway"]
 }
 
 # ---- reloading -----------------------------------------------------------------------------------------------------
@@ -79,7 +79,7 @@ proc viewer::may_lose {doing} {
 # Reads every file of the scene again. What a person has made of it stays: view, places, selection, time.
 proc viewer::reload_scene {} {
     variable scene
-    if {[llength $scene] == 0 || ![may_lose reload]} return
+    if {[llength $scene] == 0 || ![may_lose Reload]} return
     set loaded [load_scene reload]
     if {$loaded eq {}} {
         tell_failure viewer::reload_scene

@@ -12,6 +12,7 @@ namespace eval viewer {
 proc viewer::run_window {files} {
     variable setting
     variable option
+    variable scene_list
     variable settings_word
     read_settings
     take_settings
@@ -27,10 +28,10 @@ proc viewer::run_window {files} {
     after idle viewer::after_frame
     if {$option(animate) ne {}} {
         open_one open $option(animate)
-        play_or_pause
     } else {
         open_files $files
     }
+    if {$scene_list ne {}} start_playing
     watch_tick
     if {$settings_word ne {}} { tell_notice $settings_word "The settings were damaged" }
 }
@@ -137,7 +138,7 @@ proc viewer::build_toolbar {} {
     ttk::checkbutton .tools.side -text Panels -style Toolbutton -variable ::viewer::shows_side \
         -command viewer::side_changed -takefocus 0
     pack .tools.side -side right
-    ttk::menubutton .tools.more -text \u00bb -menu .tools.more.menu -takefocus 0
+    ttk::menubutton .tools.more -text More -menu .tools.more.menu -takefocus 0
     menu .tools.more.menu
     set tool_order {}
     foreach {mode text} {turn Turn pan Shift zoom Zoom} {
@@ -289,7 +290,7 @@ proc viewer::show_time {} {
 # ---- the end -------------------------------------------------------------------------------------------------------
 
 proc viewer::quit {} {
-    if {![may_lose quit]} return
+    if {![may_lose Quit]} return
     if {".side" in [.panes panes]} { keep side_width [points [winfo width .side]] }
     destroy .
 }
