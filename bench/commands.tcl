@@ -50,11 +50,24 @@ for {set i 1} {$i <= 1000} {incr i} {
     puts -nonewline $channel $text
     close $channel
 }
+
+# Questions of the verb "scene", about a model that is there from the beginning: what else stands in the scene is not to
+# cost anything.
+set questions {layer {ID face} point {ID 500} points {ID -layer face} placement ID joints ID images ID clock {} view {}
+    triangles {} problem {}}
+proc ask_script {word arguments id} { return "sorvel scene $word [string map [list ID $id] $arguments]" }
+sorvel file open [file join $folder m1.mod]
+set first_id [string trim [sorvel find model m1]]
+foreach {word arguments} $questions { set alone($word) [cost [ask_script $word $arguments $first_id] 20] }
+sorvel reset
+
 for {set i 1} {$i <= 1000} {incr i} {
     lappend add([expr {($i - 1) / 50}]) [lindex [time {sorvel file add [file join $folder m$i.mod]}] 0].0
     if {$i == 100} {
         set select_few [cost {sorvel select all} 100]
         set find_few [cost {sorvel find model m100} 100]
+        set tree_few [cost {sorvel scene tree} 2]
+        set files_few [cost {sorvel scene files} 2]
     }
 }
 report "add the 1,000th model (median of fifty)" "the 10th" [median $add(19)] [median $add(0)] 1.5
@@ -62,6 +75,15 @@ report "select all in a scene of 1,000 models" "ten times the same in one of 100
     [cost {sorvel select all} 100] [expr {10 * $select_few}] 1.5
 report "find model in a scene of 1,000 models" "ten times the same in one of 100" \
     [cost {sorvel find model m1000} 100] [expr {10 * $find_few}] 1.5
+set last_id [string trim [sorvel find model m1000]]
+foreach {word arguments} $questions {
+    report "scene $word in a scene of 1,000 models" "in one of 1" [cost [ask_script $word $arguments $last_id] 20] \
+        $alone($word) 1.5
+}
+report "scene tree of 1,000 models" "ten times that of 100" [cost {sorvel scene tree} 2] [expr {10 * $tree_few}] 1.5
+report "scene files of 1,000 models" "ten times that of 100" [cost {sorvel scene files} 2] [expr {10 * $files_few}] 1.5
+report "scene points of 1,000 points" "get vertex list of the same" [cost [list sorvel scene points $last_id] 20] \
+    [cost "sorvel select clear; sorvel select model $last_id; sorvel get vertex list" 20] 1.5
 sorvel select clear
 sorvel select model [string trim [sorvel find model m1]]
 set first [cost {sorvel get vertex list} 200]

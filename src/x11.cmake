@@ -7,10 +7,11 @@ find_library(PELT_TCL_STUB tclstub8.6 REQUIRED)
 find_library(PELT_TK_STUB tkstub8.6 REQUIRED)
 
 file(GLOB PELT_NATIVE_SOURCES CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/window/x11/*.cpp)
+list(REMOVE_ITEM PELT_NATIVE_SOURCES ${PELT_X11_PLAIN})
 
 set(PELT_LIBRARY_PREFIX lib)
 add_library(pelt SHARED ${PELT_SCRIPT_SOURCES} ${PELT_NATIVE_SOURCES})
-target_link_libraries(pelt PRIVATE pelt_draw pelt_window pelt_core ${PELT_TK_STUB} ${PELT_TCL_STUB} OpenGL::GL
+target_link_libraries(pelt PRIVATE pelt_draw pelt_window pelt_x11_plain pelt_core ${PELT_TK_STUB} ${PELT_TCL_STUB} OpenGL::GL
                       X11::X11 X11::Xcursor)
 target_link_options(pelt PRIVATE -Wl,--version-script=${CMAKE_CURRENT_SOURCE_DIR}/pelt.map -Wl,-z,relro,-z,now
                     -Wl,--exclude-libs,ALL)

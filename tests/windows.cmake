@@ -15,7 +15,7 @@ add_pelt_tests(windows pelt_core)
 target_sources(windows_native_win32 PRIVATE ${PELT_NATIVE_SOURCES})
 target_compile_definitions(windows_native_win32 PRIVATE USE_TCL_STUBS USE_TK_STUBS)
 target_include_directories(windows_native_win32 SYSTEM PRIVATE ${PELT_TCL_INCLUDE})
-target_link_libraries(windows_native_win32 PRIVATE pelt_window pelt_core ${PELT_NATIVE_LIBRARIES})
+target_link_libraries(windows_native_win32 PRIVATE pelt_window pelt_x11_plain pelt_core ${PELT_NATIVE_LIBRARIES})
 
 # scripts/build-windows packs it when everything is built.
 add_test(NAME windows_archive COMMAND ${CMAKE_SOURCE_DIR}/scripts/with-display --private

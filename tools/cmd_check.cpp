@@ -33,13 +33,7 @@ int check_one(const CheckOptions& options, const std::string& file) {
 }
 
 int run_check(const CheckOptions& options) {
-    int status = STATUS_GOOD;
-    for (size_t i = 0; i < options.files.size(); ++i) {
-        show_progress(i + 1, options.files.size(), options.files[i]);
-        status = std::max(status, check_one(options, options.files[i]));
-    }
-    clear_progress();
-    return status;
+    return for_each_file(options.files, [&](const std::string& file) { return check_one(options, file); });
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ struct ExportOptions {
 // Whether each point's id is the number of its line, which the corners of polygons count on.
 bool is_numbered_from_one(const Model* model) {
     int32_t number = 0;
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         if (point.int_key() != ++number) { return false; }
     }

@@ -1,16 +1,8 @@
 // pelt-model flatten: reduces a model to the plainest form of the format.
-//
-// What surprises: before points are renumbered they are put in joint order here, because the operation gives right
-// results for points in that order only, and the steps before it add points at the end. It leaves lines and texture
-// coordinates with the old numbers, which are carried over here too.
-#include <algorithm>
 #include <memory>
-#include <unordered_map>
 
 #include "commands.h"
 #include "console.h"
-#include "formats/texture_map.h"
-#include "foundation/key_hash.h"
 #include "foundation/load_error.h"
 #include "model_files.h"
 #include "reduce/bake_mirror.h"
@@ -22,101 +14,7 @@ namespace pelt::tool {
 
 namespace {
 
-constexpr int TESSELLATION_LEVEL = 1;
-
-// ---- renumbering ----
-
-// Puts the list of points in joint order, those of no joint last; ids and everything else stay.
-void order_points_by_joint(Model* model) {
-    std::unordered_map<const Joint*, int32_t> ranks;
-    for (const Joint& joint : list_elements<Joint>(model->joints)) {
-        ranks.emplace(&joint, static_cast<int32_t>(ranks.size()));
-    }
-    struct Place {
-        int32_t rank;
-        int32_t id;
-        const Point* point;
-    };
-    std::vector<Place> places;
-    const ListElements<Point> points = list_elements<Point>(model->points);
-    for (auto point = points.begin(); point != points.end(); ++point) {
-        const auto rank = ranks.find(point->joint_a);
-        places.push_back({rank != ranks.end() ? rank->second : INT32_MAX, point.int_key(), &*point});
-    }
-    std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) { return a.rank < b.rank; });
-    KeyedList ordered{};
-    list_init(&ordered, sizeof(Point), KEY_INT);
-    for (const Place& place : places) { *list_add<Point>(&ordered, place.id) = *place.point; }
-    list_free(&model->points);
-    model->points = ordered;
-}
-
-using NewNumbers = std::unordered_map<int32_t, int32_t, KeyHash>;
-
-NewNumbers new_numbers(const Model* model) {
-    NewNumbers numbers;
-    int32_t number = 0;
-    const ListElements<Point> points = list_elements<Point>(model->points);
-    for (auto point = points.begin(); point != points.end(); ++point) { numbers[point.int_key()] = ++number; }
-    return numbers;
-}
-
-int32_t number_of(const NewNumbers& numbers, int32_t id) {
-    const auto found = numbers.find(id);
-    return found != numbers.end() ? found->second : 0;
-}
-
-void renumber_lines_and_uvees(Model* model, const NewNumbers& numbers) {
-    for (Layer& layer : list_elements<Layer>(model->layers)) {
-        for (const Line& line : list_elements<Line>(layer.lines)) {
-            for (int32_t& stored : list_elements<int32_t>(line.vertices)) {
-                stored = number_of(numbers, line_point_id(stored));
-            }
-        }
-        KeyedList uvees;
-        list_init(&uvees, sizeof(Uvee), KEY_INT);
-        for (const Uvee& old : list_elements<Uvee>(layer.uvees)) {
-            const int32_t number = number_of(numbers, old.point);
-            if (number > 0) { *list_add<Uvee>(&uvees, number) = Uvee{number, old.u, old.v}; }
-        }
-        list_free(&layer.uvees);
-        layer.uvees = uvees;
-    }
-}
-
-int renumber(Model* model) {
-    if (list_count(&model->joints) == 0) {
-        return 1;  // nothing to do, which the operation calls a failure
-    }
-    order_points_by_joint(model);
-    const NewNumbers numbers = new_numbers(model);
-    if (!model_renumber_points(model)) { return 0; }
-    renumber_lines_and_uvees(model, numbers);
-    return 1;
-}
-
-// ---- the other steps ----
-
-int tessellate(Model* model) { return model_tessellate(model, TESSELLATION_LEVEL); }
-
-// What hangs below the model becomes flat before it is merged: its curves follow its own normals, not those that a
-// placement turned. Mirrors come first, as they do in the model itself.
-int bake_children(const Model* model) {
-    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (link.model != nullptr &&
-            !(bake_children(link.model) && model_bake_mirror(link.model) && tessellate(link.model))) {
-            return 0;
-        }
-    }
-    return 1;
-}
-
-// Merged layers bring their texture coordinates as uvees; the map takes them to the corners, where later steps look.
-int flatten(Model* model) {
-    if (!bake_children(model) || !model_flatten(model)) { return 0; }
-    for (const Layer& layer : list_elements<Layer>(model->layers)) { layer_map_uvees(model, layer.name); }
-    return 1;
-}
+int tessellate(Model* model) { return model_tessellate(model, BAKE_LEVEL); }
 
 struct Step {
     const char* name;
@@ -125,13 +23,10 @@ struct Step {
 };
 
 constexpr Step STEPS[] = {
-    {"mirror", model_bake_mirror, true},
-    {"tessellate", tessellate, true},
-    {"triangulate", model_triangulate, false},
-    {"flatten", flatten, true},
-    {"split-normals", model_split_normals, true},
-    {"uvees", model_store_uvees, true},
-    {"renumber", renumber, true},
+    {"mirror", model_bake_mirror, true},          {"tessellate", tessellate, true},
+    {"triangulate", model_triangulate, false},    {"flatten", model_flatten_baked, true},
+    {"split-normals", model_split_normals, true}, {"uvees", model_store_uvees, true},
+    {"renumber", model_number_by_joint, true},
 };
 
 struct FlattenOptions {
@@ -181,7 +76,7 @@ int run_flatten(const FlattenOptions& options) {
         return STATUS_BAD_MODEL;
     }
     for (const Step* step : chosen_steps(options)) {
-        if (has_children && step->run == flatten) { warn_of_children(model.get(), options.input); }
+        if (has_children && step->run == model_flatten_baked) { warn_of_children(model.get(), options.input); }
         load_error_set(nullptr);
         if (!step->run(model.get()) || !ids_fit(model.get())) {
             const char* reason = load_error_get();

@@ -114,9 +114,7 @@ Json json_of(const Model& model) {
 // ---- tables ----
 
 std::string number(double value) {
-    char text[512];
-    float_to_text(value, 3, text, sizeof text);
-    std::string trimmed = text;
+    std::string trimmed = float_to_text(value, 3);
     if (trimmed.find('.') != std::string::npos) {
         trimmed.erase(trimmed.find_last_not_of('0') + 1);
         trimmed.erase(trimmed.find_last_not_of('.') + 1);
@@ -215,16 +213,11 @@ struct InfoOptions {
 };
 
 int run_info(const InfoOptions& options) {
-    int status = STATUS_GOOD;
     Json all = Json::array();
-    for (size_t i = 0; i < options.files.size(); ++i) {
-        const std::string& file = options.files[i];
-        show_progress(i + 1, options.files.size(), file);
+    const int status = for_each_file(options.files, [&](const std::string& file) {
         const ModelOwner model = load_model(file);
-        clear_progress();
-        if (model == nullptr) {
-            status = STATUS_BAD_MODEL;
-        } else if (options.json) {
+        if (model == nullptr) { return STATUS_BAD_MODEL; }
+        if (options.json) {
             Json json{{"file", file}};
             json.update(json_of(*model));
             all.push_back(std::move(json));
@@ -232,7 +225,8 @@ int run_info(const InfoOptions& options) {
             print_line(file);
             print_model(*model, "  ");
         }
-    }
+        return STATUS_GOOD;
+    });
     if (options.json) {
         // What is no UTF-8 must not stop the output; and in ASCII no character is a command to a terminal.
         const std::string text = all.dump(JSON_INDENT, ' ', true, Json::error_handler_t::replace);

@@ -12,7 +12,7 @@ namespace pelt::tool {
 namespace {
 
 // While one model is loaded, the registry holds its images and those of its children, and no others.
-int check_images(const std::string& file) {
+int run_ps2_check(const std::string& file) {
     const ModelOwner model = load_model(file);
     if (model == nullptr) { return STATUS_BAD_MODEL; }
     int images = 0;
@@ -29,16 +29,6 @@ int check_images(const std::string& file) {
     return bad == 0 ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
 
-int run_ps2_check(const std::vector<std::string>& files) {
-    int status = STATUS_GOOD;
-    for (size_t i = 0; i < files.size(); ++i) {
-        show_progress(i + 1, files.size(), files[i]);
-        status = std::max(status, check_images(files[i]));
-    }
-    clear_progress();
-    return status;
-}
-
 }  // namespace
 
 void add_ps2_check(CLI::App& program, int* status) {
@@ -50,7 +40,7 @@ void add_ps2_check(CLI::App& program, int* status) {
         "it names a palette, whose .p2c file must lie in the current directory. Every image that lacks one is\n"
         "reported; one that cannot be loaded is not looked at (pelt-model check names it).\n\n"
         "Example: pelt-model ps2-check models/mill.mod   # status 1: the sample models have no PS2 files\n");
-    command->callback([files, status] { *status = run_ps2_check(*files); });
+    command->callback([files, status] { *status = for_each_file(*files, run_ps2_check); });
 }
 
 }  // namespace pelt::tool

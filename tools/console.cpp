@@ -3,6 +3,7 @@
 // What surprises: a progress line stands without an end until something else is to be said, and is wiped first.
 #include "console.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "system.h"
@@ -41,6 +42,11 @@ size_t take_character(const std::string& text, size_t place, char32_t* code) {
     return value >= SMALLEST[size] && value <= 0x10FFFF && !is_surrogate ? size : 0;
 }
 
+void clear_progress() {
+    if (progress_stands) { std::fputs(WIPE_LINE, stderr); }
+    progress_stands = false;
+}
+
 }  // namespace
 
 std::string shown(const std::string& text) {
@@ -73,19 +79,19 @@ void print_report(const std::string& line) {
     std::fputs((shown(line) + "\n").c_str(), stderr);
 }
 
-void show_progress(size_t number, size_t count, const std::string& file) {
-    if (count > 1 && goes_to_a_terminal(stderr)) {
-        std::fflush(stdout);
-        std::fprintf(stderr, "%s[%zu/%zu] %s", WIPE_LINE, number, count, shown(file).c_str());
-        progress_stands = true;
+int for_each_file(const std::vector<std::string>& files, const std::function<int(const std::string&)>& work) {
+    const bool shows_progress = files.size() > 1 && goes_to_a_terminal(stderr);
+    int status = 0;
+    for (size_t i = 0; i < files.size(); ++i) {
+        if (shows_progress) {
+            std::fflush(stdout);
+            std::fprintf(stderr, "%s[%zu/%zu] %s", WIPE_LINE, i + 1, files.size(), shown(files[i]).c_str());
+            progress_stands = true;
+        }
+        status = std::max(status, work(files[i]));
     }
-}
-
-void clear_progress() {
-    if (progress_stands) {
-        std::fputs(WIPE_LINE, stderr);
-        progress_stands = false;
-    }
+    clear_progress();
+    return status;
 }
 
 }  // namespace pelt::tool

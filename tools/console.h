@@ -2,8 +2,9 @@
 // in a name is no command to the terminal: all of it passes through shown.
 #pragma once
 
-#include <cstddef>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace pelt::tool {
 
@@ -22,8 +23,8 @@ void print_warning(const std::string& file, const std::string& text);
 // A line on standard error; a progress line makes way for it.
 void print_report(const std::string& line);
 
-// Says on a terminal which of several files is being worked on; nowhere else, and not for a single one.
-void show_progress(size_t number, size_t count, const std::string& file);
-void clear_progress();
+// Works on one file after the other; the greatest status. Says on a terminal which of several is being worked on;
+// nowhere else, and not for a single one.
+int for_each_file(const std::vector<std::string>& files, const std::function<int(const std::string&)>& work);
 
 }  // namespace pelt::tool

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "formats/model_lines.h"
 #include "foundation/file_access.h"
 #include "scene/model.h"
 
@@ -41,13 +42,6 @@ void tell_high_ids(const LineRemarks& remarks, const HighIds& high, const char* 
     }
 }
 
-bool is_known_word(const char* word) {
-    static const std::unordered_set<std::string> WORDS = {
-        "points",    "normals", "layer",  "transparency", "reflect", "invisible", "joint",       "blend",
-        "triangles", "lines",   "goraud", "gouraud",      "uvees",   "image",     "mirrorimage", "child"};
-    return WORDS.count(word) != 0;
-}
-
 // Integers that are written as something else read as 0.
 void remark_no_integers(const LineRemarks& remarks, int32_t first, int32_t count, const char* text) {
     for (int32_t token = first; token < first + count && token < reader_token_count(); ++token) {
@@ -74,7 +68,7 @@ void remark_statement(const LineRemarks& remarks) {
         remark_layer(remarks);
     } else if (reader_token_equals("joint", 0)) {
         remark_no_integers(remarks, 2, 3, "a coordinate that is no whole number is read as 0: ");
-    } else if (!is_known_word(reader_text(0))) {
+    } else if (!model_knows_keyword(reader_text(0))) {
         remarks.remark(reader_line_number(), std::string("ignored: ") + reader_line());
     }
 }
@@ -137,7 +131,7 @@ void remark_line(LineRemarks& remarks, LineMode mode) {
 void remark_file(LineRemarks& remarks, const Model* model) {
     tell_high_ids(remarks, remarks.points, "a point id above 32767, which no primitive can name");
     tell_high_ids(remarks, remarks.references, "a primitive names an id above 32767, which is cut to 16 bits");
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); remarks.strict && point != points.end(); ++point) {
         if (remarks.point_ids.count(point.int_key()) == 0) {
             remarks.remark(remarks.normal_lines[point.int_key()],

@@ -132,7 +132,7 @@ void check_line(void* context) {
 // ---- one file ----
 
 void check_normals(FileCheck& check) {
-    const ListElements<Point> points = list_elements<Point>(check.context.model->points);
+    const auto points = list_elements<Point>(check.context.model->points);
     for (auto point = points.begin(); point != points.end() && !check.tree->ended; ++point) {
         if (!is_good_normal(point->normal)) {
             const int32_t line = check.remarks.normal_lines[point.int_key()];

@@ -21,7 +21,6 @@ namespace pelt {
 namespace {
 
 using Losses = std::vector<WriteLoss>;
-using PointWalk = ListElements<Point>::iterator;
 
 constexpr int NORMAL_DECIMALS = 3;
 constexpr int WEIGHT_DECIMALS = 3;
@@ -29,7 +28,6 @@ constexpr int SCALE_DECIMALS = 3;
 constexpr int UVEE_DECIMALS = 4;
 constexpr int TRANSPARENCY_DECIMALS = 4;
 constexpr int CURVE_TYPE_OF_QUAD = 4;  // what a curved quad reads back as
-constexpr size_t NUMBER_SIZE = 512;
 
 void lose(Losses& losses, const std::string& text) { losses.push_back(WriteLoss{text, false}); }
 void break_file(Losses& losses, const std::string& text) { losses.push_back(WriteLoss{text, true}); }
@@ -40,8 +38,6 @@ std::string counted(int32_t count, const std::string& noun) {
 }
 
 std::string of_layer(const Layer& layer) { return "layer " + std::string(layer.name) + ": "; }
-
-bool has_surface(const Layer& layer) { return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0; }
 
 // How often something was met, and where first.
 struct Tally {
@@ -56,6 +52,16 @@ struct Tally {
     }
 };
 
+template <typename Condition>
+Tally points_where(const Model& model, Condition condition) {
+    Tally tally;
+    const auto points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
+        if (condition(*point)) { tally.note(point.int_key()); }
+    }
+    return tally;
+}
+
 // ---- texts and numbers that do not come back ----
 
 bool reads_back(const char* word) {
@@ -64,9 +70,8 @@ bool reads_back(const char* word) {
 
 // The value behind a number that was written with so many decimals; a text that is no number reads as 0.
 float rounded(float value, int decimals) {
-    char text[NUMBER_SIZE];
-    float_to_text(value, decimals, text, sizeof text);
-    return word_class(text) == WORD_TEXT ? 0.0f : to_float(text_to_double(text));
+    const std::string text = float_to_text(value, decimals);
+    return word_class(text.c_str()) == WORD_TEXT ? 0.0f : to_float(text_to_double(text.c_str()));
 }
 
 bool loses_decimals(float value, int decimals) { return rounded(value, decimals) != value; }
@@ -146,25 +151,18 @@ void check_second_joints(Losses& losses, const Model& model) {
         parents[&joint] = model_find_joint(&model, joint.parent_name);
     }
     const std::vector<JointPair> blends = blended_pairs(model);
-    Tally lost;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        const auto parent = parents.find(point->joint_a);
+    const Tally lost = points_where(model, [&](const Point& point) {
+        const auto parent = parents.find(point.joint_a);
         const Joint* read_back = parent != parents.end() ? parent->second : nullptr;
-        if (point->joint_b != read_back &&
-            !std::binary_search(blends.begin(), blends.end(), JointPair{point->joint_a, point->joint_b})) {
-            lost.note(point.int_key());
-        }
-    }
+        return point.joint_b != read_back &&
+               !std::binary_search(blends.begin(), blends.end(), JointPair{point.joint_a, point.joint_b});
+    });
     if (lost.count > 0) { lose(losses, "second joint of their own lost: " + lost.places("point")); }
 }
 
 void check_world_weights(Losses& losses, const Model& model) {
-    Tally lost;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (point->joint_a == nullptr && point->weight != 1.0f) { lost.note(point.int_key()); }
-    }
+    const Tally lost =
+        points_where(model, [](const Point& point) { return point.joint_a == nullptr && point.weight != 1.0f; });
     if (lost.count > 0) { lose(losses, "weight lost, it reads back as 1: " + lost.places("world point")); }
 }
 
@@ -176,20 +174,12 @@ void check_normals_flag(Losses& losses, const Model& model) {
 
 // Faces whose corners lie on one line have no direction, and whoever makes normals of them gets a non-number.
 void check_normals(Losses& losses, const Model& model) {
-    Tally refused;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (is_refused_normal(point->normal)) { refused.note(point.int_key()); }
-    }
+    const Tally refused = points_where(model, [](const Point& point) { return is_refused_normal(point.normal); });
     if (refused.count > 0) { break_file(losses, "a normal of no length or direction: " + refused.places("point")); }
 }
 
 void check_fractions(Losses& losses, const Model& model) {
-    Tally lost;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        if (loses_fraction(point->position)) { lost.note(point.int_key()); }
-    }
+    const Tally lost = points_where(model, [](const Point& point) { return loses_fraction(point.position); });
     if (lost.count > 0) { lose(losses, "fractions of the position lost: " + lost.places("point")); }
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
         if (loses_fraction(joint.position)) {
@@ -343,7 +333,7 @@ void check_images(Losses& losses, const Model&, const Layer& layer) {
     if (layer.image_repeat && repeat_matters(layer)) {
         lose(losses, of_layer(layer) + "the repeat factors of the image are not written");
     }
-    const bool surface = has_surface(layer);
+    const bool surface = layer_has_surface(layer);
     if (surface && image->names[IMAGE_SLOT_BASE][0] == '\0') {
         break_file(losses, of_layer(layer) + "its image line comes out without a file name");
     }
@@ -353,9 +343,9 @@ void check_images(Losses& losses, const Model&, const Layer& layer) {
 }
 
 void check_uvees(Losses& losses, const Model& model, const Layer& layer) {
-    const bool surface = has_surface(layer);
+    const bool surface = layer_has_surface(layer);
     int32_t lost = 0;
-    const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
+    const auto uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         lost += !surface || list_find(&model.points, uvee.int_key()) == nullptr;
     }
@@ -371,9 +361,7 @@ struct VertexRow {
 };
 
 void take_vertex(VertexRow& row, const Model& model, int32_t id) {
-    char digits[NUMBER_SIZE];
-    int_to_text(id, digits);
-    row.bytes += std::strlen(digits) + 1;
+    row.bytes += std::to_string(id).size() + 1;
     ++row.count;
     row.all_known = row.all_known && list_find(&model.points, id) != nullptr;
 }

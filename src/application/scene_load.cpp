@@ -2,7 +2,6 @@
 // report runs scripts, and these would find a scene that is neither the old one nor the new one.
 #include "application/scene_load.h"
 
-#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -21,10 +20,6 @@
 namespace pelt {
 
 namespace {
-
-struct Freer {
-    void operator()(AnimationSet* set) const { std::free(set); }
-};
 
 // What was read beside the scene, and is released unless the scene takes it over.
 struct Staged {
@@ -56,16 +51,18 @@ bool stage_model(const std::string& path, Staged* staged) {
     return model != nullptr;
 }
 
-// A clip in a clip whose file is not there moves nothing, and says nothing.
-void note_missing_clips(const AnimationClip& clip, std::vector<LoadFailure>* problems) {
-    if (clip.name != nullptr && file_exists(clip.name) == 0 && problems->size() < LOAD_PROBLEM_LIMIT) {
-        problems->push_back(LoadFailure{"could not find animation file", clip.name, 0, {}});
+// A clip in a clip that could not be read moves nothing, and says nothing.
+void note_unread_clips(const AnimationClip& clip, std::vector<LoadFailure>* problems) {
+    if (clip.unread_path != nullptr && problems->size() < LOAD_PROBLEM_LIMIT) {
+        const bool is_there = file_exists(clip.unread_path) != 0;
+        problems->push_back(
+            {is_there ? "the clip cannot be used" : "could not find animation file", clip.unread_path, 0, {}});
     }
-    for (int32_t i = 0; i < clip.subclip_count; ++i) { note_missing_clips(clip.subclips[i], problems); }
+    for (int32_t i = 0; i < clip.subclip_count; ++i) { note_unread_clips(clip.subclips[i], problems); }
 }
 
 bool stage_list(const std::string& path, const std::string& base, Staged* staged) {
-    const std::unique_ptr<AnimationSet, Freer> set(animation_load(path.c_str(), {base.c_str(), true}));
+    const std::unique_ptr<AnimationSet> set(animation_load(path.c_str(), {base.c_str(), true}));
     if (set == nullptr) { return false; }
     for (int32_t row = 0; row < set->count; ++row) {
         staged->roots.push_back(RootModel{set->models[row], set->animations[row], row + 1});
@@ -74,7 +71,7 @@ bool stage_list(const std::string& path, const std::string& base, Staged* staged
     staged->list_path = path;
     staged->list_base = base;
     for (const RootModel& root : staged->roots) {
-        if (root.animation != nullptr) { note_missing_clips(root.animation->clip, &staged->problems); }
+        if (root.animation != nullptr) { note_unread_clips(root.animation->clip, &staged->problems); }
     }
     return true;
 }
@@ -242,7 +239,7 @@ bool refuse(const char* text) {
 }  // namespace
 
 bool scene_open(Application* app, const char* path, SceneLoad* out) {
-    const std::string name = path;
+    const std::string name = path_with_separators(path);
     Session* session = &app->session;
     session_status(session, "Loading...");
     Staged staged;
@@ -260,7 +257,7 @@ bool scene_open(Application* app, const char* path, SceneLoad* out) {
 }
 
 bool scene_add(Application* app, const char* path, SceneLoad* out) {
-    const std::string name = path;
+    const std::string name = path_with_separators(path);
     Session* session = &app->session;
     session_status(session, "Loading...");
     Staged staged;
@@ -303,6 +300,27 @@ bool scene_reload(Application* app, int32_t id, SceneLoad* out) {
     fill_result(session, ids, out);
     report_replaced(session);
     return true;
+}
+
+int64_t scene_changes_to_lose(const Session* session, int32_t id) {
+    const Again again = what_again(session, id);
+    int64_t changes = 0;
+    for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
+        if (root.row > 0 && again.list) { changes += model_tree_changes(root.model); }
+    }
+    for (const int32_t key : again.keys) {
+        changes += model_tree_changes(list_find<RootModel>(&session->root_models, key)->model);
+    }
+    return changes;
+}
+
+int64_t model_tree_changes(const Model* model) {
+    if (model == nullptr) { return 0; }
+    int64_t changes = model->changes;
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (!link.borrowed) { changes += model_tree_changes(link.model); }
+    }
+    return changes;
 }
 
 int64_t model_tree_triangles(const Model* model) {

@@ -12,7 +12,6 @@
 namespace pelt {
 
 struct Application;
-struct Model;
 
 struct SceneLoad {
     std::vector<int32_t> ids;           // of the roots that were loaded
@@ -32,6 +31,12 @@ bool scene_add(Application* app, const char* path, SceneLoad* out);
 // Reads the files of the scene anew: all of them, or with an id that of one root (of a scene list: all its rows). Ids,
 // placements, selection, view and time stay. Roots that no file was read for stay as they are.
 bool scene_reload(Application* app, int32_t id, SceneLoad* out);
+
+// Changes since they were read to the models that such a reload would read again.
+int64_t scene_changes_to_lose(const Session* session, int32_t id);
+
+// Changes to a model and the children that were read with it; 0 for null.
+int64_t model_tree_changes(const Model* model);
 
 // Triangles of a model and all below it, as told above.
 int64_t model_tree_triangles(const Model* model);

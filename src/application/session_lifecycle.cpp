@@ -4,7 +4,6 @@
 #include "application/session_lifecycle.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -129,7 +128,7 @@ int load_animation(Session* session, const AnimationToLoad& wanted, int keep_rad
     enter_animation(session, set, keep_radius);
     scene_evaluate(session);
     session_set_animation_path(session, wanted.path.c_str(), base);
-    std::free(set);
+    delete set;
     session_status(session, "Ready");
     return 1;
 }

@@ -28,50 +28,6 @@ void widen_box(Box* box, const Box& by) {
     for (const Vec3& corner : {by.lower, by.upper}) { box_take_in(corner, &box->lower, &box->upper); }
 }
 
-Mat4 link_matrix(const ChildLink& link, const Mat4& parent) {
-    Mat4 matrix;
-    mat_identity(&matrix);
-    mat_translate(&matrix, link.position.x, link.position.y, link.position.z);
-    Mat4 rotation;
-    mat_identity(&rotation);
-    mat_rotate_text(&rotation, link.rotate[0], link.rotate[1], link.rotate[2]);
-    mat_multiply(&rotation, &matrix, &matrix);
-    mat_scale(&matrix, link.scale.x, link.scale.y, link.scale.z);
-    mat_multiply(&matrix, &parent, &matrix);
-    return matrix;
-}
-
-// A link without a model counts as a box of no size at the origin: intended.
-Box bounds_below(const Model* model, const Mat4& matrix, int32_t level) {
-    if (model == nullptr) { return Box{}; }
-    Vec3 first;
-    Vec3 second;
-    mat_transform_point(&matrix, &model->bounds_min, &first);
-    mat_transform_point(&matrix, &model->bounds_max, &second);
-    Box box = sorted_box(first, second);
-    bool have = list_count(&model->points) > 0;
-    if (level >= MODEL_TREE_DEPTH_LIMIT) { return box; }
-    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        const Box child = bounds_below(link.model, link_matrix(link, matrix), level + 1);
-        if (have) {
-            widen_box(&box, child);
-        } else {
-            box = child;
-            have = true;
-        }
-    }
-    return box;
-}
-
-Vec3 box_size(const Box& box) {
-    return Vec3{box.upper.x - box.lower.x, box.upper.y - box.lower.y, box.upper.z - box.lower.z};
-}
-
-Vec3 box_centre(const Box& box) {
-    const Vec3 size = box_size(box);
-    return Vec3{size.x * 0.5f + box.lower.x, size.y * 0.5f + box.lower.y, size.z * 0.5f + box.lower.z};
-}
-
 // Joins boxes, the first as it is.
 struct JoinedBox {
     Box box{};
@@ -85,6 +41,27 @@ void join_box(JoinedBox* joined, const Box& box) {
         *joined = JoinedBox{box, true};
     }
 }
+
+// A link without a model counts as a box of no size at the origin: intended.
+Box bounds_below(const Model* model, const Mat4& matrix, int32_t level) {
+    if (model == nullptr) { return Box{}; }
+    Vec3 first;
+    Vec3 second;
+    mat_transform_point(&matrix, &model->bounds_min, &first);
+    mat_transform_point(&matrix, &model->bounds_max, &second);
+    JoinedBox joined{sorted_box(first, second), list_count(&model->points) > 0};
+    if (level >= MODEL_TREE_DEPTH_LIMIT) { return joined.box; }
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        Mat4 placement = child_placement(&link);
+        mat_multiply(&placement, &matrix, &placement);
+        join_box(&joined, bounds_below(link.model, placement, level + 1));
+    }
+    return joined.box;
+}
+
+Vec3 box_size(const Box& box) { return vec_subtract(box.upper, box.lower); }
+
+Vec3 box_centre(const Box& box) { return vec_weighted(box_size(box), 0.5f, box.lower, 1.0f); }
 
 }  // namespace
 
@@ -121,7 +98,7 @@ Vec3 scene_centre(Session* session) {
 Vec3 selection_centre(Session* session) {
     if (session == nullptr) { return Vec3{}; }
     JoinedBox joined;
-    const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
+    const auto entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         const Model* model = selection_entry_model(session, entry.int_key(), &*entry);
         if (model == nullptr) { continue; }

@@ -14,27 +14,21 @@ namespace pelt {
 
 namespace {
 
-void flatten_polygon(Model* model, KeyedList* flattened, const Polygon& polygon) {
+void pancake_polygon(Model* model, KeyedList* laid, const Polygon& polygon) {
     std::vector<int16_t> ids;
-    ids.reserve(static_cast<size_t>(list_count(&polygon.vertices)));
-    for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(ids.size()) >= polygon.vertex_count) { break; }
-        ids.push_back(vertex.point);
-    }
-    pancake_chain(model, flattened, ids.data(), static_cast<int>(ids.size()));
+    for (const PolygonVertex& vertex : polygon_strip(polygon)) { ids.push_back(vertex.point); }
+    pancake_chain(model, laid, ids.data(), static_cast<int>(ids.size()));
 }
 
-void flatten_layer(Model* model, KeyedList* flattened, const Layer& layer) {
-    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-        flatten_polygon(model, flattened, polygon);
-    }
+void pancake_layer(Model* model, KeyedList* laid, const Layer& layer) {
+    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { pancake_polygon(model, laid, polygon); }
     for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-        pancake_chain(model, flattened, triangle.points, triangle_corners(&triangle));
+        pancake_chain(model, laid, triangle.points, triangle_corners(&triangle));
     }
 }
 
-void add_flattened(KeyedList* flattened, int32_t id, const Point& point) {
-    Point* entry = list_add<Point>(flattened, id);
+void add_laid(KeyedList* laid, int32_t id, const Point& point) {
+    Point* entry = list_add<Point>(laid, id);
     *entry = point;
     entry->position.z = 0.0f;
 }
@@ -43,7 +37,7 @@ void add_flattened(KeyedList* flattened, int32_t id, const Point& point) {
 
 int selection_pancake(Session* session) {
     if (session == nullptr) { return 0; }
-    const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
+    const auto entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         if (!model_pancake(selection_entry_model(session, entry.int_key(), &*entry))) { return 0; }
     }
@@ -52,25 +46,25 @@ int selection_pancake(Session* session) {
 
 int model_pancake(Model* model) {
     if (model == nullptr || list_count(&model->layers) == 0) { return 0; }
-    KeyedList flattened{};
-    list_init(&flattened, sizeof(Point), KEY_INT);
-    for (const Layer& layer : list_elements<Layer>(model->layers)) { flatten_layer(model, &flattened, layer); }
-    const ListElements<Point> points = list_elements<Point>(flattened);
+    KeyedList laid{};
+    list_init(&laid, sizeof(Point), KEY_INT);
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { pancake_layer(model, &laid, layer); }
+    const auto points = list_elements<Point>(laid);
     for (auto point = points.begin(); point != points.end(); ++point) {
         if (Point* stored = model_find_point(model, point.int_key())) { *stored = *point; }
     }
-    list_free(&flattened);
+    list_free(&laid);
     ++model->changes;
     return 1;
 }
 
-int pancake_chain(Model* model, KeyedList* flattened, const int16_t* ids, int count) {
-    if (flattened == nullptr || ids == nullptr || count < 1) { return 0; }
+int pancake_chain(Model* model, KeyedList* laid, const int16_t* ids, int count) {
+    if (laid == nullptr || ids == nullptr || count < 1) { return 0; }
     const Point* first = model_find_point(model, ids[0]);
     if (first == nullptr) { return 0; }
-    const Point* base = list_find<const Point>(flattened, ids[0]);
+    const Point* base = list_find<const Point>(laid, ids[0]);
     if (base == nullptr) {
-        add_flattened(flattened, ids[0], *first);
+        add_laid(laid, ids[0], *first);
         base = first;
     }
     for (int i = 1; i < count; ++i) {
@@ -78,10 +72,10 @@ int pancake_chain(Model* model, KeyedList* flattened, const int16_t* ids, int co
         if (stored == nullptr) {
             continue;  // the step after it starts from the point before it
         }
-        if (list_find(flattened, ids[i]) == nullptr) {
+        if (list_find(laid, ids[i]) == nullptr) {
             Point placed;
             pancake_point(base, stored, &placed);
-            add_flattened(flattened, ids[i], placed);
+            add_laid(laid, ids[i], placed);
         }
         base = stored;
     }
@@ -90,13 +84,9 @@ int pancake_chain(Model* model, KeyedList* flattened, const int16_t* ids, int co
 
 void pancake_point(const Point* a, const Point* b, Point* out) {
     if (a == nullptr || b == nullptr || out == nullptr) { return; }
-    const float x = b->position.x - a->position.x;
-    const float y = b->position.y - a->position.y;
-    const float z = b->position.z - a->position.z;
-    const float full = std::sqrt(x * x + y * y + z * z);
-    const float flat = std::sqrt(x * x + y * y);
-    const float ratio = full / flat;
-    const Vec3 place{x * ratio + a->position.x, y * ratio + a->position.y, 0.0f};
+    const Vec3 step = vec_subtract(b->position, a->position);
+    const float ratio = std::sqrt(vec_dot(step, step)) / std::sqrt(step.x * step.x + step.y * step.y);
+    const Vec3 place{step.x * ratio + a->position.x, step.y * ratio + a->position.y, 0.0f};
     *out = *b;
     out->position = place;
 }

@@ -41,14 +41,6 @@ void replace_list(const KeyedList* source, KeyedList* destination) {
     list_copy(source, destination);
 }
 
-ModelState* find_model_state(const Session* session, int32_t id) {
-    return list_find<ModelState>(&session->model_states, id);
-}
-
-ChildState* find_child_state(const Session* session, int32_t id) {
-    return list_find<ChildState>(&session->child_states, id);
-}
-
 // Whether a model of the scene is the one that was selected. A model that was closed may have left both its address
 // and the number of its key to a new one: ids of links and of models are counted apart.
 bool is_entry_model(const SelectedModel* entry, const Model* model) {
@@ -67,7 +59,7 @@ int store_entry(Session* session, int32_t id, Model* model) {
 template <typename Work>
 int for_each_selected(Session* session, Work work) {
     if (session == nullptr) { return 0; }
-    const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
+    const auto entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         Model* model = selection_entry_model(session, entry.int_key(), &*entry);
         if (model == nullptr || !work(model)) { return 0; }
@@ -76,8 +68,6 @@ int for_each_selected(Session* session, Work work) {
 }
 
 bool is_zero(const Vec3& v) { return v.x == 0.0f && v.y == 0.0f && v.z == 0.0f; }
-
-bool is_finite(const Vec3& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
 
 void set_row(Mat4* m, int row, const Vec3& v) {
     m->m[4 * row] = v.x;
@@ -90,7 +80,7 @@ Mat4 axis_frame(const Vec3& axis) {
     const Vec3 up{0.0f, 0.0f, 1.0f};
     Vec3 u = plane_normal(&ORIGIN, &up, &axis);
     Vec3 v = plane_normal(&ORIGIN, &u, &axis);
-    if (is_finite(axis) && (!is_finite(u) || !is_finite(v))) {
+    if (vec_is_finite(axis) && (!vec_is_finite(u) || !vec_is_finite(v))) {
         // The axis is parallel to z and leaves the directions across it open: take what a neighbouring axis has.
         u = Vec3{0.0f, -1.0f, 0.0f};
         v = Vec3{axis.z < 0.0f ? -1.0f : 1.0f, 0.0f, 0.0f};
@@ -129,7 +119,7 @@ Mat4 rotation_about(const Vec3& centre, const Vec3& axis, const Mat4& turn) {
 
 // Key of the root whose model has the state with this id; 0 when there is none.
 int32_t find_root_key(const Session* session, int32_t state_id) {
-    const ListElements<RootModel> roots = list_elements<RootModel>(session->root_models);
+    const auto roots = list_elements<RootModel>(session->root_models);
     for (auto root = roots.begin(); root != roots.end(); ++root) {
         const int32_t slot = root->model != nullptr ? root->model->state_index : -1;
         const ModelState* state = list_at<const ModelState>(&session->model_states, slot, 0);
@@ -184,15 +174,17 @@ int selection_all(Session* session) {
 
 int selection_add_model(Session* session, int32_t id) {
     if (session == nullptr) { return 0; }
-    if (const ModelState* state = find_model_state(session, id)) { return store_entry(session, id, state->model); }
-    if (const ChildState* child = find_child_state(session, id)) {
+    if (const ModelState* state = list_find<ModelState>(&session->model_states, id)) {
+        return store_entry(session, id, state->model);
+    }
+    if (const ChildState* child = list_find<ChildState>(&session->child_states, id)) {
         return store_entry(session, id, child->link->model);
     }
     return 0;
 }
 
 int selection_add_child(Session* session, int32_t id) {
-    const ChildState* child = session != nullptr ? find_child_state(session, id) : nullptr;
+    const ChildState* child = session != nullptr ? list_find<ChildState>(&session->child_states, id) : nullptr;
     if (child == nullptr) { return 0; }
     list_add<SelectedChild>(&session->selection.children, id)->link = child->link;
     return 1;
@@ -200,16 +192,11 @@ int selection_add_child(Session* session, int32_t id) {
 
 Model* selection_entry_model(const Session* session, int32_t key, const SelectedModel* entry) {
     if (session == nullptr || entry == nullptr) { return nullptr; }
-    const ModelState* state = find_model_state(session, key);
+    const ModelState* state = list_find<ModelState>(&session->model_states, key);
     if (state != nullptr && is_entry_model(entry, state->model)) { return state->model; }
-    const ChildState* child = find_child_state(session, key);
+    const ChildState* child = list_find<ChildState>(&session->child_states, key);
     const bool is_child = child != nullptr && child->link != nullptr && is_entry_model(entry, child->link->model);
     return is_child ? child->link->model : nullptr;
-}
-
-ChildLink* selection_entry_child(const Session* session, int32_t key, const SelectedChild* entry) {
-    const ChildState* child = session != nullptr && entry != nullptr ? find_child_state(session, key) : nullptr;
-    return child != nullptr && child->link == entry->link ? entry->link : nullptr;
 }
 
 Model* selection_current_model(Session* session) {
@@ -298,10 +285,10 @@ int selection_set_axis(Session* session, float x, float y, float z) {
 
 int selection_delete(Session* session) {
     if (session == nullptr) { return 0; }
-    const ListElements<SelectedModel> entries = list_elements<SelectedModel>(session->selection.models);
+    const auto entries = list_elements<SelectedModel>(session->selection.models);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         const int32_t id = entry.int_key();
-        const ModelState* state = find_model_state(session, id);
+        const ModelState* state = list_find<ModelState>(&session->model_states, id);
         if (state == nullptr || !is_entry_model(&*entry, state->model)) { return 0; }
         if (!session_remove_root(session, find_root_key(session, id))) { return 0; }
     }
@@ -320,7 +307,7 @@ int selection_add_data(Session* session, const char* text) {
 int selection_add_child_model(Session* session, int32_t id) {
     if (session == nullptr || list_find(&session->selection.models, id) != nullptr) { return 0; }
     const int added = for_each_selected(session, [=](Model* model) {
-        const ModelState* state = find_model_state(session, id);
+        const ModelState* state = list_find<ModelState>(&session->model_states, id);
         return state != nullptr && state->model != nullptr && lend_child(session, model, state) != 0;
     });
     return added ? selection_clear(session) : 0;

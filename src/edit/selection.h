@@ -18,8 +18,6 @@ Model* selection_current_model(Session* session);  // null when nothing is selec
 // The model of an entry of the selection, or null when the key no longer stands for that model: it was closed since.
 Model* selection_entry_model(const Session* session, int32_t key, const SelectedModel* entry);
 
-// The link of a selected child, under the same test.
-ChildLink* selection_entry_child(const Session* session, int32_t key, const SelectedChild* entry);
 int selection_copy(Session* session);
 int selection_cut(Session* session);
 int selection_paste();

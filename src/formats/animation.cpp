@@ -23,7 +23,7 @@ void release_clip(AnimationClip* clip) {
     str_free(clip->unread_path);
     for (int32_t i = 0; i < clip->frame_count && !clip->shares_keys; ++i) { std::free(clip->frames[i].keys); }
     std::free(clip->frames);
-    std::free(clip->tracks);
+    delete[] clip->tracks;
 }
 
 }  // namespace
@@ -34,7 +34,7 @@ int32_t animation_slot_count(const Model* model) {
 
 ModelAnimation* animation_create(const Model* model) {
     if (model == nullptr) { return nullptr; }
-    ModelAnimation* animation = static_cast<ModelAnimation*>(std::calloc(1, sizeof(ModelAnimation)));
+    ModelAnimation* animation = new ModelAnimation{};
     animation->enabled = 1;
     animation->joint_count = model_count_joints(model);
     animation->child_count = model_count_children(model);
@@ -45,7 +45,7 @@ ModelAnimation* animation_create(const Model* model) {
 int animation_release(ModelAnimation* animation) {
     if (animation == nullptr) { return 1; }
     release_clip(&animation->clip);
-    std::free(animation);
+    delete animation;
     return 1;
 }
 

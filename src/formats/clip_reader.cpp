@@ -37,6 +37,7 @@ inline constexpr int32_t NO_SLOT = -1;
 inline constexpr int32_t TOKENS_PER_TRACK = 3;
 inline constexpr int32_t SUBCLIP_TOKEN_LIMIT = 3;  // a line of more tokens is a frame
 inline constexpr const char* BAD_DATA = "bad animation data";
+inline constexpr const char* NO_MEMORY = "Out of memory";
 inline constexpr const char* CHILD_PREFIX = "child";
 inline constexpr size_t CHILD_PREFIX_SIZE = 5;
 inline constexpr int32_t CHILD_OFFSET_LIMIT = 127;
@@ -184,12 +185,20 @@ void list_tracks(ClipRead* read) {
     tracks.erase(std::unique(tracks.begin(), tracks.end()), tracks.end());
     if (!tracks.empty()) {
         AnimationClip* clip = read->clip;
-        clip->tracks = static_cast<int32_t*>(std::calloc(tracks.size(), sizeof(int32_t)));
-        if (clip->tracks == nullptr) { return; }
+        clip->tracks = new int32_t[tracks.size()];
         clip->track_count = static_cast<int32_t>(tracks.size());
         std::copy(tracks.begin(), tracks.end(), clip->tracks);
     }
     for (int32_t i = 0; i < file.names_count; ++i) { read->places[i] = animation_track(read->clip, file.slots[i]); }
+}
+
+// Zero-filled, for std::free. Null for none, and with the tree failed when there is no memory for them.
+template <typename Element>
+Element* new_elements(ClipTree* tree, int32_t count) {
+    auto* elements =
+        count < 1 ? nullptr : static_cast<Element*>(std::calloc(static_cast<size_t>(count), sizeof(Element)));
+    if (elements == nullptr && count > 0) { fail_tree(tree, NO_MEMORY); }
+    return elements;
 }
 
 void prepare_clip(ClipRead* read, const std::string& path, float hold) {
@@ -201,20 +210,10 @@ void prepare_clip(ClipRead* read, const std::string& path, float hold) {
     clip->end_time = read->end;
     clip->hold_time = hold;
     clip->slot_count = read->slot_count;
-    clip->subclip_count = read->file->subclip_count;
-    clip->frame_count = read->file->frame_count;
-    if (clip->subclip_count > 0) {
-        clip->subclips =
-            static_cast<AnimationClip*>(std::calloc(static_cast<size_t>(clip->subclip_count), sizeof(AnimationClip)));
-        if (clip->subclips == nullptr) {
-            clip->subclip_count = 0;  // the second pass then fails
-        }
-    }
-    if (clip->frame_count > 0) {
-        clip->frames =
-            static_cast<AnimationFrame*>(std::calloc(static_cast<size_t>(clip->frame_count), sizeof(AnimationFrame)));
-        if (clip->frames == nullptr) { clip->frame_count = 0; }
-    }
+    clip->subclips = new_elements<AnimationClip>(read->tree, read->file->subclip_count);
+    clip->subclip_count = clip->subclips != nullptr ? read->file->subclip_count : 0;
+    clip->frames = new_elements<AnimationFrame>(read->tree, read->file->frame_count);
+    clip->frame_count = clip->frames != nullptr ? read->file->frame_count : 0;
     list_tracks(read);
 }
 
@@ -238,12 +237,15 @@ AnimationKey translation_key(int32_t token) {
 
 // The table of a frame and the keys that it points at lie in one block, so that a key that a later column of the same
 // track replaces goes with the rest.
-bool fill_frame(const ClipRead* read, AnimationFrame* frame) {
+void fill_frame(ClipRead* read, AnimationFrame* frame) {
     const size_t table_size = std::max<size_t>(static_cast<size_t>(read->clip->track_count), 1);
     const ClipFile& file = *read->file;
     const size_t key_count = static_cast<size_t>(file.names_count);
     void* block = std::calloc(1, table_size * sizeof(AnimationKey*) + key_count * sizeof(AnimationKey));
-    if (block == nullptr) { return false; }
+    if (block == nullptr) {
+        fail_tree(read->tree, NO_MEMORY);
+        return;
+    }
     frame->time = reader_float(0) + read->start;
     frame->keys = static_cast<AnimationKey**>(block);
     AnimationKey* key = reinterpret_cast<AnimationKey*>(frame->keys + table_size);
@@ -254,19 +256,18 @@ bool fill_frame(const ClipRead* read, AnimationFrame* frame) {
         *key = file.slots[column] == ANIMATION_TRANSLATE_SLOT ? translation_key(token) : rotation_key(token);
         frame->keys[place] = key++;
     }
-    return true;
 }
 
 void read_frame_line(ClipRead* read) {
     ClipFile* file = read->file;
     // More frames than the first pass counted: the file was written to in between.
     const auto frame = static_cast<int32_t>(file->times.size());
-    if (frame >= read->clip->frame_count || reader_token_count() != TOKENS_PER_TRACK * file->names_count + 1 ||
-        !fill_frame(read, &read->clip->frames[frame])) {
+    if (frame >= read->clip->frame_count || reader_token_count() != TOKENS_PER_TRACK * file->names_count + 1) {
         animation_set_error(BAD_DATA);
         reader_abort();
         return;
     }
+    fill_frame(read, &read->clip->frames[frame]);
     file->times.push_back(reader_float(0));
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "formats/texture_map.h"
+#include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "images/image_registry.h"
 #include "scene/model.h"
@@ -42,10 +43,12 @@ bool load_slot(const Layer& layer, LayerImage& image, int slot, const char* path
     image.bytes_per_pixel[slot] = RGB_BYTES;
     if (layer.invisible && slot != IMAGE_SLOT_REFLECTION) {
         const int32_t* key = layer.invisible_colour;
-        if (unsigned char* keyed = image_keyed(path, key[0], key[1], key[2])) {
-            image.pixels[slot] = keyed;
-            image.bytes_per_pixel[slot] = RGBA_BYTES;
+        image.pixels[slot] = image_keyed(path, key[0], key[1], key[2]);
+        if (image.pixels[slot] == nullptr) {
+            load_error_set("out of memory");
+            return false;
         }
+        image.bytes_per_pixel[slot] = RGBA_BYTES;
     }
     return true;
 }

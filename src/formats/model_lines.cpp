@@ -11,6 +11,7 @@
 #include <iterator>
 
 #include "formats/layer_image.h"
+#include "formats/model_writer.h"
 #include "foundation/load_error.h"
 #include "foundation/math3d.h"
 #include "foundation/text.h"
@@ -41,12 +42,9 @@ void require(bool done) {
 }
 
 // The code of an axis word; anything else fails and gives 0, and the line goes on.
-int axis_word(int32_t index) {
-    static constexpr const char* WORDS[] = {"x", "y", "z", "-x", "-y", "-z"};
-    int code = AXIS_X;
-    for (const char* word : WORDS) {
-        if (reader_token_equals(word, index)) { return code; }
-        ++code;
+int axis_code(int32_t index) {
+    for (int code = AXIS_X; code <= AXIS_MINUS_Z; ++code) {
+        if (reader_token_equals(axis_word(code), index)) { return code; }
     }
     fail("Bad image axis definition");
     return 0;
@@ -67,7 +65,7 @@ void parse_layer(ModelFileContext& file) {
     int mirror_axis = AXIS_X;
     if (count == 8 && reader_token_equals("mirror", 6)) {
         mirror = 1;
-        mirror_axis = axis_word(7);
+        mirror_axis = axis_code(7);
     }
     // A new layer clears the load error, so that a bad axis word fails the load without a text: intended.
     require(model_add_layer(file.model, file.layer, reader_int(2), reader_int(3), reader_int(4),
@@ -115,8 +113,8 @@ bool is_repeat_factor(float factor) { return factor >= -REPEAT_MAX && factor <= 
 void parse_image(ModelFileContext& file) {
     const int32_t count = reader_token_count();
     if (!has_tokens(count >= 4, BAD_IMAGE)) { return; }
-    const int axis_u = axis_word(2);
-    const int axis_v = axis_word(3);
+    const int axis_u = axis_code(2);
+    const int axis_v = axis_code(3);
     const bool repeated = count > 4;
     const float repeat_u = reader_float(5);
     const float repeat_v = reader_float(6);

@@ -205,8 +205,8 @@ bool is_good_normal(const Vec3& normal) {
 }
 
 int model_test_normals(const Model* model) {
-    const ListElements<Point> points = list_elements<Point>(model->points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+    const auto points = list_elements<Point>(model->points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
         if (!is_good_normal(point->normal)) {
             char text[ERROR_TEXT_SIZE];
             std::snprintf(text, sizeof text, "(%s.mod) bad normal: %d", model->name, point.int_key());

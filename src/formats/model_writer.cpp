@@ -25,8 +25,6 @@ constexpr const char* NAMELESS_FILE = "noname.mod";
 constexpr size_t EXTENSION_SIZE = 4;  // a dot and three characters
 constexpr int FIXED_CURVE_TYPE = 3;   // a curved triangle of this type or above says nothing of it before its normals
 
-using PointWalk = ListElements<Point>::iterator;
-
 struct WrittenPoint {
     int32_t id;
     const Point* point;
@@ -37,8 +35,8 @@ using PointsByJoint = std::unordered_map<const Joint*, std::vector<WrittenPoint>
 
 PointsByJoint points_by_joint(const Model& model) {
     PointsByJoint groups;
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+    const auto points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
         groups[point->joint_a].push_back(WrittenPoint{point.int_key(), &*point});
     }
     return groups;
@@ -46,21 +44,22 @@ PointsByJoint points_by_joint(const Model& model) {
 
 int32_t whole(float value) { return float_to_int(value); }
 
+std::string thousandths(float value) { return float_to_text(value, 3); }
+
 // ---- joints and points ----
 
 void put_joints(TextOutput& out, const Model& model) {
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
-        text_put(out, "joint  %-8s  %5d %5d %5d  %-8s %3d\n",
-                 {joint.name, whole(joint.position.x), whole(joint.position.y), whole(joint.position.z),
-                  joint.parent_name, joint.point_count});
+        text_put(out, "joint  %-8s  %5d %5d %5d  %-8s %3d\n", joint.name, whole(joint.position.x),
+                 whole(joint.position.y), whole(joint.position.z), joint.parent_name, joint.point_count);
     }
 }
 
 void put_point(TextOutput& out, const WrittenPoint& written, bool with_weight) {
     const Point& point = *written.point;
-    text_put(out, "%-3d   %5d %5d %5d",
-             {written.id, whole(point.position.x), whole(point.position.y), whole(point.position.z)});
-    if (with_weight && point.weight != 1.0f) { text_put(out, "   %.3f", {point.weight}); }
+    text_put(out, "%-3d   %5d %5d %5d", written.id, whole(point.position.x), whole(point.position.y),
+             whole(point.position.z));
+    if (with_weight && point.weight != 1.0f) { text_put(out, "   %s", thousandths(point.weight).c_str()); }
     text_put(out, "\n");
 }
 
@@ -77,7 +76,7 @@ void put_points(TextOutput& out, const Model& model) {
     text_put(out, "points\n");
     for (const Joint& joint : list_elements<Joint>(model.joints)) {
         // The count is the stored one, whatever number of points follows: intended.
-        text_put(out, "#\n# %d points for joint: %s\n#\n", {joint.point_count, text_for_comment(joint.name).c_str()});
+        text_put(out, "#\n# %d points for joint: %s\n#\n", joint.point_count, text_for_comment(joint.name).c_str());
         put_group(&joint);
     }
     text_put(out, "#\n# world points\n#\n");
@@ -87,33 +86,29 @@ void put_points(TextOutput& out, const Model& model) {
 // Every point has its line, also in a model without normals: intended.
 void put_normals(TextOutput& out, const Model& model) {
     text_put(out, "\nnormals\n");
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
-        text_put(out, "%-3d   %6.3f %6.3f %6.3f\n",
-                 {point.int_key(), point->normal.x, point->normal.y, point->normal.z});
+    const auto points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
+        const Vec3& normal = point->normal;
+        text_put(out, "%-3d   %6s %6s %6s\n", point.int_key(), thousandths(normal.x).c_str(),
+                 thousandths(normal.y).c_str(), thousandths(normal.z).c_str());
     }
 }
 
 void put_colours(TextOutput& out, const Model& model) {
     text_put(out, "\ngouraud\n");
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (PointWalk point = points.begin(); point != points.end(); ++point) {
+    const auto points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
         const unsigned char* colour = point->gouraud;
-        text_put(out, "%-3d   %-3d %-3d %-3d  %-3d\n",
-                 {point.int_key(), int32_t{colour[0]}, int32_t{colour[1]}, int32_t{colour[2]}, int32_t{colour[3]}});
+        text_put(out, "%-3d   %-3d %-3d %-3d  %-3d\n", point.int_key(), colour[0], colour[1], colour[2], colour[3]);
     }
 }
 
 // ---- primitives ----
 
-// Corners whose ends make the default controls.
-constexpr int TRIANGLE_RING[] = {0, 1, 1, 2, 2, 0};
-constexpr int QUAD_RING[] = {0, 1, 1, 3, 3, 2, 2, 0};
-
 bool has_own_controls(const Triangle& triangle) {
-    const int* ring = triangle.quad ? QUAD_RING : TRIANGLE_RING;
+    const int* ends = triangle_edge_ends(&triangle);
     for (int i = 0; i < 2 * triangle_corners(&triangle); ++i) {
-        if (triangle.controls[i] != triangle.points[ring[i]]) { return true; }
+        if (triangle.controls[i] != triangle.points[ends[i]]) { return true; }
     }
     return false;
 }
@@ -125,7 +120,7 @@ bool has_own_normals(const Triangle& triangle) {
 
 void put_ids(TextOutput& out, const int16_t* ids, int count) {
     text_put(out, " ");
-    for (int i = 0; i < count; ++i) { text_put(out, " %4d", {int32_t{ids[i]}}); }
+    for (int i = 0; i < count; ++i) { text_put(out, " %4d", ids[i]); }
 }
 
 // Intended: the curve type of a quad, and of a triangle above type 3, is written nowhere.
@@ -133,16 +128,14 @@ void put_triangle(TextOutput& out, const Triangle& triangle) {
     const int corners = triangle_corners(&triangle);
     const bool curved = triangle.curve_type != 0;
     const char* kind = curved ? (triangle.quad ? "4" : "3") : (triangle.quad ? "1" : "0");
-    text_put(out, kind);
+    text_put(out, "%s", kind);
     put_ids(out, triangle.points, corners);
     if (curved && !triangle.quad && triangle.curve_type < FIXED_CURVE_TYPE) {
-        text_put(out, "  %d", {int32_t{triangle.curve_type}});
+        text_put(out, "  %d", triangle.curve_type);
     }
     const bool own_controls = curved && has_own_controls(triangle);
     if (has_own_normals(triangle) || own_controls) {
-        if (!triangle.quad && triangle.curve_type == FIXED_CURVE_TYPE) {
-            text_put(out, "  %d", {int32_t{triangle.curve_type}});
-        }
+        if (!triangle.quad && triangle.curve_type == FIXED_CURVE_TYPE) { text_put(out, "  %d", triangle.curve_type); }
         put_ids(out, triangle.normals, corners);
     }
     if (own_controls) { put_ids(out, triangle.controls, 2 * corners); }
@@ -152,16 +145,14 @@ void put_triangle(TextOutput& out, const Triangle& triangle) {
 void put_polygon(TextOutput& out, const Polygon& polygon) {
     text_put(out, "2 ");
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        text_put(out, "%d ", {int32_t{vertex.point}});
+        text_put(out, "%d ", vertex.point);
     }
     text_put(out, "\n");
 }
 
 void put_line(TextOutput& out, const Line& line) {
     text_put(out, "2 ");
-    for (const int32_t& stored : list_elements<int32_t>(line.vertices)) {
-        text_put(out, "%d ", {line_point_id(stored)});
-    }
+    for (const int32_t& stored : list_elements<int32_t>(line.vertices)) { text_put(out, "%d ", line_point_id(stored)); }
     text_put(out, "\n");
 }
 
@@ -170,7 +161,7 @@ void put_line(TextOutput& out, const Line& line) {
 // In the order of the model's points; one that is no point of the model itself is left out.
 void put_uvees(TextOutput& out, const Model& model, const Layer& layer) {
     std::vector<std::pair<int32_t, const Uvee*>> by_slot;
-    const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
+    const auto uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         const int32_t slot = list_index_of(&model.points, uvee.int_key(), 0);
         if (slot >= 0) { by_slot.emplace_back(slot, &*uvee); }
@@ -178,37 +169,39 @@ void put_uvees(TextOutput& out, const Model& model, const Layer& layer) {
     std::sort(by_slot.begin(), by_slot.end());
     text_put(out, "uvees\n");
     for (const auto& [slot, uvee] : by_slot) {
-        text_put(out, "%d  %.4f  %.4f\n", {list_int_key(&model.points, slot), uvee->u, uvee->v});
+        text_put(out, "%d  %s  %s\n", list_int_key(&model.points, slot), float_to_text(uvee->u, 4).c_str(),
+                 float_to_text(uvee->v, 4).c_str());
     }
 }
 
 // Neither the reflection map nor the repeat factors are written: intended.
 void put_images(TextOutput& out, const Layer& layer) {
     for (const LayerImage& image : list_elements<LayerImage>(layer.images)) {
-        text_put(out, "image  %s  %s %s\n",
-                 {image.names[IMAGE_SLOT_BASE], axis_word(layer.image_axis_u), axis_word(layer.image_axis_v)});
+        text_put(out, "image  %s  %s %s\n", image.names[IMAGE_SLOT_BASE], axis_word(layer.image_axis_u),
+                 axis_word(layer.image_axis_v));
         if (image.names[IMAGE_SLOT_MIRROR][0] != '\0') {
-            text_put(out, "mirrorimage  %s\n", {image.names[IMAGE_SLOT_MIRROR]});
+            text_put(out, "mirrorimage  %s\n", image.names[IMAGE_SLOT_MIRROR]);
         }
     }
 }
 
 void put_layer_head(TextOutput& out, const Layer& layer) {
-    text_put(out, "\nlayer %s %d %d %d %s",
-             {layer.name, layer.colour[0], layer.colour[1], layer.colour[2],
-              layer.singlesided ? "singlesided" : "doublesided"});
-    if (layer.mirror) { text_put(out, " mirror %s", {axis_word(layer.mirror_axis)}); }
+    text_put(out, "\nlayer %s %d %d %d %s", layer.name, layer.colour[0], layer.colour[1], layer.colour[2],
+             layer.singlesided ? "singlesided" : "doublesided");
+    if (layer.mirror) { text_put(out, " mirror %s", axis_word(layer.mirror_axis)); }
     text_put(out, "\n");
     if (layer.invisible) {
         const int32_t* key = layer.invisible_colour;
-        text_put(out, "invisible %d %d %d\n", {key[0], key[1], key[2]});  // in bytes: intended
+        text_put(out, "invisible %d %d %d\n", key[0], key[1], key[2]);  // in bytes: intended
     }
-    if (layer.transparency != 0.0f) { text_put(out, "transparency %.4f\n", {layer.transparency}); }
+    if (layer.transparency != 0.0f) {
+        text_put(out, "transparency %s\n", float_to_text(layer.transparency, 4).c_str());
+    }
 }
 
 void put_layer(TextOutput& out, const Model& model, const Layer& layer) {
     put_layer_head(out, layer);
-    if (list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0) {
+    if (layer_has_surface(layer)) {
         text_put(out, "triangles\n");
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) { put_triangle(out, triangle); }
         for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { put_polygon(out, polygon); }
@@ -223,14 +216,15 @@ void put_layer(TextOutput& out, const Model& model, const Layer& layer) {
 
 void put_children(TextOutput& out, const Model& model) {
     for (const ChildLink& link : list_elements<ChildLink>(model.children)) {
-        text_put(out, "child  %-8s  %5d %5d %5d  %6.3f %6.3f %6.3f  %5s %5s %5s\n",
-                 {link.name, whole(link.position.x), whole(link.position.y), whole(link.position.z), link.scale.x,
-                  link.scale.y, link.scale.z, link.rotate[0], link.rotate[1], link.rotate[2]});
+        text_put(out, "child  %-8s  %5d %5d %5d  %6s %6s %6s  %5s %5s %5s\n", link.name, whole(link.position.x),
+                 whole(link.position.y), whole(link.position.z), thousandths(link.scale.x).c_str(),
+                 thousandths(link.scale.y).c_str(), thousandths(link.scale.z).c_str(), link.rotate[0], link.rotate[1],
+                 link.rotate[2]);
     }
 }
 
 void put_model(TextOutput& out, const Model& model, const char* file_name) {
-    text_put(out, "#\n# model: %s\n#\n", {text_for_comment(file_name).c_str()});
+    text_put(out, "#\n# model: %s\n#\n", text_for_comment(file_name).c_str());
     put_joints(out, model);
     put_points(out, model);
     put_normals(out, model);
@@ -268,13 +262,6 @@ void model_write(const Model* model) {
     put_model(out, *model, name.c_str());
     text_finish(out);  // whether it succeeded is not looked at
     file_close(slot);
-}
-
-int model_write_stream(const Model* model, const char* file_name, std::FILE* stream) {
-    if (model == nullptr || stream == nullptr) { return 0; }
-    TextOutput out = text_output_to_stream(stream);
-    put_model(out, *model, file_name);
-    return text_finish(out) ? 1 : 0;
 }
 
 std::string model_write_text(const Model* model, const char* file_name) {

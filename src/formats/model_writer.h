@@ -2,7 +2,6 @@
 // not survive is told by write_losses.h.
 #pragma once
 
-#include <cstdio>
 #include <string>
 
 namespace pelt {
@@ -13,17 +12,13 @@ struct Model;
 // model or a file that cannot be opened writes nothing.
 void model_write(const Model* model);
 
-// The same text to an open stream, which stays open; the file name only stands in the comment at its head. 1 when all
-// of it was taken, else 0.
-int model_write_stream(const Model* model, const char* file_name, std::FILE* stream);
-
-// The same text in memory; empty for a null model.
+// The same text in memory, empty for a null model; the file name only stands in the comment at its head.
 std::string model_write_text(const Model* model, const char* file_name);
 
 // The name that model_write gives its file: with ".mod" unless the name ends in an extension of three characters.
 std::string model_file_name(const Model* model);
 
-// The word of an axis code; "x" for any that is none.
+// The word of an axis code; "x" for any other number.
 const char* axis_word(int code);
 
 // Whether the writer leaves a layer out: it counts neither a triangle nor a line in it.

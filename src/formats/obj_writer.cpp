@@ -10,6 +10,7 @@
 #include "formats/model_writer.h"
 #include "formats/text_output.h"
 #include "foundation/file_access.h"
+#include "foundation/text.h"
 #include "scene/model.h"
 
 namespace pelt {
@@ -24,7 +25,7 @@ constexpr const char* HEAD = "# This file was generated automatically by Sorvel.
 std::vector<int32_t> number_points(const Model& model) {
     std::vector<int32_t> numbers(static_cast<size_t>(model.points.capacity), 0);
     int32_t number = 0;
-    const ListElements<Point> points = list_elements<Point>(model.points);
+    const auto points = list_elements<Point>(model.points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         numbers[static_cast<size_t>(point.slot())] = ++number;
     }
@@ -44,7 +45,7 @@ int32_t number_of(const ObjExport& file, int32_t point_id) {
 }
 
 void put_face(ObjExport& file, int32_t a, int32_t b, int32_t c) {
-    text_put(file.out, "f %d %d %d\n", {number_of(file, a), number_of(file, b), number_of(file, c)});
+    text_put(file.out, "f %d %d %d\n", number_of(file, a), number_of(file, b), number_of(file, c));
 }
 
 void put_faces(ObjExport& file, const Layer& layer) {
@@ -56,7 +57,7 @@ void put_faces(ObjExport& file, const Layer& layer) {
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
         text_put(file.out, "f ");
         for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-            text_put(file.out, "%d ", {int32_t{vertex.point}});  // the id, not the number: intended
+            text_put(file.out, "%d ", vertex.point);  // the id, not the number: intended
         }
         text_put(file.out, "\n");
     }
@@ -66,7 +67,7 @@ void put_lines(ObjExport& file, const Layer& layer) {
     for (const Line& line : list_elements<Line>(layer.lines)) {
         text_put(file.out, "l ");
         for (const int32_t& stored : list_elements<int32_t>(line.vertices)) {
-            text_put(file.out, "%d ", {number_of(file, line_point_id(stored))});
+            text_put(file.out, "%d ", number_of(file, line_point_id(stored)));
         }
         text_put(file.out, "\n");
     }
@@ -74,15 +75,17 @@ void put_lines(ObjExport& file, const Layer& layer) {
 
 void put_obj(TextOutput& out, const Model& model, const char* file_name) {
     text_put(out, HEAD);
-    text_put(out, "#\n# model: %s\n#\n", {text_for_comment(file_name).c_str()});
+    text_put(out, "#\n# model: %s\n#\n", text_for_comment(file_name).c_str());
     text_put(out, "#\n# world points\n#\n");
     for (const Point& point : list_elements<Point>(model.points)) {
-        text_put(out, "v %f %f %f\n", {point.position.x, point.position.z, point.position.y});
+        const Vec3& place = point.position;
+        text_put(out, "v %s %s %s\n", float_to_text(place.x, 6).c_str(), float_to_text(place.z, 6).c_str(),
+                 float_to_text(place.y, 6).c_str());
     }
     ObjExport file{out, model, number_points(model)};
     for (const Layer& layer : list_elements<Layer>(model.layers)) {
         if (!model_writer_skips_layer(&model, layer.name)) {
-            text_put(out, "\ng %s\n", {layer.name});
+            text_put(out, "\ng %s\n", layer.name);
             put_faces(file, layer);
             put_lines(file, layer);
         }
@@ -105,13 +108,6 @@ int model_write_obj(const Model* model, const char* path) {
     text_finish(out);  // whether it succeeded is not looked at
     file_close(slot);
     return 1;
-}
-
-int model_write_obj_stream(const Model* model, const char* file_name, std::FILE* stream) {
-    if (model == nullptr || stream == nullptr) { return 0; }
-    TextOutput out = text_output_to_stream(stream);
-    put_obj(out, *model, file_name);
-    return text_finish(out) ? 1 : 0;
 }
 
 std::string model_write_obj_text(const Model* model, const char* file_name) {

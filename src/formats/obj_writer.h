@@ -2,7 +2,6 @@
 // and child models.
 #pragma once
 
-#include <cstdio>
 #include <string>
 
 namespace pelt {
@@ -18,11 +17,7 @@ int model_export(const Model* model, int format, const char* path);
 // null argument or a file that cannot be opened; whether all was written is not looked at.
 int model_write_obj(const Model* model, const char* path);
 
-// The same text to an open stream, which stays open; the file name only stands in the comment at its head. 1 when all
-// of it was taken, else 0.
-int model_write_obj_stream(const Model* model, const char* file_name, std::FILE* stream);
-
-// The same text in memory; empty for a null model.
+// The same text in memory, empty for a null model; the file name only stands in the comment at its head.
 std::string model_write_obj_text(const Model* model, const char* file_name);
 
 }  // namespace pelt

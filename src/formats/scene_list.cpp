@@ -2,7 +2,6 @@
 #include "formats/scene_list.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <utility>
@@ -182,11 +181,11 @@ AnimationSet* animation_load(const char* path, const SceneListOptions& options) 
     }
     SceneRows rows;
     if (reader_run_file(path, COMMENT_CHARS, COMMENT_COUNT, read_row, &rows) == 0) { return nullptr; }
-    AnimationSet* set = static_cast<AnimationSet*>(std::calloc(1, sizeof(AnimationSet)));
+    AnimationSet* set = new AnimationSet{};
     if (load_rows(rows, set, options)) { return set; }
     load_failure_in(path);
     release_rows(set);
-    std::free(set);
+    delete set;
     return nullptr;
 }
 

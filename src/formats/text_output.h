@@ -1,10 +1,7 @@
-// Formatted text on its way to a file: pieces of any length, always with '.' in numbers whatever the locale.
+// Formatted text on its way to a file: pieces of any length.
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <cstdio>
-#include <initializer_list>
 #include <string>
 
 namespace pelt {
@@ -19,29 +16,16 @@ struct TextOutput {
     bool failed;          // something was not taken; nothing more is handed on
 };
 
-// Text that goes to a slot of the table of open files, and to a stream of the system. Neither is closed here.
+// Text that goes to a slot of the table of open files, which is not closed here.
 TextOutput text_output_to_slot(const int* slot);
-TextOutput text_output_to_stream(std::FILE* stream);
 
 // Text that is appended to a string, which outlives the output.
 TextOutput text_output_to_string(std::string* text);
 
-// A value that a format asks for: an integer for %d, a number for %f, a text (not copied) for %s.
-struct TextValue {
-    enum Kind { INTEGER, NUMBER, TEXT } kind;
-    int32_t integer;
-    double number;
-    const char* text;
-
-    TextValue(int32_t value) : kind(INTEGER), integer(value), number(value), text("") {}
-    TextValue(double value) : kind(NUMBER), integer(0), number(value), text("") {}
-    TextValue(float value) : TextValue(double{value}) {}
-    TextValue(const char* value) : kind(TEXT), integer(0), number(0.0), text(value != nullptr ? value : "") {}
-};
-
-// Appends the format with the values in their places. It knows %d, %f and %s with '-', a width and, for %f, a count
-// of decimals; a non-number is "nan". A width is a least one: nothing is ever cut.
-void text_put(TextOutput& out, const char* format, std::initializer_list<TextValue> values = {});
+// Appends the format with the values in their places, as printf does. Only for whole numbers and texts: a number with
+// decimals is put as its text (float_to_text), because the library takes the decimal point from the locale. No text is
+// null.
+void text_put(TextOutput& out, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 // Hands on what is waiting. True when everything since the beginning was taken.
 bool text_finish(TextOutput& out);

@@ -21,11 +21,9 @@ namespace {
 
 constexpr float FOLD_PERIOD = 2.0f;
 
-Layer* find_layer(const Model* model, const char* name) {
+Layer* find_layer(Model* model, const char* name) {
     return model != nullptr && name != nullptr ? list_find<Layer>(&model->layers, name) : nullptr;
 }
-
-bool has_surface(const Layer& layer) { return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0; }
 
 // A box that starts at the first place it takes in. A missing point spoils it for good.
 struct Box {
@@ -80,15 +78,15 @@ struct Survey {
 };
 
 // Calls the action with each corner's id and the two coordinates it keeps, until that answers false.
-template <typename Action>
-bool for_each_corner(const Layer& layer, const Action& action) {
-    for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
+template <typename AnyLayer, typename Action>
+bool for_each_corner(AnyLayer& layer, const Action& action) {
+    for (auto& triangle : list_elements<Triangle>(layer.triangles)) {
         for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
             if (!action(triangle.points[corner], triangle.uvs[corner][0], triangle.uvs[corner][1])) { return false; }
         }
     }
-    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-        for (PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
+    for (auto& polygon : list_elements<Polygon>(layer.polygons)) {
+        for (auto& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
             if (!action(vertex.point, vertex.u, vertex.v)) { return false; }
         }
     }
@@ -96,7 +94,7 @@ bool for_each_corner(const Layer& layer, const Action& action) {
 }
 
 void survey_layer(const Model* model, const Layer& layer, Survey& survey) {
-    for_each_corner(layer, [&](int16_t id, float&, float&) {
+    for_each_corner(layer, [&](int16_t id, float, float) {
         if (survey.box.empty) {
             take_in(survey.box, model_find_point(model, id));  // the box starts at the first corner of all
         }
@@ -116,7 +114,7 @@ void survey_layer(const Model* model, const Layer& layer, Survey& survey) {
 }
 
 bool store_bounds(Layer& layer, const Survey& survey) {
-    if (!has_surface(layer) || survey.box.empty || survey.box.spoiled) { return false; }
+    if (!layer_has_surface(layer) || survey.box.empty || survey.box.spoiled) { return false; }
     layer.bounds_min = survey.box.low;
     layer.bounds_max = survey.box.high;
     return true;
@@ -160,8 +158,7 @@ struct LayerMap {
 };
 
 UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
-    const void* found = map.has_uvees ? list_find(&map.layer.uvees, point_id) : nullptr;
-    if (const auto* uvee = static_cast<const Uvee*>(found)) {
+    if (const Uvee* uvee = map.has_uvees ? list_find<Uvee>(&map.layer.uvees, point_id) : nullptr) {
         return UvPair{uvee->u, uvee->v};  // repeat factors do not apply to these
     }
     UvPair uv{planar_coordinate(map.u, place), planar_coordinate(map.v, place)};
@@ -173,7 +170,7 @@ UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
 }
 
 // False, with the corners before it mapped, at the first missing point.
-bool map_corners(const Model* model, const Layer& layer, const Survey& survey) {
+bool map_corners(const Model* model, Layer& layer, const Survey& survey) {
     const LayerMap map{layer, list_count(&layer.uvees) > 0,
                        planar_axis(layer.image_axis_u, layer.bounds_min, layer.bounds_max),
                        planar_axis(layer.image_axis_v, layer.bounds_min, layer.bounds_max)};
@@ -201,7 +198,7 @@ bool map_corners(const Model* model, const Layer& layer, const Survey& survey) {
 
 int layer_map_uvees(Model* model, const char* layer) {
     Layer* target = find_layer(model, layer);
-    if (target == nullptr || layer_first_image(target) == nullptr || !has_surface(*target)) { return 0; }
+    if (target == nullptr || layer_first_image(target) == nullptr || !layer_has_surface(*target)) { return 0; }
     Survey survey;
     survey_layer(model, *target, survey);
     // A line with a missing point spoils the box alone: the map then goes by the box as it was.

@@ -2,15 +2,12 @@
 #pragma once
 
 #include "foundation/math3d.h"
+#include "scene/primitive.h"
 
 namespace pelt {
 
 struct Layer;
 struct Model;
-
-struct UvPair {
-    float u, v;
-};
 
 // Stores u and v in every corner of the layer. 1, or 0 when there is nothing to map or a point is missing.
 int layer_map_uvees(Model* model, const char* layer);

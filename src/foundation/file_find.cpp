@@ -151,9 +151,9 @@ std::string file_name_to_write(const char* path) {
 }
 
 std::FILE* file_stream_write(const char* path) {
-    constexpr mode_t permissions = 0666;
+    constexpr mode_t PERMISSIONS = 0666;
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC;
-    return stream_of(open(file_name_to_write(path).c_str(), flags, permissions), "wb");
+    return stream_of(open(file_name_to_write(path).c_str(), flags, PERMISSIONS), "wb");
 }
 
 }  // namespace pelt

@@ -1,7 +1,6 @@
-// How a file name leads to a file, on Windows.
-//
-// What surprises: file names are UTF-8 in this library and wide to the system, so that a name needs no code page. The
-// system itself ignores case and takes both separators, which leaves nothing to search for.
+// How a file name leads to a file, on Windows. File names are UTF-8 in this library and wide to the system, so that a
+// name needs no code page. The system itself ignores case and takes both separators, which leaves nothing to search
+// for.
 #include "foundation/file_find_win32.h"
 
 #include <io.h>

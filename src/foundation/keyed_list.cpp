@@ -22,7 +22,7 @@ int free_slot(KeyedList* list, int32_t slot) {
 }
 
 // Hands out the element and the key of the cursor's slot.
-void* walk_element(const KeyedList* list, int32_t* int_key, const char** text_key) {
+void* walk_element(KeyedList* list, int32_t* int_key, const char** text_key) {
     void* element = list_at(list, list->cursor, 0);
     if (element != nullptr && int_key != nullptr) { *int_key = list_int_key(list, list->cursor); }
     if (element != nullptr && text_key != nullptr) { *text_key = list_text_key(list, list->cursor); }
@@ -148,9 +148,9 @@ int list_remove_slot(KeyedList* list, int32_t slot) {
     return list_at(list, slot, 0) == nullptr ? 0 : free_slot(list, slot);
 }
 
-void* list_find_any(const KeyedList* list, int32_t key) { return list_at(list, list_slot_of(list, key), 0); }
+const void* list_find_any(const KeyedList* list, int32_t key) { return list_at(list, list_slot_of(list, key), 0); }
 
-void* list_find(const KeyedList* list, const char* key) { return list_at(list, list_slot_of(list, key), 0); }
+const void* list_find(const KeyedList* list, const char* key) { return list_at(list, list_slot_of(list, key), 0); }
 
 void* list_first(KeyedList* list) { return walk_first(list, nullptr, nullptr); }
 
@@ -174,7 +174,7 @@ int32_t list_index_of(const KeyedList* list, const char* key, int by_rank) {
     return slot_or_rank(list, list_slot_of(list, key), by_rank);
 }
 
-void* list_at_rank(const KeyedList* list, int32_t rank) {
+const void* list_at_rank(const KeyedList* list, int32_t rank) {
     if (!list_has_storage(list) || rank < 0 || rank >= list->count) { return nullptr; }
     int32_t word = 0;
     for (int32_t ones; rank >= (ones = std::popcount(list->storage->occupied[word])); ++word) { rank -= ones; }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <bit>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -72,10 +73,11 @@ int list_remove(KeyedList* list, const char* key);
 // Frees an occupied slot by its number, whatever its key; the way out for keys that cannot be found. 1 or 0.
 int list_remove_slot(KeyedList* list, int32_t slot);
 
-// The element under the key, or null. The cursor is not touched.
-inline void* list_find(const KeyedList* list, int32_t key);
-void* list_find_any(const KeyedList* list, int32_t key);  // its half for keys that do not run on
-void* list_find(const KeyedList* list, const char* key);
+// The element under the key, or null. The cursor is not touched. This and the other look-ups give what may be changed
+// where the list may.
+inline const void* list_find(const KeyedList* list, int32_t key);
+const void* list_find_any(const KeyedList* list, int32_t key);  // its half for keys that do not run on
+const void* list_find(const KeyedList* list, const char* key);
 
 // First and next element of the walk that the list's cursor holds, with the key; null at the end. A key text lies in
 // the key table and is always terminated. An empty list leaves the cursor where it was.
@@ -95,8 +97,8 @@ int32_t list_index_of(const KeyedList* list, const char* key, int by_rank);
 
 // Element of a slot (by_rank 0, constant time) or of the occupied slot with that rank (by_rank not 0, linear).
 // Null for a free slot or an index out of range, negative ones included.
-void* list_at_rank(const KeyedList* list, int32_t rank);
-inline void* list_at(const KeyedList* list, int32_t index, int by_rank);
+const void* list_at_rank(const KeyedList* list, int32_t rank);
+inline const void* list_at(const KeyedList* list, int32_t index, int by_rank);
 
 // Key of an occupied slot; 0 or null otherwise.
 int32_t list_int_key(const KeyedList* list, int32_t slot);
@@ -117,7 +119,7 @@ inline int32_t list_block_of(int32_t slot) {
 }
 inline int32_t list_block_start(int32_t block) { return static_cast<int32_t>((8U << block) & ~15U); }
 
-inline void* list_at(const KeyedList* list, int32_t index, int by_rank) {
+inline const void* list_at(const KeyedList* list, int32_t index, int by_rank) {
     if (by_rank != 0) { return list_at_rank(list, index); }
     if (list == nullptr || index < 0 || index >= list->capacity || !list_slot_occupied(list->storage, index)) {
         return nullptr;
@@ -128,7 +130,7 @@ inline void* list_at(const KeyedList* list, int32_t index, int by_rank) {
 }
 
 // The reading of a model is to a quarter the finding of ids that run on: inlined, that is one subtraction.
-inline void* list_find(const KeyedList* list, int32_t key) {
+inline const void* list_find(const KeyedList* list, int32_t key) {
     if (list == nullptr || list->storage == nullptr || !list->storage->consecutive) { return list_find_any(list, key); }
     const int64_t slot = static_cast<int64_t>(key) - list->storage->first_key;
     return slot >= 0 && slot < list->capacity ? list_at(list, static_cast<int32_t>(slot), 0) : nullptr;
@@ -141,18 +143,34 @@ inline int32_t list_next_slot(const KeyedList* list, int32_t slot) {
     return list_next_slot_beyond(list, slot);
 }
 
+// Templates, so that a literal null is left to the functions above.
+template <typename List, typename Key>
+    requires std::convertible_to<List*, KeyedList*>
+void* list_find(List* list, Key key) {
+    return const_cast<void*>(list_find(static_cast<const KeyedList*>(list), key));
+}
+template <typename List>
+    requires std::convertible_to<List*, KeyedList*>
+void* list_at(List* list, int32_t index, int by_rank) {
+    return const_cast<void*>(list_at(static_cast<const KeyedList*>(list), index, by_rank));
+}
+
 // The same for lists of a known element: list_find<Point>(&model->points, id).
+template <typename List, typename Element>
+    requires std::convertible_to<List*, const KeyedList*>
+using ElementOf = std::conditional_t<std::is_const_v<List>, const Element, Element>;
+
 template <typename Element, typename Key>
 Element* list_add(KeyedList* list, Key key) {
     return static_cast<Element*>(list_add(list, key));
 }
-template <typename Element, typename Key>
-Element* list_find(const KeyedList* list, Key key) {
-    return static_cast<Element*>(list_find(list, key));
+template <typename Element, typename List, typename Key>
+ElementOf<List, Element>* list_find(List* list, Key key) {
+    return static_cast<ElementOf<List, Element>*>(list_find(list, key));
 }
-template <typename Element>
-Element* list_at(const KeyedList* list, int32_t index, int by_rank) {
-    return static_cast<Element*>(list_at(list, index, by_rank));
+template <typename Element, typename List>
+ElementOf<List, Element>* list_at(List* list, int32_t index, int by_rank) {
+    return static_cast<ElementOf<List, Element>*>(list_at(list, index, by_rank));
 }
 template <typename Element, typename... Key>
 Element* list_first(KeyedList* list, Key... key) {
@@ -174,8 +192,8 @@ public:
     class iterator {
     public:
         iterator(const KeyedList* list, int32_t slot) : list_(list), slot_(slot) {}
-        Element& operator*() const { return *static_cast<Element*>(list_at(list_, slot_, 0)); }
-        Element* operator->() const { return static_cast<Element*>(list_at(list_, slot_, 0)); }
+        Element& operator*() const { return *operator->(); }
+        Element* operator->() const { return static_cast<Element*>(const_cast<void*>(list_at(list_, slot_, 0))); }
         iterator& operator++() {
             slot_ = list_next_slot(list_, slot_ + 1);
             return *this;
@@ -199,9 +217,9 @@ private:
     const KeyedList* list_;
 };
 
-template <typename Element>
-ListElements<Element> list_elements(const KeyedList& list) {
-    return ListElements<Element>(&list);
+template <typename Element, typename List>
+ListElements<ElementOf<List, Element>> list_elements(List& list) {
+    return ListElements<ElementOf<List, Element>>(&list);
 }
 
 }  // namespace pelt

@@ -1,8 +1,7 @@
-// How a KeyedList finds a key.
-//
-// What surprises: there are three ways and a list chooses by itself. Integer keys that run on by one from slot to
-// slot, as ids from a counter do, are found by subtraction and cost no memory. Other lists are scanned while they are
-// short, and get an index (open addressing with linear probing, holes closed on removal) when they outgrow that.
+// How a KeyedList finds a key. There are three ways and a list chooses by itself. Integer keys that run on by one from
+// slot to slot, as ids from a counter do, are found by subtraction and cost no memory. Other lists are scanned while
+// they are short, and get an index (open addressing with linear probing, holes closed on removal) when they outgrow
+// that.
 #include "foundation/list_storage.h"
 
 #include <cstdlib>

@@ -6,6 +6,7 @@
 
 #include <bit>
 #include <cstdlib>
+#include <new>
 
 namespace pelt {
 
@@ -24,47 +25,48 @@ size_t block_bytes(const KeyedList* list, int32_t block) {
     return list_keys_offset(list, slots) + static_cast<size_t>(slots) * list_key_size(list);
 }
 
+// Zero-filled.
+template <typename Element>
+Element* new_array(size_t count) {
+    auto* array = static_cast<Element*>(std::calloc(count, sizeof(Element)));
+    if (array == nullptr) { throw std::bad_alloc(); }
+    return array;
+}
+
 // Storage without any slot.
 ListStorage* storage_new() {
-    auto* storage = static_cast<ListStorage*>(std::calloc(1, sizeof(ListStorage)));
-    if (storage != nullptr) {
-        storage->blocks = storage->small_blocks;
-        storage->occupied = &storage->small_occupied;
-    }
+    auto* storage = new_array<ListStorage>(1);
+    storage->blocks = storage->small_blocks;
+    storage->occupied = &storage->small_occupied;
     return storage;
 }
 
 // Room in the bitmap for this many slots, the new ones free.
-bool occupied_reserve(ListStorage* storage, int32_t old_capacity, int32_t capacity) {
+void occupied_reserve(ListStorage* storage, int32_t old_capacity, int32_t capacity) {
     const int32_t old_words = word_count(old_capacity);
     const int32_t words = word_count(capacity);
-    if (words <= 1 || words == old_words) { return true; }
-    auto* occupied = static_cast<uint64_t*>(std::calloc(static_cast<size_t>(words), sizeof(uint64_t)));
-    if (occupied == nullptr) { return false; }
+    if (words <= 1 || words == old_words) { return; }
+    auto* occupied = new_array<uint64_t>(static_cast<size_t>(words));
     std::memcpy(occupied, storage->occupied, static_cast<size_t>(old_words) * sizeof(uint64_t));
     if (storage->occupied != &storage->small_occupied) { std::free(storage->occupied); }
     storage->occupied = occupied;
-    return true;
 }
 
-// Adds the next block, zero-filled: 16 slots, then as many as there are. False, with all as it was, at the end of
-// what 32 bits count or of the memory.
-bool grow(KeyedList* list) {
+// Adds the next block, zero-filled: 16 slots, then as many as there are. At the end of what 32 bits count or of the
+// memory it throws, with all as it was.
+void grow(KeyedList* list) {
     ListStorage* storage = list->storage;
-    if (list->capacity >= LAST_CAPACITY) { return false; }
+    if (list->capacity >= LAST_CAPACITY) { throw std::bad_alloc(); }
     const int32_t capacity = list->capacity == 0 ? LIST_FIRST_CAPACITY : list->capacity * 2;
     const int32_t block = block_count(list);
     if (block == SMALL_BLOCKS && storage->blocks == storage->small_blocks) {
-        auto** blocks = static_cast<unsigned char**>(std::calloc(BLOCK_LIMIT, sizeof(unsigned char*)));
-        if (blocks == nullptr) { return false; }
+        auto** blocks = new_array<unsigned char*>(BLOCK_LIMIT);
         std::memcpy(blocks, storage->small_blocks, sizeof storage->small_blocks);
         storage->blocks = blocks;
     }
-    if (!occupied_reserve(storage, list->capacity, capacity)) { return false; }
-    storage->blocks[block] = static_cast<unsigned char*>(std::calloc(1, block_bytes(list, block)));
-    if (storage->blocks[block] == nullptr) { return false; }
+    occupied_reserve(storage, list->capacity, capacity);
+    storage->blocks[block] = new_array<unsigned char>(block_bytes(list, block));
     list->capacity = capacity;
-    return true;
 }
 
 // The lowest free slot, or the capacity. Without holes that is the first slot never used, and nothing is searched.
@@ -82,9 +84,9 @@ bool list_storage_ensure(KeyedList* list) {
     if (list->storage == nullptr) {
         list->capacity = 0;
         list->storage = storage_new();
-        if (list->storage != nullptr && !grow(list)) { list_storage_release(list); }
     }
-    return list->storage != nullptr;
+    if (list->capacity == 0) { grow(list); }
+    return true;
 }
 
 void list_storage_release(KeyedList* list) {
@@ -102,10 +104,7 @@ void list_storage_release(KeyedList* list) {
 bool list_storage_copy(const KeyedList* source, KeyedList* destination) {
     destination->capacity = 0;
     destination->storage = storage_new();
-    while (destination->storage != nullptr && destination->capacity < source->capacity) {
-        if (!grow(destination)) { list_storage_release(destination); }
-    }
-    if (destination->storage == nullptr) { return false; }
+    while (destination->capacity < source->capacity) { grow(destination); }
     const ListStorage* from = source->storage;
     ListStorage* to = destination->storage;
     for (int32_t block = 0; block < block_count(source); ++block) {
@@ -122,7 +121,7 @@ bool list_storage_copy(const KeyedList* source, KeyedList* destination) {
 int32_t list_slot_take(KeyedList* list) {
     ListStorage* storage = list->storage;
     const int32_t slot = lowest_free_slot(storage, list->count);
-    if (slot >= list->capacity && !grow(list)) { return -1; }
+    if (slot >= list->capacity) { grow(list); }
     const int32_t word = slot / LIST_WORD_SLOTS;
     storage->occupied[word] |= uint64_t{1} << (slot % LIST_WORD_SLOTS);
     storage->used = slot < storage->used ? storage->used : slot + 1;

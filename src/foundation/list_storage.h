@@ -52,15 +52,17 @@ inline size_t list_key_length(const char* text) {
     return end == nullptr ? KEY_TEXT_SIZE : static_cast<size_t>(static_cast<const char*>(end) - text);
 }
 
-// Gives a list without storage its first slots; false when there is no memory for them.
+// What grows a list throws std::bad_alloc when there is no memory for it, with the list as it was.
+
+// Gives a list without storage its first slots; true.
 bool list_storage_ensure(KeyedList* list);
 void list_storage_release(KeyedList* list);
 
-// Makes the destination's storage a copy of the source's, which it must not share; false when there is no memory.
-// The destination has the source's kind and element size, and no index yet.
+// Makes the destination's storage a copy of the source's, which it must not share; true. The destination has the
+// source's kind and element size, and no index yet.
 bool list_storage_copy(const KeyedList* source, KeyedList* destination);
 
-// Occupies the lowest free slot, or returns -1 when the list cannot grow. The key is stored by the caller.
+// Occupies the lowest free slot. The key is stored by the caller.
 int32_t list_slot_take(KeyedList* list);
 void list_slot_release(KeyedList* list, int32_t slot);
 

@@ -124,16 +124,16 @@ void mat_scale(Mat4* m, float x, float y, float z) {
 
 void mat_rotate(Mat4* m, float x, float y, float z) {
     // Where each axis puts cos, -sin, sin, cos.
-    static constexpr int places[3][4] = {{5, 6, 9, 10}, {0, 8, 2, 10}, {0, 1, 4, 5}};
+    static constexpr int PLACES[3][4] = {{5, 6, 9, 10}, {0, 8, 2, 10}, {0, 1, 4, 5}};
     const float angles[3] = {x, y, z};
     for (int axis = 0; axis < 3; ++axis) {
         if (angles[axis] == 0.0f) { continue; }
         const SineCosine turn = sine_cosine(angles[axis]);
         mat_identity(&mat_scratch);
-        mat_scratch.m[places[axis][0]] = turn.cosine;
-        mat_scratch.m[places[axis][1]] = -turn.sine;
-        mat_scratch.m[places[axis][2]] = turn.sine;
-        mat_scratch.m[places[axis][3]] = turn.cosine;
+        mat_scratch.m[PLACES[axis][0]] = turn.cosine;
+        mat_scratch.m[PLACES[axis][1]] = -turn.sine;
+        mat_scratch.m[PLACES[axis][2]] = turn.sine;
+        mat_scratch.m[PLACES[axis][3]] = turn.cosine;
         mat_multiply(&mat_scratch, m, m);
     }
 }

@@ -5,6 +5,9 @@
 // or a division by zero gives non-finite values, which travel on.
 #pragma once
 
+#include <cmath>
+#include <initializer_list>
+
 namespace pelt {
 
 struct Vec3 {
@@ -18,6 +21,8 @@ struct Mat4 {
 inline Vec3 vec_add(const Vec3& a, const Vec3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
 inline Vec3 vec_subtract(const Vec3& a, const Vec3& b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
 inline float vec_dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+
+inline bool vec_is_finite(const Vec3& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
 
 // a times its weight and b times its own; the weights need not add up to 1.
 inline Vec3 vec_weighted(const Vec3& a, float weight_a, const Vec3& b, float weight_b) {
@@ -44,6 +49,12 @@ const Mat4* mat_snapshot(const Mat4* source);
 const Mat4* mat_to_gl(const Mat4* source);                  // the transpose
 void mat_transpose(const Mat4* source, Mat4* destination);  // two different matrices
 void mat_print(const Mat4* m);                              // four lines on standard output, transposed
+
+// Leaves the upper left alone: what m does to directions.
+inline void mat_drop_translation(Mat4* m) {
+    for (const int i : {3, 7, 11, 12, 13, 14}) { m->m[i] = 0.0f; }
+    m->m[15] = 1.0f;
+}
 
 // out = b times a: the second argument stands on the left. out may be a or b.
 void mat_multiply(const Mat4* a, const Mat4* b, Mat4* out);

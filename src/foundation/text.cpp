@@ -1,15 +1,10 @@
 // Small text utilities: word classes, number conversion that never overflows, heap copies.
-//
-// What surprises: text_to_double does the common short numbers by itself, because the reading of a model is mostly
-// the conversion of such words. The short way is exact: a whole number of up to 53 bits divided by a power of ten
-// that a double holds exactly is rounded once, as the library conversion rounds.
 #include "foundation/text.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -17,8 +12,6 @@ namespace pelt {
 
 namespace {
 
-constexpr uint64_t EXACT_MANTISSA = uint64_t{1} << 53;
-constexpr int MANTISSA_DIGITS = 18;  // that many digits always fit 64 bits
 constexpr int DECIMALS_DEFAULT = 6;  // what "%.*f" takes for a negative count
 constexpr int DECIMALS_LIMIT = 120;
 constexpr size_t NUMBER_SIZE = 512;  // sign, 309 digits, point and decimals
@@ -30,6 +23,12 @@ bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// Behind blanks and one plus sign, which the library does not take.
+const char* number_start(const char* text) {
+    while (is_space(*text)) { ++text; }
+    return *text == '+' && text[1] != '-' ? text + 1 : text;
+}
 
 // The value of a decimal number too large or too small for a double: only its sign and direction are left.
 double out_of_range_value(const char* text) {
@@ -58,17 +57,6 @@ double out_of_range_value(const char* text) {
     return negative ? -value : value;
 }
 
-// Any decimal number by the library; the text stands behind blanks and a plus sign.
-double convert_any(const char* text) {
-    const char* digits = *text == '-' ? text + 1 : text;
-    if (!is_digit(*digits) && !(*digits == '.' && is_digit(digits[1]))) {
-        return 0.0;  // the library would take "inf" and "nan" for numbers
-    }
-    double value = 0.0;
-    const auto result = std::from_chars(text, text + std::strlen(text), value);
-    return result.ec == std::errc::result_out_of_range ? out_of_range_value(text) : value;
-}
-
 }  // namespace
 
 WordClass word_class(const char* text) {
@@ -87,43 +75,23 @@ WordClass word_class(const char* text) {
 
 int32_t text_to_int(const char* text) {
     if (text == nullptr) { return 0; }
-    while (is_space(*text)) { ++text; }
-    const bool negative = *text == '-';
-    text += negative || *text == '+' ? 1 : 0;
-    constexpr int64_t limit = int64_t{1} << 31;
-    int64_t value = 0;
-    for (; is_digit(*text); ++text) {
-        value = value * 10 + (*text - '0');
-        if (value > limit) { value = limit; }
-    }
-    value = negative ? -value : value;
-    return static_cast<int32_t>(value == limit ? limit - 1 : value);
+    text = number_start(text);
+    int32_t value = 0;
+    const auto result = std::from_chars(text, text + std::strlen(text), value);
+    if (result.ec != std::errc::result_out_of_range) { return value; }
+    return *text == '-' ? std::numeric_limits<int32_t>::min() : std::numeric_limits<int32_t>::max();
 }
 
 double text_to_double(const char* text) {
     if (text == nullptr) { return 0.0; }
-    while (is_space(*text)) { ++text; }
-    if (*text == '+') {
-        ++text;
-        if (*text == '-') { return 0.0; }
+    text = number_start(text);
+    const char* digits = *text == '-' ? text + 1 : text;
+    if (!is_digit(*digits) && !(*digits == '.' && is_digit(digits[1]))) {
+        return 0.0;  // the library would take "inf" and "nan" for numbers
     }
-    const char* position = *text == '-' ? text + 1 : text;
-    uint64_t mantissa = 0;
-    int digits = 0;
-    int decimals = 0;
-    for (; is_digit(*position) && digits < MANTISSA_DIGITS; ++position, ++digits) {
-        mantissa = mantissa * 10 + static_cast<uint64_t>(*position - '0');
-    }
-    if (*position == '.') {
-        ++position;
-        for (; is_digit(*position) && digits < MANTISSA_DIGITS; ++position, ++digits, ++decimals) {
-            mantissa = mantissa * 10 + static_cast<uint64_t>(*position - '0');
-        }
-    }
-    const bool complete = !is_digit(*position) && *position != 'e' && *position != 'E';
-    if (digits == 0 || !complete || mantissa > EXACT_MANTISSA) { return convert_any(text); }
-    const double value = short_decimal(mantissa, decimals);
-    return *text == '-' ? -value : value;
+    double value = 0.0;
+    const auto result = std::from_chars(text, text + std::strlen(text), value);
+    return result.ec == std::errc::result_out_of_range ? out_of_range_value(text) : value;
 }
 
 int32_t float_to_int(double value) {
@@ -134,12 +102,12 @@ int32_t float_to_int(double value) {
 }
 
 float to_float(double value) {
-    constexpr double largest = std::numeric_limits<float>::max();
-    constexpr double rounds_up = 0x1.ffffffp127;  // half a step above the largest float
+    constexpr double LARGEST = std::numeric_limits<float>::max();
+    constexpr double ROUNDS_UP = 0x1.ffffffp127;  // half a step above the largest float
     const double magnitude = std::fabs(value);
-    if (magnitude > largest) {
+    if (magnitude > LARGEST) {
         const float result =
-            magnitude < rounds_up ? std::numeric_limits<float>::max() : std::numeric_limits<float>::infinity();
+            magnitude < ROUNDS_UP ? std::numeric_limits<float>::max() : std::numeric_limits<float>::infinity();
         return value < 0.0 ? -result : result;
     }
     return static_cast<float>(value);
@@ -162,6 +130,11 @@ size_t float_to_text(double value, int decimals, char* buffer, size_t size) {
     return length;
 }
 
+std::string float_to_text(double value, int decimals) {
+    char number[NUMBER_SIZE];
+    return std::string(number, float_to_text(value, decimals, number, sizeof number));
+}
+
 char* str_field(const char* text, char separator, int n) {
     if (text == nullptr || n < 0) { return nullptr; }
     const char* start = text;
@@ -174,11 +147,9 @@ char* str_field(const char* text, char separator, int n) {
     while (*end != '\0' && *end != separator) { ++end; }
     if (end == start) { return nullptr; }
     const auto length = static_cast<size_t>(end - start);
-    auto* field = static_cast<char*>(std::malloc(length + 1));
-    if (field != nullptr) {
-        std::memcpy(field, start, length);
-        field[length] = '\0';
-    }
+    auto* field = new char[length + 1];
+    std::memcpy(field, start, length);
+    field[length] = '\0';
     return field;
 }
 
@@ -194,12 +165,10 @@ char* str_replace_char(char* text, char from, char to) {
 char* str_dup(const char* text) {
     if (text == nullptr) { return nullptr; }
     const size_t size = std::strlen(text) + 1;
-    auto* copy = static_cast<char*>(std::malloc(size));
-    if (copy != nullptr) { std::memcpy(copy, text, size); }
-    return copy;
+    return static_cast<char*>(std::memcpy(new char[size], text, size));
 }
 
-void str_free(char* text) { std::free(text); }
+void str_free(char* text) { delete[] text; }
 
 size_t text_cut_length(const char* text, size_t length) {
     const size_t farthest = length < UTF8_LENGTH_MAX - 1 ? length : UTF8_LENGTH_MAX - 1;

@@ -1,9 +1,10 @@
 // Small text utilities: word classes, number conversion that never overflows, heap copies.
-// All texts are zero-terminated bytes; heap texts come from malloc and are released with str_free.
+// All texts are zero-terminated bytes; heap texts are released with str_free.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace pelt {
 
@@ -20,14 +21,6 @@ int32_t text_to_int(const char* text);
 // Decimal number at the start of the text, always with '.' whatever the locale; 0 when there is none.
 double text_to_double(const char* text);
 
-// Powers of ten that a double holds exactly, and the decimal number of a count of digits (mantissa) with so many
-// decimals. Exact for a mantissa of up to 53 bits: it is rounded once, as the library conversion rounds.
-inline constexpr double POWERS_OF_TEN[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
-                                           1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-inline double short_decimal(uint64_t mantissa, int decimals) {
-    return static_cast<double>(mantissa) / POWERS_OF_TEN[decimals];
-}
-
 // Cuts towards zero. Saturates at the limits of 32 bits; a non-number gives 0.
 int32_t float_to_int(double value);
 
@@ -37,6 +30,7 @@ float to_float(double value);
 // Writes a number with the given count of decimals, as "%.*f" does; a non-number is always "nan", without a sign.
 // Cuts to size (which counts the terminator); returns the length written.
 size_t float_to_text(double value, int decimals, char* buffer, size_t size);
+std::string float_to_text(double value, int decimals);  // uncut
 
 // Field n (from 0) of the text between separators, as a new heap text; null when there is no such field or it is empty.
 char* str_field(const char* text, char separator, int n);

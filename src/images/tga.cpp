@@ -130,16 +130,14 @@ TgaImage* tga_read_stream(std::FILE* file, const char* path, const char** error)
     const int32_t width = signed_word(header + WIDTH_OFFSET);
     const int32_t height = signed_word(header + HEIGHT_OFFSET);
     Block pixels = read_pixels(file, width, height, depth / 8);
-    auto* image = pixels ? static_cast<TgaImage*>(std::malloc(sizeof(TgaImage))) : nullptr;
-    if (image == nullptr) { return fail(READ_FAILED); }
-    *image = TgaImage{width, height, pixels.release()};
-    return image;
+    if (!pixels) { return fail(READ_FAILED); }
+    return new TgaImage{width, height, pixels.release()};
 }
 
 void tga_free(TgaImage* image) {
     if (image != nullptr) {
         std::free(image->pixels);
-        std::free(image);
+        delete image;
     }
 }
 

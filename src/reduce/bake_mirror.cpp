@@ -19,7 +19,6 @@ namespace pelt {
 
 namespace {
 
-constexpr int STRIP_MIN = 3;
 constexpr int NEW_IDS_PER_CORNER = 2;          // at most: one for the place, one for the normal
 constexpr int CORNER_ORDER[4] = {0, 2, 1, 3};  // turns a triangle or a quad over
 
@@ -40,17 +39,7 @@ struct MirroredCorner {
 
 std::string mirror_layer_name(const Layer& layer) { return std::string(layer.name) + "_mirror"; }
 
-Vec3 mirrored(Vec3 v, int axis) {
-    switch (axis) {
-        case AXIS_X: v.x = -v.x; break;
-        case AXIS_Y: v.y = -v.y; break;
-        case AXIS_Z: v.z = -v.z; break;
-        default: break;  // any other code doubles in place: intended
-    }
-    return v;
-}
-
-Point* own_point(const Model* model, int32_t id) { return list_find<Point>(&model->points, id); }
+const Point* own_point(const Model* model, int32_t id) { return list_find<Point>(&model->points, id); }
 
 int32_t slot_of(const MirrorBake& bake, int32_t id) { return list_index_of(&bake.model->points, id, 0); }
 
@@ -63,7 +52,7 @@ int32_t id_of(const MirrorBake& bake, const ExactIndex& index, const Vec3& vecto
 MirrorBake begin_bake(Model* model) {
     MirrorBake bake{model, {}, {}, false, int64_t{model_highest_point(model)} + 1, 0, false};
     exact_index_reserve(&bake.places, static_cast<uint32_t>(list_count(&model->points)));
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         exact_index_add(&bake.places, point->position, point.slot());
     }
@@ -74,7 +63,7 @@ MirrorBake begin_bake(Model* model) {
 int32_t find_normal(MirrorBake* bake, const Vec3& normal) {
     if (!bake->normals_known) {
         exact_index_reserve(&bake->normals, static_cast<uint32_t>(list_count(&bake->model->points)));
-        const ListElements<Point> points = list_elements<Point>(bake->model->points);
+        const auto points = list_elements<Point>(bake->model->points);
         for (auto point = points.begin(); point != points.end(); ++point) {
             exact_index_add(&bake->normals, point->normal, point.slot());
         }
@@ -126,15 +115,15 @@ void store_normal(MirrorBake* bake, int32_t id, const Vec3& normal) {
 
 MirroredCorner mirror_corner(MirrorBake* bake, int32_t point_id, int32_t normal_id) {
     const Point* point = own_point(bake->model, point_id);
-    const Vec3 place = mirrored(point->position, bake->axis);
+    const Vec3 place = mirrored_along(point->position, bake->axis);
     int32_t out = id_of(*bake, bake->places, place);
     if (out < 0) { out = add_point(bake, place); }
     if (bake->out_of_ids) { return {0, 0}; }
     if (normal_id == point_id) {
-        store_normal(bake, out, mirrored(point->normal, bake->axis));
+        store_normal(bake, out, mirrored_along(point->normal, bake->axis));
         return {out, out};
     }
-    const Vec3 normal = mirrored(own_point(bake->model, normal_id)->normal, bake->axis);
+    const Vec3 normal = mirrored_along(own_point(bake->model, normal_id)->normal, bake->axis);
     const int32_t known = find_normal(bake, normal);
     return {out, known >= 0 ? known : add_normal(bake, normal)};
 }
@@ -160,20 +149,13 @@ void mirror_triangle(MirrorBake* bake, const Triangle& triangle, const char* tar
     model_add_triangle(bake->model, target, triangle.quad, points, normals, nullptr, triangle.curve_type);
 }
 
-std::vector<PolygonVertex> resolved_strip(const Model* model, const Polygon& polygon) {
-    std::vector<PolygonVertex> strip;
-    for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(strip.size()) >= polygon.vertex_count) { break; }
-        if (!own_point(model, vertex.point) || !own_point(model, vertex.normal)) { return {}; }
-        strip.push_back(vertex);
-    }
-    return strip;
-}
-
 // A strip turns over when its first vertex is taken away: that one goes into a triangle of its own.
 void mirror_polygon(MirrorBake* bake, const Polygon& polygon, const char* target) {
-    const std::vector<PolygonVertex> strip = resolved_strip(bake->model, polygon);
+    const std::vector<PolygonVertex> strip = polygon_strip(polygon);
     if (strip.size() < STRIP_MIN) { return; }
+    for (const PolygonVertex& vertex : strip) {
+        if (!own_point(bake->model, vertex.point) || !own_point(bake->model, vertex.normal)) { return; }
+    }
     std::vector<int32_t> points;
     std::vector<int32_t> normals;
     for (const PolygonVertex& vertex : strip) {

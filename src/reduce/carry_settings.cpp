@@ -1,5 +1,5 @@
-// Carries settings from a layer to another. What surprises: the colour key goes through numbers from 0 to 1 and comes
-// back as the same bytes, because the setter is the one that a model file uses.
+// Carries settings from a layer to another. The colour key goes through numbers from 0 to 1, as the setter of a model
+// file takes it, and comes back as the same bytes.
 #include "reduce/carry_settings.h"
 
 #include "scene/model.h"

@@ -1,33 +1,32 @@
 // Finds the lowest slot whose vector equals another exactly, as a search through the slots in order would.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
-#include <vector>
+#include <unordered_map>
 
 #include "foundation/math3d.h"
 
 namespace pelt {
 
-// Bits of the three numbers, with one zero for both.
-struct ExactKey {
-    uint32_t bits[3];
-    bool operator==(const ExactKey&) const = default;
+// It cannot throw, and so the table keeps no copy of it beside each vector: less memory to walk through.
+struct ExactHash {
+    size_t operator()(const Vec3& vector) const noexcept;
 };
 
-// Slots of one vector. A place in the table that is not used has no slots and was never given a key.
-struct ExactEntry {
-    ExactKey key;
-    int32_t lowest = -1;  // slot, -1 when all were removed
-    int32_t others = -1;  // place in ExactIndex::others of the slots above the lowest, -1 for none ever
-    bool used = false;
+// Equality of floats is not that of their bits: the two zeros are equal.
+struct ExactEqual {
+    bool operator()(const Vec3& a, const Vec3& b) const { return a.x == b.x && a.y == b.y && a.z == b.z; }
 };
 
-// Zero-initialised, it is empty.
+template <typename Value>
+using ExactMap = std::unordered_map<Vec3, Value, ExactHash, ExactEqual>;
+
+// Most vectors belong to one slot. Zero-initialised, it is empty.
 struct ExactIndex {
-    std::vector<ExactEntry> table;  // open addressing, a power of 2 of places; emptied entries keep theirs
-    uint32_t used = 0;
-    std::vector<std::set<int32_t>> others;
+    ExactMap<int32_t> lowest;
+    ExactMap<std::set<int32_t>> others;  // slots above the lowest
 };
 
 // Makes room for so many vectors.

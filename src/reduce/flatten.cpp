@@ -1,18 +1,20 @@
-// Merges child models into their parent. What surprises: a merge is tried on copies first, so that one that has to be
-// refused leaves nothing behind; and what a child refers to is looked up in the child alone, because the same number
-// may well be a point of the parent.
+// Merges child models into their parent. A merge is tried on copies first, so that one that has to be refused leaves
+// nothing behind; and what a child refers to is looked up in the child alone, because the same number may well be a
+// point of the parent.
 #include "reduce/flatten.h"
 
 #include <limits>
 #include <string>
 
 #include "formats/layer_image.h"
+#include "formats/texture_map.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "reduce/bake_mirror.h"
 #include "reduce/carry_settings.h"
 #include "reduce/flatten_limits.h"
 #include "reduce/scratch_copy.h"
+#include "reduce/tessellate.h"
 #include "scene/model.h"
 #include "scene/model_tree.h"
 
@@ -43,15 +45,13 @@ struct Merge {
 Placement placement_of(const Vec3& position, const Vec3& scale, const char* rotate_x, const char* rotate_y,
                        const char* rotate_z) {
     Placement placement{position, scale, {}};
-    mat_rotate_text(&placement.turn, rotate_x, rotate_y, rotate_z);  // as far as it got, where a text is bad: intended
+    mat_rotate_text(&placement.turn, rotate_x, rotate_y, rotate_z);  // as in child_placement
     return placement;
 }
 
 std::string merged_layer_name(const Merge& merge, const Layer& layer) {
     return std::to_string(merge.counter) + "_" + layer.name;
 }
-
-bool has_surface(const Layer& layer) { return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0; }
 
 // The id in the parent of what the child calls id.
 int32_t merged_id(const Merge& merge, int32_t id) {
@@ -64,7 +64,7 @@ bool merge_fits(const Merge& merge) {
         return false;
     }
     for (const Layer& layer : list_elements<Layer>(merge.child->layers)) {
-        if (has_surface(layer) && !layer_name_fits(merged_layer_name(merge, layer).c_str())) { return false; }
+        if (layer_has_surface(layer) && !layer_name_fits(merged_layer_name(merge, layer).c_str())) { return false; }
     }
     return true;
 }
@@ -85,7 +85,7 @@ void merge_point(const Merge& merge, int32_t id, const Point& point) {
 }
 
 void merge_points(const Merge& merge) {
-    const ListElements<Point> points = list_elements<Point>(merge.child->points);
+    const auto points = list_elements<Point>(merge.child->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         merge_point(merge, point.int_key() + merge.base, *point);
     }
@@ -123,7 +123,7 @@ void merge_layer(const Merge& merge, const Layer& layer) {
     for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
         merge_triangle(merge, triangle, target);
     }
-    const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
+    const auto uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         model_add_uvee(merge.parent, target, merged_id(merge, uvee.int_key()), uvee->u, uvee->v);
     }
@@ -207,6 +207,21 @@ bool children_fit(const Model* model, int32_t counter) {
     return merged;
 }
 
+// A borrowed model is baked as a copy, which is the parent's own.
+bool bake_children(Model* model) {
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (link.model == nullptr) { continue; }
+        if (link.borrowed) {
+            link.model = model_scratch_copy(link.model);
+            link.borrowed = 0;
+        }
+        if (!bake_children(link.model) || !model_bake_mirror(link.model) || !model_tessellate(link.model, BAKE_LEVEL)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 int model_flatten(Model* model) {
@@ -216,6 +231,12 @@ int model_flatten(Model* model) {
     if (!children_fit(model, counter)) { return 0; }
     model_triangulate_all(model);
     return merge_links(model, &counter) ? 1 : 0;
+}
+
+int model_flatten_baked(Model* model) {
+    if (model == nullptr || !tree_fits(model) || !bake_children(model) || !model_flatten(model)) { return 0; }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { layer_map_uvees(model, layer.name); }
+    return 1;
 }
 
 int model_merge_children(Model* model, int32_t* counter) {

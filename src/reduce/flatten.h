@@ -22,6 +22,12 @@ struct Model;
 // model_triangulate_all, then, where the model has child links, model_merge_children with a counter that starts at 1.
 int model_flatten(Model* model);
 
+// model_flatten for a tree as it was read. What hangs below the model becomes flat before it is merged
+// (model_bake_mirror, then model_tessellate), so that its curves follow its own normals and not those that a placement
+// turned; afterwards the merged texture coordinates are mapped to the corners. A refusal may leave the models below
+// baked.
+int model_flatten_baked(Model* model);
+
 // Merges the model of each child link into this one, depth first, by model_merge_child with the placement of the
 // link; then releases the child models and drops all links. A borrowed model (ChildLink::borrowed) is merged as a copy:
 // it stays as it was and with its owner. counter numbers the merged models across the tree and goes up by one for each.
@@ -61,6 +67,10 @@ int model_split_normals(Model* model);
 // call closes the gaps of the numbering. A reference to no point becomes 0. Lines and uvees keep their old numbers:
 // model_store_uvees, called next, makes those of the new ones. 0 for a model without joints.
 int model_renumber_points(Model* model);
+
+// The same for points in any order: every reference follows its point, those of lines and uvees too, and the uvees of
+// dropped points go with them. 1, with nothing done, for a model without joints.
+int model_number_by_joint(Model* model);
 
 // Stores the uvs of all corners as uvees, in layers that have an image.
 int model_store_uvees(Model* model);

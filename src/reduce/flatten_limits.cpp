@@ -1,5 +1,5 @@
-// The limits of flattening. What surprises: both come from how things are stored elsewhere, 16-bit references in
-// primitives and 32 bytes of a key in a list, and neither is tested where it is stored: a longer id or name is cut.
+// The limits of flattening. Both come from how things are stored elsewhere, 16-bit references in primitives and 32
+// bytes of a key in a list, and neither is tested where it is stored: a longer id or name is cut.
 #include "reduce/flatten_limits.h"
 
 #include <cstring>

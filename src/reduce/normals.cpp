@@ -1,7 +1,6 @@
 // Makes normals from faces. What surprises: a direction counts once, however many faces have it, and only the first six
-// directions count; and the first vertex of a strip hears the second face too, of which it is no corner. Both are
-// intended. The faces are walked once and noted at the points that they touch, which gives each point the order in
-// which a walk for that point alone would meet them.
+// directions count; intended. The faces are walked once and noted at the points that they touch, which gives each point
+// the order in which a walk for that point alone would meet them.
 #include "reduce/normals.h"
 
 #include <cmath>
@@ -15,7 +14,6 @@ namespace {
 
 constexpr int DIRECTION_LIMIT = 6;
 constexpr float SAME_DIRECTION = 0.0001f;
-constexpr int STRIP_MIN = 3;
 constexpr int16_t CURVED_TRIANGLE = 3;
 constexpr int16_t CURVED_QUAD = 4;
 
@@ -60,14 +58,12 @@ bool corner_places(const Model* model, int32_t a, int32_t b, int32_t c, Vec3 out
     return true;
 }
 
-bool is_finite(const Vec3& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
-
 Face face_of(const Rebuild& rebuild, int32_t a, int32_t b, int32_t c) {
     Vec3 places[3];
     if (!corner_places(rebuild.model, a, b, c, places)) { return {{}, false}; }
     Face face{triangle_normal(places), true};
     vec_normalise(&face.normal);
-    face.valid = !rebuild.finite_only || is_finite(face.normal);
+    face.valid = !rebuild.finite_only || vec_is_finite(face.normal);
     return face;
 }
 
@@ -86,20 +82,17 @@ void note_triangle(Rebuild* rebuild, const Triangle& triangle) {
 }
 
 // The faces of a strip, each in the winding of the strip.
-std::vector<Face> strip_faces(const Rebuild& rebuild, const std::vector<int32_t>& strip) {
+std::vector<Face> strip_faces(const Rebuild& rebuild, const std::vector<PolygonVertex>& strip) {
     std::vector<Face> faces;
     for (size_t i = 0; i + 2 < strip.size(); ++i) {
         const size_t turned = i % 2;
-        faces.push_back(face_of(rebuild, strip[i + turned], strip[i + 1 - turned], strip[i + 2]));
+        faces.push_back(face_of(rebuild, strip[i + turned].point, strip[i + 1 - turned].point, strip[i + 2].point));
     }
     return faces;
 }
 
 void note_polygon(Rebuild* rebuild, const Polygon& polygon) {
-    std::vector<int32_t> strip;
-    for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-        if (static_cast<int>(strip.size()) < polygon.vertex_count) { strip.push_back(vertex.point); }
-    }
+    const std::vector<PolygonVertex> strip = polygon_strip(polygon);
     if (strip.size() < STRIP_MIN) { return; }
     const std::vector<Face> faces = strip_faces(*rebuild, strip);
     for (size_t i = 0; i < strip.size(); ++i) {
@@ -107,7 +100,7 @@ void note_polygon(Rebuild* rebuild, const Polygon& polygon) {
         const size_t first = i < 2 ? 0 : i - 2;
         const size_t last = i < 2 ? 1 : i;
         for (size_t face = first; face <= last && face < faces.size(); ++face) {
-            note_at(rebuild, strip[i], faces[face]);
+            note_at(rebuild, strip[i].point, faces[face]);
         }
     }
 }
@@ -116,15 +109,13 @@ Vec3 normal_of(const Directions& directions, bool finite_only) {
     if (directions.count == 0) { return {0.0f, 0.0f, 1.0f}; }
     Vec3 normal = vec_average(directions.found, directions.count);
     vec_normalise(&normal);
-    return finite_only && !is_finite(normal) ? directions.found[0] : normal;
+    return finite_only && !vec_is_finite(normal) ? directions.found[0] : normal;
 }
 
 void make_curved(Triangle* triangle) {
-    static constexpr int TRIANGLE_RING[] = {0, 1, 1, 2, 2, 0};
-    static constexpr int QUAD_RING[] = {0, 1, 1, 3, 3, 2, 2, 0};
     triangle->curve_type = triangle->quad ? CURVED_QUAD : CURVED_TRIANGLE;
-    const int* ring = triangle->quad ? QUAD_RING : TRIANGLE_RING;
-    for (int i = 0; i < 2 * triangle_corners(triangle); ++i) { triangle->controls[i] = triangle->points[ring[i]]; }
+    const int* ends = triangle_edge_ends(triangle);
+    for (int i = 0; i < 2 * triangle_corners(triangle); ++i) { triangle->controls[i] = triangle->points[ends[i]]; }
 }
 
 int rebuild_normals(Model* model, bool finite_only) {
@@ -134,7 +125,7 @@ int rebuild_normals(Model* model, bool finite_only) {
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) { note_triangle(&rebuild, triangle); }
         for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { note_polygon(&rebuild, polygon); }
     }
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         const Vec3 normal = normal_of(rebuild.directions[static_cast<size_t>(point.slot())], finite_only);
         model_set_normal(model, point.int_key(), normal.x, normal.y, normal.z);
@@ -150,7 +141,7 @@ int model_rebuild_finite_normals(Model* model) { return rebuild_normals(model, t
 
 int model_make_curved(Model* model) {
     if (model == nullptr) { return 0; }
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+    for (Layer& layer : list_elements<Layer>(model->layers)) {
         for (Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
             if (triangle.curve_type == 0) { make_curved(&triangle); }
         }

@@ -1,7 +1,7 @@
 // Copies a model for work that must leave the model alone: trying whether a merge goes through, and merging a model
-// that belongs to somebody else. What surprises: a copied list holds the same lists inside as its source, so each
-// inner list is copied over itself; and the copy's child links are all borrowed, so that nothing below is copied
-// before it is needed, nor released with the copy.
+// that belongs to somebody else. A copied list holds the same lists inside as its source, so each inner list is copied
+// over itself. The copy's child links are all borrowed, so that nothing below is copied before it is needed, nor
+// released with the copy.
 #include "reduce/scratch_copy.h"
 
 #include <cstring>

@@ -13,7 +13,6 @@ namespace pelt {
 
 namespace {
 
-constexpr int BAKE_LEVEL = 1;
 constexpr int CORNER_LIMIT = 4;
 constexpr int NEW_LIMIT = 5;
 constexpr int PLACE_LIMIT = CORNER_LIMIT + NEW_LIMIT;
@@ -35,7 +34,6 @@ struct StripForm {
 
 // How the primitives of one curve type are taken apart.
 struct BakeForm {
-    bool quad;
     int type;
     int new_count;
     int vertices[NEW_LIMIT];  // of the grid, for each new point
@@ -46,28 +44,22 @@ struct BakeForm {
     Place triangle[3];
 };
 
-constexpr BakeForm TRIANGLE_1 = {false, 1, 1, {1}, {{M0, P0, P1, P0}}, 1, {{4, {P0, M0, P2, P1}}}, false, {}};
+constexpr BakeForm TRIANGLE_1 = {1, 1, {1}, {{M0, P0, P1, P0}}, 1, {{4, {P0, M0, P2, P1}}}, false, {}};
 
-constexpr BakeForm TRIANGLE_2 = {
-    false, 2, 2, {1, 3}, {{M0, P0, P1, P0}, {M1, P0, P2, P0}}, 1, {{5, {P0, M0, M1, P1, P2}}}, false, {}};
+constexpr BakeForm TRIANGLE_2 = {2,     2, {1, 3}, {{M0, P0, P1, P0}, {M1, P0, P2, P0}}, 1, {{5, {P0, M0, M1, P1, P2}}},
+                                 false, {}};
 
-constexpr BakeForm TRIANGLE_3 = {false,
-                                 3,
-                                 3,
-                                 {1, 3, 4},
-                                 {{M0, P0, P1, P0}, {M1, P0, P2, P0}, {M2, P1, P2, P1}},
-                                 1,
-                                 {{5, {P0, M0, M1, M2, P2}}},
-                                 true,
-                                 {M0, P1, M2}};
+constexpr BakeForm TRIANGLE_3 = {3,         3,
+                                 {1, 3, 4}, {{M0, P0, P1, P0}, {M1, P0, P2, P0}, {M2, P1, P2, P1}},
+                                 1,         {{5, {P0, M0, M1, M2, P2}}},
+                                 true,      {M0, P1, M2}};
 
 // The second edge looks at the joint of corner 0 and not of its own end: intended.
-constexpr BakeForm QUAD_2 = {
-    true, 2, 2, {2, 3}, {{M0, P0, P1, P0}, {M1, P2, P3, P0}}, 1, {{6, {P1, P3, M0, M1, P0, P2}}}, false, {}};
+constexpr BakeForm QUAD_2 = {2,     2, {2, 3}, {{M0, P0, P1, P0}, {M1, P2, P3, P0}}, 1, {{6, {P1, P3, M0, M1, P0, P2}}},
+                             false, {}};
 
 // The centre comes last, after the two points that it looks at.
-constexpr BakeForm QUAD_4 = {true,
-                             4,
+constexpr BakeForm QUAD_4 = {4,
                              5,
                              {1, 3, 4, 5, 7},
                              {{M0, P0, P2, P0}, {M1, P0, P1, P0}, {M3, P2, P3, P2}, {M4, P1, P3, P1}, {M2, M0, M4, M0}},
@@ -84,10 +76,8 @@ const BakeForm& form_of(const Triangle& triangle) {
 
 // What a primitive refers to.
 struct BakedCorners {
-    int count;
+    PatchCorners patch;
     const Point* points[CORNER_LIMIT];
-    Vec3 positions[CORNER_LIMIT];
-    Vec3 normals[PATCH_NORMAL_PLACES];
 };
 
 bool copy_normal(const Model* model, int32_t id, Vec3* out) {
@@ -98,67 +88,30 @@ bool copy_normal(const Model* model, int32_t id, Vec3* out) {
 
 // False when one of the points is not the model's own.
 bool gather(const Model* model, const Triangle& triangle, BakedCorners* out) {
-    out->count = triangle_corners(&triangle);
-    for (int i = 0; i < out->count; ++i) {
-        out->points[i] = list_find<const Point>(&model->points, triangle.points[i]);
-        if (out->points[i] == nullptr || !copy_normal(model, triangle.normals[i], &out->normals[i])) { return false; }
-        out->positions[i] = out->points[i]->position;
+    PatchCorners* corners = &out->patch;
+    corners->count = triangle_corners(&triangle);
+    for (int i = 0; i < corners->count; ++i) {
+        const Point* point = list_find<const Point>(&model->points, triangle.points[i]);
+        if (point == nullptr || !copy_normal(model, triangle.normals[i], &corners->normals[i])) { return false; }
+        out->points[i] = point;
+        corners->positions[i] = point->position;
+        corners->uvs[i] = triangle.uvs[i];
+        corners->colours[i] = point->gouraud;
     }
-    for (int i = 0; i < 2 * out->count; ++i) {
-        if (!copy_normal(model, triangle.controls[i], &out->normals[PATCH_EDGE_NORMALS + i])) { return false; }
+    for (int i = 0; i < 2 * corners->count; ++i) {
+        if (!copy_normal(model, triangle.controls[i], &corners->normals[PATCH_EDGE_NORMALS + i])) { return false; }
     }
     return true;
 }
 
-// The vertices of the grid.
-struct Surface {
-    Vec3 positions[PATCH_VERTEX_LIMIT];
-    Vec3 normals[PATCH_VERTEX_LIMIT];
-    float weights[PATCH_VERTEX_LIMIT];
-    float attributes[PATCH_VERTEX_LIMIT * PATCH_ATTRIBUTE_LIMIT];
-    int attribute_count;
-    bool has_uvs;      // the first two attributes
-    bool has_colours;  // the last three
-};
-
-void evaluate_places(const BakeForm& form, const BakedCorners& corners, Surface* out) {
-    if (form.quad) {
-        QuadPatch patch;
-        patch_build_quad(corners.positions, corners.normals, &patch);
-        patch_eval_quad(&patch, form.type, BAKE_LEVEL, out->positions, out->normals);
-    } else {
-        TrianglePatch patch;
-        patch_build_triangle(corners.positions, corners.normals, &patch);
-        patch_eval_triangle(&patch, form.type, BAKE_LEVEL, out->positions, out->normals);
-    }
-}
-
-void evaluate_weights(const BakeForm& form, const BakedCorners& corners, Surface* out) {
-    float weights[CORNER_LIMIT];
-    bool same_joint[CORNER_LIMIT];
-    for (int i = 0; i < corners.count; ++i) {
+void blend_weights(const BakedCorners& corners, const PatchSurface& surface, float* out) {
+    float weights[CORNER_LIMIT] = {};
+    bool same_joint[CORNER_LIMIT] = {};
+    for (int i = 0; i < corners.patch.count; ++i) {
         weights[i] = corners.points[i]->weight;
         same_joint[i] = corners.points[i]->joint_a == corners.points[0]->joint_a;
     }
-    float table[CORNER_LIMIT];
-    patch_weight_table(weights, same_joint, corners.count, table);
-    (form.quad ? patch_weights_quad : patch_weights_triangle)(table, form.type, BAKE_LEVEL, out->weights);
-}
-
-void evaluate_attributes(const BakeForm& form, const BakedCorners& corners, const Triangle& triangle, Surface* out) {
-    float table[PATCH_ATTRIBUTE_LIMIT * CORNER_LIMIT];
-    float* value = table;
-    for (int axis = 0; out->has_uvs && axis < 2; ++axis) {
-        for (int i = 0; i < corners.count; ++i) { *value++ = triangle.uvs[i][axis]; }
-    }
-    for (int channel = 0; out->has_colours && channel < 3; ++channel) {
-        for (int i = 0; i < corners.count; ++i) {
-            *value++ = static_cast<float>(corners.points[i]->gouraud[channel]) * GOURAUD_SCALE;
-        }
-    }
-    out->attribute_count = static_cast<int>(value - table) / corners.count;
-    (form.quad ? patch_attributes_quad : patch_attributes_triangle)(table, out->attribute_count, form.type, BAKE_LEVEL,
-                                                                    out->attributes);
+    patch_surface_weights(surface, weights, same_joint, out);
 }
 
 // One primitive being replaced.
@@ -171,25 +124,27 @@ struct Bake {
     int32_t normals[PLACE_LIMIT];
 };
 
-void add_attributes(const Bake& bake, const Surface& surface, int vertex, int32_t id) {
-    const float* value = surface.attributes + vertex * surface.attribute_count;
-    if (surface.has_colours) {
-        const float* colour = value + (surface.has_uvs ? 2 : 0);
+void add_attributes(const Bake& bake, const PatchSurface& surface, int vertex, int32_t id) {
+    const int offset = vertex * surface.attribute_count;
+    if (surface.colours != nullptr) {
+        const float* colour = surface.colours + offset;
         model_set_gouraud(bake.model, id, float_to_int(colour[0] * COLOUR_BYTES),
                           float_to_int(colour[1] * COLOUR_BYTES), float_to_int(colour[2] * COLOUR_BYTES),
                           float_to_int(bake.layer->transparency * COLOUR_BYTES));
     }
-    if (surface.has_uvs) { model_add_uvee(bake.model, bake.layer->name, id, value[0], value[1]); }
+    if (surface.uvs != nullptr) {
+        model_add_uvee(bake.model, bake.layer->name, id, surface.uvs[offset], surface.uvs[offset + 1]);
+    }
 }
 
-void add_points(const Bake& bake, const Surface& surface) {
+void add_points(const Bake& bake, const PatchSurface& surface, const float* weights) {
     for (int i = 0; i < bake.form->new_count; ++i) {
         const int vertex = bake.form->vertices[i];
         const int32_t id = bake.ids[M0 + i];
         const Vec3& place = surface.positions[vertex];
         const Vec3& normal = surface.normals[vertex];
         model_set_point(bake.model, id, float_to_int(place.x), float_to_int(place.y), float_to_int(place.z),
-                        surface.weights[vertex]);
+                        weights[vertex]);
         model_set_normal(bake.model, id, normal.x, normal.y, normal.z);
         add_attributes(bake, surface, vertex, id);
     }
@@ -204,7 +159,7 @@ Joint* joint_by_rule(const Model* model, const JointRule& rule, Joint* const joi
 
 void bind_joints(const Bake& bake, const BakedCorners& corners) {
     Joint* joints[PLACE_LIMIT] = {};
-    for (int i = 0; i < corners.count; ++i) { joints[i] = corners.points[i]->joint_a; }
+    for (int i = 0; i < corners.patch.count; ++i) { joints[i] = corners.points[i]->joint_a; }
     for (int i = 0; i < bake.form->new_count; ++i) {
         const JointRule& rule = bake.form->joints[i];
         Joint* joint = joint_by_rule(bake.model, rule, joints);
@@ -261,7 +216,7 @@ int64_t count_new_points(const Model* model) {
 }
 
 void remove_curved(Layer* layer) {
-    const ListElements<Triangle> triangles = list_elements<Triangle>(layer->triangles);
+    const auto triangles = list_elements<Triangle>(layer->triangles);
     for (auto triangle = triangles.begin(); triangle != triangles.end(); ++triangle) {
         if (triangle->curve_type > 0) { list_remove_slot(&layer->triangles, triangle.slot()); }
     }
@@ -293,13 +248,13 @@ int triangle_bake(Model* model, Layer* layer, Triangle* triangle, int /*lod*/, i
     }
     if (!point_id_fits(int64_t{next_id} + form_of(*triangle).new_count - 1)) { return 0; }
     const Bake bake = begin_bake(model, layer, triangle, next_id);
-    Surface surface;
-    surface.has_uvs = list_count(&layer->uvees) > 0;
-    surface.has_colours = model->has_gouraud != 0;
-    evaluate_places(*bake.form, corners, &surface);
-    evaluate_weights(*bake.form, corners, &surface);
-    evaluate_attributes(*bake.form, corners, *triangle, &surface);
-    add_points(bake, surface);
+    PatchSurface surface;
+    patch_surface(corners.patch, bake.form->type, BAKE_LEVEL, &surface);
+    patch_surface_attributes(corners.patch, list_count(&layer->uvees) > 0, model->has_gouraud != 0, GOURAUD_SCALE,
+                             &surface);
+    float weights[PATCH_VERTEX_LIMIT];
+    blend_weights(corners, surface, weights);
+    add_points(bake, surface, weights);
     if (list_count(&model->joints) > 0) { bind_joints(bake, corners); }
     add_replacements(bake);
     return bake.form->new_count;

@@ -9,6 +9,8 @@ struct Layer;
 struct Model;
 struct Triangle;
 
+inline constexpr int BAKE_LEVEL = 1;  // the level of detail of what is made, whatever lod a caller asks for
+
 // Replaces every curved triangle and quad by flat primitives and maps the texture coordinates anew. lod has no effect,
 // whatever it is: every curved edge is cut in two. A curved primitive that refers to a point which the model itself
 // does not hold leaves nothing. 1; 0 for null; 0 with a load error, and nothing changed, when new point ids would pass

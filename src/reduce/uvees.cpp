@@ -1,5 +1,5 @@
-// Texture coordinates of corners as explicit uvees, and the shaking of uvees. What surprises: a point has one uvee in a
-// layer, so of corners that share a point the last one in the walk decides; and shaking only ever adds.
+// Texture coordinates of corners as explicit uvees, and the shaking of uvees. A point has one uvee in a layer, so of
+// corners that share a point the last one in the walk decides.
 #include <bit>
 
 #include "reduce/flatten.h"

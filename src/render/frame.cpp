@@ -23,9 +23,8 @@ constexpr float INIT_EXTENT_Z = 600.0f;
 constexpr int32_t DEFAULT_WINDOW_SIZE = 300;
 constexpr int32_t FIXED_SIZE_MIN = 20;
 constexpr int32_t FIXED_SIZE_MAX = 3000;
-constexpr int32_t CAPTURE_MASK = 0xFFFC;  // sizes of pictures are multiples of four
-constexpr float SMOOTH_INSET = 0.5f;      // texels
-constexpr int RESIZE_ATTEMPTS = 2;        // the first may only take over yet another size
+constexpr float SMOOTH_INSET = 0.5f;  // texels
+constexpr int RESIZE_ATTEMPTS = 2;    // the first may only take over yet another size
 
 Session* bound_session = nullptr;
 ViewState* bound_view = nullptr;
@@ -98,7 +97,7 @@ void clear_fixed_size(const float background[3]) {
     glClearColor(background[0], background[1], background[2], 0.0f);
     glEnable(GL_LIGHTING);
     glEnable(GL_DEPTH_TEST);
-    glEnable(GL_TEXTURE_2D);  // intended, also with textures off: every model disables it again
+    glEnable(GL_TEXTURE_2D);  // also with textures off: every model disables it again
 }
 
 void draw_picture(Session* session, const ViewState* view) {

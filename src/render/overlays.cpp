@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "foundation/text.h"
 #include "motion/transform_state.h"
@@ -110,22 +111,41 @@ void draw_bone(const Vec3& from, const Vec3& to) {
     glEnd();
 }
 
-// What a normals overlay finds and puts back.
-struct SavedState {
+// What an overlay finds and puts back.
+struct Switches {
     GLint lighting;
     GLint texture;
+};
+
+Switches read_switches() {
+    Switches found{};
+    glGetIntegerv(GL_LIGHTING, &found.lighting);
+    glGetIntegerv(GL_TEXTURE_2D, &found.texture);
+    return found;
+}
+
+void switches_off() {
+    glDisable(GL_LIGHTING);
+    glDisable(GL_TEXTURE_2D);
+}
+
+void put_back(const Switches& found) {
+    if (found.lighting) { glEnable(GL_LIGHTING); }
+    if (found.texture) { glEnable(GL_TEXTURE_2D); }
+}
+
+// The normals overlays find and put back more.
+struct SavedState {
+    Switches switches;
     GLfloat colour[4];
     GLboolean blend;
 };
 
 SavedState begin_strokes(float red, float green, float blue) {
-    SavedState saved{};
-    glGetIntegerv(GL_LIGHTING, &saved.lighting);
-    glGetIntegerv(GL_TEXTURE_2D, &saved.texture);
+    SavedState saved{read_switches(), {}, 0};
     glGetFloatv(GL_CURRENT_COLOR, saved.colour);
     glGetBooleanv(GL_BLEND, &saved.blend);
-    glDisable(GL_LIGHTING);
-    glDisable(GL_TEXTURE_2D);
+    switches_off();
     glDisable(GL_BLEND);
     glColor3f(red, green, blue);
     glBegin(GL_LINES);
@@ -134,8 +154,7 @@ SavedState begin_strokes(float red, float green, float blue) {
 
 void end_strokes(const SavedState& saved) {
     glEnd();
-    if (saved.lighting) { glEnable(GL_LIGHTING); }
-    if (saved.texture) { glEnable(GL_TEXTURE_2D); }
+    put_back(saved.switches);
     if (saved.blend) { glEnable(GL_BLEND); }
     glColor4f(saved.colour[0], saved.colour[1], saved.colour[2], saved.colour[3]);
 }
@@ -186,8 +205,7 @@ void points_draw(Session* session, Model* model) {
 void skeleton_draw(Session* session, Model* model) {
     if (!session || !model) { return; }
     const float s = session->radius * JOINT_MARK_SIZE;
-    glDisable(GL_LIGHTING);
-    glDisable(GL_TEXTURE_2D);
+    switches_off();
     for (Joint& joint : list_elements<Joint>(model->joints)) {
         const JointState* state = joint_state(session, model, &joint);
         if (!state) { continue; }
@@ -211,17 +229,12 @@ void line_draw(Session* session, Model* model, Line* line) {
     }
     if (found < 1) { return; }
 
-    GLint lighting = 0;
-    GLint texture = 0;
-    glGetIntegerv(GL_LIGHTING, &lighting);
-    glGetIntegerv(GL_TEXTURE_2D, &texture);
-    glDisable(GL_LIGHTING);
-    glDisable(GL_TEXTURE_2D);
+    const Switches switches = read_switches();
+    switches_off();
     glBegin(GL_LINE_STRIP);
     for (int i = 0; i < found; ++i) { send_vertex(*positions[i]); }
     glEnd();
-    if (lighting) { glEnable(GL_LIGHTING); }
-    if (texture) { glEnable(GL_TEXTURE_2D); }
+    put_back(switches);
 }
 
 void triangle_normals_draw(Session* session, Model* model, Triangle* triangle) {
@@ -270,6 +283,32 @@ void patch_normals_draw(Session* session, Model* model, Triangle* triangle, int 
     const SavedState saved = begin_strokes(0.0f, 1.0f, 1.0f);
     for (int i = 0; i < count; ++i) { send_stroke(positions[i], normals[i], length); }
     end_strokes(saved);
+}
+
+void patch_net_draw(const Vec3* slots, bool quad) {
+    using Pair = unsigned char[2];
+    static constexpr Pair TRIANGLE_PAIRS[] = {{0, 1}, {1, 3}, {3, 6}, {2, 4}, {4, 7}, {0, 2}, {1, 2}, {1, 4}, {4, 5},
+                                              {2, 5}, {3, 4}, {3, 7}, {6, 7}, {7, 8}, {4, 8}, {8, 9}, {5, 9}};
+    // 1-4 is a diagonal and the pairs 4-8 and 8-12 come twice. This is intended.
+    static constexpr Pair QUAD_PAIRS[] = {{0, 1},  {1, 2},   {2, 3},   {4, 5},   {5, 6},   {6, 7},  {8, 9},
+                                          {9, 10}, {10, 11}, {12, 13}, {13, 14}, {14, 15}, {1, 4},  {4, 8},
+                                          {8, 12}, {0, 4},   {4, 8},   {8, 12},  {1, 5},   {5, 9},  {9, 13},
+                                          {2, 6},  {6, 10},  {10, 14}, {3, 7},   {7, 11},  {11, 15}};
+    if (!slots) { return; }
+    GLfloat colour[4] = {};
+    const Switches switches = read_switches();
+    glGetFloatv(GL_CURRENT_COLOR, colour);
+    switches_off();
+    glColor3f(1.0f, 0.0f, 0.0f);
+    const Pair* pairs = quad ? QUAD_PAIRS : TRIANGLE_PAIRS;
+    const size_t count = quad ? std::size(QUAD_PAIRS) : std::size(TRIANGLE_PAIRS);
+    glBegin(GL_LINES);
+    for (size_t i = 0; i < count; ++i) {
+        for (unsigned char slot : pairs[i]) { send_vertex(slots[slot]); }
+    }
+    glEnd();
+    put_back(switches);
+    glColor3f(colour[0], colour[1], colour[2]);
 }
 
 float triangle_mean_edge(const Vec3* a, const Vec3* b, const Vec3* c) {

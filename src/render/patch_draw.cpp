@@ -18,34 +18,6 @@
 namespace pelt {
 namespace {
 
-// What a patch is made of, in the order of the primitive.
-struct PatchCorners {
-    int count;
-    Vec3 positions[4];
-    Vec3 normals[PATCH_NORMAL_PLACES];
-    const unsigned char* colours[4];
-    const float* uvs[4];
-};
-
-// A patch, its vertices, and what is sent with each of them.
-struct Surface {
-    bool quad;
-    int type;
-    int level;
-    int vertex_count;
-    int triangle_count;
-    QuadPatch net;  // or a TrianglePatch in its first slots
-    Vec3 positions[PATCH_VERTEX_LIMIT];
-    Vec3 normals[PATCH_VERTEX_LIMIT];
-    int16_t triangles[PATCH_TRIANGLE_LIMIT][3];
-    float attributes[PATCH_VERTEX_LIMIT * PATCH_ATTRIBUTE_LIMIT];
-    int attribute_count;
-    const float* uvs;      // of vertex 0, the next attribute_count floats on; null when none are sent
-    const float* colours;  // the same
-    bool reflecting;       // whether the coordinates of the reflection map are sent in place of uvs
-    TextureCoords reflected[PATCH_VERTEX_LIMIT];
-};
-
 int patch_level(const Session* session) { return std::min(PATCH_LOD_LIMIT, session->display_lod); }
 
 // False, as all gathering below, when a reference leads nowhere: such a primitive is not drawn.
@@ -108,72 +80,16 @@ bool gather_rest(Model* model, Triangle* triangle, const TriangleCache* cache, R
     return true;
 }
 
-void make_triangle(const PatchCorners& corners, int curve_type, int level, Surface* out) {
-    out->quad = false;
-    out->type = patch_triangle_type(curve_type);
-    out->level = level;
-    TrianglePatch patch;
-    patch_build_triangle(corners.positions, corners.normals, &patch);
-    std::copy(std::begin(patch.slots), std::end(patch.slots), out->net.slots);
-    out->vertex_count = patch_eval_triangle(&patch, out->type, level, out->positions, out->normals);
-    out->triangle_count = patch_index_triangle(out->type, level, out->triangles);
-}
-
-void make_quad(const PatchCorners& corners, int curve_type, int level, Surface* out) {
-    out->quad = true;
-    out->type = curve_type;
-    out->level = level;
-    patch_build_quad(corners.positions, corners.normals, &out->net);
-    out->vertex_count = patch_eval_quad(&out->net, out->type, level, out->positions, out->normals);
-    out->triangle_count = patch_index_quad(out->type, level, out->triangles);
-}
-
-void make_surface(const PatchCorners& corners, const Triangle* triangle, int level, Surface* out) {
-    (triangle->quad ? make_quad : make_triangle)(corners, triangle->curve_type, level, out);
-}
-
-// Texture coordinates and colours of all vertices, for those of the two that are sent.
-void make_attributes(const PatchCorners& corners, bool textured, bool gouraud, Surface* out) {
-    float table[PATCH_ATTRIBUTE_LIMIT * 4];
-    float* value = table;
-    for (int axis = 0; textured && axis < 2; ++axis) {
-        for (int i = 0; i < corners.count; ++i) { *value++ = corners.uvs[i][axis]; }
-    }
-    for (int component = 0; gouraud && component < 3; ++component) {
-        for (int i = 0; i < corners.count; ++i) {
-            *value++ = static_cast<float>(corners.colours[i][component]) * GOURAUD_SCALE;
-        }
-    }
-    out->attribute_count = static_cast<int>(value - table) / corners.count;
-    out->uvs = textured ? out->attributes : nullptr;
-    out->reflecting = false;
-    out->colours = gouraud ? out->attributes + (textured ? 2 : 0) : nullptr;
-    if (out->attribute_count == 0) { return; }
-    (out->quad ? patch_attributes_quad : patch_attributes_triangle)(table, out->attribute_count, out->type, out->level,
-                                                                    out->attributes);
-}
-
-// Coordinates into the reflection map in place of the primitive's own.
-void reflect_surface(Surface* surface) {
-    const Vec3* positions[PATCH_VERTEX_LIMIT];
-    const Vec3* normals[PATCH_VERTEX_LIMIT];
-    for (int i = 0; i < surface->vertex_count; ++i) {
-        positions[i] = &surface->positions[i];
-        normals[i] = &surface->normals[i];
-    }
-    reflection_coords(positions, normals, surface->reflected, surface->vertex_count);
-    surface->reflecting = true;
-}
-
-void send_vertex(const Surface& surface, int vertex) {
-    if (surface.reflecting) {
-        glTexCoord2f(surface.reflected[vertex].u, surface.reflected[vertex].v);
+// reflected: coordinates into the reflection map to be sent in place of the primitive's own; null for none.
+void send_vertex(const PatchSurface& surface, const UvPair* reflected, int vertex) {
+    const int offset = vertex * surface.attribute_count;
+    if (reflected) {
+        glTexCoord2f(reflected[vertex].u, reflected[vertex].v);
     } else if (surface.uvs) {
-        const float* uv = surface.uvs + vertex * surface.attribute_count;
-        glTexCoord2f(uv[0], uv[1]);
+        glTexCoord2f(surface.uvs[offset], surface.uvs[offset + 1]);
     }
     if (surface.colours) {
-        const float* colour = surface.colours + vertex * surface.attribute_count;
+        const float* colour = surface.colours + offset;
         glColor3f(colour[0], colour[1], colour[2]);
     }
     const Vec3& normal = surface.normals[vertex];
@@ -184,42 +100,50 @@ void send_vertex(const Surface& surface, int vertex) {
 
 // The triangles of a surface, between glBegin and glEnd. Hiding the diagonals takes the edge behind each second vertex
 // out of line drawings.
-void send_triangles(const Surface& surface, bool mirrored, bool hide_diagonals) {
+void send_triangles(const PatchSurface& surface, const UvPair* reflected, bool mirrored, bool hide_diagonals) {
     const int second = mirrored ? 1 : 2;
     const int third = mirrored ? 2 : 1;
     for (int i = 0; i < surface.triangle_count; ++i) {
         const int16_t* vertices = surface.triangles[i];
-        send_vertex(surface, vertices[0]);
+        send_vertex(surface, reflected, vertices[0]);
         if (hide_diagonals) { glEdgeFlag(GL_FALSE); }
-        send_vertex(surface, vertices[second]);
+        send_vertex(surface, reflected, vertices[second]);
         if (hide_diagonals) { glEdgeFlag(GL_TRUE); }
-        send_vertex(surface, vertices[third]);
+        send_vertex(surface, reflected, vertices[third]);
     }
 }
 
 // A surface of a primitive with a curve type, outside a reflection pass.
-void send_curved(const Surface& surface, bool mirrored) {
+void send_curved(const PatchSurface& surface, bool mirrored) {
     glBegin(GL_TRIANGLES);
-    send_triangles(surface, mirrored, surface.quad);
+    send_triangles(surface, nullptr, mirrored, surface.quad);
     glEnd();
     glEdgeFlag(GL_TRUE);
 }
 
-void send_reflection(const Surface& surface, bool mirrored) {
+void send_reflection(const PatchSurface& surface, bool mirrored) {
+    const Vec3* positions[PATCH_VERTEX_LIMIT];
+    const Vec3* normals[PATCH_VERTEX_LIMIT];
+    UvPair reflected[PATCH_VERTEX_LIMIT];
+    for (int i = 0; i < surface.vertex_count; ++i) {
+        positions[i] = &surface.positions[i];
+        normals[i] = &surface.normals[i];
+    }
+    reflection_coords(positions, normals, reflected, surface.vertex_count);
     glBegin(GL_TRIANGLES);
-    send_triangles(surface, mirrored, false);
+    send_triangles(surface, reflected, mirrored, false);
     glEnd();
 }
 
-void send_filtered(const Surface& surface, bool mirrored) {
+void send_filtered(const PatchSurface& surface, bool mirrored) {
     glBegin(GL_TRIANGLES);
     glEdgeFlag(GL_TRUE);
-    send_triangles(surface, mirrored, false);
+    send_triangles(surface, nullptr, mirrored, false);
     glEnd();
     glEdgeFlag(GL_TRUE);
 }
 
-void draw_normals(Session* session, Model* model, Triangle* triangle, const Surface& surface) {
+void draw_normals(Session* session, Model* model, Triangle* triangle, const PatchSurface& surface) {
     if (!session->display_normals) { return; }
     patch_normals_draw(session, model, triangle, surface.vertex_count, surface.positions, surface.normals);
 }
@@ -227,7 +151,6 @@ void draw_normals(Session* session, Model* model, Triangle* triangle, const Surf
 // Three corners of a quad as a triangle whose edges take the normals of their ends.
 PatchCorners filtered_half(const PatchCorners& all, int half) {
     static constexpr int CORNERS[2][3] = {{0, 1, 2}, {2, 1, 3}};
-    static constexpr int EDGE_ENDS[6] = {0, 1, 1, 2, 2, 0};
     PatchCorners out;
     out.count = 3;
     for (int i = 0; i < 3; ++i) {
@@ -237,7 +160,7 @@ PatchCorners filtered_half(const PatchCorners& all, int half) {
         out.colours[i] = all.colours[from];
         out.uvs[i] = all.uvs[from];
     }
-    for (int i = 0; i < 6; ++i) { out.normals[PATCH_EDGE_NORMALS + i] = out.normals[EDGE_ENDS[i]]; }
+    for (int i = 0; i < 6; ++i) { out.normals[PATCH_EDGE_NORMALS + i] = out.normals[TRIANGLE_EDGE_ENDS[i]]; }
     return out;
 }
 
@@ -269,18 +192,11 @@ Vec3 moved(const Vec3& v, const Mat4* matrix) {
 }
 
 // Moves every vertex by its share of the two joints. Normals are not brought back to unit length: as they come.
-void skin_surface(const RestCorners& rest, const JointPair& joints, Surface* surface) {
+void skin_surface(const RestCorners& rest, const JointPair& joints, PatchSurface* surface) {
     bool same_joint[4] = {};
     for (int i = 0; i < rest.corners.count; ++i) { same_joint[i] = rest.joints[i] == rest.joints[0]; }
-    float table[4];
-    patch_weight_table(rest.weights, same_joint, rest.corners.count, table);
     float weights[PATCH_VERTEX_LIMIT];
-    if (surface->quad) {
-        patch_weights_quad(table, surface->type, surface->level, weights);
-    } else {
-        patch_weights_triangle(table, surface->type, surface->level, weights);
-    }
-
+    patch_surface_weights(*surface, rest.weights, same_joint, weights);
     const Mat4* skin_a = joints.first ? &joints.first->skin : nullptr;
     const Mat4* skin_b = joints.second ? &joints.second->skin : nullptr;
     const Mat4* turn_a = joints.first ? &joints.first->normal_matrix : nullptr;
@@ -307,11 +223,11 @@ int32_t triangle_draw_pn(Session* session, Model* model, Triangle* triangle, boo
     int32_t total = 0;
     for (int half = 0; half < halves; ++half) {
         const PatchCorners part = filtered_half(corners, half);
-        Surface surface;
-        make_triangle(part, 3, patch_level(session), &surface);
+        PatchSurface surface;
+        patch_surface(part, 3, patch_level(session), &surface);
         // The second half goes through the quad's list on purpose: that is how its net has always looked.
         if (session->display_curvenet) { patch_net_draw(surface.net.slots, half == 1); }
-        make_attributes(part, textured, gouraud_on(session, model), &surface);
+        patch_surface_attributes(part, textured, gouraud_on(session, model), GOURAUD_SCALE, &surface);
         send_filtered(surface, mirrored);
         total += surface.triangle_count;
         draw_normals(session, model, triangle, surface);
@@ -328,12 +244,11 @@ int32_t triangle_draw_curved(Session* session, Model* model, Triangle* triangle,
     if (!cache || !gather_corners(session, model, triangle, cache, cache->normal_slots, &corners)) { return 0; }
     if (!gather_edge_normals(session, model, cache, &corners)) { return 0; }
 
-    Surface surface;
-    make_surface(corners, triangle, patch_level(session), &surface);
+    PatchSurface surface;
+    patch_surface(corners, triangle->curve_type, patch_level(session), &surface);
     if (session->display_curvenet) { patch_net_draw(surface.net.slots, surface.quad); }
-    make_attributes(corners, textured, gouraud_on(session, model), &surface);
+    patch_surface_attributes(corners, textured, gouraud_on(session, model), GOURAUD_SCALE, &surface);
     if (reflection) {
-        reflect_surface(&surface);
         send_reflection(surface, mirrored);
     } else {
         send_curved(surface, mirrored);
@@ -348,46 +263,13 @@ int32_t triangle_draw_skinned(Session* session, Model* model, Triangle* triangle
     RestCorners rest;
     if (!cache || !gather_rest(model, triangle, cache, &rest)) { return 0; }
 
-    Surface surface;
-    make_surface(rest.corners, triangle, patch_level(session), &surface);
+    PatchSurface surface;
+    patch_surface(rest.corners, triangle->curve_type, patch_level(session), &surface);
     skin_surface(rest, choose_joints(session, model, rest), &surface);
-    make_attributes(rest.corners, textured, gouraud_on(session, model), &surface);
+    patch_surface_attributes(rest.corners, textured, gouraud_on(session, model), GOURAUD_SCALE, &surface);
     send_curved(surface, mirrored);
     draw_normals(session, model, triangle, surface);
     return surface.triangle_count;
-}
-
-void patch_net_draw(const Vec3* slots, bool quad) {
-    using Pair = unsigned char[2];
-    static constexpr Pair TRIANGLE_PAIRS[] = {{0, 1}, {1, 3}, {3, 6}, {2, 4}, {4, 7}, {0, 2}, {1, 2}, {1, 4}, {4, 5},
-                                              {2, 5}, {3, 4}, {3, 7}, {6, 7}, {7, 8}, {4, 8}, {8, 9}, {5, 9}};
-    // 1-4 is a diagonal and the pairs 4-8 and 8-12 come twice. This is intended.
-    static constexpr Pair QUAD_PAIRS[] = {{0, 1},  {1, 2},   {2, 3},   {4, 5},   {5, 6},   {6, 7},  {8, 9},
-                                          {9, 10}, {10, 11}, {12, 13}, {13, 14}, {14, 15}, {1, 4},  {4, 8},
-                                          {8, 12}, {0, 4},   {4, 8},   {8, 12},  {1, 5},   {5, 9},  {9, 13},
-                                          {2, 6},  {6, 10},  {10, 14}, {3, 7},   {7, 11},  {11, 15}};
-    if (!slots) { return; }
-    GLint lighting = 0;
-    GLint texture = 0;
-    GLfloat colour[4] = {};
-    glGetIntegerv(GL_LIGHTING, &lighting);
-    glGetIntegerv(GL_TEXTURE_2D, &texture);
-    glGetFloatv(GL_CURRENT_COLOR, colour);
-    glDisable(GL_LIGHTING);
-    glDisable(GL_TEXTURE_2D);
-    glColor3f(1.0f, 0.0f, 0.0f);
-
-    const Pair* pairs = quad ? QUAD_PAIRS : TRIANGLE_PAIRS;
-    const size_t count = quad ? std::size(QUAD_PAIRS) : std::size(TRIANGLE_PAIRS);
-    glBegin(GL_LINES);
-    for (size_t i = 0; i < count; ++i) {
-        for (unsigned char slot : pairs[i]) { glVertex3f(slots[slot].x, slots[slot].y, slots[slot].z); }
-    }
-    glEnd();
-
-    if (lighting) { glEnable(GL_LIGHTING); }
-    if (texture) { glEnable(GL_TEXTURE_2D); }
-    glColor3f(colour[0], colour[1], colour[2]);
 }
 
 }  // namespace pelt

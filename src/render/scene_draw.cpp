@@ -148,9 +148,10 @@ int32_t layer_passes(Session* session, Model* model, Layer* layer, GLenum mode) 
     }
     layer_polygon_mode(session, layer, mode);
     int32_t count = 0;
-    auto images = list_elements<LayerImage>(layer->images).begin();
+    const auto images = list_elements<LayerImage>(layer->images);
+    auto next = images.begin();
     while (true) {
-        const LayerImage* image = images != std::default_sentinel ? &*images : nullptr;
+        const LayerImage* image = next != images.end() ? &*next : nullptr;
         set_base_texture(&pass, image);
         count += base_pass(pass, image, false);
         reflection_pass(pass, image, false);
@@ -158,8 +159,7 @@ int32_t layer_passes(Session* session, Model* model, Layer* layer, GLenum mode) 
         if (!is_mirrored(session, layer)) { return count; }
         count += mirrored_drawing(pass, image);
         if (session->display_textures == 0 || image == nullptr) { return count; }
-        ++images;
-        if (images == std::default_sentinel) { return count; }
+        if (++next == images.end()) { return count; }
     }
 }
 
@@ -279,16 +279,11 @@ void layer_set_texture(Session* session, const unsigned char* texels, int32_t wi
     const auto filter = static_cast<float>(session->display_smooth != 0 ? GL_LINEAR : GL_NEAREST);
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, filter);
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, filter);
-    if (invisible) {
-        if (session->display_transparency != 0) {
-            glEnable(GL_BLEND);
-            glDepthMask(GL_TRUE);
-            glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-        } else {
-            glDepthMask(GL_TRUE);
-            glDisable(GL_BLEND);
-        }
-    } else if (alpha < 1.0f) {
+    if (invisible && session->display_transparency != 0) {
+        glEnable(GL_BLEND);
+        glDepthMask(GL_TRUE);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    } else if (!invisible && alpha < 1.0f) {
         glEnable(GL_BLEND);
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         glDepthMask(GL_TRUE);

@@ -21,7 +21,6 @@ constexpr size_t TGA_ID_SIZE = 255;
 constexpr size_t PIXELS_OFFSET = TGA_HEADER_SIZE + TGA_ID_SIZE;
 constexpr size_t PIXEL_SIZE = 3;
 constexpr size_t PACK_ALIGNMENT = 4;  // OpenGL begins each row at a multiple of this
-constexpr int32_t SIZE_MASK = 0xFFFC;
 static_assert(sizeof IMAGE_ID <= TGA_ID_SIZE);
 
 using Bytes = std::unique_ptr<unsigned char, decltype(&std::free)>;
@@ -31,7 +30,7 @@ Bytes make_bytes(size_t size) { return {static_cast<unsigned char*>(std::calloc(
 
 int32_t capture_size(int32_t wanted, int32_t viewport) {
     const int32_t size = wanted < viewport ? wanted : viewport;
-    return size > 0 ? size & SIZE_MASK : 0;
+    return size > 0 ? size & CAPTURE_MASK : 0;
 }
 
 // How much of a stretch that begins at start lies inside a drawing area of this size.

@@ -24,7 +24,7 @@ struct FlatCorners {
     const Vec3* positions[Limit];
     const Vec3* normals[Limit];
     const unsigned char* colours[Limit];
-    TextureCoords uvs[Limit];
+    UvPair uvs[Limit];
 };
 
 // What is sent with each vertex besides normal and position.
@@ -74,23 +74,17 @@ bool collect_corners(Session* session, Model* model, const Triangle* triangle, c
     return true;
 }
 
-void send_reflected(GLenum primitive, const Vec3* const* positions, const Vec3* const* normals, TextureCoords* uvs,
-                    int count) {
-    reflection_coords(positions, normals, uvs, count);
+template <int Limit>
+void send_corners(GLenum primitive, const FlatCorners<Limit>& corners, int first, int count, VertexForm form) {
     glBegin(primitive);
-    for (int i = 0; i < count; ++i) {
-        glTexCoord2f(uvs[i].u, uvs[i].v);
-        glNormal3f(normals[i]->x, normals[i]->y, normals[i]->z);
-        glVertex3f(positions[i]->x, positions[i]->y, positions[i]->z);
-    }
+    for (int i = first; i < count; ++i) { send_vertex(corners, i, form); }
     glEnd();
 }
 
 template <int Limit>
-void send_strip(const FlatCorners<Limit>& corners, int first, int count, VertexForm form) {
-    glBegin(GL_TRIANGLE_STRIP);
-    for (int i = first; i < count; ++i) { send_vertex(corners, i, form); }
-    glEnd();
+void send_reflected(GLenum primitive, FlatCorners<Limit>* corners, int count) {
+    reflection_coords(corners->positions, corners->normals, corners->uvs, count);
+    send_corners(primitive, *corners, 0, count, {true, false});
 }
 
 // Half of a quad. The edge that begins at its second corner is the diagonal, which line mode does not show.
@@ -104,7 +98,7 @@ void send_half_quad(const FlatCorners<4>& corners, const int (&order)[3], Vertex
 
 void send_quad(const Session* session, const FlatCorners<4>& corners, VertexForm form) {
     if (session->display_quadlines != 0) {
-        send_strip(corners, 0, 4, form);
+        send_corners(GL_TRIANGLE_STRIP, corners, 0, 4, form);
         return;
     }
     glBegin(GL_TRIANGLES);
@@ -134,8 +128,7 @@ struct FlatPlace {
     float x, y;
 };
 
-// What mat_transform_point gives for x and y. A reflection needs no more, and its pass costs a tenth
-// less for it.
+// What mat_transform_point gives for x and y. A reflection needs no more, and its pass costs a tenth less for it.
 inline FlatPlace transform_flat(const Mat4& m, const Vec3& p) {
     const float* e = m.m;
     const float divisor = e[12] + e[13] + e[14] + e[15] + 0.0f;  // as there: a sum of negative zeros counts as zero
@@ -147,20 +140,14 @@ inline FlatPlace transform_flat(const Mat4& m, const Vec3& p) {
     return out;
 }
 
-VertexForm vertex_form(const Session* session, const Model* model, bool textured) {
-    return {textured, gouraud_on(session, model)};
-}
-
 }  // namespace
 
-void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, TextureCoords* uvs, int count) {
+void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, UvPair* uvs, int count) {
     Mat4 columns, view, turn, projection, screen;
     glGetFloatv(GL_MODELVIEW_MATRIX, columns.m);
     mat_transpose(&columns, &view);
     turn = view;
-    turn.m[3] = turn.m[7] = turn.m[11] = 0.0f;
-    turn.m[12] = turn.m[13] = turn.m[14] = 0.0f;
-    turn.m[15] = 1.0f;
+    mat_drop_translation(&turn);
     glGetFloatv(GL_PROJECTION_MATRIX, columns.m);
     mat_transpose(&columns, &projection);
     mat_multiply(&view, &projection, &screen);
@@ -187,18 +174,15 @@ int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool t
     const auto& order = mirrored ? STORED_ORDER : REVERSED_ORDER;
     if (cache == nullptr || !collect_corners(session, model, triangle, cache, order, count, &corners)) { return 0; }
     if (reflection) {
-        TextureCoords uvs[4];
-        send_reflected(quad ? GL_TRIANGLE_STRIP : GL_TRIANGLES, corners.positions, corners.normals, uvs, count);
+        send_reflected(quad ? GL_TRIANGLE_STRIP : GL_TRIANGLES, &corners, count);
         return quad ? 2 : 1;
     }
-    const VertexForm form = vertex_form(session, model, textured);
+    const VertexForm form{textured, gouraud_on(session, model)};
     if (quad) {
         send_quad(session, corners, form);
         return 2;
     }
-    glBegin(GL_TRIANGLES);
-    for (int i = 0; i < 3; ++i) { send_vertex(corners, i, form); }
-    glEnd();
+    send_corners(GL_TRIANGLES, corners, 0, 3, form);
     return 1;
 }
 
@@ -207,20 +191,19 @@ int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool text
     const int count = collect_vertices(session, model, polygon, &corners);
     if (count < 3) { return 0; }
     if (reflection) {
-        TextureCoords uvs[POLYGON_VERTEX_LIMIT];
-        send_reflected(GL_TRIANGLE_STRIP, corners.positions, corners.normals, uvs, count);
+        send_reflected(GL_TRIANGLE_STRIP, &corners, count);
         return count - 2;
     }
-    const VertexForm form = vertex_form(session, model, textured);
+    const VertexForm form{textured, gouraud_on(session, model)};
     if (mirrored) {
-        send_strip(corners, 0, count, form);
+        send_corners(GL_TRIANGLE_STRIP, corners, 0, count, form);
         return count - 2;
     }
     // The first triangle turned round, then the strip from its second vertex on: every triangle changes its winding.
     glBegin(GL_TRIANGLES);
     for (int i = 2; i >= 0; --i) { send_vertex(corners, i, form); }
     glEnd();
-    send_strip(corners, 1, count, form);
+    send_corners(GL_TRIANGLE_STRIP, corners, 1, count, form);
     return count - 2;
 }
 

@@ -8,12 +8,8 @@
 
 namespace pelt {
 
-struct TextureCoords {
-    float u, v;
-};
-
 // Coordinates into a reflection map, one pair for each vertex.
-void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, TextureCoords* uvs, int count);
+void reflection_coords(const Vec3* const* positions, const Vec3* const* normals, UvPair* uvs, int count);
 int32_t triangle_draw(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored,
                       bool reflection);
 int32_t polygon_draw(Session* session, Model* model, Polygon* polygon, bool textured, bool mirrored, bool reflection);

@@ -2,17 +2,14 @@
 // the model changes; it stands until the session forgets the model or the layer.
 #include "render/vertex.h"
 
-#include "scene/ids.h"
-
 namespace pelt {
 
 namespace {
 
 int32_t slot_of(const Model* model, int32_t id) { return list_index_of(&model->points, id, 0); }
 
-Point* find_point(const Model* model, int32_t reference, bool by_slot) {
-    void* point = by_slot ? list_at(&model->points, reference, 0) : list_find(&model->points, reference);
-    return static_cast<Point*>(point);
+const Point* find_point(const Model* model, int32_t reference, bool by_slot) {
+    return by_slot ? list_at<Point>(&model->points, reference, 0) : list_find<Point>(&model->points, reference);
 }
 
 // Plane of three corners of the triangle; left alone when one of them has no point.
@@ -53,17 +50,13 @@ void fill_slots(const Model* model, const Triangle* triangle, TriangleCache* cac
 }  // namespace
 
 TriangleCache* triangle_cache_make(Session* session, Model* model, Triangle* triangle) {
-    int32_t id = take_id(&next_triangle_cache_id);
-    while (list_find(&session->triangle_caches, id) != nullptr) { id = take_id(&next_triangle_cache_id); }
-    auto* cache = list_add<TriangleCache>(&session->triangle_caches, id);
+    auto* cache = add_state<TriangleCache>(&session->triangle_caches, &next_triangle_cache_id, &triangle->state_index);
     if (cache == nullptr) { return nullptr; }
-    *cache = TriangleCache{};  // a slot used before still holds its former tenant
-    triangle->state_index = list_index_of(&session->triangle_caches, id, 0);
     cache->triangle = triangle;
+    cache->face_normal = cache->face_normal_2 = Vec3{};  // a slot used before still holds its former tenant
     set_face_normal(model, triangle, 0, 1, 2, &cache->face_normal);
     if (triangle->quad != 0) { set_face_normal(model, triangle, 2, 1, 3, &cache->face_normal_2); }
     fill_slots(model, triangle, cache);
-    cache->id = id;
     return cache;
 }
 

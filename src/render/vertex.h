@@ -16,11 +16,8 @@ TriangleCache* triangle_cache_make(Session* session, Model* model, Triangle* tri
 
 // The triangle's cache, made on first use. Null when the session is not set up.
 inline TriangleCache* triangle_cache_get(Session* session, Model* model, Triangle* triangle) {
-    if (triangle->state_index >= 0) {
-        void* cache = list_at(&session->triangle_caches, triangle->state_index, 0);
-        if (cache != nullptr) { return static_cast<TriangleCache*>(cache); }
-    }
-    return triangle_cache_make(session, model, triangle);
+    auto* cache = list_at<TriangleCache>(&session->triangle_caches, triangle->state_index, 0);
+    return cache != nullptr ? cache : triangle_cache_make(session, model, triangle);
 }
 
 // A reference is a slot of the model's points (by_slot) or a point id. The posed value where the point has a state.
@@ -31,7 +28,6 @@ const unsigned char* point_colour(Session* session, Model* model, int32_t refere
 
 // The run-time record of a point in hand, null for one at rest.
 inline const PointState* point_posed(const Session* session, const Point* point) {
-    if (point->state_index < 0) { return nullptr; }
     return list_at<const PointState>(&session->point_states, point->state_index, 0);
 }
 

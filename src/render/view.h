@@ -43,8 +43,8 @@ struct ViewExtents {
 };
 ViewExtents view_resized_extents(const ViewState* view, int32_t width, int32_t height);
 
-// Stores a size and the extents that belong to it. With the first real size a fit made without one is made good, and a
-// later one that is none (a frame that collapses) changes the scale no more than any other.
+// Stores a size and the extents that belong to it. With the first real size a fit made without one is made good; a
+// frame that collapses later changes the scale no more than any other.
 void view_take_size(ViewState* view, int32_t width, int32_t height, ViewExtents extents);
 
 void view_reset(ViewState* view);

@@ -1,5 +1,4 @@
-// Layers of a model. What surprises: a new layer leaves five of its fields as they are, so that a slot used again
-// keeps the image settings of its former tenant; and a rename moves the record to another slot, lists and all.
+// Layers of a model. What surprises: a rename moves the record to another slot, lists and all.
 #include "scene/layer.h"
 
 #include <initializer_list>
@@ -17,7 +16,8 @@ constexpr float NO_COLOUR = 255.0f;         // every channel of the colour of an
 constexpr float COLOUR_KEY_SCALE = 255.0f;  // from 0.0 to 1.0 in a file to a byte
 
 // Without a text: for operations whose failure is silent.
-Layer* find_layer_silently(const Model* model, const char* name) {
+template <typename AnyModel>
+auto find_layer_silently(AnyModel* model, const char* name) {
     return model != nullptr && name != nullptr ? list_find<Layer>(&model->layers, name) : nullptr;
 }
 
@@ -73,9 +73,9 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
     return 1;
 }
 
-Layer* model_find_layer(const Model* model, const char* name) {
+const Layer* model_find_layer(const Model* model, const char* name) {
     if (model == nullptr || name == nullptr) { return nullptr; }
-    Layer* layer = find_layer_silently(model, name);
+    const Layer* layer = find_layer_silently(model, name);
     if (layer == nullptr) { load_error_set("layer does not exist"); }
     return layer;
 }
@@ -205,7 +205,7 @@ int model_set_reflection(Model* model, const char* name, float value) {
     return 1;
 }
 
-LayerImage* layer_first_image(const Layer* layer) {
+const LayerImage* layer_first_image(const Layer* layer) {
     if (layer == nullptr) { return nullptr; }
     return list_at<LayerImage>(&layer->images, list_next_slot(&layer->images, 0), 0);
 }

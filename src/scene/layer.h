@@ -1,6 +1,7 @@
 // Layers of a model: colour, sides, mirror, images and the primitives.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 
 #include "foundation/keyed_list.h"
@@ -15,6 +16,11 @@ enum ImageSlot : int { IMAGE_SLOT_BASE = 0, IMAGE_SLOT_MIRROR = 1, IMAGE_SLOT_RE
 
 // Axis codes, for mirrors and image axes alike.
 enum AxisCode : int { AXIS_X = 1, AXIS_Y = 2, AXIS_Z = 3, AXIS_MINUS_X = 4, AXIS_MINUS_Y = 5, AXIS_MINUS_Z = 6 };
+
+// The mirror image of a place or direction. Any code but the first three leaves it as it is: intended.
+inline Vec3 mirrored_along(const Vec3& v, int axis_code) {
+    return {axis_code == AXIS_X ? -v.x : v.x, axis_code == AXIS_Y ? -v.y : v.y, axis_code == AXIS_Z ? -v.z : v.z};
+}
 
 struct LayerImage {
     char names[LAYER_IMAGE_SLOTS][128];  // file names as the model file says them, without its directory
@@ -49,11 +55,19 @@ struct Layer {
     KeyedList images;     // LayerImage, KEY_INT, at most one
 };
 
+inline bool layer_has_surface(const Layer& layer) {
+    return list_count(&layer.triangles) > 0 || list_count(&layer.polygons) > 0;
+}
+
 // 1, or 0 with a load error when the name is taken.
 int model_add_layer(Model* model, const char* name, int red, int green, int blue, int singlesided, int mirror,
                     int mirror_axis);
-Layer* model_find_layer(const Model* model, const char* name);  // null with a load error when absent
-int model_delete_layer(Model* model, const char* name);         // 0 when absent, without a text
+const Layer* model_find_layer(const Model* model, const char* name);  // null with a load error when absent
+template <std::same_as<Model> Owner>
+Layer* model_find_layer(Owner* model, const char* name) {
+    return const_cast<Layer*>(model_find_layer(static_cast<const Model*>(model), name));
+}
+int model_delete_layer(Model* model, const char* name);  // 0 when absent, without a text
 
 // Releases what a layer holds (images, vertex lists) and frees its slot, whatever its name.
 void model_delete_layer_slot(Model* model, int32_t slot);
@@ -74,7 +88,11 @@ int model_set_invisible(Model* model, const char* name, float red, float green, 
 int model_set_reflection(Model* model, const char* name, float value);
 
 // The layer's one image record, or null.
-LayerImage* layer_first_image(const Layer* layer);
+const LayerImage* layer_first_image(const Layer* layer);
+template <std::same_as<Layer> Owner>
+LayerImage* layer_first_image(Owner* layer) {
+    return const_cast<LayerImage*>(layer_first_image(static_cast<const Layer*>(layer)));
+}
 
 // Gives back the reference that a slot of the record holds and empties its pixels. The name stays.
 void layer_image_release_slot(LayerImage* image, int slot);

@@ -3,7 +3,6 @@
 #include "scene/model.h"
 
 #include <cstdio>
-#include <cstdlib>
 
 #include "foundation/file_access.h"
 #include "foundation/text.h"
@@ -47,7 +46,7 @@ int32_t layer_count_lines(const Layer* layer) {
 
 Model* model_create(const char* path, Model* parent) {
     if (path == nullptr) { return nullptr; }
-    Model* model = static_cast<Model*>(std::calloc(1, sizeof(Model)));
+    Model* model = new Model{};
     model->parent = parent;
     // Name and directory share one static buffer, so each is copied before the next is asked for.
     str_copy(path_base_name(path), model->name);
@@ -85,7 +84,7 @@ int model_release(Model* model) {
     list_free(&model->points);
     str_free(model->opened_path);
     str_free(model->long_directory);
-    std::free(model);
+    delete model;
     return 1;
 }
 

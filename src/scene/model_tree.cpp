@@ -1,5 +1,5 @@
-// Measures trees of child models. What surprises: a model that is lent to several others is met several times in one
-// tree, so what is known of a model is kept and not worked out again, or a small scene could take for ever.
+// Measures trees of child models. A model that is lent to several others is met several times in one tree, so what is
+// known of a model is kept and not worked out again, or a small scene could take for ever.
 #include "scene/model_tree.h"
 
 #include <algorithm>
@@ -30,11 +30,11 @@ TreeSize measure(const Model* model, TreeSizes* known, int32_t level) {
     return size;
 }
 
-bool holds(const Model* model, const Model* searched, ModelSet* seen) {
-    if (model == nullptr || !seen->insert(model).second) { return false; }
+bool holds(const Model* model, const Model* searched, ModelSet* visited) {
+    if (model == nullptr || !visited->insert(model).second) { return false; }
     if (model == searched) { return true; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (holds(link.model, searched, seen)) { return true; }
+        if (holds(link.model, searched, visited)) { return true; }
     }
     return false;
 }
@@ -65,8 +65,8 @@ TreeSize model_tree_size(const Model* model) {
 }
 
 bool model_tree_holds(const Model* model, const Model* searched) {
-    ModelSet seen;
-    return searched != nullptr && holds(model, searched, &seen);
+    ModelSet visited;
+    return searched != nullptr && holds(model, searched, &visited);
 }
 
 bool model_tree_fits(const Model* model) {

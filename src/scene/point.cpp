@@ -1,6 +1,5 @@
 // Points of a model: setting, finding, colours, and the box around them. What surprises: a point is created by its
-// first mention, also by a normal alone, and is then looked for in the children too; and while a model has a single
-// point, its box is wherever that point was last said to be.
+// first mention, also by a normal alone, and is then looked for in the children too.
 #include "scene/point.h"
 
 #include "foundation/load_error.h"
@@ -87,11 +86,11 @@ int model_set_gouraud(Model* model, int32_t id, int red, int green, int blue, in
     return 1;
 }
 
-Point* model_find_point(const Model* model, int32_t id) {
+const Point* model_find_point(const Model* model, int32_t id) {
     if (model == nullptr) { return nullptr; }
-    if (Point* point = list_find<Point>(&model->points, id)) { return point; }
+    if (const Point* point = list_find<Point>(&model->points, id)) { return point; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (Point* point = model_find_point(link.model, id)) { return point; }
+        if (const Point* point = model_find_point(link.model, id)) { return point; }
     }
     return nullptr;
 }
@@ -147,7 +146,7 @@ void point_get_colour(float out[4], const Point* point) {
 
 int32_t model_point_at(const Model* model, float x, float y, float z) {
     if (model == nullptr) { return -1; }
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         if (same_place(point->position, x, y, z)) { return point.int_key(); }
     }
@@ -156,7 +155,7 @@ int32_t model_point_at(const Model* model, float x, float y, float z) {
 
 int32_t model_point_with_normal(const Model* model, float x, float y, float z) {
     if (model == nullptr) { return -1; }
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         if (same_place(point->normal, x, y, z)) { return point.int_key(); }
     }
@@ -166,7 +165,7 @@ int32_t model_point_with_normal(const Model* model, float x, float y, float z) {
 int32_t model_highest_point(const Model* model) {
     int32_t highest = -1;
     if (model == nullptr) { return highest; }
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         highest = point.int_key() > highest ? point.int_key() : highest;
     }

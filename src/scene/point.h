@@ -2,6 +2,7 @@
 // that holds it.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 
 #include "foundation/math3d.h"
@@ -34,7 +35,11 @@ int model_set_point_joints(Model* model, int32_t id, const char* joint_a, const 
 int model_set_gouraud(Model* model, int32_t id, int red, int green, int blue, int transparency);
 
 // The point in the model or, depth first, in its children; null when absent.
-Point* model_find_point(const Model* model, int32_t id);
+const Point* model_find_point(const Model* model, int32_t id);
+template <std::same_as<Model> Owner>
+Point* model_find_point(Owner* model, int32_t id) {
+    return const_cast<Point*>(model_find_point(static_cast<const Model*>(model), id));
+}
 
 // Pointers to static copies, valid until the next call; null with the load error set when absent.
 const Vec3* model_point_position(const Model* model, int32_t id);

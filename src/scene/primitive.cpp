@@ -25,7 +25,6 @@ constexpr const char* NO_NORMAL = "normal does not exist";
 // Where the default control points come from, as places in the list of corners. A triangle's last one is the fourth
 // place although it has three corners: intended.
 constexpr int TRIANGLE_CONTROL_CORNERS[] = {0, 1, 1, 2, 2, 3};
-constexpr int QUAD_CONTROL_CORNERS[] = {0, 1, 1, 3, 3, 2, 2, 0};
 
 int16_t cut_id(int32_t id) { return static_cast<int16_t>(static_cast<uint16_t>(id & 0xFFFF)); }
 
@@ -41,17 +40,10 @@ bool all_exist(const Model* model, const int32_t* ids, int count, const char* er
     return true;
 }
 
-// Intended: with the axis codes 4 to 6 the place is taken as it is, unmirrored.
 void grow_mirrored(Model* model, const Layer* layer, int32_t id) {
     const Point* point = layer->mirror ? model_find_point(model, id) : nullptr;
     if (point == nullptr) { return; }
-    Vec3 place = point->position;
-    switch (layer->mirror_axis) {
-        case AXIS_X: place.x = -place.x; break;
-        case AXIS_Y: place.y = -place.y; break;
-        case AXIS_Z: place.z = -place.z; break;
-        default: break;
-    }
+    const Vec3 place = mirrored_along(point->position, layer->mirror_axis);
     model_grow_bounds(model, place.x, place.y, place.z);
 }
 
@@ -65,7 +57,7 @@ bool triangle_is_valid(const Model* model, int corners, const int32_t* points, c
 }
 
 void store_controls(Triangle* triangle, int corners, const int32_t* points, const int32_t* controls) {
-    const int* places = corners == QUAD_CORNERS ? QUAD_CONTROL_CORNERS : TRIANGLE_CONTROL_CORNERS;
+    const int* places = corners == QUAD_CORNERS ? QUAD_EDGE_ENDS : TRIANGLE_CONTROL_CORNERS;
     for (int i = 0; i < 2 * corners; ++i) {
         triangle->controls[i] = cut_id(controls != nullptr ? controls[i] : points[places[i]]);
     }
@@ -133,13 +125,22 @@ int model_add_line(Model* model, const char* layer, int count, const int32_t* po
     list_init(&line->vertices, sizeof(int32_t), KEY_NONE);
     line->vertex_count = clamp_vertex_count(count);
     for (int i = 0; i < line->vertex_count; ++i) {
-        *static_cast<int32_t*>(list_add(&line->vertices, i)) = points[i];
+        *list_add<int32_t>(&line->vertices, i) = points[i];
         grow_mirrored(model, target, points[i]);
     }
     line->id = take_id(&next_line_id);
     line->state_index = -1;
     ++model->changes;
     return 1;
+}
+
+std::vector<PolygonVertex> polygon_strip(const Polygon& polygon) {
+    std::vector<PolygonVertex> strip;
+    for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
+        if (static_cast<int>(strip.size()) >= polygon.vertex_count) { break; }
+        strip.push_back(vertex);
+    }
+    return strip;
 }
 
 int model_add_uvee(Model* model, const char* layer, int32_t point, float u, float v) {

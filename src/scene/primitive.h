@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "foundation/keyed_list.h"
 
@@ -49,6 +50,10 @@ struct Uvee {
     float u, v;
 };
 
+struct UvPair {
+    float u, v;
+};
+
 // All return 1, or 0 with nothing added; see the load-error record for the reason, where there is a text for it.
 // Arrays: 4 points, 4 normals or null, 8 controls or null; the last of each matter for a quad only.
 int model_add_triangle(Model* model, const char* layer, int quad, const int32_t* points, const int32_t* normals,
@@ -59,6 +64,17 @@ int model_add_uvee(Model* model, const char* layer, int32_t point, float u, floa
 
 // Corners of a triangle record: 3, or 4 for a quad.
 inline int triangle_corners(const Triangle* triangle) { return triangle->quad ? 4 : 3; }
+
+// The corners at the ends of each edge, in the order of the controls that stand for them.
+inline constexpr int TRIANGLE_EDGE_ENDS[] = {0, 1, 1, 2, 2, 0};
+inline constexpr int QUAD_EDGE_ENDS[] = {0, 1, 1, 3, 3, 2, 2, 0};
+inline const int* triangle_edge_ends(const Triangle* triangle) {
+    return triangle->quad ? QUAD_EDGE_ENDS : TRIANGLE_EDGE_ENDS;
+}
+
+// The vertices of a polygon's strip, as many as its count names. With fewer than STRIP_MIN there is no triangle.
+inline constexpr size_t STRIP_MIN = 3;
+std::vector<PolygonVertex> polygon_strip(const Polygon& polygon);
 
 // The point id that a stored line vertex stands for.
 inline int32_t line_point_id(int32_t stored) { return static_cast<int16_t>(static_cast<uint16_t>(stored & 0xFFFF)); }

@@ -60,7 +60,7 @@ void joint_gain_point(Joint* joint) {
     if (joint->point_count < INT32_MAX) { ++joint->point_count; }
 }
 
-Joint* model_find_joint(const Model* model, const char* name) {
+const Joint* model_find_joint(const Model* model, const char* name) {
     if (model == nullptr || name == nullptr || str_equal(name, WORLD)) { return nullptr; }
     return list_find<Joint>(&model->joints, name);
 }
@@ -102,13 +102,23 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
     return link;
 }
 
-ChildLink* model_find_child(const Model* model, const char* name) {
+ChildLink* model_find_child(Model* model, const char* name) {
     if (model == nullptr || name == nullptr) { return nullptr; }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (str_equal(link.name, name)) { return &link; }
     }
     load_error_set("child does not exist");
     return nullptr;
+}
+
+Mat4 child_placement(const ChildLink* link) {
+    Mat4 matrix, turn;
+    mat_identity(&matrix);
+    mat_translate(&matrix, link->position.x, link->position.y, link->position.z);
+    mat_rotate_text(&turn, link->rotate[0], link->rotate[1], link->rotate[2]);  // as far as it got: intended
+    mat_multiply(&turn, &matrix, &matrix);
+    mat_scale(&matrix, link->scale.x, link->scale.y, link->scale.z);
+    return matrix;
 }
 
 int32_t model_child_index(const Model* model, const char* name) {

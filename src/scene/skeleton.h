@@ -1,6 +1,7 @@
 // What a model hangs together by: joints, blend groups, and links to child models.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 
 #include "foundation/math3d.h"
@@ -39,7 +40,11 @@ struct ChildLink {
 // 1, or 0 with a load error (name taken, own parent). A parent that does not exist yet is no error.
 int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_t z, const char* parent,
                     int32_t point_count);
-Joint* model_find_joint(const Model* model, const char* name);    // null for "world" and unknown names
+const Joint* model_find_joint(const Model* model, const char* name);  // null for "world" and unknown names
+template <std::same_as<Model> Owner>
+Joint* model_find_joint(Owner* model, const char* name) {
+    return const_cast<Joint*>(model_find_joint(static_cast<const Model*>(model), name));
+}
 int32_t model_joint_index(const Model* model, const char* name);  // rank, -1 when absent
 void joint_gain_point(Joint* joint);  // counts one point more; the highest count, which a file may state, stays
 BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* joint_b, int32_t count);
@@ -48,7 +53,11 @@ BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* join
 ChildLink* model_add_child(Model* model, Model* child, const char* name, float x, float y, float z, float scale_x,
                            float scale_y, float scale_z, const char* rotate_x, const char* rotate_y,
                            const char* rotate_z);
-ChildLink* model_find_child(const Model* model, const char* name);  // of this model only; load error when absent
-int32_t model_child_index(const Model* model, const char* name);    // depth-first number below the model, or -1
+ChildLink* model_find_child(Model* model, const char* name);      // of this model only; load error when absent
+int32_t model_child_index(const Model* model, const char* name);  // depth-first number below the model, or -1
+
+// Where the file placed a child in its parent: scaled, then turned, then moved. Of a bad rotation text and those behind
+// it nothing is turned.
+Mat4 child_placement(const ChildLink* link);
 
 }  // namespace pelt

@@ -4,7 +4,9 @@
 
 #include <cstdint>
 
+#include "foundation/keyed_list.h"
 #include "foundation/math3d.h"
+#include "scene/ids.h"
 
 namespace pelt {
 
@@ -75,5 +77,18 @@ struct RootModel {
     ModelAnimation* animation;  // owned; null for a model loaded by itself
     int32_t row;                // of the scene list, from 1; 0 for a model loaded by itself
 };
+
+// A new element under the next id that the list does not hold, whose slot goes to the owner. Null when the list is not
+// set up.
+template <typename State>
+State* add_state(KeyedList* list, int32_t* next_id, int32_t* owner_slot) {
+    int32_t id = take_id(next_id);
+    while (list_find(list, id) != nullptr) { id = take_id(next_id); }
+    State* state = list_add<State>(list, id);
+    if (state == nullptr) { return nullptr; }
+    *owner_slot = list_index_of(list, id, 0);
+    state->id = id;
+    return state;
+}
 
 }  // namespace pelt

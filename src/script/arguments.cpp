@@ -3,7 +3,6 @@
 // first; the second is intended too.
 #include "script/arguments.h"
 
-#include <cstdio>
 #include <cstring>
 
 #include "foundation/text.h"
@@ -86,26 +85,41 @@ int arg_read(void* destination, const char* word, int kind) {
     }
 }
 
-int args_read_ints(Words words, int32_t* out, int count) {
+namespace {
+
+template <typename Value>
+int read_all(Words words, Value* out, int count, int kind) {
     for (int i = 0; i < count; ++i) {
-        if (!arg_read(&out[i], words[i], ARG_INT)) { return 0; }
+        if (!arg_read(&out[i], words[i], kind)) { return 0; }
     }
     return 1;
 }
 
-int args_read_floats(Words words, float* out, int count) {
-    for (int i = 0; i < count; ++i) {
-        if (!arg_read(&out[i], words[i], ARG_FLOAT)) { return 0; }
+template <typename Value>
+const char* format_list(const Value* values, int32_t count, size_t (*format)(Value value, char* buffer)) {
+    if (count < 0) { return nullptr; }
+    size_t position = 0;
+    for (int32_t i = 0; i < count; ++i) {
+        position += format(values[i], result_scratch + position);
+        result_scratch[position++] = ' ';
+        result_scratch[position] = '\0';
+        if (position > RESULT_LIST_LIMIT) { return nullptr; }
     }
-    return 1;
+    return result_scratch;
 }
 
-int args_read_texts(Words words, const char** out, int count) {
-    for (int i = 0; i < count; ++i) {
-        if (!arg_read(&out[i], words[i], ARG_TEXT)) { return 0; }
-    }
-    return 1;
+size_t format_int(int32_t value, char* buffer) {
+    int_to_text(value, buffer);
+    return std::strlen(buffer);
 }
+
+size_t format_float(float value, char* buffer) { return float_to_text(value, 6, buffer, LONGEST_VALUE - 1); }
+
+}  // namespace
+
+int args_read_ints(Words words, int32_t* out, int count) { return read_all(words, out, count, ARG_INT); }
+int args_read_floats(Words words, float* out, int count) { return read_all(words, out, count, ARG_FLOAT); }
+int args_read_texts(Words words, const char** out, int count) { return read_all(words, out, count, ARG_TEXT); }
 
 const char* fmt_on_off(int32_t flag) { return flag != 0 ? "on" : "off"; }
 
@@ -114,30 +128,9 @@ const char* fmt_int(int32_t value) {
     return result_scratch;
 }
 
-const char* fmt_int_list(const int32_t* values, int32_t count) {
-    if (count < 0) { return nullptr; }
-    size_t position = 0;
-    for (int32_t i = 0; i < count; ++i) {
-        int_to_text(values[i], result_scratch + position);
-        position += std::strlen(result_scratch + position);
-        result_scratch[position++] = ' ';
-        result_scratch[position] = '\0';
-        if (position > RESULT_LIST_LIMIT) { return nullptr; }
-    }
-    return result_scratch;
-}
+const char* fmt_int_list(const int32_t* values, int32_t count) { return format_list(values, count, format_int); }
 
-const char* fmt_float_list(const float* values, int32_t count) {
-    if (count < 0) { return nullptr; }
-    size_t position = 0;
-    for (int32_t i = 0; i < count; ++i) {
-        position += float_to_text(static_cast<double>(values[i]), 6, result_scratch + position, LONGEST_VALUE - 1);
-        result_scratch[position++] = ' ';
-        result_scratch[position] = '\0';
-        if (position > RESULT_LIST_LIMIT) { return nullptr; }
-    }
-    return result_scratch;
-}
+const char* fmt_float_list(const float* values, int32_t count) { return format_list(values, count, format_float); }
 
 const char* fmt_matrix(const float* values) {
     constexpr int ELEMENTS = 16;

@@ -3,7 +3,6 @@
 #include "application/application.h"
 #include "foundation/text.h"
 #include "script/commands.h"
-#include "script/messages.h"
 
 namespace pelt {
 
@@ -11,22 +10,21 @@ namespace {
 
 void store_procedure(char** slot, Words words) {
     const char* procedure = nullptr;
-    if (!arg_read(&procedure, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel callback <type> <proc>");
+    if (!args_or_usage(arg_read(&procedure, words[1], ARG_TEXT), "sorvel: usage: sorvel callback <type> <proc>")) {
         return;
     }
     str_free(*slot);
     *slot = str_dup(procedure);
 }
 
-void callback_keyboard(Words words) { store_procedure(&application()->keyboard_proc, words); }
-void callback_mouse(Words words) { store_procedure(&application()->mouse_proc, words); }
-void callback_status(Words words) { store_procedure(&application()->status_proc, words); }
+void cmd_callback_keyboard(Words words) { store_procedure(&application()->keyboard_proc, words); }
+void cmd_callback_mouse(Words words) { store_procedure(&application()->mouse_proc, words); }
+void cmd_callback_status(Words words) { store_procedure(&application()->status_proc, words); }
 
 constexpr Command FORMS[] = {
-    {"keyboard", callback_keyboard},
-    {"mouse", callback_mouse},
-    {"status", callback_status},
+    {"keyboard", cmd_callback_keyboard},
+    {"mouse", cmd_callback_mouse},
+    {"status", cmd_callback_status},
 };
 
 }  // namespace

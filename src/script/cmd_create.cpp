@@ -15,20 +15,18 @@ namespace pelt {
 
 namespace {
 
-int create_cursor(const char* file_name) {
-    const int32_t id = cursor_create("pelt", file_name);
-    tcl_result_text(fmt_int(id));
-    return id != 0;
+void cmd_create_cursor(Words words) {
+    const char* file_name = nullptr;
+    if (args_or_usage(arg_read(&file_name, words[1], ARG_TEXT), "sorvel: usage: sorvel create cursor <filename>")) {
+        command_result_id(cursor_create("pelt", file_name), "sorvel: create cursor failed");
+    }
 }
 
-int create_model(const char* name) {
+void cmd_create_model(Words words) {
+    const char* name = nullptr;
+    if (!args_or_usage(arg_read(&name, words[1], ARG_TEXT), "sorvel: usage: sorvel create model <name>")) { return; }
     Model* model = model_create(name, nullptr);
-    if (model == nullptr) {
-        tcl_result_text("0");
-        return 0;
-    }
-    tcl_result_text(fmt_int(session_add_model(&application()->session, model)));
-    return 1;
+    command_result_id(session_add_model(&application()->session, model), "sorvel: create model failed");
 }
 
 int create_window(const char* name, const char* parent) {
@@ -37,6 +35,11 @@ int create_window(const char* name, const char* parent) {
         msg_error("sorvel: can only support 1 window at the moment.");
         return 0;
     }
+    if (!tk_bind()) {
+        msg_error("sorvel: a window needs Tk, and this interpreter has none: package require Tk");
+        return 0;
+    }
+    gl_system_bind(tk_instance());
     const WindowHandle parent_window = tk_native_window(parent);
     if (parent_window == 0) {
         msg_error("sorvel: cannot get handle for parent window.");
@@ -49,38 +52,19 @@ int create_window(const char* name, const char* parent) {
     return 1;
 }
 
-void run_cursor(Words words) {
-    const char* file_name = nullptr;
-    if (!arg_read(&file_name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel create cursor <filename>");
-    } else if (!create_cursor(file_name)) {
-        msg_info("sorvel: create cursor failed");
-    }
-}
-
-void run_model(Words words) {
-    const char* name = nullptr;
-    if (!arg_read(&name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel create model <name>");
-    } else if (!create_model(name)) {
-        msg_info("sorvel: create model failed");
-    }
-}
-
-void run_window(Words words) {
+void cmd_create_window(Words words) {
     const char* names[2] = {};
-    if (!args_read_texts(words + 1, names, 2)) {
-        msg_info("sorvel: usage: sorvel create window <name> <parent>");
-    } else if (!create_window(names[0], names[1])) {
+    if (args_or_usage(args_read_texts(words + 1, names, 2), "sorvel: usage: sorvel create window <name> <parent>") &&
+        !create_window(names[0], names[1])) {
         msg_info("sorvel: create window failed");
     }
 }
 
 constexpr Command FORMS[] = {
-    {"cursor", run_cursor},
+    {"cursor", cmd_create_cursor},
     // Intended: no word is that of this row, so that neither "create model" nor "create name" gets here.
-    {"", run_model},
-    {"window", run_window},
+    {"", cmd_create_model},
+    {"window", cmd_create_window},
 };
 
 }  // namespace

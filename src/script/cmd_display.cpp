@@ -3,10 +3,8 @@
 #include <algorithm>
 
 #include "application/application.h"
-#include "foundation/text.h"
 #include "render/frame.h"
 #include "script/commands.h"
-#include "script/messages.h"
 #include "script/tcl_glue.h"
 
 namespace pelt {
@@ -14,14 +12,13 @@ namespace pelt {
 namespace {
 
 constexpr int32_t LOD_LIMIT = 6;
-constexpr char USAGE[] = "sorvel: usage: sorvel display <option> <on>";
 
 struct DisplayOption {
     const char* word;
     int32_t Session::*flag;
 };
 
-// One row for each option that a script can name. "lod" and "smooth" are more than plain flags: see run_option.
+// One row for each option that a script can name. "lod" and "smooth" are more than plain flags.
 // No row for the control net and the curve path: no word reaches them, and both stay 0.
 constexpr DisplayOption OPTIONS[] = {
     {"backfaces", &Session::display_backfaces}, {"curves", &Session::display_curves},
@@ -37,25 +34,22 @@ constexpr DisplayOption OPTIONS[] = {
 
 void set_lod(Session* session, const char* word) {
     int32_t level = 0;
-    if (!arg_read(&level, word, ARG_INT)) {
-        msg_info("sorvel: usage: sorvel display lod <n>");
-        return;
+    if (args_or_usage(arg_read(&level, word, ARG_INT), "sorvel: usage: sorvel display lod <n>")) {
+        session->display_lod = std::clamp<int32_t>(level, 0, LOD_LIMIT);
     }
-    session->display_lod = std::clamp<int32_t>(level, 0, LOD_LIMIT);
 }
 
 void set_flag(Session* session, const DisplayOption& option, const char* word) {
     int32_t value = 0;
-    if (!arg_read(&value, word, ARG_FLAG)) {
-        msg_info(USAGE);
-    } else if (option.flag == &Session::display_smooth) {
+    if (!args_or_usage(arg_read(&value, word, ARG_FLAG), "sorvel: usage: sorvel display <option> <on>")) { return; }
+    if (option.flag == &Session::display_smooth) {
         session_set_smooth(session, value);
     } else {
         session->*option.flag = value;
     }
 }
 
-void run_option(const DisplayOption& option, const char* value) {
+void tell_or_set(const DisplayOption& option, const char* value) {
     Session* session = &application()->session;
     const bool is_lod = option.flag == &Session::display_lod;
     if (value == nullptr) {
@@ -71,15 +65,11 @@ void run_option(const DisplayOption& option, const char* value) {
 
 void cmd_display(Words words) {
     const char* last = "";
-    for (Words word = words + 1; *word != nullptr; ++word) {
-        last = *word;
-        for (const DisplayOption& option : OPTIONS) {
-            if (!str_equal(option.word, *word)) { continue; }
-            run_option(option, word[1]);
-            return;
-        }
+    if (const DisplayOption* option = command_search(OPTIONS, &words, &last)) {
+        tell_or_set(*option, words[1]);
+    } else {
+        command_unknown(UNKNOWN_ATTRIBUTE, "display", last);
     }
-    command_unknown(UNKNOWN_ATTRIBUTE, "display", last);
 }
 
 }  // namespace pelt

@@ -8,71 +8,53 @@
 #include "render/screen_capture.h"
 #include "script/commands.h"
 #include "script/messages.h"
-#include "script/tcl_glue.h"
 
 namespace pelt {
 
 namespace {
 
-void run_add(Words words) {
+void cmd_file_add(Words words) {
     const char* file_name = nullptr;
-    if (!arg_read(&file_name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel file add <filename>");
-        return;
+    if (args_or_usage(arg_read(&file_name, words[1], ARG_TEXT), "sorvel: usage: sorvel file add <filename>")) {
+        command_result_id(file_add(application(), file_name), "sorvel: file add failed");
     }
-    const int32_t id = file_add(application(), file_name);
-    tcl_result_text(fmt_int(id));
-    if (id == 0) { msg_info("sorvel: file add failed"); }
 }
 
-void run_open(Words words) {
+void cmd_file_open(Words words) {
     const char* file_name = nullptr;
-    if (!arg_read(&file_name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel file open <filename>");
-        return;
+    if (args_or_usage(arg_read(&file_name, words[1], ARG_TEXT), "sorvel: usage: sorvel file open <filename>")) {
+        command_result_id(file_open_model(application(), file_name), "sorvel: file open failed");
     }
-    const int32_t id = file_open_model(application(), file_name);
-    tcl_result_text(fmt_int(id));
-    if (id == 0) { msg_info("sorvel: file open failed"); }
 }
 
-void run_reload(Words) { file_reload(application()); }
+void cmd_file_reload(Words) { file_reload(application()); }
 
-void run_rename(Words words) {
+void cmd_file_rename(Words words) {
     int32_t id = 0;
     const char* name = nullptr;
-    if (!arg_read(&id, words[1], ARG_INT) || !arg_read(&name, words[2], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel file rename <id> <name>");
-        return;
+    if (args_or_usage(arg_read(&id, words[1], ARG_INT) && arg_read(&name, words[2], ARG_TEXT),
+                      "sorvel: usage: sorvel file rename <id> <name>")) {
+        session_rename_model(&application()->session, id, name);
     }
-    session_rename_model(&application()->session, id, name);
 }
 
-void run_save(Words words) {
+void cmd_file_save(Words words) {
     const char* what = nullptr;
-    if (!arg_read(&what, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel file save <args>");
-        return;
-    }
+    int32_t id = 0;  // read, and not used
+    if (!args_or_usage(arg_read(&what, words[1], ARG_TEXT), "sorvel: usage: sorvel file save <args>")) { return; }
     if (str_equal(what, "all") || str_equal(what, "selected")) {
         return;  // intended: nothing is done or shown
     }
     if (!str_equal(what, "model")) {
         msg_info("sorvel: file save failed");
-        return;
+    } else if (args_or_usage(arg_read(&id, words[2], ARG_INT), "sorvel: usage: sorvel file save model <id>")) {
+        session_save_model(&application()->session);
     }
-    int32_t id = 0;
-    if (!arg_read(&id, words[2], ARG_INT)) {
-        msg_info("sorvel: usage: sorvel file save model <id>");
-        return;
-    }
-    session_save_model(&application()->session);  // the id is not used
 }
 
-void run_savescreen(Words words) {
+void cmd_file_savescreen(Words words) {
     const char* file_name = nullptr;
-    if (!arg_read(&file_name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel file savescreen <filename>");
+    if (!args_or_usage(arg_read(&file_name, words[1], ARG_TEXT), "sorvel: usage: sorvel file savescreen <filename>")) {
         return;
     }
     const ViewState& view = application()->view;
@@ -81,8 +63,13 @@ void run_savescreen(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {"add", run_add},   {"open", run_open},   {"reload", run_reload},         {"rename", run_rename},
-    {"save", run_save}, {"saveas", run_save}, {"savescreen", run_savescreen},
+    {"add", cmd_file_add},
+    {"open", cmd_file_open},
+    {"reload", cmd_file_reload},
+    {"rename", cmd_file_rename},
+    {"save", cmd_file_save},
+    {"saveas", cmd_file_save},
+    {"savescreen", cmd_file_savescreen},
 };
 
 }  // namespace

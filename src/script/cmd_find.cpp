@@ -1,37 +1,30 @@
-// The verb "find". What surprises: an unknown model is no failure but the id 0, and unknown images leave the result as
-// it was.
+// The verb "find": an unknown model is no failure but the id 0, and unknown images leave the result as it was.
 #include "application/application.h"
 #include "application/session_lifecycle.h"
 #include "script/commands.h"
-#include "script/messages.h"
 #include "script/tcl_glue.h"
 
 namespace pelt {
 
 namespace {
 
-void find_images(Words words) {
+void cmd_find_images(Words words) {
     int32_t id = 0;
-    if (!arg_read(&id, words[1], ARG_INT)) {
-        msg_info("sorvel: usage: sorvel find images <id>");
-        return;
+    if (args_or_usage(arg_read(&id, words[1], ARG_INT), "sorvel: usage: sorvel find images <id>")) {
+        tcl_result_text(session_find_images(&application()->session, id));
     }
-    tcl_result_text(session_find_images(&application()->session, id));
 }
 
-void find_model(Words words) {
+void cmd_find_model(Words words) {
     const char* name = nullptr;
-    if (!arg_read(&name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel find model <name>");
-        return;
-    }
+    if (!args_or_usage(arg_read(&name, words[1], ARG_TEXT), "sorvel: usage: sorvel find model <name>")) { return; }
     const int32_t id = session_find_model(&application()->session, name);
     tcl_result_text(fmt_int_list(&id, 1));
 }
 
 constexpr Command FORMS[] = {
-    {"images", find_images},
-    {"model", find_model},
+    {"images", cmd_find_images},
+    {"model", cmd_find_model},
 };
 
 }  // namespace

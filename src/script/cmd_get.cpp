@@ -23,33 +23,30 @@ namespace {
 
 constexpr float TRANSPARENCY_UNIT = 0.003921569f;  // 1 / 255
 
-void result_vector(const Vec3& v) {
-    const float values[3] = {v.x, v.y, v.z};
-    tcl_result_text(fmt_float_list(values, 3));
+void result_colour(const float* colour) {
+    const int32_t values[3] = {float_to_int(colour[0]), float_to_int(colour[1]), float_to_int(colour[2])};
+    tcl_result_text(fmt_int_list(values, 3));
 }
 
-void get_centre(Words) { result_vector(scene_centre(&application()->session)); }
+void cmd_get_centre(Words) { command_result_vector(scene_centre(&application()->session)); }
 
-void get_pan(Words) {
+void cmd_get_pan(Words) {
     const ViewState& view = application()->view;
     const float values[2] = {view.pan_x, view.pan_y};
     tcl_result_text(fmt_float_list(values, 2));
 }
 
-void get_pointer(Words) {
+void cmd_get_pointer(Words) {
     int32_t place[2] = {};
     pointer_get(&place[0], &place[1]);
     tcl_result_text(fmt_int_list(place, 2));
 }
 
-void get_zoom(Words) { tcl_result_text(fmt_float_list(&application()->view.zoom, 1)); }
+void cmd_get_zoom(Words) { tcl_result_text(fmt_float_list(&application()->view.zoom, 1)); }
 
-void get_matrix(Words words) {
+void cmd_get_matrix(Words words) {
     const char* type = nullptr;
-    if (!arg_read(&type, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel get matrix <type>");
-        return;
-    }
+    if (!args_or_usage(arg_read(&type, words[1], ARG_TEXT), "sorvel: usage: sorvel get matrix <type>")) { return; }
     if (!str_equal(type, "view")) {
         msg_info_format("sorvel: unknown matrix type: %s", type);
         return;
@@ -61,7 +58,7 @@ void get_matrix(Words words) {
 
 // Vertices.
 
-void vertex_list(const Model* model) {
+void cmd_get_vertex_list(const Model* model) {
     std::vector<int32_t> ids;
     ids.reserve(static_cast<size_t>(model_count_points(model)));
     const auto points = list_elements<Point>(model->points);
@@ -69,20 +66,21 @@ void vertex_list(const Model* model) {
     if (!ids.empty()) { tcl_result_text(fmt_int_list(ids.data(), static_cast<int32_t>(ids.size()))); }
 }
 
-void vertex_point(const Point* point) { result_vector(*point_posed_position(&application()->session, point)); }
-
-void vertex_normal(const Point* point) { result_vector(*point_posed_normal(&application()->session, point)); }
-
-void vertex_color(const Point* point) {
-    float colour[4];
-    point_get_colour(colour, point);
-    const int32_t values[3] = {float_to_int(static_cast<double>(colour[0])),
-                               float_to_int(static_cast<double>(colour[1])),
-                               float_to_int(static_cast<double>(colour[2]))};
-    tcl_result_text(fmt_int_list(values, 3));
+void cmd_get_vertex_point(const Point* point) {
+    command_result_vector(*point_posed_position(&application()->session, point));
 }
 
-void vertex_transparency(const Point* point) {
+void cmd_get_vertex_normal(const Point* point) {
+    command_result_vector(*point_posed_normal(&application()->session, point));
+}
+
+void cmd_get_vertex_color(const Point* point) {
+    float colour[4];
+    point_get_colour(colour, point);
+    result_colour(colour);
+}
+
+void cmd_get_vertex_transparency(const Point* point) {
     float colour[4];
     point_get_colour(colour, point);
     const float value = colour[3] * TRANSPARENCY_UNIT;
@@ -95,47 +93,37 @@ struct VertexQuery {
 };
 
 constexpr VertexQuery VERTEX_QUERIES[] = {
-    {"point", vertex_point},
-    {"normal", vertex_normal},
-    {"color", vertex_color},
-    {"transparency", vertex_transparency},
+    {"point", cmd_get_vertex_point},
+    {"normal", cmd_get_vertex_normal},
+    {"color", cmd_get_vertex_color},
+    {"transparency", cmd_get_vertex_transparency},
 };
 
-void get_vertex(Words words) {
+void cmd_get_vertex(Words words) {
     constexpr char USAGE[] = "sorvel: usage: sorvel get vertex <args>";
     const Model* model = command_current_model();
     const char* what = nullptr;
     int32_t id = 0;
-    if (model == nullptr) { return; }
-    if (!arg_read(&what, words[1], ARG_TEXT)) {
-        msg_info(USAGE);
-        return;
-    }
+    if (model == nullptr || !args_or_usage(arg_read(&what, words[1], ARG_TEXT), USAGE)) { return; }
     if (str_equal(what, "list")) {
-        vertex_list(model);
+        cmd_get_vertex_list(model);
         return;
     }
-    if (!arg_read(&id, words[2], ARG_INT)) {
-        msg_info(USAGE);
-        return;
-    }
+    if (!args_or_usage(arg_read(&id, words[2], ARG_INT), USAGE)) { return; }
     // The look-up comes before the word is compared: an absent point hides a wrong word.
     const Point* point = model_find_point(model, id);
     if (point == nullptr) {
         tcl_result_text("unknown");
-        return;
+    } else if (const VertexQuery* query = command_find(VERTEX_QUERIES, what)) {
+        query->run(point);
+    } else {
+        msg_info_format("sorvel: unknown vertex argument: %s", what);
     }
-    for (const VertexQuery& query : VERTEX_QUERIES) {
-        if (!str_equal(query.word, what)) { continue; }
-        query.run(point);
-        return;
-    }
-    msg_info_format("sorvel: unknown vertex argument: %s", what);
 }
 
 // Layers.
 
-void layer_names(const Model* model) {
+void cmd_get_layer_names(const Model* model) {
     std::string names;
     const auto layers = list_elements<Layer>(model->layers);
     for (auto layer = layers.begin(); layer != layers.end(); ++layer) {
@@ -145,28 +133,24 @@ void layer_names(const Model* model) {
     tcl_result_text(names.c_str());
 }
 
-void layer_sides(const Model* model, const char* name) {
+void cmd_get_layer_sides(const Model* model, const char* name) {
     tcl_result_text(model_layer_sides(model, name) == 2 ? "double" : "single");
 }
 
-void layer_mirror(const Model* model, const char* name) {
-    constexpr const char* WORDS[] = {"none", "x", "y", "z"};
+void cmd_get_layer_mirror(const Model* model, const char* name) {
     const int code = model_layer_mirror(model, name);
-    tcl_result_text(code >= 0 && code <= AXIS_Z ? WORDS[code] : "unknown");
+    tcl_result_text(code >= 0 && code <= AXIS_Z ? MIRROR_WORDS[code] : "unknown");
 }
 
-void layer_lighting(const Model*, const char*) { tcl_result_text("unknown"); }
+void cmd_get_layer_lighting(const Model*, const char*) { tcl_result_text("unknown"); }
 
-void layer_color(const Model* model, const char* name) {
+void cmd_get_layer_color(const Model* model, const char* name) {
     float colour[4];
     model_layer_colour(model, name, colour);
-    const int32_t values[3] = {float_to_int(static_cast<double>(colour[0])),
-                               float_to_int(static_cast<double>(colour[1])),
-                               float_to_int(static_cast<double>(colour[2]))};
-    tcl_result_text(fmt_int_list(values, 3));
+    result_colour(colour);
 }
 
-void layer_transparency(const Model* model, const char* name) {
+void cmd_get_layer_transparency(const Model* model, const char* name) {
     const float value = model_layer_transparency(model, name);
     tcl_result_text(fmt_float_list(&value, 1));
 }
@@ -177,42 +161,35 @@ struct LayerQuery {
 };
 
 constexpr LayerQuery LAYER_QUERIES[] = {
-    {"sides", layer_sides},
-    {"mirror", layer_mirror},
-    {"lighting", layer_lighting},
-    {"color", layer_color},
-    {"transparency", layer_transparency},
+    {"sides", cmd_get_layer_sides},
+    {"mirror", cmd_get_layer_mirror},
+    {"lighting", cmd_get_layer_lighting},
+    {"color", cmd_get_layer_color},
+    {"transparency", cmd_get_layer_transparency},
 };
 
-void get_layer(Words words) {
+void cmd_get_layer(Words words) {
     const Model* model = command_current_model();
-    const char* selected = application()->selected_layer;
     const char* what = nullptr;
     if (model == nullptr) { return; }
-    if (!arg_read(&what, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel get layer <args>");
-        return;
-    }
+    if (!args_or_usage(arg_read(&what, words[1], ARG_TEXT), "sorvel: usage: sorvel get layer <args>")) { return; }
     if (str_equal(what, "names")) {
-        layer_names(model);
+        cmd_get_layer_names(model);
         return;
     }
-    if (selected[0] == '\0') {
-        msg_info("sorvel: no layer selected");
-        return;
+    const char* selected = command_selected_layer();
+    if (selected == nullptr) { return; }
+    if (const LayerQuery* query = command_find(LAYER_QUERIES, what)) {
+        query->run(model, selected);
+    } else {
+        // Intended: the text names the selected layer, not the word that was refused.
+        msg_info_data_format("sorvel: unknown layer argument: %s", selected);
     }
-    for (const LayerQuery& query : LAYER_QUERIES) {
-        if (!str_equal(query.word, what)) { continue; }
-        query.run(model, selected);
-        return;
-    }
-    // Intended: the text names the selected layer, not the word that was refused.
-    msg_info_data_format("sorvel: unknown layer argument: %s", selected);
 }
 
 constexpr Command FORMS[] = {
-    {"centre", get_centre},   {"layer", get_layer},   {"matrix", get_matrix}, {"pan", get_pan},
-    {"pointer", get_pointer}, {"vertex", get_vertex}, {"zoom", get_zoom},
+    {"centre", cmd_get_centre},   {"layer", cmd_get_layer},   {"matrix", cmd_get_matrix}, {"pan", cmd_get_pan},
+    {"pointer", cmd_get_pointer}, {"vertex", cmd_get_vertex}, {"zoom", cmd_get_zoom},
 };
 
 }  // namespace

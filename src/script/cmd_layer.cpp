@@ -5,7 +5,6 @@
 #include "scene/layer.h"
 #include "scene/session.h"
 #include "script/commands.h"
-#include "script/messages.h"
 
 namespace pelt {
 
@@ -22,36 +21,31 @@ constexpr VertexTexts ADD_VERTEX_TEXTS = {
     "sorvel: usage: sorvel add vertex transparency <n> <f>",
 };
 
-void add_layer(Words words) {
+void cmd_add_layer(Words words) {
     Model* model = command_current_model();
-    if (model == nullptr) { return; }
     const char* name = nullptr;
-    if (!arg_read(&name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel add layer <name>");
-        return;
+    if (model != nullptr &&
+        args_or_usage(arg_read(&name, words[1], ARG_TEXT), "sorvel: usage: sorvel add layer <name>")) {
+        model_add_layer(model, name, FULL_COLOUR, FULL_COLOUR, FULL_COLOUR, 1, 0, 0);
     }
-    model_add_layer(model, name, FULL_COLOUR, FULL_COLOUR, FULL_COLOUR, 1, 0, 0);
 }
 
-void add_vertex(Words words) { vertex_run(words, ADD_VERTEX_TEXTS); }
+void cmd_add_vertex(Words words) { cmd_vertex(words, ADD_VERTEX_TEXTS); }
 
-void delete_layer(Words words) {
+void cmd_delete_layer(Words words) {
     const char* name = nullptr;
-    if (!arg_read(&name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel delete layer <name>");
-        return;
-    }
+    if (!args_or_usage(arg_read(&name, words[1], ARG_TEXT), "sorvel: usage: sorvel delete layer <name>")) { return; }
     Session* session = &application()->session;
     session_delete_layer(session, selection_current_model(session), name);
 }
 
 constexpr Command ADD_FORMS[] = {
-    {"layer", add_layer},
-    {"vertex", add_vertex},
+    {"layer", cmd_add_layer},
+    {"vertex", cmd_add_vertex},
 };
 
 constexpr Command DELETE_FORMS[] = {
-    {"layer", delete_layer},
+    {"layer", cmd_delete_layer},
 };
 
 }  // namespace

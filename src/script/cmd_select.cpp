@@ -18,43 +18,33 @@ constexpr int ABSOLUTE = 0;
 
 Session* session() { return &application()->session; }
 
-void select_all(Words) { selection_all(session()); }
-void select_clear(Words) { selection_clear(session()); }
-void select_copy(Words) { selection_copy(session()); }
-void select_cut(Words) { selection_cut(session()); }
-void select_paste(Words) { selection_paste(); }
-void select_pancake(Words) { selection_pancake(session()); }
+void cmd_select_all(Words) { selection_all(session()); }
+void cmd_select_clear(Words) { selection_clear(session()); }
+void cmd_select_copy(Words) { selection_copy(session()); }
+void cmd_select_cut(Words) { selection_cut(session()); }
+void cmd_select_paste(Words) { selection_paste(); }
+void cmd_select_pancake(Words) { selection_pancake(session()); }
+void cmd_select_centre(Words) { command_result_vector(selection_centre(session())); }
 
-void select_centre(Words) {
-    const Vec3 centre = selection_centre(session());
-    const float values[3] = {centre.x, centre.y, centre.z};
-    tcl_result_text(fmt_float_list(values, 3));
-}
-
-void select_model(Words words) {
+void cmd_select_model(Words words) {
     int32_t id = 0;
-    if (!arg_read(&id, words[1], ARG_INT)) {
-        msg_info("sorvel: usage: sorvel select model <id>");
-    } else if (!selection_add_model(session(), id)) {
+    if (args_or_usage(arg_read(&id, words[1], ARG_INT), "sorvel: usage: sorvel select model <id>") &&
+        !selection_add_model(session(), id)) {
         msg_info("sorvel: model id not found");
     }
 }
 
-void select_child(Words words) {
+void cmd_select_child(Words words) {
     int32_t id = 0;
-    if (!arg_read(&id, words[1], ARG_INT)) {
-        msg_info("sorvel: usage: sorvel select child <id>");
-    } else if (!selection_add_child(session(), id)) {
+    if (args_or_usage(arg_read(&id, words[1], ARG_INT), "sorvel: usage: sorvel select child <id>") &&
+        !selection_add_child(session(), id)) {
         msg_info("sorvel: child id not found");
     }
 }
 
-void select_layer(Words words) {
+void cmd_select_layer(Words words) {
     const char* name = nullptr;
-    if (!arg_read(&name, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel select layer <name>");
-        return;
-    }
+    if (!args_or_usage(arg_read(&name, words[1], ARG_TEXT), "sorvel: usage: sorvel select layer <name>")) { return; }
     Application* app = application();
     app->selected_layer[0] = '\0';
     const Model* model = selection_current_model(&app->session);
@@ -67,96 +57,86 @@ void select_layer(Words words) {
     tcl_result_text("1");
 }
 
-void select_delete(Words) {
+void cmd_select_delete(Words) {
     Application* app = application();
     selection_delete(&app->session);
     app->view.focus = scene_centre(&app->session);
 }
 
-void select_translate(Words words) {
-    Application* app = application();
+void cmd_select_translate(Words words) {
     float v[3] = {};
-    if (!args_read_floats(words + 1, v, 3)) {
-        msg_info("sorvel: usage: sorvel select translate <x> <y> <z>");
+    if (!args_or_usage(args_read_floats(words + 1, v, 3), "sorvel: usage: sorvel select translate <x> <y> <z>")) {
         return;
     }
-    if (!selection_translate(&app->session, v[0], v[1], v[2], ABSOLUTE)) {
+    if (selection_translate(session(), v[0], v[1], v[2], ABSOLUTE)) {
+        view_fit_scene(&application()->view, session());
+    } else {
         msg_info("sorvel: translate failed");
-        return;
     }
-    view_fit_scene(&app->view, &app->session);
 }
 
-void select_scale(Words words) {
+void cmd_select_scale(Words words) {
     float v[3] = {};
-    if (!args_read_floats(words + 1, v, 3)) {
-        msg_info("sorvel: usage: sorvel select scale <x> <y> <z>");
-    } else if (!selection_scale(session(), v[0], v[1], v[2], ABSOLUTE)) {
+    if (args_or_usage(args_read_floats(words + 1, v, 3), "sorvel: usage: sorvel select scale <x> <y> <z>") &&
+        !selection_scale(session(), v[0], v[1], v[2], ABSOLUTE)) {
         msg_info("sorvel: scale failed");
     }
 }
 
-void rotate_centre(Words words) {
+void cmd_select_rotate_centre(Words words) {
     float v[3] = {};
-    if (!args_read_floats(words, v, 3)) {
-        msg_info("sorvel: usage: sorvel select rotate centre <x> <y> <z>");
-    } else if (!selection_set_centre(session(), v[0], v[1], v[2])) {
+    if (args_or_usage(args_read_floats(words, v, 3), "sorvel: usage: sorvel select rotate centre <x> <y> <z>") &&
+        !selection_set_centre(session(), v[0], v[1], v[2])) {
         msg_info("sorvel: rotate centre failed");
     }
 }
 
-void rotate_axis(Words words) {
+void cmd_select_rotate_axis(Words words) {
     float v[3] = {};
-    if (!args_read_floats(words, v, 3)) {
-        msg_info("sorvel: usage: sorvel select rotate axis <x> <y> <z>");
-    } else if (!selection_set_axis(session(), v[0], v[1], v[2])) {
+    if (args_or_usage(args_read_floats(words, v, 3), "sorvel: usage: sorvel select rotate axis <x> <y> <z>") &&
+        !selection_set_axis(session(), v[0], v[1], v[2])) {
         msg_info("sorvel: rotate axis failed");
     }
 }
 
-void select_rotate(Words words) {
+void cmd_select_rotate(Words words) {
     const char* angles[3] = {};
     if (str_equal(words[1], "centre") || str_equal(words[1], "center")) {
-        rotate_centre(words + 2);
+        cmd_select_rotate_centre(words + 2);
     } else if (str_equal(words[1], "axis")) {
-        rotate_axis(words + 2);
-    } else if (!args_read_texts(words + 1, angles, 3)) {
-        msg_info("sorvel: usage: sorvel select rotate <a1> <a2> <a3>");
-    } else if (!selection_rotate(session(), angles[0], angles[1], angles[2], ABSOLUTE)) {
+        cmd_select_rotate_axis(words + 2);
+    } else if (args_or_usage(args_read_texts(words + 1, angles, 3),
+                             "sorvel: usage: sorvel select rotate <a1> <a2> <a3>") &&
+               !selection_rotate(session(), angles[0], angles[1], angles[2], ABSOLUTE)) {
         msg_info("sorvel: rotate failed");
     }
 }
 
-void select_add(Words words) {
+void cmd_select_add(Words words) {
     const char* what = nullptr;
-    if (!arg_read(&what, words[1], ARG_TEXT)) {
-        msg_info("sorvel: usage: sorvel select add <what> <args>");
+    const char* input = nullptr;
+    int32_t id = 0;
+    if (!args_or_usage(arg_read(&what, words[1], ARG_TEXT), "sorvel: usage: sorvel select add <what> <args>")) {
         return;
     }
+    // Intended: another word does nothing and shows nothing.
     if (str_equal(what, "data")) {
-        const char* input = nullptr;
-        if (!arg_read(&input, words[2], ARG_TEXT)) {
-            msg_info("sorvel: usage: sorvel select add data <input>");
-        } else {
+        if (args_or_usage(arg_read(&input, words[2], ARG_TEXT), "sorvel: usage: sorvel select add data <input>")) {
             selection_add_data(session(), input);
         }
     } else if (str_equal(what, "child")) {
-        int32_t id = 0;
-        if (!arg_read(&id, words[2], ARG_INT)) {
-            msg_info("sorvel: usage: sorvel select add child <id>");
-        } else {
+        if (args_or_usage(arg_read(&id, words[2], ARG_INT), "sorvel: usage: sorvel select add child <id>")) {
             selection_add_child_model(session(), id);
         }
     }
-    // Intended: any other word does nothing and shows nothing.
 }
 
 constexpr Command FORMS[] = {
-    {"add", select_add},       {"all", select_all},         {"centre", select_centre},
-    {"child", select_child},   {"clear", select_clear},     {"copy", select_copy},
-    {"cut", select_cut},       {"delete", select_delete},   {"layer", select_layer},
-    {"model", select_model},   {"pancake", select_pancake}, {"paste", select_paste},
-    {"rotate", select_rotate}, {"scale", select_scale},     {"translate", select_translate},
+    {"add", cmd_select_add},       {"all", cmd_select_all},         {"centre", cmd_select_centre},
+    {"child", cmd_select_child},   {"clear", cmd_select_clear},     {"copy", cmd_select_copy},
+    {"cut", cmd_select_cut},       {"delete", cmd_select_delete},   {"layer", cmd_select_layer},
+    {"model", cmd_select_model},   {"pancake", cmd_select_pancake}, {"paste", cmd_select_paste},
+    {"rotate", cmd_select_rotate}, {"scale", cmd_select_scale},     {"translate", cmd_select_translate},
 };
 
 }  // namespace

@@ -1,11 +1,11 @@
-// The table of verbs and the one search that verbs and sub-commands share. What surprises: an unknown word is skipped
-// and the search goes on behind it; only a line without any known word is told of.
+// The table of verbs, and what handlers share.
 #include "script/commands.h"
 
 #include "application/application.h"
 #include "edit/selection.h"
-#include "foundation/text.h"
+#include "foundation/math3d.h"
 #include "script/messages.h"
+#include "script/tcl_glue.h"
 
 namespace pelt {
 
@@ -18,26 +18,7 @@ constexpr Command VERBS[] = {
     {"set", cmd_set},       {"select", cmd_select},
 };
 
-// Runs the first row that one of the words behind entry 0 names. False when there is none, with the last word examined.
-bool run_first(Words words, std::span<const Command> table, const char** last) {
-    for (Words word = words + 1; *word != nullptr; ++word) {
-        *last = *word;
-        if (const Command* found = command_find(table, *word)) {
-            found->run(word);
-            return true;
-        }
-    }
-    return false;
-}
-
 }  // namespace
-
-const Command* command_find(std::span<const Command> table, const char* word) {
-    for (const Command& row : table) {
-        if (str_equal(row.word, word)) { return &row; }
-    }
-    return nullptr;
-}
 
 void command_unknown(UnknownKind kind, const char* verb, const char* last_word) {
     msg_info_format(kind == UNKNOWN_COMMAND ? "sorvel: unknown %s command: %s" : "sorvel: unknown %s attribute: %s",
@@ -46,7 +27,16 @@ void command_unknown(UnknownKind kind, const char* verb, const char* last_word) 
 
 void command_run_sub(Words words, const char* verb, UnknownKind kind, std::span<const Command> table) {
     const char* last = "";
-    if (!run_first(words, table, &last)) { command_unknown(kind, verb, last); }
+    if (const Command* found = command_search(table, &words, &last)) {
+        found->run(words);
+    } else {
+        command_unknown(kind, verb, last);
+    }
+}
+
+bool args_or_usage(bool read, const char* usage) {
+    if (!read) { msg_info(usage); }
+    return read;
 }
 
 Model* command_current_model() {
@@ -55,9 +45,30 @@ Model* command_current_model() {
     return model;
 }
 
+const char* command_selected_layer() {
+    const char* name = application()->selected_layer;
+    if (name[0] != '\0') { return name; }
+    msg_info("sorvel: no layer selected");
+    return nullptr;
+}
+
+void command_result_vector(const Vec3& vector) {
+    const float values[3] = {vector.x, vector.y, vector.z};
+    tcl_result_text(fmt_float_list(values, 3));
+}
+
+void command_result_id(int32_t id, const char* failure) {
+    tcl_result_text(fmt_int(id));
+    if (id == 0) { msg_info(failure); }
+}
+
 void cmd_dispatch(Words words) {
     const char* last = nullptr;
-    if (!run_first(words, VERBS, &last) && last != nullptr) { msg_info_format("sorvel: unknown command: %s", last); }
+    if (const Command* found = command_search(VERBS, &words, &last)) {
+        found->run(words);
+    } else if (last != nullptr) {
+        msg_info_format("sorvel: unknown command: %s", last);
+    }
 }
 
 }  // namespace pelt

@@ -79,7 +79,7 @@ Tk_RestrictAction hold_back(ClientData, XEvent*) { return TK_DEFER_EVENT; }
 
 void take_over_held_events() {
     Tcl_Interp* interp = tcl_interp();
-    if (interp == nullptr || !gl_events_held(Tk_MainWindow(interp))) { return; }
+    if (interp == nullptr || !tk_is_bound() || !gl_events_held(Tk_MainWindow(interp))) { return; }
     ClientData argument = nullptr;
     Tk_RestrictProc* before = Tk_RestrictEvents(hold_back, nullptr, &argument);
     serve_one(TCL_WINDOW_EVENTS | TCL_DONT_WAIT);

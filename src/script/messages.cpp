@@ -1,7 +1,10 @@
 // The boxes. What surprises: one form lets Tcl substitute in the text and the other hands it over as one list element.
-// Escaping brackets in the second would not do, because a backslash already in a file's text would undo the escape.
+// Escaping brackets in the second would not do, because a backslash already in a file's text would undo the escape. And
+// there may be no boxes, in a Tcl without Tk: the text is then a line of standard error, in which nothing is
+// substituted.
 #include "script/messages.h"
 
+#include <algorithm>
 #include <string>
 
 #include <tcl.h>
@@ -13,6 +16,7 @@ namespace pelt {
 
 namespace {
 
+constexpr char BOX_COMMAND[] = "tk_messageBox";
 constexpr char INFO_SCRIPT[] = "tk_messageBox -type ok -title Information -icon info -message";
 constexpr char ERROR_SCRIPT[] = "tk_messageBox -type ok -title Error -icon error -message";
 constexpr size_t QUOTING = 3;  // a blank and two double quotes around the text
@@ -31,6 +35,18 @@ std::string script_with_substitution(const char* script, const char* text) {
     return start + " \"" + box_text(text, start.size()) + "\"";
 }
 
+// Whether the text went to standard error, because the script has no boxes. The result is that of a box.
+bool told_without_box(const char* text) {
+    if (tcl_has_command(BOX_COMMAND)) { return false; }
+    std::string line = system_to_tcl(text);
+    // One line, and nothing in it that a terminal would obey: texts come from files.
+    const auto is_control = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; };
+    std::replace_if(line.begin(), line.end(), is_control, ' ');
+    tcl_error_line(line);
+    tcl_result_text("ok");
+    return true;
+}
+
 std::string format_text(const char* format, const char* first, const char* second) {
     char buffer[MESSAGE_SIZE];
     text_format(buffer, sizeof buffer, format, first != nullptr ? first : "", second != nullptr ? second : "");
@@ -40,18 +56,20 @@ std::string format_text(const char* format, const char* first, const char* secon
 }  // namespace
 
 void msg_info(const char* text) {
-    if (text == nullptr) { return; }
+    if (text == nullptr || told_without_box(text)) { return; }
     tcl_eval(script_with_substitution(INFO_SCRIPT, text).c_str());
 }
 
 void msg_error(const char* text) {
-    const std::string script = script_with_substitution(ERROR_SCRIPT, text != nullptr ? text : "unknown");
+    if (text == nullptr) { text = "unknown"; }
+    if (told_without_box(text)) { return; }
+    const std::string script = script_with_substitution(ERROR_SCRIPT, text);
     tcl_result_reset();
     tcl_eval(script.c_str());
 }
 
 void msg_info_data(const char* text) {
-    if (text == nullptr || tcl_interp() == nullptr) { return; }
+    if (text == nullptr || tcl_interp() == nullptr || told_without_box(text)) { return; }
     Tcl_DString script;
     Tcl_DStringInit(&script);
     Tcl_DStringAppend(&script, INFO_SCRIPT, -1);

@@ -5,6 +5,9 @@
 // model, is data: backslash sequences are resolved, and nothing in it is ever run.
 //
 // In both, a double quote shows as an apostrophe, and the script sees "ok" as the command's result.
+//
+// Where the interpreter has no command tk_messageBox, the text is one line of standard error as it stands, and the
+// result is "ok" as well.
 #pragma once
 
 #include <cstddef>

@@ -65,9 +65,6 @@ bool scene_read_model(const char* word, SceneModel* found);  // with a model
 bool scene_read_place(const char* word, SceneModel* found);  // with a model or a link
 bool scene_read_layer(const Model* model, const SceneWords& words, int index, const Layer** layer);
 
-// Changes to a model and the children that it was read with, since then; 0 for null.
-int64_t scene_changes_of(const Model* model);
-
 // How scripts name a child.
 std::string scene_child_name(int32_t id);
 

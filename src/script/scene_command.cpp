@@ -2,6 +2,7 @@
 // events, takes each argument as one word and raises errors.
 #include "script/scene_call.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -30,18 +31,23 @@ constexpr SceneForm OWN_FORMS[] = {
     {"help", "?WORD?", 0, 1, "the forms with their arguments and what they do; of one form its text", run_help},
 };
 
+std::array<std::span<const SceneForm>, 4> all_tables() {
+    return {scene_file_forms(), scene_model_forms(), scene_view_forms(), OWN_FORMS};
+}
+
 std::vector<const SceneForm*> all_forms() {
     std::vector<const SceneForm*> forms;
-    for (const std::span<const SceneForm> table :
-         {scene_file_forms(), scene_model_forms(), scene_view_forms(), std::span<const SceneForm>(OWN_FORMS)}) {
+    for (const std::span<const SceneForm> table : all_tables()) {
         for (const SceneForm& form : table) { forms.push_back(&form); }
     }
     return forms;
 }
 
 const SceneForm* find_form(const char* word) {
-    for (const SceneForm* form : all_forms()) {
-        if (std::strcmp(form->word, word) == 0) { return form; }
+    for (const std::span<const SceneForm> table : all_tables()) {
+        for (const SceneForm& form : table) {
+            if (std::strcmp(form.word, word) == 0) { return &form; }
+        }
     }
     return nullptr;
 }

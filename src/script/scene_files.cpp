@@ -60,26 +60,17 @@ Tcl_Obj* open_file(const SceneWords& words) { return load_file(words, scene_open
 
 Tcl_Obj* add_file(const SceneWords& words) { return load_file(words, scene_add); }
 
-int64_t scene_changes(const Model* model) {
-    if (model != nullptr) { return scene_changes_of(model); }
-    int64_t changes = 0;
-    for (const RootModel& root : list_elements<RootModel>(application()->session.root_models)) {
-        changes += scene_changes_of(root.model);
-    }
-    return changes;
-}
-
 Tcl_Obj* reload_files(const SceneWords& words) {
     bool force = false;
     int32_t id = 0;
-    SceneModel found{};
     for (int i = 0; i < words.count; ++i) {
+        SceneModel found{};
         if (std::strcmp(words.raw(i), "-force") == 0) {
             force = true;
-        } else if (words.raw(i)[0] == '-') {
+        } else if (words.raw(i)[0] == '-' || id != 0) {
             return scene_refuse_argument("option", words.raw(i), "-force");
-        } else if (id != 0 || !scene_read_model(words.raw(i), &found)) {
-            return id != 0 ? scene_refuse_argument("option", words.raw(i), "-force") : nullptr;
+        } else if (!scene_read_model(words.raw(i), &found)) {
+            return nullptr;
         } else if (found.link != nullptr || found.model->parent != nullptr) {
             return scene_refuse_argument("id", words.raw(i),
                                          "that of a model; a child is read with the model above it");
@@ -87,7 +78,7 @@ Tcl_Obj* reload_files(const SceneWords& words) {
             id = list_at<const ModelState>(&application()->session.model_states, found.model->state_index, 0)->id;
         }
     }
-    const int64_t changes = force ? 0 : scene_changes(found.model);
+    const int64_t changes = force ? 0 : scene_changes_to_lose(&application()->session, id);
     if (changes > 0) {
         return scene_refuse(PROBLEM_UNSAVED, "a reload would lose " + std::to_string(changes) + " unsaved change" +
                                                  (changes > 1 ? "s" : "") + ": say -force");
@@ -134,7 +125,9 @@ public:
     }
 
     void add_clips(const AnimationClip& clip, const std::string& id) {
-        if (clip.name != nullptr) { add(clip.name, "clip", id); }
+        for (const char* path : {clip.name, clip.unread_path}) {
+            if (path != nullptr) { add(path, "clip", id); }
+        }
         for (int32_t i = 0; i < clip.subclip_count; ++i) { add_clips(clip.subclips[i], id); }
     }
 
@@ -168,7 +161,7 @@ Tcl_Obj* tell_problem(const SceneWords&) {
 
 constexpr SceneForm FORMS[] = {
     {"open", "FILE", 1, 1,
-     "the scene becomes what the file says, a model or a scene list, and the view shows all of it", open_file},
+     "the scene becomes what the file says, a model or a scene list, and the view is fitted to it", open_file},
     {"add", "FILE", 1, 1, "the same beside what stands in the scene", add_file},
     {"reload", "?ID? ?-force?", 0, 2, "reads the files of the scene anew, or those of one model", reload_files},
     {"files", "", 0, 0, "every file that the scene was made of", list_files},
@@ -178,14 +171,5 @@ constexpr SceneForm FORMS[] = {
 }  // namespace
 
 std::span<const SceneForm> scene_file_forms() { return FORMS; }
-
-int64_t scene_changes_of(const Model* model) {
-    if (model == nullptr) { return 0; }
-    int64_t changes = model->changes;
-    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (!link.borrowed) { changes += scene_changes_of(link.model); }
-    }
-    return changes;
-}
 
 }  // namespace pelt

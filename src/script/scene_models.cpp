@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "application/application.h"
+#include "application/scene_load.h"
 #include "formats/model_writer.h"
 #include "foundation/file_access.h"
 #include "motion/placement_text.h"
@@ -76,16 +77,16 @@ Tcl_Obj* tree_layers(const Model* model) {
     return layers.value();
 }
 
-Tcl_Obj* tree_children(const Model* model, int depth);
+Tcl_Obj* tree_children(Model* model, int depth);
 
-void add_model(const Model* model, int depth, ReplyList* entry) {
+void add_model(Model* model, int depth, ReplyList* entry) {
     entry->add("points", reply_count(list_count(&model->points)))
         .add("joints", reply_count(list_count(&model->joints)))
         .add("layers", tree_layers(model))
         .add("children", tree_children(model, depth));
 }
 
-Tcl_Obj* tree_children(const Model* model, int depth) {
+Tcl_Obj* tree_children(Model* model, int depth) {
     ReplyList children;
     if (depth >= MODEL_TREE_DEPTH_LIMIT) { return children.value(); }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {
@@ -111,7 +112,7 @@ Tcl_Obj* ask_tree(const SceneWords&) {
             .add("name", reply_text(root.model->name))
             .add("file", reply_text(model_file(root.model)))
             .add("row", reply_int(root.row))
-            .add("changes", reply_int(scene_changes_of(root.model)));
+            .add("changes", reply_int(model_tree_changes(root.model)));
         add_model(root.model, 0, &entry);
         roots.add(entry.value());
     }
@@ -332,7 +333,7 @@ class ShownBox {
 public:
     explicit ShownBox(Session* session) : session_(session) { view_get_matrix(&application()->view, &turn_); }
 
-    void add_model(const Model* model, Mat4 place, const ModelAbove* above);
+    void add_model(Model* model, Mat4 place, const ModelAbove* above);
     Tcl_Obj* value() const;
 
 private:
@@ -368,7 +369,7 @@ void ShownBox::add_mirrored(const Model* model, const Layer& layer, const Mat4& 
 }
 
 // Goes the way that a frame goes: a lent model may lead back to one that is being drawn.
-void ShownBox::add_model(const Model* model, Mat4 place, const ModelAbove* above) {
+void ShownBox::add_model(Model* model, Mat4 place, const ModelAbove* above) {
     int depth = 0;
     for (const ModelAbove* each = above; each != nullptr; each = each->above, ++depth) {
         if (each->model == model) { return; }

@@ -16,13 +16,6 @@
 #include "script/script_events.h"
 
 #include <tcl.h>
-// Behind everything of ours, for the macros of Xlib.
-#include <tk.h>
-#ifdef _WIN32
-#include <windows.h>
-
-#include <tkPlatDecls.h>
-#endif
 
 namespace pelt {
 
@@ -32,15 +25,6 @@ constexpr int DRAIN_DEPTH_LIMIT = 64;  // calls nested deeper serve no events
 
 int32_t sorvel_initialised = 0;
 int call_depth = 0;
-
-// What the window system knows this program by: the module, or the interpreter whose main window names the display.
-std::uintptr_t native_instance() {
-#ifdef _WIN32
-    return reinterpret_cast<std::uintptr_t>(Tk_GetHINSTANCE());
-#else
-    return reinterpret_cast<std::uintptr_t>(tcl_interp());
-#endif
-}
 
 void run_call(int argc, const char* argv[]) {
     Application* app = application();
@@ -74,7 +58,7 @@ int Sorvel_Init(Tcl_Interp* interp) {
     }
     Application* app = application();
     std::memset(static_cast<void*>(app), 0, sizeof *app);
-    gl_system_init(native_instance());
+    gl_system_init(tk_instance());
     session_init(&app->session);
     session_set_status_callback(&app->session, status_report);
     // Its texts come from files.

@@ -1,5 +1,6 @@
 // The connection to Tcl. What surprises: the interpreter can end at any moment in which scripts run, also inside a
-// call of this library, so that it is looked up afresh by every operation and held while a script runs in it.
+// call of this library, so that it is looked up afresh by every operation and held while a script runs in it. And Tk
+// need not be there: the command works in a plain Tcl, and a window is what needs more.
 #include "script/tcl_glue.h"
 
 #include <cstring>
@@ -10,6 +11,11 @@
 #include <tcl.h>
 // Behind everything of ours, for the macros of Xlib.
 #include <tk.h>
+#ifdef _WIN32
+#include <windows.h>
+
+#include <tkPlatDecls.h>
+#endif
 
 namespace pelt {
 
@@ -17,6 +23,7 @@ namespace {
 
 constexpr char STUBS_VERSION[] = "8.4";
 TclGlue glue;
+bool tk_bound = false;
 bool words_kept = false;  // a word that the system's encoding cannot hold has come in
 
 void interpreter_deleted(void*, Tcl_Interp* interp) {
@@ -29,8 +36,6 @@ bool is_ascii(const char* text, size_t length) {
     }
     return true;
 }
-
-int text_length(size_t length) { return static_cast<int>(length); }
 
 // The encoding of texts inside the library; null is Tcl's own word for that of the system.
 Tcl_Encoding text_encoding() {
@@ -55,7 +60,7 @@ bool is_tcl_form(const char* text) {
 bool append_external(const char* word, size_t length, std::string* out) {
     Tcl_DString external;
     Tcl_DString back;
-    Tcl_UtfToExternalDString(text_encoding(), word, text_length(length), &external);
+    Tcl_UtfToExternalDString(text_encoding(), word, static_cast<int>(length), &external);
     Tcl_ExternalToUtfDString(text_encoding(), Tcl_DStringValue(&external), Tcl_DStringLength(&external), &back);
     const bool whole = static_cast<size_t>(Tcl_DStringLength(&back)) == length &&
                        std::memcmp(Tcl_DStringValue(&back), word, length) == 0 &&
@@ -70,9 +75,10 @@ bool append_external(const char* word, size_t length, std::string* out) {
 
 int tcl_glue_init(Tcl_Interp* interp) {
     glue = TclGlue{};
+    tk_bound = false;
     if (Tcl_InitStubs(interp, STUBS_VERSION, 0) == nullptr) { return 1; }
-    if (Tk_InitStubs(interp, STUBS_VERSION, 0) == nullptr) { return 1; }
     glue.interp = interp;
+    tk_bind();
     Tcl_CallWhenDeleted(interp, interpreter_deleted, nullptr);
     return 0;
 }
@@ -82,6 +88,29 @@ TclGlue* tcl_glue() { return &glue; }
 Tcl_Interp* tcl_interp() {
     if (glue.interp == nullptr || Tcl_InterpDeleted(glue.interp)) { return nullptr; }
     return glue.interp;
+}
+
+// Taking the stubs alone would ask for the package, and so load it.
+bool tk_bind() {
+    Tcl_Interp* interp = tcl_interp();
+    if (tk_bound || interp == nullptr) { return tk_bound; }
+    Tcl_SavedResult saved;
+    Tcl_SaveResult(interp, &saved);
+    const bool is_present = Tcl_PkgPresent(interp, "Tk", STUBS_VERSION, 0) != nullptr;
+    tk_bound = is_present && Tk_InitStubs(interp, STUBS_VERSION, 0) != nullptr;
+    Tcl_RestoreResult(interp, &saved);
+    return tk_bound;
+}
+
+bool tk_is_bound() { return tk_bound; }
+
+std::uintptr_t tk_instance() {
+    if (!tk_bound) { return 0; }
+#ifdef _WIN32
+    return reinterpret_cast<std::uintptr_t>(Tk_GetHINSTANCE());
+#else
+    return reinterpret_cast<std::uintptr_t>(tcl_interp());
+#endif
 }
 
 int tcl_add_command(const char* name, TclCommandProc procedure, void* client_data) {
@@ -133,9 +162,23 @@ void tcl_result_reset() {
     if (interp != nullptr) { Tcl_ResetResult(interp); }
 }
 
+bool tcl_has_command(const char* name) {
+    Tcl_Interp* interp = tcl_interp();
+    Tcl_CmdInfo about;
+    return interp != nullptr && Tcl_GetCommandInfo(interp, (std::string("::") + name).c_str(), &about) != 0;
+}
+
+void tcl_error_line(const std::string& text) {
+    Tcl_Channel channel = tcl_interp() != nullptr ? Tcl_GetStdChannel(TCL_STDERR) : nullptr;
+    if (channel == nullptr) { return; }
+    const std::string line = text + "\n";
+    Tcl_WriteChars(channel, line.c_str(), static_cast<int>(line.size()));
+    Tcl_Flush(channel);
+}
+
 WindowHandle tk_native_window(const char* path) {
     Tcl_Interp* interp = tcl_interp();
-    if (path == nullptr || interp == nullptr) { return 0; }
+    if (path == nullptr || interp == nullptr || !tk_bound) { return 0; }
     Tk_Window main_window = Tk_MainWindow(interp);
     if (main_window == nullptr) { return 0; }
     const std::string name = system_to_tcl(path);
@@ -161,7 +204,7 @@ std::string system_to_tcl(const char* text) {
         return std::string(text, length);
     }
     Tcl_DString utf;
-    Tcl_ExternalToUtfDString(text_encoding(), text, text_length(length), &utf);
+    Tcl_ExternalToUtfDString(text_encoding(), text, static_cast<int>(length), &utf);
     std::string result(Tcl_DStringValue(&utf), static_cast<size_t>(Tcl_DStringLength(&utf)));
     Tcl_DStringFree(&utf);
     return result;

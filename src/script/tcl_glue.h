@@ -1,4 +1,4 @@
-// The connection to the one Tcl interpreter that loaded the library: commands, evaluation, results, message boxes.
+// The connection to the one Tcl interpreter that loaded the library: commands, evaluation, results; and to Tk, if any.
 //
 // Texts on this side are bytes in the system's encoding, Tcl's are UTF-8; the operations here convert, but for
 // scripts, which are in Tcl's form. Once the interpreter is gone every operation does nothing.
@@ -28,10 +28,20 @@ struct TclGlue {
 using TclCommandProc = int (*)(void* client_data, Tcl_Interp* interp, int argc, const char* argv[]);
 using TclObjectProc = int (*)(void* client_data, Tcl_Interp* interp, int objc, Tcl_Obj* const objv[]);
 
-// Binds the interpreter and the stubs of Tcl and Tk. 1 when that failed (the interpreter's result says why), else 0.
+// Binds the interpreter and the stubs of Tcl, and those of Tk where that is there. 1 when those of Tcl were not to be
+// had (the interpreter's result says why), else 0.
 int tcl_glue_init(Tcl_Interp* interp);
 TclGlue* tcl_glue();
 Tcl_Interp* tcl_interp();  // null when it is gone or going
+
+// Whether Tk can be called. A script may bring it at any time, so whatever cannot do without it asks with tk_bind,
+// which takes its stubs once the package is present. Tk is never loaded from here.
+bool tk_bind();
+bool tk_is_bound();
+
+// What the window system knows this program by: the module on Windows, else the interpreter, whose main window names
+// the display. 0 as long as Tk is not bound.
+std::uintptr_t tk_instance();
 
 // 0 for a null name or procedure, or without an interpreter; else 1. There is no delete procedure.
 int tcl_add_command(const char* name, TclCommandProc procedure, void* client_data);
@@ -44,8 +54,11 @@ int tcl_eval_aside(const char* script);  // the interpreter's result stays what 
 void tcl_result_text(const char* text);  // null and the empty text leave the result as it is
 void tcl_result_reset();
 
+bool tcl_has_command(const char* name);        // at global level
+void tcl_error_line(const std::string& text);  // a line of standard error, in Tcl's form; nothing where there is none
+
 // Native window of a Tk path, made if Tk had not made it yet. 0 when the path names none: Tk's text about that is
-// then the interpreter's result.
+// then the interpreter's result. 0 too as long as Tk is not bound.
 WindowHandle tk_native_window(const char* path);
 
 // Between Tcl's UTF-8 and the system's encoding. A word that the system's encoding cannot hold keeps its UTF-8 bytes.

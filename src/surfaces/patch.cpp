@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 namespace pelt {
 namespace {
@@ -330,6 +331,50 @@ int patch_weights_triangle(const float* table, int type, int level, float* out) 
 
 int patch_weights_quad(const float* table, int type, int level, float* out) {
     return complement(out, patch_attributes_quad(table, 1, type, level, out));
+}
+
+void patch_surface(const PatchCorners& corners, int curve_type, int level, PatchSurface* out) {
+    out->quad = corners.count == 4;
+    out->level = level;
+    if (out->quad) {
+        out->type = curve_type;
+        patch_build_quad(corners.positions, corners.normals, &out->net);
+        out->vertex_count = patch_eval_quad(&out->net, out->type, level, out->positions, out->normals);
+        out->triangle_count = patch_index_quad(out->type, level, out->triangles);
+        return;
+    }
+    out->type = patch_triangle_type(curve_type);
+    TrianglePatch patch;
+    patch_build_triangle(corners.positions, corners.normals, &patch);
+    std::copy(std::begin(patch.slots), std::end(patch.slots), out->net.slots);
+    out->vertex_count = patch_eval_triangle(&patch, out->type, level, out->positions, out->normals);
+    out->triangle_count = patch_index_triangle(out->type, level, out->triangles);
+}
+
+void patch_surface_attributes(const PatchCorners& corners, bool textured, bool coloured, float colour_scale,
+                              PatchSurface* surface) {
+    float table[PATCH_ATTRIBUTE_LIMIT * 4];
+    float* value = table;
+    for (int axis = 0; textured && axis < 2; ++axis) {
+        for (int i = 0; i < corners.count; ++i) { *value++ = corners.uvs[i][axis]; }
+    }
+    for (int channel = 0; coloured && channel < 3; ++channel) {
+        for (int i = 0; i < corners.count; ++i) {
+            *value++ = static_cast<float>(corners.colours[i][channel]) * colour_scale;
+        }
+    }
+    surface->attribute_count = static_cast<int>(value - table) / corners.count;
+    surface->uvs = textured ? surface->attributes : nullptr;
+    surface->colours = coloured ? surface->attributes + (textured ? 2 : 0) : nullptr;
+    if (surface->attribute_count == 0) { return; }
+    (surface->quad ? patch_attributes_quad : patch_attributes_triangle)(table, surface->attribute_count, surface->type,
+                                                                        surface->level, surface->attributes);
+}
+
+void patch_surface_weights(const PatchSurface& surface, const float* weights, const bool* same_joint, float* out) {
+    float table[4];
+    patch_weight_table(weights, same_joint, surface.quad ? 4 : 3, table);
+    (surface.quad ? patch_weights_quad : patch_weights_triangle)(table, surface.type, surface.level, out);
 }
 
 void bezier_cubic(const Vec3* p0, const Vec3* p1, const Vec3* p2, const Vec3* p3, float t, Vec3* out) {

@@ -69,6 +69,42 @@ void patch_weight_table(const float* weights, const bool* same_joint, int corner
 int patch_weights_triangle(const float* table, int type, int level, float* out);
 int patch_weights_quad(const float* table, int type, int level, float* out);
 
+// What the patch of a primitive is made of: its 3 corners, or 4 of a quad, in their order.
+struct PatchCorners {
+    int count;
+    Vec3 positions[4];
+    Vec3 normals[PATCH_NORMAL_PLACES];
+    const float* uvs[4];  // two each
+    const unsigned char* colours[4];
+};
+
+// A patch and its grid. Not to be copied: two pointers lead into it.
+struct PatchSurface {
+    bool quad;
+    int type;
+    int level;
+    int vertex_count;
+    int triangle_count;
+    QuadPatch net;  // or a TrianglePatch in its first slots
+    Vec3 positions[PATCH_VERTEX_LIMIT];
+    Vec3 normals[PATCH_VERTEX_LIMIT];
+    int16_t triangles[PATCH_TRIANGLE_LIMIT][3];
+    float attributes[PATCH_VERTEX_LIMIT * PATCH_ATTRIBUTE_LIMIT];
+    int attribute_count;
+    const float* uvs;      // of vertex 0, the next attribute_count floats on; null when none are asked for
+    const float* colours;  // the same
+};
+
+// All of a surface but the attributes.
+void patch_surface(const PatchCorners& corners, int curve_type, int level, PatchSurface* out);
+
+// Its attributes: texture coordinates, and colours, their bytes times colour_scale, where they are asked for.
+void patch_surface_attributes(const PatchCorners& corners, bool textured, bool coloured, float colour_scale,
+                              PatchSurface* surface);
+
+// The share of the first joint at each vertex, as by patch_weight_table.
+void patch_surface_weights(const PatchSurface& surface, const float* weights, const bool* same_joint, float* out);
+
 void bezier_cubic(const Vec3* p0, const Vec3* p1, const Vec3* p2, const Vec3* p3, float t, Vec3* out);
 
 // s runs from corner 0 towards corner 1, t from corner 0 towards corner 2.

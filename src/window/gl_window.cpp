@@ -79,9 +79,13 @@ void gl_system_init(std::uintptr_t instance) {
     gl_system = GlSystem{};
     list_init(&gl_system.windows, sizeof(GlWindow), KEY_STRING);
     list_init(&gl_system.cursors, sizeof(NativeCursor), KEY_INT);
-    gl_system.instance = instance;
     gl_cursor_shown = true;
     palette_reset();
+    gl_system_bind(instance);
+}
+
+void gl_system_bind(std::uintptr_t instance) {
+    gl_system.instance = instance;
     native_init(instance);
 }
 

@@ -16,6 +16,9 @@ using WindowProc = void (*)(WindowHandle window, int32_t zero, const void* event
 // there is a window), on Win32 the instance handle. A second call releases the contexts of all windows first.
 void gl_system_init(std::uintptr_t instance);
 
+// The instance that was not known then; windows and cursors stay.
+void gl_system_bind(std::uintptr_t instance);
+
 // Creates a child of the parent in its client size, makes the context, calls init, shows it; the first frame is
 // drawn when it returns. A name already in use gives that window, also when it is dead. Returns the handle, 0 when the
 // system refuses (nothing is kept then). Null procedures are skipped. Without a context the window is shown and never

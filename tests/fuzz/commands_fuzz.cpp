@@ -1,6 +1,6 @@
 // Lines of words for the script command, over files of the input, with a frame after each; in a real Tcl that has a
-// few commands only. What surprises: no line of the input may hold a bracket, so that a bracketed word that is run can
-// only have come out of a file, and that is a finding.
+// few commands only; a line of tabs is a call of the verb "scene". What surprises: no line of the input may hold a
+// bracket, so that a bracketed word that is run can only have come out of a file, and that is a finding.
 //
 // The file "commands" of the input holds the lines. A line that begins with '!' is an event of the window, one that
 // begins with '?' is kept for the next callback, which runs it from inside.
@@ -9,7 +9,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "application/application.h"
 #include "fuzz/fake_tk.h"
@@ -34,9 +36,18 @@ Tcl_Interp* interp = nullptr;
 std::deque<std::string> callback_lines;
 int callback_lines_run = 0;
 
+// A line that begins with "scene" is cut at tabs into the arguments of that verb; any other is one argument.
 void run_words(const std::string& line) {
-    const char* argv[] = {"sorvel", line.c_str()};
-    sorvel(nullptr, interp, 2, argv);
+    std::vector<std::string> words;
+    if (line.rfind("scene\t", 0) == 0 || line == "scene") {
+        std::istringstream rest(line);
+        for (std::string word; std::getline(rest, word, '\t');) { words.push_back(word); }
+    } else {
+        words.push_back(line);
+    }
+    std::vector<const char*> argv{"sorvel"};
+    for (const std::string& word : words) { argv.push_back(word.c_str()); }
+    sorvel(nullptr, interp, static_cast<int>(argv.size()), argv.data());
 }
 
 // The status procedure, the mouse procedure and the message box: each reads its words and runs a kept line.
@@ -65,6 +76,7 @@ void make_interpreter() {
     for (const char* name : {"report", "pointer", "tk_messageBox"}) {
         Tcl_CreateCommand(interp, name, callback, nullptr, nullptr);
     }
+    Tcl_PkgProvide(interp, "Tk", "8.6");  // the one that stands in for it
     tcl_glue_init(interp);
     tcl_glue()->interp = interp;
     Tcl_CreateCommand(interp, "sorvel", sorvel, nullptr, nullptr);

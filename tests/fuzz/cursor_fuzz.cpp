@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "fuzz/stage.h"
-#include "window/cursor_file.h"
+#include "window/x11/cursor_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace pelt;

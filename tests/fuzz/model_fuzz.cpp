@@ -26,13 +26,11 @@ constexpr char WRITTEN_FILE[] = "written.mod";
 
 void write_and_read(const Model* model) {
     if (std::FILE* stream = std::fopen(WRITTEN_FILE, "wb")) {
-        model_write_stream(model, WRITTEN_FILE, stream);
+        const std::string text = model_write_text(model, WRITTEN_FILE);
+        std::fwrite(text.data(), 1, text.size(), stream);
         std::fclose(stream);
     }
-    if (std::FILE* stream = std::fopen("/dev/null", "wb")) {
-        model_write_obj_stream(model, WRITTEN_FILE, stream);
-        std::fclose(stream);
-    }
+    model_write_obj_text(model, WRITTEN_FILE);
     Model* again = model_load(WRITTEN_FILE);
     if (again != nullptr) { model_release(again); }
 }

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "fuzz/stage.h"
-#include "window/cursor_file.h"
+#include "window/x11/cursor_file.h"
 #include "window/x11/pictures.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

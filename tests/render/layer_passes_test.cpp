@@ -4,8 +4,6 @@
 namespace pelt {
 namespace {
 
-class LayerPasses : public LayerScene {};
-
 // ---- Reflection
 
 // The pass over the base, with the matrices of a fresh context: at (0, 0, 0) the place counts nothing.
@@ -21,6 +19,17 @@ Lines reflected(bool mirrored) {
     return out;
 }
 
+class LayerPasses : public LayerScene {
+protected:
+    static Lines reflection(float alpha, Blend blend, bool mirrored) {
+        Lines out = {colour(alpha)};
+        append(out, upload("reflection", 6, blend));
+        out.push_back("glEnable GL_TEXTURE_2D");
+        append(out, reflected(mirrored));
+        return out;
+    }
+};
+
 TEST_F(LayerPasses, APartOfReflectionIsASecondPassThatCountsNothing) {
     LayerImage* image = add_image();
     fill(image, 0);
@@ -28,16 +37,7 @@ TEST_F(LayerPasses, APartOfReflectionIsASecondPassThatCountsNothing) {
     image->reflection = 0.5f;
     layer->transparency = 0.5f;
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(0.5f);
-    append(inner, upload("base", 2, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    inner.push_back(colour(0.25f));
-    append(inner, upload("reflection", 6, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, reflected(false));
-    append(inner, no_lines(0.5f));
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(0.5f, {textured("base", 2, BLENDED), reflection(0.25f, BLENDED, false)}));
 }
 
 TEST_F(LayerPasses, AFullReflectionReplacesTheBaseAndCountsNothing) {
@@ -46,15 +46,8 @@ TEST_F(LayerPasses, AFullReflectionReplacesTheBaseAndCountsNothing) {
     fill(image, 2);
     image->reflection = 1.0f;
     EXPECT_EQ(draw(), 0);
-    Lines inner = head(1);
-    append(inner, upload("base", 2, SOLID));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    inner.push_back(colour(1));
-    append(inner, upload("reflection", 6, SOLID));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, reflected(false));
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(),
+              layer_lines(1, {upload("base", 2, SOLID), {"glEnable GL_TEXTURE_2D"}, reflection(1, SOLID, false)}));
 }
 
 TEST_F(LayerPasses, AFullReflectionWithReflectionsOffDrawsItsBaseAndCounts) {
@@ -64,12 +57,7 @@ TEST_F(LayerPasses, AFullReflectionWithReflectionsOffDrawsItsBaseAndCounts) {
     image->reflection = 1.0f;
     session->display_reflect = 0;
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(1);
-    append(inner, upload("base", 2, SOLID));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {textured("base", 2, SOLID)}));
 }
 
 // Intended: the base goes although there is nothing in its place.
@@ -95,16 +83,7 @@ TEST_F(LayerPasses, TheReflectionOfAnUntexturedLayerSwitchesTexturesOnForItselfA
     fill(image, 2);
     image->reflection = 0.5f;
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(1);
-    inner.push_back("glDisable GL_TEXTURE_2D");
-    append(inner, triangle(false, false));
-    inner.push_back(colour(0.5f));
-    append(inner, upload("reflection", 6, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, reflected(false));
-    inner.push_back("glDisable GL_TEXTURE_2D");
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {untextured(), reflection(0.5f, BLENDED, false), {"glDisable GL_TEXTURE_2D"}}));
 }
 
 // What is filtered takes no coordinates of the reflection: those of its corners are sent, also where its layer has no
@@ -133,15 +112,8 @@ TEST_F(LayerPasses, WithTexturesOffTheReflectionStillRunsAndSwitchesThemOffAgain
     image->reflection = 0.5f;
     session->display_textures = 0;
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(1);
-    append(inner, triangle(false, false));
-    inner.push_back(colour(0.5f));
-    append(inner, upload("reflection", 6, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, reflected(false));
-    inner.push_back("glDisable GL_TEXTURE_2D");
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(),
+              layer_lines(1, {triangle(false, false), reflection(0.5f, BLENDED, false), {"glDisable GL_TEXTURE_2D"}}));
 }
 
 // ---- Mirrors
@@ -158,14 +130,10 @@ TEST_F(LayerPasses, AMirroredLayerIsDrawnTwiceAndCountsTwice) {
     for (const auto& axis : axes) {
         layer->mirror_axis = axis.code;
         EXPECT_EQ(draw(), 2);
-        Lines inner = head(1);
-        inner.push_back("glDisable GL_TEXTURE_2D");
-        append(inner, triangle(false, false));
-        append(inner, mirror_head(axis.scale, colour(1)));
-        append(inner, triangle(false, true));
-        inner.push_back("glPopMatrix");
-        append(inner, no_lines());
-        EXPECT_EQ(lines(), model_lines(inner)) << axis.code;
+        EXPECT_EQ(
+            lines(),
+            layer_lines(1, {untextured(), mirror_head(axis.scale, colour(1)), triangle(false, true), {"glPopMatrix"}}))
+            << axis.code;
     }
 }
 
@@ -183,16 +151,11 @@ TEST_F(LayerPasses, AMirroredTexturedLayerUploadsItsImageAgain) {
     layer->transparency = 0.5f;
     fill(add_image(), 0);
     EXPECT_EQ(draw(), 2);
-    Lines inner = head(0.5f);
-    append(inner, upload("base", 2, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    append(inner, mirror_head("glScalef -1 1 1", colour(0.5f)));
-    append(inner, upload("base", 2, BLENDED));
-    append(inner, triangle(true, true));
-    inner.push_back("glPopMatrix");
-    append(inner, no_lines(0.5f));
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(0.5f, {textured("base", 2, BLENDED),
+                                          mirror_head("glScalef -1 1 1", colour(0.5f)),
+                                          upload("base", 2, BLENDED),
+                                          triangle(true, true),
+                                          {"glPopMatrix"}}));
 }
 
 TEST_F(LayerPasses, AMirrorImageTakesThePlaceOfTheImage) {
@@ -221,24 +184,13 @@ TEST_F(LayerPasses, AMirroredLayerReflectsOnBothSidesWithFourUploads) {
     for (int slot = 0; slot < 3; ++slot) { fill(image, slot); }
     image->reflection = 0.5f;
     EXPECT_EQ(draw(), 2);
-    Lines inner = head(1);
-    append(inner, upload("base", 2, SOLID));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    inner.push_back(colour(0.5f));
-    append(inner, upload("reflection", 6, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, reflected(false));
-    append(inner, mirror_head("glScalef -1 1 1", colour(1)));
-    append(inner, upload("mirror", 4, SOLID));
-    append(inner, triangle(true, true));
-    inner.push_back(colour(0.5f));
-    append(inner, upload("reflection", 6, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, reflected(true));
-    inner.push_back("glPopMatrix");
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {textured("base", 2, SOLID),
+                                       reflection(0.5f, BLENDED, false),
+                                       mirror_head("glScalef -1 1 1", colour(1)),
+                                       upload("mirror", 4, SOLID),
+                                       triangle(true, true),
+                                       reflection(0.5f, BLENDED, true),
+                                       {"glPopMatrix"}}));
 }
 
 TEST_F(LayerPasses, AFullyReflectingMirroredLayerCountsNothing) {
@@ -262,18 +214,15 @@ TEST_F(LayerPasses, ASecondImageShowsOnlyWhileTheLayerIsMirrored) {
     layer->mirror = 1;
     layer->mirror_axis = AXIS_Y;
     EXPECT_EQ(draw(), 4);
-    Lines inner = head(1);
+    Lines both;
     for (const char* name : {"base", "second"}) {
-        append(inner, upload(name, 2, SOLID));
-        inner.push_back("glEnable GL_TEXTURE_2D");
-        append(inner, triangle(true, false));
-        append(inner, mirror_head("glScalef 1 -1 1", colour(1)));
-        append(inner, upload(name, 2, SOLID));
-        append(inner, triangle(true, true));
-        inner.push_back("glPopMatrix");
+        append(both, textured(name, 2, SOLID));
+        append(both, mirror_head("glScalef 1 -1 1", colour(1)));
+        append(both, upload(name, 2, SOLID));
+        append(both, triangle(true, true));
+        both.push_back("glPopMatrix");
     }
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {both}));
     session->display_textures = 0;
     EXPECT_EQ(draw(), 2);
 }

@@ -70,7 +70,7 @@ protected:
     }
 
     template <typename Primitive>
-    Primitive* last(const KeyedList& list) {
+    Primitive* last(KeyedList& list) {
         Primitive* found = nullptr;
         for (Primitive& primitive : list_elements<Primitive>(list)) { found = &primitive; }
         return found;

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "render/overlays.h"
 #include "render/scene_draw.h"
 #include "render/triangle_draw.h"
 #include "support/curved_scene.h"
@@ -133,7 +134,7 @@ TEST_F(CurvedDraw, ReflectionPassSendsComputedCoordinatesAndNoEdgeFlags) {
             places[i] = &patch.places[i];
             directions[i] = &patch.directions[i];
         }
-        TextureCoords uvs[PATCH_VERTEX_LIMIT];
+        UvPair uvs[PATCH_VERTEX_LIMIT];
         reflection_coords(places, directions, uvs, patch.vertex_count);
         for (bool gouraud : {false, true}) {
             scene.session.display_gouraud = gouraud;

@@ -19,11 +19,7 @@ TEST_F(SceneDraw, NoModelDrawsNothing) {
 
 TEST_F(SceneDraw, AnUntexturedModelMakesExactlyTheseCalls) {
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(1);
-    inner.push_back("glDisable GL_TEXTURE_2D");
-    append(inner, triangle(false, false));
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {untextured()}));
     EXPECT_EQ(recording_gl::matrix_mode(), static_cast<GLenum>(GL_MODELVIEW));
 }
 
@@ -104,11 +100,7 @@ TEST_F(SceneDraw, TrianglesOffLeavesLinesPointsAndSkeleton) {
 TEST_F(SceneDraw, ATransparentUntexturedLayerBlendsWithoutAFunction) {
     layer->transparency = 0.25f;
     draw();
-    Lines inner = head(0.75f);
-    inner.push_back("glDisable GL_TEXTURE_2D");
-    append(inner, triangle(false, false));
-    append(inner, no_lines(0.75f));
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(0.75f, {untextured()}));
     EXPECT_TRUE(recording_gl::count_calls("glBlendFunc") == 0);
 }
 
@@ -116,11 +108,7 @@ TEST_F(SceneDraw, ATransparentUntexturedLayerBlendsWithoutAFunction) {
 TEST_F(SceneDraw, AFullyTransparentUntexturedLayerIsDrawnWithoutBlending) {
     layer->transparency = 1.0f;
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(0);
-    inner.push_back("glDisable GL_TEXTURE_2D");
-    append(inner, triangle(false, false));
-    append(inner, no_lines(0));
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(0, {untextured()}));
     EXPECT_FALSE(recording_gl::enabled(GL_BLEND));
 }
 
@@ -128,12 +116,7 @@ TEST_F(SceneDraw, AFullyTransparentTexturedLayerIsBlendedToNothing) {
     layer->transparency = 1.0f;
     fill(add_image(), 0);
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(0);
-    append(inner, upload("base", 2, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    append(inner, no_lines(0));
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(0, {textured("base", 2, BLENDED)}));
 }
 
 TEST_F(SceneDraw, TransparencySwitchedOffLeavesTheLayerOpaque) {
@@ -177,44 +160,27 @@ TEST_F(SceneDraw, ASinglesidedLayerWithoutBackFacesInWireframeIsAllLines) {
 TEST_F(SceneDraw, ATexturedLayerUploadsItsImage) {
     fill(add_image(), 0);
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(1);
-    append(inner, upload("base", 2, SOLID));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {textured("base", 2, SOLID)}));
 }
 
 TEST_F(SceneDraw, TexturesSwitchedOffMakeNoCall) {
     fill(add_image(), 0);
     session->display_textures = 0;
     EXPECT_EQ(draw(), 1);
-    Lines inner = head(1);
-    append(inner, triangle(false, false));
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {triangle(false, false)}));
 }
 
 TEST_F(SceneDraw, AnImageWithoutPixelsIsNoTexture) {
     add_image();
     draw();
-    Lines inner = head(1);
-    inner.push_back("glDisable GL_TEXTURE_2D");
-    append(inner, triangle(false, false));
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {untextured()}));
 }
 
 TEST_F(SceneDraw, AColourKeyBlendsAndUploadsFourBytes) {
     layer->invisible = 1;
     fill(add_image(), 0, 4);
     draw();
-    Lines inner = head(1);
-    append(inner, upload("base", 2, KEYED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {textured("base", 2, KEYED)}));
 }
 
 TEST_F(SceneDraw, AColourKeyWithTransparencyOffDoesNotBlend) {
@@ -222,12 +188,7 @@ TEST_F(SceneDraw, AColourKeyWithTransparencyOffDoesNotBlend) {
     session->display_transparency = 0;
     fill(add_image(), 0, 4);
     draw();
-    Lines inner = head(1);
-    append(inner, upload("base", 2, KEYED_OFF));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    append(inner, no_lines());
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(1, {textured("base", 2, KEYED_OFF)}));
 }
 
 // The key came after the image, whose pixels have three bytes each.
@@ -251,12 +212,7 @@ TEST_F(SceneDraw, ATransparentTexturedLayerBlends) {
     layer->transparency = 0.5f;
     fill(add_image(), 0);
     draw();
-    Lines inner = head(0.5f);
-    append(inner, upload("base", 2, BLENDED));
-    inner.push_back("glEnable GL_TEXTURE_2D");
-    append(inner, triangle(true, false));
-    append(inner, no_lines(0.5f));
-    EXPECT_EQ(lines(), model_lines(inner));
+    EXPECT_EQ(lines(), layer_lines(0.5f, {textured("base", 2, BLENDED)}));
 }
 
 // ---- Which routine draws

@@ -381,7 +381,7 @@ TEST_F(TriangleDraw, ReflectionCoordinatesFollowTheNormalInTheViewAndThePlaceOnT
         position[i] = &positions[i];
         normal[i] = &normals[i];
     }
-    TextureCoords uvs[5];
+    UvPair uvs[5];
     reflection_coords(position, normal, uvs, 5);
     const Lines reads = {"glGetFloatv GL_MODELVIEW_MATRIX", "glGetFloatv GL_PROJECTION_MATRIX"};
     EXPECT_EQ(lines(), reads);  // once for all
@@ -411,7 +411,7 @@ TEST_F(TriangleDraw, TheBottomRowOfTheViewCountsForPlacesAndNotForNormalsOfARefl
         glMatrixMode(GL_MODELVIEW);
         glLoadMatrixf(view);
         recording_gl::clear();
-        TextureCoords uvs[1];
+        UvPair uvs[1];
         reflection_coords(positions, normals, uvs, 1);
         // The place comes to (-4 + 10, 3 + 20), the normal to (-0.48, 0.36).
         const double length = std::hypot(6.0, 23.0) * (negative < 4 ? -1 : 1);
@@ -423,7 +423,7 @@ TEST_F(TriangleDraw, TheBottomRowOfTheViewCountsForPlacesAndNotForNormalsOfARefl
 TEST_F(TriangleDraw, APointInTheMiddleOfTheScreenReflectsByItsNormalAlone) {
     const Vec3 position = {0, 0, 5}, normal = {0.6f, 0.8f, 0};
     const Vec3 *positions[1] = {&position}, *normals[1] = {&normal};
-    TextureCoords uvs[1];
+    UvPair uvs[1];
     reflection_coords(positions, normals, uvs, 1);
     EXPECT_NEAR(uvs[0].u, 1.5 + 0.6 * 0.375, 1e-6);
     EXPECT_NEAR(uvs[0].v, 1.5 - 0.8 * 0.375, 1e-6);
@@ -435,7 +435,7 @@ TEST_F(TriangleDraw, APointOnAnAxisOfTheScreenReflectsByItsSideAlone) {
     const Vec3 normal = {0, 0, 1};
     const Vec3* positions[4] = {&places[0], &places[1], &places[2], &places[3]};
     const Vec3* normals[4] = {&normal, &normal, &normal, &normal};
-    TextureCoords uvs[4];
+    UvPair uvs[4];
     reflection_coords(positions, normals, uvs, 4);
     const float expected[4][2] = {{1.625f, 1.5f}, {1.375f, 1.5f}, {1.5f, 1.375f}, {1.5f, 1.625f}};
     for (int i = 0; i < 4; ++i) {

@@ -1,9 +1,9 @@
 # What all script tests share: the library, recorded message boxes, files made by the tests, pictures, the pointer.
 #
 # A test file sources this first and calls "finish" last. Each file runs in a wish of its own, so that each may create
-# the one window of a process.
+# the one window of a process; those whose names begin with "plain_" run in a Tcl without Tk and without a display.
 
-package require Tk
+if {![info exists ::env(PELT_PLAIN)]} { package require Tk }
 package require tcltest 2.3
 namespace import ::tcltest::test
 ::tcltest::configure -verbose [expr {[info exists ::env(PELT_TEST_VERBOSE)] ? {start pass body error} : {body error}}]

@@ -130,7 +130,7 @@ inline std::vector<std::string> layer_names(const Model* model) {
 
 inline Ids point_ids(const Model* model) {
     Ids out;
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) { out.push_back(point.int_key()); }
     return out;
 }
@@ -184,7 +184,7 @@ inline std::string layer_text(const Layer& layer) {
         }
         out += "\n";
     }
-    const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
+    const auto uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         out += "uvee " + std::to_string(uvee.int_key()) + " " + std::to_string(uvee->point);
         write_numbers(out, {uvee->u, uvee->v});
@@ -204,7 +204,7 @@ inline std::string model_text(const Model* model) {
     write_vector(out, model->bounds_min);
     write_vector(out, model->bounds_max);
     out += "\n";
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         out += "point " + std::to_string(point.slot()) + " " + std::to_string(point.int_key());
         write_vector(out, point->position);

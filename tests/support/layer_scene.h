@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -105,6 +106,25 @@ protected:
         const char* const format = blend == KEYED || blend == KEYED_OFF ? "GL_RGBA" : "GL_RGB";
         out.push_back(gl("glTexImage2D", "GL_TEXTURE_2D", 0, 4, width, 1, 0, format, "GL_UNSIGNED_BYTE", name));
         return out;
+    }
+    // One drawing of the layer with a texture, and one without.
+    static Lines textured(const char* name, int width, Blend blend) {
+        Lines out = upload(name, width, blend);
+        out.push_back("glEnable GL_TEXTURE_2D");
+        append(out, triangle(true, false));
+        return out;
+    }
+    static Lines untextured() {
+        Lines out = {"glDisable GL_TEXTURE_2D"};
+        append(out, triangle(false, false));
+        return out;
+    }
+    // The whole of a model whose layer has this alpha, made of these parts between its head and the lines pass.
+    static Lines layer_lines(float alpha, std::initializer_list<Lines> parts) {
+        Lines inner = head(alpha);
+        for (const Lines& part : parts) { append(inner, part); }
+        append(inner, no_lines(alpha));
+        return model_lines(inner);
     }
     // Only calls with these names.
     static Lines only(std::initializer_list<const char*> names) {

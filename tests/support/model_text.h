@@ -1,7 +1,6 @@
 // Models for tests: read from a text, written to a text, and told in full, so that two can be compared.
 #pragma once
 
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -23,21 +22,7 @@ inline OwnedModel read_model(const TempDir& dir, const std::string& name, const 
     return OwnedModel(model_load(dir.write(name, text).c_str()));
 }
 
-// What a procedure writes to a stream.
-template <typename Write>
-std::string written_text(Write write) {
-    std::FILE* stream = std::tmpfile();
-    write(stream);
-    std::string text(static_cast<size_t>(std::ftell(stream)), '\0');
-    std::rewind(stream);
-    text.resize(std::fread(text.data(), 1, text.size(), stream));
-    std::fclose(stream);
-    return text;
-}
-
-inline std::string write_model(const Model* model) {
-    return written_text([&](std::FILE* stream) { model_write_stream(model, "written.mod", stream); });
-}
+inline std::string write_model(const Model* model) { return model_write_text(model, "written.mod"); }
 
 // Writes the model beside its images and reads that file; null when it does not load.
 inline OwnedModel write_and_read(const TempDir& dir, const Model* model, const std::string& name = "again.mod") {
@@ -59,7 +44,7 @@ void tell_array(std::ostream& out, const char* name, const Number* numbers, int 
 inline const char* joint_name(const Joint* joint) { return joint != nullptr ? joint->name : "none"; }
 
 inline void tell_points(std::ostream& out, const Model& model) {
-    const ListElements<Point> points = list_elements<Point>(model.points);
+    const auto points = list_elements<Point>(model.points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         out << "point " << point.int_key() << " " << point->position << " weight " << point->weight << " normal "
             << point->normal << " joints " << joint_name(point->joint_a) << "/" << joint_name(point->joint_b);

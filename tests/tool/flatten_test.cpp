@@ -143,7 +143,7 @@ TEST_F(Flatten, ACurvedTriangleBecomesFourWhateverJointsItsPointsHave) {
     const OwnedModel model = flattened(std::string("joint hip 0 0 0 world 2\njoint knee 0 0 0 world 1\n") + POINTS);
     EXPECT_EQ(faces_of(model.get(), "a"), QUARTERS);
     int32_t number = 0;
-    const ListElements<Point> points = list_elements<Point>(model->points);
+    const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         EXPECT_EQ(point.int_key(), ++number) << "numbered from 1 in joint order";
     }

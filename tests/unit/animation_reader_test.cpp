@@ -761,7 +761,7 @@ protected:
             animation_release(set->animations[i]);
             model_release(set->models[i]);
         }
-        std::free(set);
+        delete set;
         set = nullptr;
     }
     AnimationSet* load(const std::string& text) {

@@ -1,5 +1,5 @@
 // .cur files, whole and broken. The files are put together here, byte by byte.
-#include "window/cursor_file.h"
+#include "window/x11/cursor_file.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "window/builtin_cursors.h"
+#include "window/x11/builtin_cursors.h"
 
 namespace pelt {
 namespace {

@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "support/native_null.h"
-#include "window/builtin_cursors.h"
-#include "window/cursor_file.h"
 #include "window/gl_system.h"
 #include "window/messages.h"
+#include "window/x11/builtin_cursors.h"
+#include "window/x11/cursor_file.h"
 
 namespace pelt {
 namespace {

@@ -1,5 +1,5 @@
 // Double clicks, for window systems that only report presses.
-#include "window/double_click.h"
+#include "window/x11/double_click.h"
 
 #include <gtest/gtest.h>
 

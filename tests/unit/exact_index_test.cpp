@@ -40,7 +40,7 @@ TEST(ExactIndex, a_non_number_equals_nothing_and_an_infinity_itself) {
     ExactIndex index;
     const float nan = std::nanf("");
     exact_index_add(&index, {nan, 0, 0}, 1);
-    EXPECT_EQ(index.used, 0u);
+    EXPECT_TRUE(index.lowest.empty());
     EXPECT_EQ(exact_index_find(index, {nan, 0, 0}), -1);
     exact_index_remove(&index, {0, nan, 0}, 1);
     exact_index_add(&index, {INFINITY, 0, 0}, 2);

@@ -546,6 +546,79 @@ TEST_F(FlattenImages, an_image_that_is_not_in_the_parents_directory_is_no_failur
     EXPECT_EQ(list_count(image_registry()), 0);
 }
 
+// ---- children as they were read ----
+
+// A curved triangle whose edges are straight: their middles lie at 20.5 and are cut to 20.
+Owned curved(const char* name, int mirror_axis = 0) {
+    Owned model = empty_model(name);
+    put_points(model.get(), {{0, 0, 0}, {41, 0, 0}, {0, 41, 0}});
+    put_layer(model.get(), "body", mirror_axis);
+    put_triangle(model.get(), "body", {1, 2, 3}, {}, 3);
+    return model;
+}
+
+std::vector<float> places_along_x(const Model* model) {
+    std::vector<float> out;
+    for (const Point& point : list_elements<Point>(model->points)) { out.push_back(point.position.x); }
+    return out;
+}
+
+TEST_F(Flatten, baked_children_become_flat_before_they_are_placed) {
+    Owned wing = empty_model("wing");
+    link(wing.get(), curved("tip"))->scale = {2, 1, 1};
+    link(model.get(), std::move(wing));
+    EXPECT_EQ(model_flatten_baked(model.get()), 1);
+    // 40 is twice 20; a curve that was merged first would have its middle at 41.
+    EXPECT_EQ(places_along_x(model.get()), (std::vector<float>{0, 82, 0, 40, 0, 40}));
+    EXPECT_EQ(layer_names(model.get()), (Names{"2_1_body"}));
+    for (const Triangle& triangle : list_elements<Triangle>(layer_of(model.get(), "2_1_body")->triangles)) {
+        EXPECT_EQ(triangle.curve_type, 0);
+    }
+    EXPECT_EQ(list_count(&model->children), 0);
+}
+
+TEST_F(Flatten, baked_children_lose_their_mirrors_first) {
+    link(model.get(), curved("left", AXIS_X));
+    EXPECT_EQ(model_flatten_baked(model.get()), 1);
+    EXPECT_EQ(layer_names(model.get()), (Names{"1_body", "1_body_mirror"}));
+    EXPECT_EQ(places_along_x(model.get()), (std::vector<float>{0, 41, 0, -41, 20, 0, 20, 0, -20, -20}));
+}
+
+TEST_F(Flatten, baked_borrowed_children_stay_as_they_were_with_their_owner) {
+    Owned guest = curved("guest", AXIS_X);
+    const std::string before = model_text(guest.get());
+    lend(model.get(), guest.get());
+    lend(model.get(), guest.get());
+    EXPECT_EQ(model_flatten_baked(model.get()), 1);
+    EXPECT_EQ(layer_names(model.get()), (Names{"1_body", "1_body_mirror", "2_body", "2_body_mirror"}));
+    EXPECT_EQ(model_text(guest.get()), before);
+}
+
+TEST_F(Flatten, baked_trees_beyond_their_bounds_and_links_without_a_model_are_refused) {
+    EXPECT_EQ(model_flatten_baked(nullptr), 0);
+    model_add_child(model.get(), nullptr, "lost", 0, 0, 0, 1, 1, 1, "0", "0", "0");
+    EXPECT_EQ(model_flatten_baked(model.get()), 0);
+    EXPECT_EQ(error_text(), "child without a model: lost");
+    lend(model.get(), model.get());
+    EXPECT_EQ(model_flatten_baked(model.get()), 0);
+    EXPECT_EQ(error_text(), "child models nested too deeply");
+}
+
+TEST_F(FlattenImages, baked_merged_coordinates_reach_the_corners) {
+    link(model.get(), textured("left"));
+    ASSERT_EQ(model_flatten_baked(model.get()), 1);
+    const Layer* layer = layer_of(model.get(), "1_body");
+    const Triangle* triangle = last_triangle(layer_of(model.get(), "1_body"));
+    ASSERT_EQ(list_count(&layer->uvees), 3);
+    for (int corner = 0; corner < 3; ++corner) {
+        const auto* uvee = list_find<const Uvee>(&layer->uvees, triangle->points[corner]);
+        ASSERT_NE(uvee, nullptr);
+        EXPECT_EQ(triangle->uvs[corner][0], uvee->u);
+        EXPECT_EQ(triangle->uvs[corner][1], uvee->v);
+    }
+    EXPECT_EQ(triangle->uvs[1][1], 1.0f);
+}
+
 // ---- all of it ----
 
 TEST_F(FlattenImages, the_whole_pipeline_leaves_triangles_alone) {

@@ -8,6 +8,8 @@
 #include <map>
 #include <random>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -415,7 +417,7 @@ TEST(KeyedListWalk, NestedElementsMeetEveryPair) {
 TEST(KeyedListWalk, ElementInHandMayBeRemovedAndElementsBehindMayBeAdded) {
     List list(4, KEY_INT);
     fill(&list, 3);
-    const ListElements<int32_t> elements = list_elements<int32_t>(list);
+    const auto elements = list_elements<int32_t>(list);
     std::vector<int32_t> met;
     for (auto it = elements.begin(); it != elements.end(); ++it) {
         met.push_back(it.int_key());
@@ -672,9 +674,7 @@ void compare(const KeyedList& list, const SlowList& slow, int key_range, bool te
         const int32_t slot =
             texts ? list_index_of(&list, ("n" + std::to_string(key)).c_str(), 0) : list_index_of(&list, key, 0);
         ASSERT_EQ(slot, slow.find(key)) << key;
-        if (slot >= 0) {
-            ASSERT_EQ(*static_cast<int32_t*>(list_at(&list, slot, 0)), slow.slots[static_cast<size_t>(slot)].value);
-        }
+        if (slot >= 0) { ASSERT_EQ(*list_at<int32_t>(&list, slot, 0), slow.slots[static_cast<size_t>(slot)].value); }
     }
     int32_t expected = 0;
     for (int32_t slot = list_next_slot(&list, 0); slot < list.capacity; slot = list_next_slot(&list, slot + 1)) {
@@ -831,6 +831,27 @@ TEST(KeyedListIndex, TextsChosenToCollideAreSpread) {
     EXPECT_LT(longest_stretch(list), STRETCH_BY_CHANCE);
     EXPECT_NE(list_find(&list, (heads[0] + middles[0] + tails[0]).c_str()), nullptr);
     EXPECT_EQ(list_find(&list, (heads[0] + middles[0] + "zzzzzzzzzz").c_str()), nullptr);
+}
+
+template <typename AnyList>
+constexpr bool GIVES_CONST_ELEMENTS =
+    std::is_const_v<std::remove_pointer_t<decltype(list_find(std::declval<AnyList*>(), 1))>> &&
+    std::is_const_v<std::remove_pointer_t<decltype(list_find(std::declval<AnyList*>(), "a"))>> &&
+    std::is_const_v<std::remove_pointer_t<decltype(list_at(std::declval<AnyList*>(), 0, 0))>> &&
+    std::is_const_v<std::remove_pointer_t<decltype(list_find<int32_t>(std::declval<AnyList*>(), 1))>> &&
+    std::is_const_v<std::remove_pointer_t<decltype(list_at<int32_t>(std::declval<AnyList*>(), 0, 1))>> &&
+    std::is_const_v<std::remove_reference_t<decltype(*list_elements<int32_t>(std::declval<AnyList&>()).begin())>>;
+
+TEST(KeyedListConst, AConstListGivesElementsThatCannotBeChanged) {
+    EXPECT_TRUE(GIVES_CONST_ELEMENTS<const KeyedList>);
+    EXPECT_TRUE(GIVES_CONST_ELEMENTS<const List>);
+    List list(4, KEY_INT);
+    fill(&list, 2);
+    *list_find<int32_t>(&list, 1) = 7;
+    *list_at<int32_t>(&list, 1, 0) = 8;
+    for (int32_t& value : list_elements<int32_t>(list)) { ++value; }
+    EXPECT_EQ(*static_cast<int32_t*>(list_find(&list, 1)), 8);
+    EXPECT_EQ(*static_cast<int32_t*>(list_at(&list, 1, 0)), 9);
 }
 
 }  // namespace

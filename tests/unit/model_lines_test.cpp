@@ -10,16 +10,7 @@
 namespace pelt {
 namespace {
 
-using test::FOUR_POINTS;
-using test::Ids;
-using test::ids;
-using test::layer;
-using test::LAYER;
-using test::link;
-using test::ModelPtr;
-using test::point;
-using test::TRIANGLE;
-using test::triangle;
+using namespace test;
 
 class ModelLines : public test::ModelFileTest {};
 
@@ -28,6 +19,17 @@ class ModelLines : public test::ModelFileTest {};
 TEST_F(ModelLines, CommentsAndUnknownWordsArePassedOver) {
     const ModelPtr model = load_good("# comment\npoints\nsmoothing 1 2\n #5 5 5 5\n1 1 2 3\nPOINTS\n2 4 5 6\n");
     EXPECT_EQ(model_count_points(model.get()), 2) << "the mode stays behind an unknown word";
+}
+
+TEST_F(ModelLines, TheWordsThatBeginALineAreKnown) {
+    for (const char* word : {"points", "normals", "layer", "transparency", "reflect", "invisible", "joint", "blend",
+                             "triangles", "lines", "goraud", "gouraud", "uvees", "image", "mirrorimage", "child"}) {
+        EXPECT_TRUE(model_knows_keyword(word)) << word;
+    }
+    for (const char* word : {"", "Points", "point", "pointss", "#"}) {
+        EXPECT_FALSE(model_knows_keyword(word)) << word;
+    }
+    EXPECT_FALSE(model_knows_keyword(nullptr));
 }
 
 TEST_F(ModelLines, ReadingStopsBehindTheFirstFailure) {
@@ -200,7 +202,7 @@ TEST_F(ModelLines, ALineOfTypeTwoIsAPolyline) {
     ASSERT_EQ(list_count(&layer(model).lines), 2);
     const auto* line = list_at<const Line>(&layer(model).lines, 0, 0);
     EXPECT_EQ(line->vertex_count, 3);
-    EXPECT_EQ(*static_cast<int32_t*>(list_at(&line->vertices, 1, 0)), 3);
+    EXPECT_EQ(*list_at<int32_t>(&line->vertices, 1, 0), 3);
 }
 
 TEST_F(ModelLines, OtherTypesOfLinesAreIgnored) {

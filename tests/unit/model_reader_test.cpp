@@ -12,13 +12,7 @@
 namespace pelt {
 namespace {
 
-using test::FOUR_POINTS;
-using test::LAYER;
-using test::layer;
-using test::link;
-using test::ModelPtr;
-using test::point;
-using test::TRIANGLE;
+using namespace test;
 
 class ModelReader : public test::ModelFileTest {};
 

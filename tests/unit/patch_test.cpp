@@ -8,8 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <initializer_list>
 #include <limits>
 #include <vector>
 
@@ -165,21 +167,28 @@ TEST(BuildQuad, HoldsCornerNormalsAndTheMidNormalsOfItsOutline) {
     }
 }
 
-TEST(EvalTriangle, EveryTypeAndLevelLiesOnTheBezierTriangle) {
-    const TrianglePatch patch = built(bulging_triangle());
-    for (int type = 1; type <= 3; ++type) {
+// Every level of these types, against the place and the normal that a reference gives for the parameters of a vertex.
+template <typename Patch, typename Place, typename Normal>
+void expect_on_surface(const Patch& patch, std::initializer_list<int> types,
+                       std::vector<Parameter> (*parameters_of)(int type, int level), Place place, Normal normal) {
+    for (int type : types) {
         for (int level = 1; level <= 6; ++level) {
             SCOPED_TRACE(testing::Message() << "type " << type << " level " << level);
-            const std::vector<Parameter> parameters = triangle_parameters(type, level);
+            const std::vector<Parameter> parameters = parameters_of(type, level);
             const Vertices vertices = evaluated(patch, type, level);
             ASSERT_EQ(static_cast<size_t>(vertices.count), parameters.size());
             for (int i = 0; i < vertices.count; ++i) {
                 const auto [u, v] = parameters[static_cast<size_t>(i)];
-                expect_near(vertices.positions[i], triangle_casteljau(patch, u, v));
-                expect_near(vertices.normals[i], triangle_normal_sum(patch, u, v));
+                expect_near(vertices.positions[i], place(patch, u, v));
+                expect_near(vertices.normals[i], normal(patch, u, v));
             }
         }
     }
+}
+
+TEST(EvalTriangle, EveryTypeAndLevelLiesOnTheBezierTriangle) {
+    expect_on_surface(built(bulging_triangle()), {1, 2, 3}, triangle_parameters, triangle_casteljau,
+                      triangle_normal_sum);
 }
 
 TEST(EvalTriangle, CornersStandAtTheEndsOfTheRows) {
@@ -228,20 +237,7 @@ TEST(EvalTriangle, AFlatPatchIsNotExactlyFlat) {
 }
 
 TEST(EvalQuad, EveryTypeAndLevelLiesOnTheBicubicPatch) {
-    const QuadPatch patch = built(bulging_quad());
-    for (int type : {2, 4, 3, 1, 0}) {
-        for (int level = 1; level <= 6; ++level) {
-            SCOPED_TRACE(testing::Message() << "type " << type << " level " << level);
-            const std::vector<Parameter> parameters = quad_parameters(type, level);
-            const Vertices vertices = evaluated(patch, type, level);
-            ASSERT_EQ(static_cast<size_t>(vertices.count), parameters.size());
-            for (int i = 0; i < vertices.count; ++i) {
-                const auto [s, t] = parameters[static_cast<size_t>(i)];
-                expect_near(vertices.positions[i], quad_casteljau(patch, s, t));
-                expect_near(vertices.normals[i], quad_normal(patch, s, t));
-            }
-        }
-    }
+    expect_on_surface(built(bulging_quad()), {2, 4, 3, 1, 0}, quad_parameters, quad_casteljau, quad_normal);
 }
 
 TEST(EvalQuad, EachVertexIsThatOfThePointAndTheNormalOperation) {
@@ -410,6 +406,89 @@ TEST(BadInput, NonFiniteNumbersTravelOnAndKeepTheCounts) {
             EXPECT_FALSE(std::isfinite(evaluated(built(quad), 2, level).positions[0].y));
         }
     }
+}
+
+PatchCorners corners_of(const Vec3* positions, const Vec3* normals, int count) {
+    PatchCorners corners{};
+    corners.count = count;
+    std::copy(positions, positions + count, corners.positions);
+    std::copy(normals, normals + PATCH_NORMAL_PLACES, corners.normals);
+    return corners;
+}
+
+void expect_grid(const PatchSurface& surface, const Vertices& vertices) {
+    ASSERT_EQ(surface.vertex_count, vertices.count);
+    for (int i = 0; i < vertices.count; ++i) {
+        expect_same(surface.positions[i], vertices.positions[i]);
+        expect_same(surface.normals[i], vertices.normals[i]);
+    }
+}
+
+TEST(Surface, IsTheNetTheGridAndTheIndexListOfItsPrimitive) {
+    const TriangleInput triangle = bulging_triangle();
+    const QuadInput quad = bulging_quad();
+    PatchSurface surface;
+    int16_t triangles[PATCH_TRIANGLE_LIMIT][3];
+    for (const int level : {1, 4}) {
+        for (const int type : {1, 2, 3, 4}) {  // a triangle of type 4 counts as 3
+            patch_surface(corners_of(triangle.corners, triangle.normals, 3), type, level, &surface);
+            EXPECT_FALSE(surface.quad);
+            expect_grid(surface, evaluated(built(triangle), type, level));
+            EXPECT_EQ(surface.triangle_count, patch_index_triangle(type == 4 ? 3 : type, level, triangles));
+            EXPECT_EQ(std::memcmp(surface.net.slots, built(triangle).slots, sizeof built(triangle).slots), 0);
+        }
+        for (const int type : {2, 4}) {
+            patch_surface(corners_of(quad.corners, quad.normals, 4), type, level, &surface);
+            EXPECT_TRUE(surface.quad);
+            expect_grid(surface, evaluated(built(quad), type, level));
+            EXPECT_EQ(surface.triangle_count, patch_index_quad(type, level, triangles));
+        }
+    }
+}
+
+TEST(Surface, HasTheAttributesThatAreAskedForAtItsCorners) {
+    const QuadInput quad = bulging_quad();
+    const float uvs[4][2] = {{0, 0}, {1, 0}, {0, 1}, {1, 1}};
+    const unsigned char colours[4][3] = {{0, 10, 20}, {40, 50, 60}, {80, 90, 100}, {120, 130, 140}};
+    PatchCorners corners = corners_of(quad.corners, quad.normals, 4);
+    for (int i = 0; i < 4; ++i) {
+        corners.uvs[i] = uvs[i];
+        corners.colours[i] = colours[i];
+    }
+    PatchSurface surface;
+    patch_surface(corners, 2, 1, &surface);
+    patch_surface_attributes(corners, true, true, 0.5f, &surface);
+    EXPECT_EQ(surface.attribute_count, 5);
+    EXPECT_EQ(surface.uvs, surface.attributes);
+    EXPECT_EQ(surface.colours, surface.attributes + 2);
+    // The second row is halfway from the corners 0 and 2 to the corners 1 and 3.
+    const float halfway[] = {0.5f, 0, 10, 15, 20, 0.5f, 1, 50, 55, 60};
+    for (int i = 0; i < 10; ++i) { EXPECT_NEAR(surface.attributes[10 + i], halfway[i], 1e-5f) << i; }
+    patch_surface_attributes(corners, false, true, 1.0f, &surface);
+    EXPECT_EQ(surface.attribute_count, 3);
+    EXPECT_EQ(surface.uvs, nullptr);
+    EXPECT_EQ(surface.colours[0], 0.0f);
+    EXPECT_EQ(surface.colours[2], 20.0f);
+    patch_surface_attributes(corners, true, false, 1.0f, &surface);
+    EXPECT_EQ(surface.attribute_count, 2);
+    EXPECT_EQ(surface.colours, nullptr);
+    patch_surface_attributes(corners, false, false, 1.0f, &surface);
+    EXPECT_EQ(surface.attribute_count, 0);
+    EXPECT_EQ(surface.uvs, nullptr);
+}
+
+TEST(Surface, SharesItsVerticesBetweenTwoJoints) {
+    const TriangleInput in = bulging_triangle();
+    PatchSurface surface;
+    patch_surface(corners_of(in.corners, in.normals, 3), 1, 1, &surface);  // a row from corner 0 to 1, then corner 2
+    const float weights[3] = {1.0f, 0.75f, 0.5f};
+    const bool same_joint[3] = {true, false, true};
+    float shares[PATCH_VERTEX_LIMIT];
+    patch_surface_weights(surface, weights, same_joint, shares);
+    EXPECT_NEAR(shares[0], 1.0f, 1e-6f);
+    EXPECT_NEAR(shares[2], 0.25f, 1e-6f);  // what corner 1 leaves to the joint of corner 0
+    EXPECT_NEAR(shares[1], 0.625f, 1e-6f);
+    EXPECT_NEAR(shares[3], 0.5f, 1e-6f);
 }
 
 }  // namespace

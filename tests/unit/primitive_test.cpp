@@ -211,7 +211,7 @@ TEST_F(PrimitiveTest, LineStoresWholeIdsThatAreReadThroughTheirLowHalf) {
     const Line* line = list_at<Line>(&layer()->lines, 0, 0);
     EXPECT_EQ(line->vertex_count, 3);
     EXPECT_EQ(line->state_index, -1);
-    const int32_t stored = *static_cast<int32_t*>(list_at(&line->vertices, 0, 0));
+    const int32_t stored = *list_at<int32_t>(&line->vertices, 0, 0);
     EXPECT_EQ(stored, 65537);
     EXPECT_EQ(line_point_id(stored), 1);
     EXPECT_EQ(line_point_id(0xFFFF), -1);
@@ -286,6 +286,20 @@ TEST_F(PrimitiveTest, ACounterBeginsAgainInsteadOfOverflowing) {
     EXPECT_EQ(take_id(&counter), 2147483646);
     EXPECT_EQ(take_id(&counter), 2147483647);
     EXPECT_EQ(take_id(&counter), 1);
+}
+
+TEST_F(PrimitiveTest, AStripHasTheVerticesThatItsCountNames) {
+    const int32_t ids[] = {1, 2, 3, 4};
+    const int32_t normals[] = {5, 6, 7, 8};
+    ASSERT_EQ(model_add_polygon(model, "skin", 4, ids, normals), 1);
+    Polygon polygon = *list_at<Polygon>(&layer()->polygons, 0, 0);
+    ASSERT_EQ(polygon_strip(polygon).size(), 4u);
+    EXPECT_EQ(polygon_strip(polygon)[3].point, 4);
+    EXPECT_EQ(polygon_strip(polygon)[3].normal, 8);
+    polygon.vertex_count = 2;
+    EXPECT_EQ(polygon_strip(polygon).size(), 2u);
+    polygon.vertex_count = 9;
+    EXPECT_EQ(polygon_strip(polygon).size(), 4u);
 }
 
 }  // namespace

@@ -98,7 +98,8 @@ TEST_F(RootExchange, TheSelectionFollows) {
     ASSERT_TRUE(exchange(fresh));
     EXPECT_EQ(selection_current_model(&session), fresh);
     const auto* entry = list_find<const SelectedChild>(&session.selection.children, child);
-    EXPECT_EQ(selection_entry_child(&session, child, entry), links(fresh)[0]);
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(entry->link, links(fresh)[0]);
 }
 
 TEST_F(RootExchange, ASelectedChildThatIsGoneIsSelectedNoMore) {
@@ -107,8 +108,7 @@ TEST_F(RootExchange, ASelectedChildThatIsGoneIsSelectedNoMore) {
     selection_add_model(&session, child + 1000000);
     selection_add_child(&session, child);
     ASSERT_TRUE(exchange(make({}, {})));
-    const auto* entry = list_find<const SelectedChild>(&session.selection.children, child);
-    EXPECT_EQ(selection_entry_child(&session, child, entry), nullptr);
+    EXPECT_EQ(list_find(&session.child_states, child), nullptr) << "the id by which the entry is looked up";
     EXPECT_EQ(selection_current_model(&session), nullptr);
 }
 

@@ -63,7 +63,7 @@ protected:
     }
 
     int32_t key_of(const Model* model) {
-        const ListElements<RootModel> roots = list_elements<RootModel>(session.root_models);
+        const auto roots = list_elements<RootModel>(session.root_models);
         for (auto root = roots.begin(); root != roots.end(); ++root) {
             if (root->model == model) { return root.int_key(); }
         }

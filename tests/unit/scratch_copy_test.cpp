@@ -1,8 +1,11 @@
 // Copies to work on.
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "reduce/scratch_copy.h"
 #include "support/edit_model.h"
+#include "support/temp_dir.h"
 
 namespace {
 
@@ -41,6 +44,14 @@ TEST_F(ScratchCopy, source_and_copy_change_apart) {
         EXPECT_EQ(model_text(model.get()), before);
     }
     EXPECT_EQ(model_text(model.get()), before);
+}
+
+TEST_F(ScratchCopy, a_long_directory_is_its_own) {
+    const std::string directory = test::native_path(std::string(300, 'd') + "/");
+    Owned deep(model_create_long((directory + "tree.mod").c_str(), nullptr));
+    Owned copy(model_scratch_copy(deep.get()));
+    deep.reset();
+    EXPECT_EQ(model_directory(copy.get()), directory);
 }
 
 TEST_F(ScratchCopy, joints_and_lines_are_left_out) {

@@ -180,9 +180,9 @@ TEST_F(SelectionTest, ASelectedChildKeepsItsLink) {
     SelectedChild* entry = list_find<SelectedChild>(&session.selection.children, id);
     ASSERT_NE(entry, nullptr);
     EXPECT_EQ(list_at(&model_of(parent)->children, 0, 0), entry->link);
-    EXPECT_EQ(entry->link, selection_entry_child(&session, id, entry));
+    EXPECT_EQ(entry->link, list_find<ChildState>(&session.child_states, id)->link);
     session_close_all(&session);
-    EXPECT_EQ(selection_entry_child(&session, id, entry), nullptr);
+    EXPECT_EQ(list_find(&session.child_states, id), nullptr) << "the entry names nothing any more";
 }
 
 TEST_F(SelectionTest, AfterAResetThereIsNoCurrentModel) {

@@ -104,7 +104,7 @@ protected:
 
     int32_t load(const std::string& path) { return session_load_model(&session, path.c_str()); }
     int32_t roots() const { return list_count(&session.root_models); }
-    const Model* root(int32_t rank) const { return list_at<RootModel>(&session.root_models, rank, 1)->model; }
+    Model* root(int32_t rank) const { return list_at<RootModel>(&session.root_models, rank, 1)->model; }
 
     int count_reports(const std::string& ending) const {
         return static_cast<int>(std::count_if(reports.begin(), reports.end(),

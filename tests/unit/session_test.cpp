@@ -341,7 +341,7 @@ TEST_F(SessionTest, RenamingALayerOntoAnotherForgetsTheCachesOfThatOne) {
     const int32_t kept = model_find_layer(model, "skin")->triangles.count;
     EXPECT_EQ(session_rename_layer(&session, model, "skin", "other"), 1);
     EXPECT_EQ(list_count(&session.triangle_caches), 1);
-    const Layer* layer = model_find_layer(model, "other");
+    Layer* layer = model_find_layer(model, "other");
     ASSERT_NE(layer, nullptr);
     EXPECT_EQ(kept, list_count(&layer->triangles));
     // The cache that stays still belongs to the triangle that stays.

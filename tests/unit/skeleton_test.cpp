@@ -205,5 +205,29 @@ TEST_F(SkeletonTest, AJointCountAtItsLimitStaysThere) {
     EXPECT_EQ(hip->point_count, 2147483647);
 }
 
+Vec3 placed(const ChildLink* link, Vec3 place) {
+    const Mat4 matrix = child_placement(link);
+    Vec3 out;
+    mat_transform_point(&matrix, &place, &out);
+    return out;
+}
+
+TEST_F(SkeletonTest, AChildIsScaledThenTurnedThenMoved) {
+    const Vec3 x = placed(model_add_child(model, nullptr, "a", 1, 2, 3, 4, 5, 6, "0", "0", "90"), {1, 0, 0});
+    EXPECT_NEAR(x.x, 1.0f, 1e-5f);  // four times as far, a quarter about z, moved
+    EXPECT_NEAR(x.y, 6.0f, 1e-5f);
+    EXPECT_NEAR(x.z, 3.0f, 1e-5f);
+    const Vec3 z = placed(model_add_child(model, nullptr, "b", 0, 0, 0, 1, 1, 2, "x90", "0", "0"), {0, 0, 1});
+    EXPECT_NEAR(z.y, -2.0f, 1e-5f);
+    EXPECT_NEAR(z.z, 0.0f, 1e-5f);
+}
+
+// Intended: what stands before the bad text counts.
+TEST_F(SkeletonTest, ABadRotationTextEndsTheTurning) {
+    const Vec3 x = placed(model_add_child(model, nullptr, "a", 0, 0, 0, 1, 1, 1, "z90", "?", "z90"), {1, 0, 0});
+    EXPECT_NEAR(x.x, 0.0f, 1e-5f);
+    EXPECT_NEAR(x.y, 1.0f, 1e-5f);
+}
+
 }  // namespace
 }  // namespace pelt

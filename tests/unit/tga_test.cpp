@@ -35,6 +35,11 @@ protected:
         ASSERT_NE(error, nullptr);
         EXPECT_EQ(error, text + path);
     }
+    void expect_pixels(const std::string& bytes, const std::string& expected) {
+        const Image image = read(bytes);
+        ASSERT_NE(image, nullptr);
+        EXPECT_EQ(pixels(image), expected);
+    }
     static std::string pixels(const Image& image) {
         const auto size = static_cast<size_t>(image->width) * static_cast<size_t>(image->height) * 3;
         return std::string(reinterpret_cast<const char*>(image->pixels), size);
@@ -53,6 +58,11 @@ TgaForm form(int width, int height, int depth = 24) {
     return result;
 }
 
+TgaForm with_id(TgaForm form, const std::string& id_field) {
+    form.id_field = id_field;
+    return form;
+}
+
 TEST_F(Tga, TurnsBlueGreenRedAroundAndTheRowsOver) {
     const Image image = read(tga_bytes(form(2, 2), "abcdefghijkl"));
     ASSERT_NE(image, nullptr);
@@ -62,57 +72,33 @@ TEST_F(Tga, TurnsBlueGreenRedAroundAndTheRowsOver) {
     EXPECT_EQ(pixels(image), "ihglkjcbafed");
 }
 
-TEST_F(Tga, DropsTheFourthByteOfAPixel) {
-    const Image image = read(tga_bytes(form(2, 1, 32), "abc!def!"));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(pixels(image), "cbafed");
-}
+TEST_F(Tga, DropsTheFourthByteOfAPixel) { expect_pixels(tga_bytes(form(2, 1, 32), "abc!def!"), "cbafed"); }
 
 TEST_F(Tga, ReadsAThreeByThreePictureWithoutPadding) {
-    const Image image = read(tga_bytes(form(3, 3), "aaabbbcccdddeeefffggghhhiii"));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(pixels(image), "ggghhhiiidddeeefffaaabbbccc");
+    expect_pixels(tga_bytes(form(3, 3), "aaabbbcccdddeeefffggghhhiii"), "ggghhhiiidddeeefffaaabbbccc");
 }
 
 TEST_F(Tga, TheOriginBitHasNoEffect) {
     TgaForm with_bit = form(1, 2);
     with_bit.descriptor = 0x20;
-    const Image image = read(tga_bytes(with_bit, "abcdef"));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(pixels(image), "fedcba");
+    expect_pixels(tga_bytes(with_bit, "abcdef"), "fedcba");
 }
 
 // The last byte of the id field stays in front of the pixels: intended.
 TEST_F(Tga, AnIdFieldPutsThePixelsOneByteOutOfStep) {
-    TgaForm with_id = form(2, 1);
-    with_id.id_field = "WXYZ";
-    const Image image = read(tga_bytes(with_id, "abcdef"));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(pixels(image), "baZedc");
+    expect_pixels(tga_bytes(with_id(form(2, 1), "WXYZ"), "abcdef"), "baZedc");
 }
 
 TEST_F(Tga, AnIdFieldOfOneByteIsNotPassedOverAtAll) {
-    TgaForm with_id = form(1, 1);
-    with_id.id_field = "Z";
-    const Image image = read(tga_bytes(with_id, "abc"));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(pixels(image), "baZ");
+    expect_pixels(tga_bytes(with_id(form(1, 1), "Z"), "abc"), "baZ");
 }
 
 TEST_F(Tga, AnIdFieldEndsBehindALineFeed) {
-    TgaForm with_id = form(2, 1);
-    with_id.id_field = "W\nXYZ";
-    const Image image = read(tga_bytes(with_id, "abcdef"));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(pixels(image), "ZYXcba");
+    expect_pixels(tga_bytes(with_id(form(2, 1), "W\nXYZ"), "abcdef"), "ZYXcba");
 }
 
 TEST_F(Tga, AnIdFieldOfTheGreatestLengthRotatesTheChannels) {
-    TgaForm with_id = form(2, 1);
-    with_id.id_field = std::string(255, 'i');
-    const Image image = read(tga_bytes(with_id, "abcdef"));
-    ASSERT_NE(image, nullptr);
-    EXPECT_EQ(pixels(image), "baiedc");
+    expect_pixels(tga_bytes(with_id(form(2, 1), std::string(255, 'i')), "abcdef"), "baiedc");
 }
 
 TEST_F(Tga, AMissingFileCannotBeOpened) {

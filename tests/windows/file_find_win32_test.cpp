@@ -10,10 +10,12 @@
 
 #include "foundation/file_access.h"
 #include "foundation/file_find.h"
+#include "support/long_path.h"
 #include "support/temp_dir.h"
 
 using namespace pelt;
 using pelt::test::TempDir;
+namespace test = pelt::test;
 
 TEST(FileFindWin32, NamesAreUtf8HereAndWideToTheSystem) {
     EXPECT_EQ(file_system_name("a/\xC3\xBC\xE2\x98\x83.mod"), L"a/\u00fc\u2603.mod");
@@ -43,6 +45,43 @@ TEST(FileFindWin32, BytesStandAsTheyAre) {
     ASSERT_EQ(size, sizeof bytes);
     EXPECT_EQ(std::string(read, size), std::string(bytes, sizeof bytes));
     std::free(read);
+}
+
+TEST(FileFindWin32, OnlyANameThatIsTooLongForTheSystemComesInItsLongForm) {
+    const std::wstring mark = L"\\\\?\\";
+    EXPECT_EQ(file_system_path("a/b.mod"), L"a/b.mod");
+    EXPECT_EQ(file_system_path("NUL"), L"NUL");
+    EXPECT_TRUE(file_system_path("").empty());
+    EXPECT_TRUE(file_system_path(nullptr).empty());
+    const std::string part(100, 'a');
+    const std::string fits = "C:/" + part + "/" + part + "/" + std::string(54, 'b');  // 259
+    EXPECT_EQ(file_system_path(fits.c_str()), file_system_name(fits.c_str()));
+    std::wstring longer = file_system_name((fits + "b").c_str());
+    for (wchar_t& c : longer) { c = c == L'/' ? L'\\' : c; }
+    EXPECT_EQ(file_system_path((fits + "b").c_str()), mark + longer);
+    const std::string share = "\\\\host\\share\\" + part + "\\" + part + "\\" + part;
+    EXPECT_EQ(file_system_path(share.c_str()), mark + L"UNC" + file_system_name(share.c_str()).substr(1));
+    const std::string marked = "\\\\?\\C:\\" + part + "\\" + part + "\\" + part;
+    EXPECT_EQ(file_system_path(marked.c_str()), file_system_name(marked.c_str()));
+    const std::wstring relative = file_system_path((part + "/../" + part + "/" + part + "/" + part).c_str());
+    EXPECT_EQ(relative.substr(0, 4), mark);
+    EXPECT_EQ(relative.find(L".."), std::wstring::npos) << "in the long form it would be a name";
+}
+
+TEST(FileFindWin32, AFileInADeepFolderIsWrittenReadAndReplaced) {
+    TempDir dir;
+    const std::string path = dir.path() + "/" + test::directory_of_length(dir, test::LONG_DIRECTORY) + "file.txt";
+    ASSERT_EQ(file_write_all(path.c_str(), "x", 1), 1);
+    EXPECT_EQ(file_write_all(path.c_str(), "yz", 2), 1);
+    EXPECT_EQ(file_exists(path.c_str()), 1);
+    EXPECT_EQ(file_resolve(path.c_str()), path);
+    size_t size = 0;
+    char* read = file_read_all(path.c_str(), &size);
+    ASSERT_EQ(size, 2U);
+    EXPECT_EQ(std::string(read, size), "yz");
+    std::free(read);
+    EXPECT_EQ(file_stream_read((dir.path() + "/" + test::directory_of_length(dir, test::LONG_DIRECTORY)).c_str()),
+              nullptr);
 }
 
 TEST(FileFindWin32, CaseAndBothSeparatorsAreTheSystemsBusiness) {

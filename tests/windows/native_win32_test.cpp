@@ -8,12 +8,12 @@
 
 #include "foundation/file_access.h"
 #include "support/temp_dir.h"
-#include "window/builtin_cursors.h"
 #include "window/cursor.h"
 #include "window/gl_window.h"
 #include "window/input.h"
 #include "window/messages.h"
 #include "window/palette.h"
+#include "window/x11/builtin_cursors.h"
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved);
 

@@ -1,5 +1,5 @@
 // OpenGL on Win32: pixel format, contexts and palettes. A device is a device context of the window, kept as long as the
-// OpenGL context lives. What surprises: the format is one constant, and the system answers with the nearest it has.
+// OpenGL context lives.
 #include <cstdint>
 #include <vector>
 

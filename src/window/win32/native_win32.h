@@ -28,7 +28,7 @@ inline WindowHandle win32_window(HWND handle) { return reinterpret_cast<WindowHa
 Win32Window* win32_find(HWND handle);
 const Win32Window* win32_any();  // one of ours, or null when there is none
 
-// The procedure of the window class, in native_win32_events.cpp.
+// The procedure of the window class, in events.cpp.
 LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam);
 
 // A new window follows its Tk parent, and gets the wheel that turns over it; both end when it is unfollowed.

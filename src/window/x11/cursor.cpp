@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "foundation/file_access.h"
-#include "window/builtin_cursors.h"
+#include "window/x11/builtin_cursors.h"
 #include "window/x11/native_x11.h"
 #include "window/x11/pictures.h"
 

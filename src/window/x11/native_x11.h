@@ -5,8 +5,8 @@
 
 #include <GL/glx.h>
 
-#include "window/double_click.h"
 #include "window/native.h"
+#include "window/x11/double_click.h"
 
 namespace pelt {
 

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "window/cursor_file.h"
+#include "window/x11/cursor_file.h"
 
 namespace pelt {
 
@@ -23,9 +23,11 @@ uint32_t premultiplied(uint32_t pixel) {
 XcursorImages* images_of_cur(const uint8_t* bytes, size_t size) {
     CursorImage picture{};
     if (!cursor_file_parse(bytes, size, &picture)) { return nullptr; }
-    XcursorImages* images = XcursorImagesCreate(1);
     XcursorImage* image = XcursorImageCreate(picture.width, picture.height);
-    if (images != nullptr && image != nullptr) {
+    XcursorImages* images = image != nullptr ? XcursorImagesCreate(1) : nullptr;
+    if (images == nullptr) {
+        XcursorImageDestroy(image);  // accepts null
+    } else {
         image->xhot = static_cast<XcursorDim>(picture.hot_x);
         image->yhot = static_cast<XcursorDim>(picture.hot_y);
         const int count = picture.width * picture.height;

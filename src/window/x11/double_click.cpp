@@ -1,6 +1,6 @@
 // Double clicks. What surprises: a press of another button in between breaks the pair, and three quick presses are one
 // double click and one single.
-#include "window/double_click.h"
+#include "window/x11/double_click.h"
 
 namespace pelt {
 

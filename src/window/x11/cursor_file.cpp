@@ -2,7 +2,7 @@
 // bottom. What surprises: the height in the bitmap counts both halves. Every offset and size in the file is taken for a
 // lie until it was held against the bytes that are there; of the files of X, which a library reads, nothing else is
 // done here.
-#include "window/cursor_file.h"
+#include "window/x11/cursor_file.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -178,6 +178,7 @@ bool cursor_file_parse(const uint8_t* bytes, size_t size, CursorImage* image) {
 
     const size_t count = static_cast<size_t>(layout.width) * static_cast<size_t>(layout.height);
     image->pixels = static_cast<uint32_t*>(std::malloc(count * sizeof(uint32_t)));
+    if (image->pixels == nullptr) { return false; }
     image->width = layout.width;
     image->height = layout.height;
     image->hot_x = std::min(entry.hot_x, layout.width - 1);

@@ -1,6 +1,6 @@
 // The bytes of the built-in cursors. Made by scripts/make-cursors, together with the files under cursors/;
 // change the pictures there and run it again.
-#include "window/builtin_cursors.h"
+#include "window/x11/builtin_cursors.h"
 
 namespace pelt {
 
