@@ -2,14 +2,34 @@
 
 namespace eval viewer {
     variable axes_matrix {}     ;# what is drawn
-    variable axes_scale 0
+    variable axes_pointer {0 0} ;# where a drag that began on the mark is
     variable AXES_SIZE 104      ;# pixels at scale 1
     variable AXES {x #e0716c y #86c06c z #6ca6e8}
 }
 
 proc viewer::build_axes {} {
     canvas .axes -highlightthickness 0 -borderwidth 0
+    # The mouse goes through to the view, which does not hear of it by itself.
+    foreach button {1 2 3} {
+        bind .axes <Button-$button> { viewer::axes_pressed %b %X %Y }
+        bind .axes <B$button-Motion> [list viewer::axes_dragged $button %X %Y]
+        bind .axes <ButtonRelease-$button> { viewer::on_mouse 0 0 0 0 0 }
+    }
+    bind_wheel .axes
     axes_changed
+}
+
+proc viewer::axes_pressed {button x y} {
+    variable axes_pointer
+    set axes_pointer [list $x $y]
+    on_mouse $button 0 0 0 0
+}
+
+proc viewer::axes_dragged {button x y} {
+    variable axes_pointer
+    lassign $axes_pointer old_x old_y
+    set axes_pointer [list $x $y]
+    on_mouse $button 0 0 [expr {$x - $old_x}] [expr {$y - $old_y}]
 }
 
 proc viewer::axes_changed {} {
@@ -33,17 +53,15 @@ proc viewer::axes_changed {} {
 proc viewer::update_axes {} {
     variable shows_axes
     variable axes_matrix
-    variable axes_scale
-    variable unit_per_pixel
-    variable zoom
     variable option
     variable scene
+    variable scene_size
     if {!$shows_axes || ![winfo exists .axes]} return
-    set matrix [numbers [sorvel get matrix view]]
-    set zoom [current_zoom]
-    set per_pixel [expr {$unit_per_pixel * $zoom}]
-    set state [list $matrix $per_pixel $option(background) [llength $scene]]
-    if {[llength $matrix] != 16 || $state eq $axes_matrix} return
+    set view [sorvel scene view]
+    set matrix [dict get $view matrix]
+    set per_pixel [dict get $view unit]
+    set state [list $matrix $per_pixel $option(background) [llength $scene] $scene_size]
+    if {$state eq $axes_matrix} return
     set axes_matrix $state
     lassign [split $option(background) ,] red green blue
     set paper [format #%02x%02x%02x {*}[lmap part [list $red $green $blue] { expr {round($part * 255)} }]]

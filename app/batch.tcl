@@ -35,7 +35,7 @@ proc viewer::run_batch {files} {
     }
     if {$given(contact-sheet)} { batch_sheet $files }
     progress_end
-    remove_links
+    remove_private_folder
     exit [expr {$batch_failures > 0 ? 1 : 0}]
 }
 
@@ -109,23 +109,15 @@ proc viewer::batch_scene_list {file} {
     variable option
     set path $option(output)
     if {[names_a_folder $path]} { set path [file join $path [file rootname [file tail $file]].png] }
-    timing_start
-    set good [load_scene_list $file]
-    timing_part load
-    if {!$good} {
-        batch_failed
-        return
-    }
-    start_view
-    batch_pictures $path
+    if {[batch_load open $file]} { batch_pictures $path }
 }
 
 # 1, or 0 after the reason was told.
 proc viewer::batch_load {verb file} {
     if {$verb eq "open"} timing_start
-    set id [load_model $verb $file]
+    set loaded [load_scene $verb $file]
     timing_part load
-    if {$id == 0} {
+    if {$loaded eq {}} {
         batch_failed
         return 0
     }
@@ -170,11 +162,9 @@ proc viewer::batch_picture {path} {
     timing_start
     draw_now
     timing_part {first frame}
-    set captured [capture]
+    set failed [catch { capture } captured]
     timing_part capture
-    set message [expr {$captured eq {} ? "the view could not be read"
-        : [store_picture $captured $path $option(width) $option(height)]}]
-    if {$captured ne {}} { file delete $captured }
+    set message [expr {$failed ? $captured : [store_picture $captured $path $option(width) $option(height)]}]
     timing_part write
     incr batch_done
     if {$message ne {}} {

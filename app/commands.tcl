@@ -150,6 +150,13 @@ proc viewer::events_of_key {key} {
     return [lmap name $names { expr {[regexp {^\w+$} $name] ? "<${modifiers}Key-$name>" : [continue]} }]
 }
 
+# Ctrl+A in a field: elsewhere it is the system's key for the beginning of the line.
+proc viewer::bind_fields {} {
+    foreach class {TEntry TCombobox TSpinbox Entry Spinbox} {
+        bind $class <Control-a> { %W selection range 0 end; break }
+    }
+}
+
 # Binds every key to its command, and takes away those that were bound before.
 proc viewer::bind_keys {} {
     variable COMMANDS
@@ -171,6 +178,7 @@ proc viewer::key_pressed {id widget keysym state} {
     variable TYPING_CLASSES
     variable STEERED_CLASSES
     variable STEERING_KEYS
+    if {$keysym eq "Escape"} focus_view
     set class [expr {[winfo exists $widget] ? [winfo class $widget] : {}}]
     set control [expr {$state & 4}]
     if {!$control && $class in $TYPING_CLASSES && ![regexp {^F\d+$} $keysym]} return

@@ -3,7 +3,27 @@
 # Asks for some values: pairs of a label and a value to begin with. A list of the answers, or nothing when it was
 # closed.
 proc viewer::ask_values {title hint fields} {
-    variable asked
+    set entries [build_question $title $hint $fields OK]
+    set first [lindex $entries 0]
+    focus $first
+    $first selection range 0 end
+    set values {}
+    if {[wait_for_answer]} { set values [lmap entry $entries { string trim [$entry get] }] }
+    if {!$::viewer::ended} { destroy .ask }
+    return $values
+}
+
+# A question whose yes has a name of its own. The other answer lies nearer: the keyboard is on it.
+proc viewer::ask_yes {title text yes} {
+    build_question $title $text {} $yes
+    focus .ask.cancel
+    set answer [wait_for_answer]
+    if {!$::viewer::ended} { destroy .ask }
+    return $answer
+}
+
+# The window of a question; its fields.
+proc viewer::build_question {title hint fields yes} {
     destroy .ask
     toplevel .ask -padx [px 14] -pady [px 12] -highlightthickness 1 -highlightbackground $::viewer::COLOUR(line)
     wm title .ask $title
@@ -23,26 +43,26 @@ proc viewer::ask_values {title hint fields} {
         incr number
     }
     ttk::frame .ask.buttons
-    ttk::button .ask.ok -text OK -command { set ::viewer::asked ok }
+    ttk::button .ask.ok -text $yes -command { set ::viewer::asked ok }
     ttk::button .ask.cancel -text Cancel -command { set ::viewer::asked cancel }
     pack .ask.cancel .ask.ok -in .ask.buttons -side right -padx [px 3]
     grid .ask.buttons - -sticky e -pady [list [px 10] 0]
+    foreach button {ok cancel} { bind .ask.$button <Return> { %W invoke; break } }
     bind .ask <Return> { set ::viewer::asked ok }
     bind .ask <Escape> { set ::viewer::asked cancel }
     wm protocol .ask WM_DELETE_WINDOW { set ::viewer::asked cancel }
     # The program ends with this window open too: nobody else would end the wait.
     bind .ask <Destroy> { set ::viewer::asked cancel }
     centre_over .ask
-    set first [lindex $entries 0]
-    focus $first
-    $first selection range 0 end
+    return $entries
+}
+
+# 1 for yes.
+proc viewer::wait_for_answer {} {
+    variable asked
     set asked {}
     vwait ::viewer::asked
-    set values {}
-    if {$::viewer::ended} { return {} }
-    if {$asked eq "ok" && [winfo exists .ask]} { set values [lmap entry $entries { string trim [$entry get] }] }
-    destroy .ask
-    return $values
+    return [expr {$asked eq "ok" && !$::viewer::ended && [winfo exists .ask]}]
 }
 
 proc viewer::centre_over {window} {
@@ -75,7 +95,6 @@ proc viewer::ask_size {} {
 }
 
 proc viewer::fixed_size {width height} {
-    variable fixed_picture
     lassign $::viewer::SIZE_LIMITS least most
     if {![regexp {^[0-9]{1,4}$} $width] || ![regexp {^[0-9]{1,4}$} $height]} {
         say_status "Two whole numbers are wanted"
@@ -84,7 +103,6 @@ proc viewer::fixed_size {width height} {
     lassign [scan "$width $height" "%d %d"] width height
     if {$width == 0 && $height == 0} {
         sorvel set view size 0 0
-        set fixed_picture {}
         # The library makes its window small and waits for a change of size.
         nudge_view
     } elseif {$width < $least || $height < $least || $width > $most || $height > $most} {
@@ -92,12 +110,7 @@ proc viewer::fixed_size {width height} {
         return
     } else {
         sorvel set view size $width $height
-        # A size that is there already fixes nothing.
-        if {$fixed_picture ne {} || $width != [winfo width .view] || $height != [winfo height .view]} {
-            set fixed_picture [list $width $height]
-        }
     }
-    measure_view
     draw_soon
 }
 
@@ -133,7 +146,7 @@ proc viewer::rename_model {id name} {
     set name [string tolower [one_word $name]]
     if {$name eq {}} return
     sorvel file rename $id $name
-    set_model $id name $name
+    read_scene
     set row [row_of $id]
     if {$row ne {}} { .side.tree item $row -text $name }
     say_status "Renamed to $name"

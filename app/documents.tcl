@@ -1,7 +1,7 @@
-# Opening, adding, reloading, renaming and saving, as the menus offer them.
+# Opening, adding, reloading and saving, as the menus offer them.
 
 namespace eval viewer {
-    variable wanted {}      ;# files of the scene that is wanted, also those that could not be loaded: dicts path, kind
+    variable PICTURE_QUESTION "There is a picture of that name already. Replace it?"
 }
 
 # ---- opening -------------------------------------------------------------------------------------------------------
@@ -15,126 +15,95 @@ proc viewer::open_files {files} {
     if {[llength $files] > 1 && $verb eq "add"} start_view
 }
 
-# A file of the list of recent ones, whatever it is. Where the ending does not tell, the first row does: that of a scene
-# list has five words.
-proc viewer::open_any {path} {
-    set ending [string tolower [file extension $path]]
-    if {$ending eq ".scene" || ($ending ne ".mod" && [llength [lindex [lines_of_fields $path] 0]] >= 5)} {
-        open_scene_list $path
-    } else {
-        open_one open $path
-    }
-}
-
-# Opens ("open") or adds ("add") a model and tells how it went. 1 or 0.
+# Opens ("open") or adds ("add") a model or a scene list, whichever the file is, and tells how it went. 1, or 0 with the
+# scene as it was.
 proc viewer::open_one {verb path} {
-    variable wanted
     set path [whole_path $path]
-    if {$verb eq "open"} {
-        set wanted {}
-        stop_playing
-    }
-    set id [load_model $verb $path]
-    if {$verb eq "open" || $id != 0} { lappend wanted [dict create path $path kind model] }
-    if {$id == 0} {
+    if {$verb eq "open" && ![may_lose Open]} { return 0 }
+    set loaded [load_scene $verb $path]
+    if {$loaded eq {}} {
         tell_failure [list viewer::open_one $verb $path]
-    } else {
-        hide_notice
-        remember_recent $path
-        if {$verb eq "open"} start_view
-        say_status "[file tail $path] [expr {$verb eq "open" ? "opened" : "added"}]"
+        watch_scene
+        return 0
     }
-    scene_changed
-    return [expr {$id != 0}]
-}
-
-proc viewer::open_scene_list {path} {
-    variable wanted
-    set path [whole_path $path]
-    stop_playing
-    set wanted [list [dict create path $path kind list]]
-    set good [load_scene_list $path]
-    if {$good} {
-        hide_notice
-        remember_recent $path
+    hide_notice
+    remember_recent $path
+    if {$verb eq "open"} {
+        stop_playing
+        clear_range
         start_view
-        say_status "[file tail $path] opened"
-    } else {
-        tell_failure [list viewer::open_scene_list $path]
     }
-    clear_range
-    scene_changed
-    return $good
+    say_loaded "[file tail $path] [expr {$verb eq "open" ? "opened" : "added"}]" $loaded
+    scene_changed [expr {$verb eq "open"}]
+    return 1
 }
 
-# What follows every change of what is in the scene.
-proc viewer::scene_changed {} {
-    variable wanted
-    measure_view
-    set names [lmap entry $wanted { file tail [dict get $entry path] }]
+# What a file names and could not be had is no failure, but worth a word.
+proc viewer::say_loaded {text loaded} {
+    set problems [dict get $loaded problems]
+    if {[llength $problems] > 0} {
+        set first [lindex $problems 0]
+        append text ", but for [llength $problems] lines: [dict get $first text] ([file tail [dict get $first file]]"
+        if {[dict get $first line] > 0} { append text ", line [dict get $first line]" }
+        append text )
+    }
+    say_status $text
+}
+
+# What follows every change of what is in the scene. A new one begins with its first model selected.
+proc viewer::scene_changed {{is_new 0}} {
+    variable scene
+    variable scene_list
+    set names [expr {$scene_list eq {} ? {} : [list [file tail $scene_list]]}]
+    foreach model $scene {
+        if {[dict get $model row] == 0} { lappend names [file tail [dict get $model file]] }
+    }
     wm title . [expr {[llength $names] > 0 ? "[join [lrange $names 0 2] {, }] - pelt" : "pelt"}]
     show_player
-    refresh_panels
+    refresh_panels $is_new
     watch_scene
     draw_soon
 }
 
-# ---- reloading -----------------------------------------------------------------------------------------------------
-
-# Loads every file of the scene again. The view stays, and so do places that were given to models; a file that fails is
-# told and the others stand. The library's own reload would empty the scene then.
-proc viewer::reload_scene {} {
-    variable wanted
-    variable scene
-    if {[llength $wanted] == 0} return
-    set view [remember_view]
-    set old $scene
-    set failed 0
-    if {[dict get [lindex $wanted 0] kind] eq "list"} {
-        if {![load_scene_list [dict get [lindex $wanted 0] path]]} { incr failed }
-    } else {
-        set verb open
-        foreach entry $wanted {
-            if {[load_model $verb [dict get $entry path]]} { set verb add } else { incr failed }
-        }
-    }
-    put_back_places $old
-    scene_changed
-    restore_view $view
-    if {$failed} {
-        tell_failure viewer::reload_scene
-    } else {
-        hide_notice
-        say_status "Loaded again"
-    }
+# Whether edits that a load would throw away may go. Asked only where there are any.
+proc viewer::may_lose {doing} {
+    commit_fields
+    set changes [unsaved_changes]
+    if {$changes == 0} { return 1 }
+    set text "[expr {$changes == 1 ? "One change is" : "$changes changes are"}] not in the model's file"
+    return [ask_yes "Unsaved changes" "$text and will be lost." "$doing anyway"]
 }
 
-# A model of the same file, counted from the first, gets the place that the old one had.
-proc viewer::put_back_places {old} {
+# ---- reloading -----------------------------------------------------------------------------------------------------
+
+# Reads every file of the scene again. What a person has made of it stays: view, places, selection, time.
+proc viewer::reload_scene {} {
     variable scene
-    variable REST_PLACE
-    foreach model $scene {
-        set index [lsearch -exact [lmap other $old { dict get $other path }] [dict get $model path]]
-        if {$index < 0} continue
-        set placement [dict get [lindex $old $index] placement]
-        set old [lreplace $old $index $index]
-        if {$placement ne $REST_PLACE} { put_model [dict get $model id] $placement }
+    if {[llength $scene] == 0 || ![may_lose Reload]} return
+    set loaded [load_scene reload]
+    if {$loaded eq {}} {
+        tell_failure viewer::reload_scene
+        watch_scene
+        return
     }
+    hide_notice
+    say_loaded "Loaded again" $loaded
+    scene_changed
 }
 
 # ---- dialogs -------------------------------------------------------------------------------------------------------
 
 proc viewer::choose_model {verb} {
-    variable setting
-    set path [tk_getOpenFile -title [expr {$verb eq "open" ? "Open model" : "Add model"}] \
-        -initialdir [folder_to_start_in] -filetypes {{Models {.mod .MOD}} {{All files} *}}]
+    set path [tk_getOpenFile -title [expr {$verb eq "open" ? "Open" : "Add"}] \
+        -initialdir [folder_to_start_in] \
+        -filetypes {{Models {.mod .MOD}} {{Scene lists} {.scene .anim .txt}} {{All files} *}}]
     if {$path ne {}} { open_one $verb $path }
 }
 
 proc viewer::choose_scene_list {} {
     set path [tk_getOpenFile -title "Open scene list" -initialdir [folder_to_start_in] \
         -filetypes {{{Scene lists} {.scene .anim .txt}} {{All files} *}}]
-    if {$path ne {}} { open_scene_list $path }
+    if {$path ne {}} { open_one open $path }
 }
 
 proc viewer::folder_to_start_in {} {
@@ -144,14 +113,17 @@ proc viewer::folder_to_start_in {} {
 
 proc viewer::choose_picture {ending} {
     variable scene
+    variable PICTURE_QUESTION
     set name [expr {[llength $scene] > 0 ? [dict get [lindex $scene 0] name] : "picture"}]
     set path [tk_getSaveFile -title "Save picture" -defaultextension $ending -initialfile $name$ending \
-        -initialdir [folder_to_start_in] \
+        -initialdir [folder_to_start_in] -confirmoverwrite 0 \
         -filetypes [list [list "[string toupper [string range $ending 1 end]] pictures" $ending] {{All files} *}]]
     if {$path eq {}} return
     # The dialog may still lie over the view.
     update
     if {[string tolower [file extension $path]] ni $::viewer::PICTURE_ENDINGS} { append path $ending }
+    # Asked here and not by the dialog, which does not know the ending.
+    if {[file exists $path] && ![ask_yes [file tail $path] $PICTURE_QUESTION Replace]} return
     set problem [save_picture $path]
     if {$problem eq {}} {
         say_status "[file tail $path] saved"

@@ -15,7 +15,7 @@ proc viewer::show_keys {} {
     .keys.table column key -width [px 130]
     ttk::scrollbar .keys.scroll -orient vertical -command {.keys.table yview}
     ttk::label .keys.hint -style Dim.TLabel \
-        -text "Double click a row, then press its new key. Escape leaves it without one."
+        -text "Double click a row, then press its new key. Backspace leaves it without one, Escape as it is."
     ttk::button .keys.original -text "Original keys" -command viewer::original_keys
     grid .keys.table .keys.scroll -sticky nsew
     grid .keys.hint - -sticky w -pady [px 6]
@@ -39,20 +39,51 @@ proc viewer::show_keys {} {
 
 # The next key that is pressed belongs to that command.
 proc viewer::wait_for_key {id} {
-    variable COMMANDS
     if {$id eq {} || $id eq "mouse" || [string match menu:* $id] || ![.keys.table exists $id]} return
+    show_all_keys
     .keys.table set $id key "press a key"
     bind .keys.table <Key> [list viewer::key_chosen $id %K %s]
     focus .keys.table
 }
 
 proc viewer::key_chosen {id keysym state} {
-    variable setting
     if {[regexp {^(Control|Shift|Alt|Meta|Super|Caps)_} $keysym]} { return -code break }
     bind .keys.table <Key> {}
-    set key [expr {$keysym eq "Escape" ? {} : [name_of_key $keysym $state]}]
-    set_key $id $key
+    if {$keysym eq "Escape"} {
+        show_all_keys
+    } else {
+        after idle [list viewer::choose_key $id [expr {$keysym eq "BackSpace" ? {} : [name_of_key $keysym $state]}]]
+    }
     return -code break
+}
+
+# Gives a command a key; a command that had it before only loses it after a question.
+proc viewer::choose_key {id key} {
+    set other [command_of_key $key]
+    if {$other ni [list {} $id]} {
+        set text "$key is the key of \"[label_of_command $other]\", which would have none then."
+        if {![ask_yes "Keys" $text "Take it"]} {
+            show_all_keys
+            return
+        }
+    }
+    set_key $id $key
+}
+
+proc viewer::command_of_key {key} {
+    variable COMMANDS
+    foreach {menu kind id label own action} $COMMANDS {
+        if {$key ne {} && $kind ni {- menu} && [key_of $id] eq $key} { return $id }
+    }
+    return {}
+}
+
+proc viewer::label_of_command {wanted} {
+    variable COMMANDS
+    foreach {menu kind id label own action} $COMMANDS {
+        if {$id eq $wanted} { return [string trimright $label .] }
+    }
+    return $wanted
 }
 
 proc viewer::name_of_key {keysym state} {
@@ -74,27 +105,31 @@ proc viewer::name_of_key {keysym state} {
 # Gives a command a key; the command that had it before has none then.
 proc viewer::set_key {id key} {
     variable setting
-    variable COMMANDS
     set keys $setting(keys)
-    if {$key ne {}} {
-        foreach {menu kind other label own action} $COMMANDS {
-            if {$kind ni {- menu} && $other ne $id && [key_of $other] eq $key} { dict set keys $other {} }
-        }
-    }
+    set other [command_of_key $key]
+    if {$other ni [list {} $id]} { dict set keys $other {} }
     dict set keys $id $key
     keep keys $keys
     keys_changed
 }
 
 proc viewer::original_keys {} {
-    keep keys {}
-    keys_changed
+    variable setting
+    set count [expr {[llength $setting(keys)] / 2}]
+    if {$count > 0 && [ask_yes "Keys" "Your own keys of $count commands will be forgotten." "Original keys"]} {
+        keep keys {}
+        keys_changed
+    }
 }
 
 proc viewer::keys_changed {} {
-    variable COMMANDS
     bind_keys
     build_menus
+    show_all_keys
+}
+
+proc viewer::show_all_keys {} {
+    variable COMMANDS
     if {![winfo exists .keys.table]} return
     foreach {menu kind id label key action} $COMMANDS {
         if {$kind ni {- menu}} { .keys.table set $id key [key_of $id] }

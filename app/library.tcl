@@ -1,15 +1,12 @@
-# The connection to the library, which is one command, sorvel.
+# The connection to the library, which is one command, sorvel. Its verb "scene" answers questions and raises errors.
 #
-# What surprises: the library tells every failure in a message box, three of them for a file that does not load. No
-# box is ever shown here. While a command runs "quietly" the texts are gathered for whoever asked, otherwise they
-# become notices.
+# What surprises: the other verbs tell a failure in a message box. None of these is ever shown: while a verb runs
+# "quietly" the texts are gathered for whoever asked, otherwise they become notices.
 
 namespace eval viewer {
     variable library_path {}
     variable quiet 0          ;# depth of the commands that gather texts
     variable gathered {}      ;# texts of the boxes since the outermost of them began
-    variable status           ;# what the status texts said last
-    array set status {triangles 0 message {}}
 }
 
 proc viewer::load_library {} {
@@ -36,15 +33,20 @@ proc viewer::default_library {} {
 
 # ---- boxes ---------------------------------------------------------------------------------------------------------
 
-# In the place of Tk's: the library calls it by that name. To be called when Tk is there, which on Windows makes its own.
+# The library calls Tk's box by its name, and so do Tk's own dialogs, whose questions go to whom they are for. To be
+# called when Tk is there, which on Windows makes its own.
 proc viewer::take_boxes {} {
+    if {[llength [info commands ::viewer::own_box]] > 0} return
+    catch { auto_load ::tk_messageBox }
+    rename ::tk_messageBox ::viewer::own_box
     interp alias {} ::tk_messageBox {} viewer::take_box
 }
 
 proc viewer::take_box {args} {
     variable quiet
     variable gathered
-    set text [expr {[dict exists $args -message] ? [dict get $args -message] : {}}]
+    if {![is_box_of_library $args]} { return [uplevel #0 [list ::viewer::own_box {*}$args]] }
+    set text [lindex $args end]
     if {$quiet} {
         lappend gathered $text
     } else {
@@ -53,7 +55,15 @@ proc viewer::take_box {args} {
     return ok
 }
 
-# Runs a command of the library. A list of its result and the texts of the boxes that it would have shown.
+# The library's boxes have these words and no others.
+proc viewer::is_box_of_library {words} {
+    if {[llength $words] != 8 || [lindex $words 6] ne "-message"} { return 0 }
+    return [expr {[lrange $words 0 5] in {
+        {-type ok -title Information -icon info} {-type ok -title Error -icon error}
+    }}]
+}
+
+# Runs a verb of the library. A list of its result and the texts of the boxes that it would have shown.
 proc viewer::quietly {args} {
     variable quiet
     variable gathered
@@ -71,44 +81,17 @@ proc viewer::quietly {args} {
     return [list $result $texts]
 }
 
-# The result of a command of the library, or an empty text where it would have shown a box.
+# The result of a verb of the library, or an empty text where it would have shown a box.
 proc viewer::ask {args} {
     lassign [quietly sorvel {*}$args] result texts
     return [expr {[llength $texts] > 0 ? {} : $result}]
 }
 
-# ---- status texts --------------------------------------------------------------------------------------------------
-
-# The status procedure: "Time: 0.10 of 1.60, Triangles: 782, Ready", a size as in "640x480", or a bare text. It only
-# takes notes: calling the library from here would come in the middle of a load.
-proc viewer::on_status {args} {
-    variable status
-    set text [join $args { }]
-    if {[regexp {^Time: (\S+) of (\S+), Triangles: (\d+), (.*)$} $text -> time end triangles message]} {
-        set status(triangles) $triangles
-        time_heard $time $end
-        return
-    }
-    if {[regexp {^\d+x\d+$} $text]} { set status(size) $text }
-}
-
-# Asks for a status text now. The number of triangles in a frame and the clock are told nowhere else, and a file that is
-# not there is the one request that makes such a text and changes nothing.
-proc viewer::ask_status {} {
-    quietly sorvel file add [file join / pelt no such file]
-}
-
 # ---- numbers -------------------------------------------------------------------------------------------------------
 
-# A number as the library reads it: no exponent.
+# A number as the library's older verbs read it: no exponent.
 proc viewer::plain {number} {
     return [format %.6f $number]
-}
-
-# What a value is in 32 bits.
-proc viewer::float32 {number} {
-    binary scan [binary format r $number] r number
-    return $number
 }
 
 # The numbers of a result such as "1.000000 2.000000 ", or an empty list when it is none (the box answered "ok").

@@ -40,7 +40,7 @@ proc viewer::fill_recent {menu} {
     foreach path $setting(recent) {
         # A menu takes no line ends; the folder tells two files of one name apart.
         set label "[file tail $path]   [file nativename [file dirname $path]]"
-        $menu add command -label [string map {\n { }} $label] -command [list viewer::open_any $path]
+        $menu add command -label [string map {\n { }} $label] -command [list viewer::open_one open $path]
     }
     if {[llength $setting(recent)] == 0} {
         $menu add command -label "Nothing yet" -state disabled
@@ -81,9 +81,7 @@ proc viewer::look {name} {
 }
 
 proc viewer::look_home {} {
-    variable option
-    aim $option(view)
-    turn_by {*}[split $option(rotate) ,]
+    start_view
 }
 
 proc viewer::free_changed {} {

@@ -20,6 +20,7 @@ proc viewer::on_mouse {button x y dx dy} {
     if {$dx == 0 && $dy == 0} {
         if {$button != $pressed} {
             set pressed $button
+            if {$button != 0} { after idle viewer::focus_view }
             if {$button == 1} press_left
             after idle viewer::show_cursor
         }
@@ -67,16 +68,21 @@ proc viewer::press_left {} {
     after idle [list viewer::centre_at [expr {$x - [winfo rootx .view]}] [expr {$y - [winfo rooty .view]}]]
 }
 
-# The wheel, at the pointer. Buttons 4 and 5 of X, or the wheel event of other systems with its 120 a notch.
+# The wheel, at the pointer, by its place on the screen. Buttons 4 and 5 of X, or the wheel event of other systems with its 120 a notch.
 proc viewer::wheel {notches x y} {
     variable ZOOM_PER_NOTCH
-    zoom_by [expr {pow($ZOOM_PER_NOTCH, $notches)}] $x $y
+    zoom_by [expr {pow($ZOOM_PER_NOTCH, $notches)}] [expr {$x - [winfo rootx .view]}] [expr {$y - [winfo rooty .view]}]
 }
 
-proc viewer::bind_wheel {} {
-    bind .view <Button-4> {viewer::wheel 1 %x %y}
-    bind .view <Button-5> {viewer::wheel -1 %x %y}
-    bind .view <MouseWheel> {viewer::wheel [expr {%D / 120.0}] %x %y}
+# The keys are those of the view again. What a field held is sent.
+proc viewer::focus_view {} {
+    if {[view_lives]} { focus .view }
+}
+
+proc viewer::bind_wheel {widget} {
+    bind $widget <Button-4> {viewer::wheel 1 %X %Y}
+    bind $widget <Button-5> {viewer::wheel -1 %X %Y}
+    bind $widget <MouseWheel> {viewer::wheel [expr {%D / 120.0}] %X %Y}
 }
 
 # ---- modes and cursors ---------------------------------------------------------------------------------------------

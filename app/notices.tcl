@@ -39,8 +39,8 @@ proc viewer::tell_failure {retry} {
     set line [dict get $failure line]
     set where [file nativename $file]
     if {$line > 0} { append where ", line $line" }
-    set code [expr {$line > 0 ? [line_of_file $file $line] : {}}]
-    show_notice bad [dict get $failure title] [string toupper [dict get $failure text] 0] $where $code
+    show_notice bad [dict get $failure title] [string toupper [dict get $failure text] 0] $where \
+        [dict get $failure source]
     say_status "[file tail [dict get $failure path]] could not be loaded"
 }
 
@@ -85,20 +85,6 @@ proc viewer::retry {} {
     set script $notice_retry
     hide_notice
     if {$script ne {}} { {*}$script }
-}
-
-# A line of a text file, cut to what a strip can show.
-proc viewer::line_of_file {path number} {
-    if {[catch { open [file normalize $path] r } channel]} { return {} }
-    for {set at 0} {$at < $number} {incr at} {
-        if {[gets $channel line] < 0} {
-            set line {}
-            break
-        }
-    }
-    close $channel
-    set line [string trim [string map {\t { }} $line]]
-    return [expr {[string length $line] > 100 ? "[string range $line 0 96]..." : $line}]
 }
 
 # A word in the status line.

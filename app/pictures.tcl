@@ -1,35 +1,39 @@
 # Pictures of the view. The library writes TGA files only; a PNG is made of one by way of a Tk photo.
 
+namespace eval viewer {
+    variable MOST_PICTURE 67108864    ;# bytes
+}
+
 # Draws, and saves what the view shows. Nothing, or why it could not be done. The picture is cut to the size if one is
 # given: the library makes its pictures in steps of four pixels.
 proc viewer::save_picture {path {width {}} {height {}}} {
     draw_now
-    set written [capture]
-    if {$written eq {}} { return "the picture could not be written to [links_folder]" }
-    set message [store_picture $written $path $width $height]
-    file delete $written
-    return $message
+    if {[catch { capture } bytes]} { return $bytes }
+    return [store_picture $bytes $path $width $height]
 }
 
-# The picture that the library saves, under a name of our own; an empty name when it could not.
+# The bytes of the picture that the library saves. An error when it could not.
 proc viewer::capture {} {
-    set path [plain_temporary .tga]
-    file delete $path
-    sorvel file savescreen $path
-    return [expr {[file exists $path] && [file size $path] > 18 ? $path : {}}]
+    variable MOST_PICTURE
+    set path [temporary_path .tga]
+    try {
+        sorvel file savescreen $path
+        return [read_bytes $path $MOST_PICTURE]
+    } on error {} {
+        error "the picture could not be written to [file dirname $path]"
+    } finally {
+        file delete $path
+    }
 }
 
-# Brings a captured picture to where it belongs. Nothing, or what went wrong.
-proc viewer::store_picture {captured path width height} {
+# Puts a captured picture where it belongs. Nothing, or what went wrong.
+proc viewer::store_picture {bytes path width height} {
     set is_tga [expr {[string tolower [file extension $path]] eq ".tga"}]
-    lassign [tga_size $captured] real_width real_height
+    lassign [tga_size $bytes] real_width real_height
     if {$width eq {}} { set width $real_width }
     if {$height eq {}} { set height $real_height }
-    if {$is_tga && $width == $real_width && $height == $real_height} {
-        if {[catch { file copy -force $captured $path } message]} { return $message }
-        return {}
-    }
-    set photo [photo_of_tga $captured $width $height]
+    if {$is_tga && $width == $real_width && $height == $real_height} { return [write_bytes $path $bytes] }
+    set photo [photo_of_tga $bytes $width $height]
     set message [write_photo $photo $path]
     image delete $photo
     return $message
@@ -37,35 +41,22 @@ proc viewer::store_picture {captured path width height} {
 
 # Nothing, or what went wrong. The kind follows from the ending.
 proc viewer::write_photo {photo path} {
-    set failed [catch {
-        if {[string tolower [file extension $path]] eq ".tga"} {
-            set channel [open [file normalize $path] wb]
-            puts -nonewline $channel [tga_of_photo $photo]
-            close $channel
-        } else {
-            $photo write $path -format png
-        }
-    } message]
-    return [expr {$failed ? $message : {}}]
+    if {[string tolower [file extension $path]] eq ".tga"} { return [write_bytes $path [tga_of_photo $photo]] }
+    return [write_bytes $path [$photo data -format png]]
 }
 
 # ---- TGA -----------------------------------------------------------------------------------------------------------
 
-proc viewer::tga_size {path} {
-    set channel [open [file normalize $path] rb]
-    binary scan [read $channel 18] @12susu width height
-    close $channel
+proc viewer::tga_size {bytes} {
+    binary scan $bytes @12susu width height
     return [list $width $height]
 }
 
 # A photo of a picture that the library saved, cut to a size. Its bytes run from the lower left as blue, green, red; all
 # of them turned round run from the upper right as red, green, blue, so that only the columns have to change sides.
-proc viewer::photo_of_tga {path width height} {
-    set channel [open [file normalize $path] rb]
-    set bytes [read $channel]
-    close $channel
+proc viewer::photo_of_tga {bytes width height} {
     binary scan $bytes cu id_length
-    lassign [tga_size $path] real_width real_height
+    lassign [tga_size $bytes] real_width real_height
     set pixels [string range $bytes [expr {18 + $id_length}] end]
     set header "P6\n$real_width $real_height\n255\n"
     set turned [image create photo -format ppm -data $header[string reverse $pixels]]

@@ -1,8 +1,13 @@
-# The panel of a model's place: where it was moved, scaled and turned to. The library does not tell these values, so
-# they are remembered; all of them are absolute, from where the model's file puts it.
+# The panel of a model's place: where it was moved, scaled and turned to; all of it absolute, from where the model's file
+# puts it. What it was turned about, and by which words, only this panel knows.
 
 namespace eval viewer {
     variable place_value
+    variable place_shown          ;# the same as they were shown
+    variable place_ids {}         ;# of the models that it shows
+    variable turns_of             ;# of a model: the rows turn, pivot and axis as they were given last
+    array set place_shown {}
+    array set turns_of {}
     variable PLACE_ROWS {
         move   Move   {0 0 0}  {where the model stands}
         scale  Scale  {1 1 1}  {1 is its own size}
@@ -23,8 +28,9 @@ proc viewer::build_place_panel {panel} {
         foreach part {0 1 2} {
             set field $panel.$row$part
             ttk::entry $field -width 6 -textvariable ::viewer::place_value($row,$part) -justify right
-            bind $field <Return> [list viewer::apply_place $row]
-            bind $field <FocusOut> [list viewer::apply_place $row]
+            bind $field <Return> viewer::commit_place
+            bind $field <FocusOut> viewer::commit_place
+            bind $field <Escape> { viewer::drop_typed viewer::refresh_place; break }
             bind $field <FocusIn> [list $panel.help configure -text "$text: $help"]
             lappend fields $field
         }
@@ -43,64 +49,98 @@ proc viewer::build_place_panel {panel} {
 }
 
 proc viewer::refresh_place {} {
-    variable current_id
+    variable place_ids
     variable place_value
+    variable place_shown
     variable PLACE_ROWS
-    set ids [selected_models]
-    set model [model_of_id [lindex $ids 0]]
-    set placement [expr {$model eq {} ? {} : [dict get $model placement]}]
+    set place_ids [selected_models]
+    set model [model_of_id [lindex $place_ids 0]]
+    set placement [expr {$model eq {} ? {} : [placement_of [dict get $model id]]}]
     foreach {row text rest help} $PLACE_ROWS {
         set values [expr {[dict exists $placement $row] ? [dict get $placement $row] : $rest}]
-        foreach part {0 1 2} {
-            set place_value($row,$part) [lindex $values $part]
+        foreach part {0 1 2} value $values {
+            if {[string is double -strict $value]} { set value [short_number $value] }
+            set place_value($row,$part) $value
+            set place_shown($row,$part) $value
             .side.place.$row$part state [expr {$model eq {} ? "disabled" : "!disabled"}]
         }
     }
     foreach name {middle reset} { .side.place.$name state [expr {$model eq {} ? "disabled" : "!disabled"}] }
     .side.place.hint configure -text [expr {$model eq {} ? "Choose a model in the tree"
-        : ([llength $ids] > 1 ? "[llength $ids] models" : "Place of [dict get $model name]")}]
+        : ([llength $place_ids] > 1 ? "[llength $place_ids] models" : "Place of [dict get $model name]")}]
 }
 
-# Sends a row of the panel to the selected models. A row that is not three numbers goes back to what it was.
-proc viewer::apply_place {row} {
+# The rows of a model. Its rotation is as it was typed while that is what it still stands in.
+proc viewer::placement_of {id} {
+    variable turns_of
+    set told [sorvel scene placement $id]
+    set rows [dict create move [dict get $told translation] scale [dict get $told scale] turn [dict get $told rotation] \
+        pivot {0 0 0} axis {0 0 0}]
+    if {[info exists turns_of($id)] && [dict get $turns_of($id) rotation] eq [dict get $told rotation]} {
+        set rows [dict merge $rows [dict remove $turns_of($id) rotation]]
+    }
+    return $rows
+}
+
+# Sends the rows that were changed to the models that the panel shows. A row with what is no number goes back.
+proc viewer::commit_place {} {
+    variable place_ids
     variable place_value
+    variable place_shown
+    variable PLACE_ROWS
+    if {[llength $place_ids] == 0} return
+    set changed {}
+    foreach {row text rest help} $PLACE_ROWS {
+        set values [lmap part {0 1 2} { string trim $place_value($row,$part) }]
+        if {$values eq [lmap part {0 1 2} { set place_shown($row,$part) }]} continue
+        if {[is_place_row $row $values]} { dict set changed $row $values }
+        foreach part {0 1 2} {
+            if {![dict exists $changed $row]} { set place_value($row,$part) $place_shown($row,$part) }
+            set place_shown($row,$part) $place_value($row,$part)
+        }
+    }
+    if {[dict size $changed] == 0} return
+    edit_alone viewer::put_models $place_ids $changed
+}
+
+proc viewer::is_place_row {row values} {
     variable NUMBER
     variable ANGLE
-    set ids [selected_models]
-    if {[llength $ids] == 0} return
-    set values {}
-    foreach part {0 1 2} {
-        set value [string trim $place_value($row,$part)]
-        if {![regexp "^[expr {$row eq "turn" ? $ANGLE : $NUMBER}]\$" $value]} {
-            refresh_place
-            return
-        }
-        lappend values $value
+    foreach value $values {
+        if {![regexp "^[expr {$row eq "turn" ? $ANGLE : $NUMBER}]\$" $value]} { return 0 }
     }
-    set old [dict get [model_of_id [lindex $ids 0]] placement]
-    if {[dict exists $old $row] && [dict get $old $row] eq $values} return
+    return 1
+}
+
+# Gives models these rows of their places, each beside its own other ones.
+proc viewer::put_models {ids changed} {
+    variable selection_waits
     foreach id $ids {
-        set placement [dict get [model_of_id $id] placement]
-        dict set placement $row $values
-        put_model $id $placement
+        if {[model_of_id $id] ne {}} { put_model $id [dict merge [placement_of $id] $changed] }
     }
-    tree_selected
-    measure_view
+    # Each was selected by itself meanwhile.
+    set selection_waits 1
+    measure_scene
     draw_soon
 }
 
-# Gives a model its place. The centre and the axis belong to the selection, which forgets them when it is cleared.
+# The centre and the axis belong to the selection, which forgets them when it is cleared.
 proc viewer::put_model {id placement} {
-    set_model $id placement $placement
-    select_only $id
-    sorvel select translate {*}[dict get $placement move]
-    sorvel select scale {*}[dict get $placement scale]
+    variable turns_of
+    sorvel select clear
+    sorvel select model $id
+    foreach {row word} {move translate scale scale} {
+        # What the library told may have an exponent, which its older verbs do not read.
+        sorvel select $word {*}[lmap value [dict get $placement $row] {
+            expr {[string match *e* $value] ? [plain $value] : $value}
+        }]
+    }
     foreach {row word} {pivot centre axis axis} {
-        if {[dict exists $placement $row] && [dict get $placement $row] ne {0 0 0}} {
-            sorvel select rotate $word {*}[dict get $placement $row]
-        }
+        if {[dict get $placement $row] ne {0 0 0}} { sorvel select rotate $word {*}[dict get $placement $row] }
     }
     sorvel select rotate {*}[dict get $placement turn]
+    set turns_of($id) [dict create rotation [dict get [sorvel scene placement $id] rotation] turn [dict get $placement turn] \
+        pivot [dict get $placement pivot] axis [dict get $placement axis]]
 }
 
 proc viewer::turn_about_middle {} {
@@ -108,12 +148,13 @@ proc viewer::turn_about_middle {} {
     set middle [numbers [ask select centre]]
     if {[llength $middle] != 3} return
     foreach part {0 1 2} value $middle { set place_value(pivot,$part) [short_number $value] }
-    apply_place pivot
+    commit_place
 }
 
 proc viewer::reset_place {} {
-    variable REST_PLACE
-    foreach id [selected_models] { put_model $id $REST_PLACE }
-    tree_selected
-    draw_soon
+    variable place_ids
+    variable PLACE_ROWS
+    set rest {}
+    foreach {row text values help} $PLACE_ROWS { dict set rest $row $values }
+    edit_alone viewer::put_models $place_ids $rest
 }

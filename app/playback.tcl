@@ -10,9 +10,6 @@ namespace eval viewer {
     variable MOST_LATE 4         ;# steps made at once
     variable range {}            ;# first and last second, or nothing for all of it
     variable slider_time 0.0
-    variable slider_wanted {}    ;# where the hand moved it to last
-    variable seeking             ;# there while the clock is set to that
-    variable slider_set 0        ;# 1 while the slider is moved by the clock
     variable play_text Play
     variable range_text {}
 }
@@ -35,6 +32,7 @@ proc viewer::build_player {} {
     ttk::spinbox .player.rate -from 1 -to 60 -width 3 -textvariable ::viewer::rate_entry -command viewer::rate_entered
     bind .player.rate <Return> viewer::rate_entered
     bind .player.rate <FocusOut> viewer::rate_entered
+    bind .player.rate <Escape> { set ::viewer::rate_entry $::viewer::anim_rate; viewer::focus_view; break }
     ttk::label .player.unit -text "/ s" -style Dim.TLabel
     pack .player.range .player.loop .player.unit .player.rate -side right -padx [px 4]
     ttk::scale .player.slider -from 0 -to 1 -variable ::viewer::slider_time -command viewer::slider_moved
@@ -92,19 +90,8 @@ proc viewer::go_to_time {time} {
     draw_soon
 }
 
-# The slider was moved by hand. Moves that come while the clock is being set are taken when that is done.
 proc viewer::slider_moved {value} {
-    variable slider_wanted
-    variable seeking
-    set slider_wanted $value
-    if {[info exists seeking]} return
-    set seeking 1
-    while {$slider_wanted ne {}} {
-        set time $slider_wanted
-        set slider_wanted {}
-        time_seek $time
-    }
-    unset seeking
+    time_seek $value
     show_time
     draw_soon
 }

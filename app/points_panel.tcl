@@ -1,15 +1,15 @@
 # The panel of points: a table, a page at a time, and the values of one point to be edited.
-#
-# The library lists the ids of a model's points only while the list stays below 8,150 characters. Beyond that the
-# pages run over ranges of ids, and the ids that answer are the points.
 
 namespace eval viewer {
     variable PAGE 100
-    variable LARGEST_POINT 32767
-    variable point_ids {}       ;# all ids, or empty when they could not be listed
-    variable page_start 0       ;# index into point_ids, or the first id of the range
+    variable point_ids {}       ;# of all points of the model
+    variable points_of 0        ;# the model or child that they belong to
+    variable page_start 0       ;# index into point_ids
     variable point              ;# the values being edited
-    array set point {id {} x {} y {} z {} nx {} ny {} nz {} transparency {} color {255 255 255}}
+    variable point_before       ;# the same as they were shown
+    variable POINT_EMPTY {id {} x {} y {} z {} nx {} ny {} nz {} transparency {} color {255 255 255}}
+    array set point $POINT_EMPTY
+    array set point_before $POINT_EMPTY
 }
 
 proc viewer::build_points_panel {panel} {
@@ -46,8 +46,8 @@ proc viewer::build_points_panel {panel} {
 
 proc viewer::build_point_fields {panel} {
     foreach {row text names command} {
-        point Place {x y z} viewer::set_point
-        normal Normal {nx ny nz} viewer::set_normal
+        point Place {x y z} viewer::commit_point
+        normal Normal {nx ny nz} viewer::commit_point
     } {
         ttk::label $panel.l$row -text $text -background $::viewer::COLOUR(panel)
         set fields {}
@@ -55,6 +55,7 @@ proc viewer::build_point_fields {panel} {
             ttk::entry $panel.$name -width 5 -textvariable ::viewer::point($name) -justify right
             bind $panel.$name <Return> $command
             bind $panel.$name <FocusOut> $command
+            bind $panel.$name <Escape> { viewer::drop_typed viewer::point_selected; break }
             lappend fields $panel.$name
         }
         grid $panel.l$row {*}$fields -sticky ew -pady 1 -padx 1
@@ -65,50 +66,44 @@ proc viewer::build_point_fields {panel} {
     bind $panel.colour <Button-1> viewer::choose_point_colour
     ttk::label $panel.ltransparency -text "Transparency" -background $::viewer::COLOUR(panel)
     ttk::entry $panel.transparency -width 5 -textvariable ::viewer::point(transparency) -justify right
-    bind $panel.transparency <Return> viewer::set_point_transparency
-    bind $panel.transparency <FocusOut> viewer::set_point_transparency
+    bind $panel.transparency <Return> viewer::commit_point
+    bind $panel.transparency <FocusOut> viewer::commit_point
+    bind $panel.transparency <Escape> { viewer::drop_typed viewer::point_selected; break }
     grid $panel.lcolour $panel.colour - - -sticky ew -pady 1 -padx 1
     grid $panel.ltransparency - - $panel.transparency -sticky ew -pady 1 -padx 1
 }
 
 # ---- the table -----------------------------------------------------------------------------------------------------
 
-# Looks the points of the current model up anew.
+# Looks the points of the current model up anew. Page and point stay where it has them still.
 proc viewer::refresh_points {} {
     variable current_id
     variable point_ids
+    variable points_of
     variable page_start
+    set chosen [expr {$points_of eq $current_id ? [lindex [.side.points.table selection] 0] : {}}]
     set point_ids {}
-    if {$current_id != 0} { set point_ids [lsort -integer [numbers [ask get vertex list]]] }
-    set page_start [expr {[llength $point_ids] > 0 ? 0 : 1}]
+    if {$current_id ne "0"} { catch { set point_ids [sorvel scene points $current_id] } }
+    if {$points_of ne $current_id || $page_start >= [llength $point_ids]} { set page_start 0 }
+    set points_of $current_id
     fill_page
+    if {$chosen ne {} && [.side.points.table exists $chosen]} { .side.points.table selection set [list $chosen] }
+    point_selected
 }
 
 proc viewer::fill_page {} {
-    variable current_id
+    variable points_of
     variable point_ids
     variable page_start
     variable PAGE
     set panel .side.points
+    commit_point
     $panel.table delete [$panel.table children {}]
     clear_point
-    if {$current_id == 0} {
-        $panel.count configure -text {}
-        return
-    }
-    if {[llength $point_ids] > 0} {
-        set ids [lrange $point_ids $page_start [expr {$page_start + $PAGE - 1}]]
-        $panel.count configure -text "[llength $point_ids] points"
-    } else {
-        set ids {}
-        for {set id $page_start} {$id < $page_start + $PAGE} {incr id} { lappend ids $id }
-        $panel.count configure -text "$page_start to [expr {$page_start + $PAGE - 1}]"
-    }
-    foreach id $ids {
-        set place [numbers [ask get vertex point $id]]
-        if {[llength $place] == 3} {
-            $panel.table insert {} end -id $id -values [list $id {*}[lmap part $place { short_number $part }]]
-        }
+    $panel.count configure -text [expr {$points_of eq "0" ? {} : "[llength $point_ids] points"}]
+    foreach id [lrange $point_ids $page_start [expr {$page_start + $PAGE - 1}]] {
+        set place [dict get [sorvel scene point $points_of $id] place]
+        $panel.table insert {} end -id $id -values [list $id {*}[lmap part $place { short_number $part }]]
     }
 }
 
@@ -122,13 +117,8 @@ proc viewer::turn_page {by} {
     variable point_ids
     variable page_start
     variable PAGE
-    variable LARGEST_POINT
-    if {[llength $point_ids] > 0} {
-        set last [expr {([llength $point_ids] - 1) / $PAGE * $PAGE}]
-        set page_start [expr {max(0, min($last, $page_start + $by * $PAGE))}]
-    } else {
-        set page_start [expr {max(1, min($LARGEST_POINT - $PAGE + 1, $page_start + $by * $PAGE))}]
-    }
+    set last [expr {max(0, [llength $point_ids] - 1) / $PAGE * $PAGE}]
+    set page_start [expr {max(0, min($last, $page_start + $by * $PAGE))}]
     fill_page
 }
 
@@ -137,117 +127,113 @@ proc viewer::go_to_point {id} {
     variable point_ids
     variable page_start
     variable PAGE
-    if {![regexp {^\d{1,5}$} $id]} return
+    if {![regexp {^[0-9]{1,9}$} $id]} return
     scan $id %d id
-    if {[llength $point_ids] > 0} {
-        set index [lsearch -integer $point_ids $id]
-        if {$index < 0} {
-            say_status "There is no point $id"
-            return
-        }
-        set page_start [expr {$index / $PAGE * $PAGE}]
-    } else {
-        set page_start [expr {max(1, $id)}]
-    }
-    fill_page
-    if {[.side.points.table exists $id]} {
-        .side.points.table see $id
-        .side.points.table selection set [list $id]
-        point_selected
-    } else {
+    set index [lsearch -integer $point_ids $id]
+    if {$index < 0} {
         say_status "There is no point $id"
+        return
     }
+    set page_start [expr {$index / $PAGE * $PAGE}]
+    fill_page
+    .side.points.table see $id
+    .side.points.table selection set [list $id]
+    point_selected
 }
 
 # ---- one point -----------------------------------------------------------------------------------------------------
 
 proc viewer::clear_point {} {
-    variable point
-    array set point {id {} x {} y {} z {} nx {} ny {} nz {} transparency {} color {255 255 255}}
+    variable POINT_EMPTY
+    show_point $POINT_EMPTY
     foreach name {x y z nx ny nz transparency} { .side.points.$name state disabled }
     .side.points.colour configure -background $::viewer::COLOUR(panel)
 }
 
+proc viewer::show_point {values} {
+    array set ::viewer::point_before $values
+    array set ::viewer::point $values
+}
+
+# What was typed for another point goes to that one first.
 proc viewer::point_selected {} {
-    variable point
+    variable points_of
+    variable can_edit
+    variable point_before
     set id [lindex [.side.points.table selection] 0]
-    if {$id eq {}} {
+    if {$point_before(id) ne $id} commit_point
+    if {$id eq {} || [catch { sorvel scene point $points_of $id } told]} {
         clear_point
         return
     }
-    set point(id) $id
-    foreach {what names} {point {x y z} normal {nx ny nz} transparency transparency} {
-        set values [numbers [ask get vertex $what $id]]
-        foreach name $names value $values { set point($name) [expr {$value eq {} ? {} : [short_number $value]}] }
+    set values [list id $id color [dict get $told colour] transparency [short_number [dict get $told transparency]]]
+    foreach {key names} {place {x y z} normal {nx ny nz}} {
+        foreach name $names value [dict get $told $key] { lappend values $name [short_number $value] }
     }
-    set colour [numbers [ask get vertex color $id]]
-    if {[llength $colour] == 3} { set point(color) $colour }
-    .side.points.colour configure -background [format #%02x%02x%02x {*}[lmap part $point(color) {
-        expr {max(0, min(255, int($part)))}
-    }]]
-    foreach name {x y z nx ny nz transparency} { .side.points.$name state !disabled }
-    array set ::viewer::point_before [array get point]
+    show_point $values
+    .side.points.colour configure -background [format #%02x%02x%02x {*}[dict get $told colour]]
+    foreach name {x y z nx ny nz transparency} { .side.points.$name state [expr {$can_edit ? "!disabled" : "disabled"}] }
 }
 
-# Whether one of these values was changed and all of them are numbers. What is no number goes back.
-proc viewer::point_edited {names} {
+# Sends what was changed in the fields to the point that they show. What is no number goes back.
+proc viewer::commit_point {} {
     variable point
     variable point_before
+    variable points_of
+    variable current_id
     variable NUMBER
-    if {$point(id) eq {}} { return 0 }
-    set changed 0
-    foreach name $names {
-        if {![regexp "^$NUMBER\$" $point($name)]} {
-            set point($name) $point_before($name)
-            continue
-        }
-        if {$point($name) ne $point_before($name)} { set changed 1 }
+    if {$point(id) eq {} || $points_of ne $current_id} return
+    foreach name {x y z nx ny nz transparency} {
+        if {![regexp "^$NUMBER\$" $point($name)]} { set point($name) $point_before($name) }
     }
-    return $changed
+    array set typed [array get point]
+    array set shown [array get point_before]
+    # Before anything is sent: each call may serve the event that comes here again.
+    array set point_before [array get point]
+    if {[array get typed] eq [array get shown]} return
+    edit_alone viewer::send_point [array get typed] [array get shown]
+    point_sent $typed(id)
 }
 
-# Points stand at whole numbers.
-proc viewer::set_point {} {
-    variable point
-    if {![point_edited {x y z}]} return
-    sorvel set vertex point $point(id) $point(x) $point(y) $point(z)
-    point_sent
-}
-
-# The library passes over the fourth word of a normal.
-proc viewer::set_normal {} {
-    variable point
-    if {![point_edited {nx ny nz}]} return
-    sorvel set vertex normal $point(id) $point(nx) $point(ny) 0 $point(nz)
-    point_sent
-}
-
-# Giving a transparency changes the colour too, so the colour is given again.
-proc viewer::set_point_transparency {} {
-    variable point
-    if {![point_edited transparency]} return
-    sorvel set vertex transparency $point(id) $point(transparency)
-    sorvel set vertex color $point(id) {*}$point(color)
-    point_sent
+# Points stand at whole numbers; the library passes over the fourth word of a normal. Giving a transparency changes the
+# colour too, so the colour is given again.
+proc viewer::send_point {typed_values shown_values} {
+    array set typed $typed_values
+    array set shown $shown_values
+    set id $typed(id)
+    if {"$typed(x) $typed(y) $typed(z)" ne "$shown(x) $shown(y) $shown(z)"} {
+        sorvel set vertex point $id $typed(x) $typed(y) $typed(z)
+    }
+    if {"$typed(nx) $typed(ny) $typed(nz)" ne "$shown(nx) $shown(ny) $shown(nz)"} {
+        sorvel set vertex normal $id $typed(nx) $typed(ny) 0 $typed(nz)
+    }
+    if {$typed(transparency) ne $shown(transparency)} {
+        sorvel set vertex transparency $id $typed(transparency)
+        sorvel set vertex color $id {*}$typed(color)
+    }
 }
 
 proc viewer::choose_point_colour {} {
     variable point
-    if {$point(id) eq {}} return
+    variable points_of
+    variable can_edit
+    if {$point(id) eq {} || !$can_edit} return
+    set target [list $points_of $point(id)]
     set chosen [tk_chooseColor -title "Colour of point $point(id)" \
         -initialcolor [.side.points.colour cget -background]]
-    if {$chosen eq {}} return
-    sorvel set vertex color $point(id) {*}[lmap part [winfo rgb . $chosen] { expr {$part / 257} }]
-    point_sent
+    # Another may be selected by now.
+    if {$chosen eq {} || [list $points_of $point(id)] ne $target} return
+    edit set vertex color $point(id) {*}[lmap part [winfo rgb . $chosen] { expr {$part / 257} }]
+    point_sent $point(id)
 }
 
 # Shows what the library made of it.
-proc viewer::point_sent {} {
+proc viewer::point_sent {id} {
     variable point
+    variable points_of
     redraw_edited
-    set id $point(id)
-    point_selected
-    if {[.side.points.table exists $id]} {
-        foreach name {x y z} { .side.points.table set $id $name $point($name) }
+    if {[.side.points.table exists $id] && ![catch { sorvel scene point $points_of $id } told]} {
+        foreach name {x y z} value [dict get $told place] { .side.points.table set $id $name [short_number $value] }
     }
+    if {$point(id) eq $id} point_selected
 }

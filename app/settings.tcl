@@ -12,6 +12,8 @@ namespace eval viewer {
     variable settings_pending 0
     variable settings_kept 1       ;# 0: another file stands where it should be written
     variable MOST_RECENT 10
+    variable MOST_SETTINGS 1000000    ;# bytes
+    variable MOST_VALUE 20000         ;# characters
 
     # name, value at first, what a value must be
     variable SETTINGS {
@@ -57,26 +59,21 @@ proc viewer::read_settings {} {
     variable setting
     variable SETTINGS
     variable settings_word
+    variable MOST_SETTINGS
+    variable MOST_VALUE
     foreach {name value check} $SETTINGS { set setting($name) $value }
     set path [settings_path]
     if {$path eq {} || ![file exists $path]} return
-    if {[catch { parse_settings [read_text_file $path] } found]} {
+    if {[catch { parse_settings [text_of_file $path $MOST_SETTINGS] } found]} {
         set settings_word [set_settings_aside $path]
         return
     }
     foreach {name value check} $SETTINGS {
-        if {[dict exists $found $name] && [$check [dict get $found $name]]} {
-            set setting($name) [dict get $found $name]
-        }
+        if {![dict exists $found $name]} continue
+        set value [dict get $found $name]
+        # Nothing of ours is that long, and a menu or a key of it would take minutes.
+        if {[string length $value] <= $MOST_VALUE && [$check $value]} { set setting($name) $value }
     }
-}
-
-proc viewer::read_text_file {path} {
-    set channel [open [file normalize $path] r]
-    fconfigure $channel -encoding utf-8
-    set text [read $channel]
-    close $channel
-    return $text
 }
 
 # A dict, or an error when the text is not one of ours from its first line to its last.
@@ -126,24 +123,11 @@ proc viewer::write_settings {} {
     set settings_pending 0
     set path [settings_path]
     if {$path eq {} || !$settings_kept} { return "there is no place for settings" }
-    # Two viewers that end at the same time do not write into each other's file.
-    set new $path.new-[pid]
-    set failed [catch {
-        file mkdir [file dirname $path]
-        set channel [open [file normalize $new] w]
-        fconfigure $channel -encoding utf-8 -translation lf
-        puts $channel $SETTINGS_HEADER
-        foreach {name value check} $SETTINGS { puts $channel [list $name $setting($name)] }
-        puts $channel [list end {}]
-        close $channel
-        file rename -force $new $path
-    } message]
-    if {$failed} {
-        catch { close $channel }
-        catch { file delete $new }
-        return $message
-    }
-    return {}
+    if {[catch { file mkdir [file dirname $path] } message]} { return $message }
+    set lines [list $SETTINGS_HEADER]
+    foreach {name value check} $SETTINGS { lappend lines [list $name $setting($name)] }
+    lappend lines [list end {}]
+    return [write_bytes $path [encoding convertto utf-8 "[join $lines \n]\n"]]
 }
 
 # ---- what values must be -------------------------------------------------------------------------------------------

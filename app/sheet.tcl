@@ -19,23 +19,18 @@ proc viewer::batch_sheet {files} {
     set width $SHEET_CELL
     set height [expr {max(20, $SHEET_CELL * $option(height) / $option(width))}]
     set sheet [sheet_page [llength $files] $width $height]
-    # The library keeps the size of a pixel when the view gets another size, so the view is fitted anew by each open.
     batch_size $width $height
     set index -1
     foreach file $files {
         incr index
         set photo {}
-        if {[load_model open $file] == 0} {
+        if {[load_scene open $file] eq {}} {
             # A model that failed for its own picture was told then.
             if {![names_a_folder $option(output)]} batch_failed
         } else {
             start_view
             draw_now
-            set captured [capture]
-            if {$captured ne {}} {
-                set photo [photo_of_tga $captured $width $height]
-                file delete $captured
-            }
+            if {![catch { capture } captured]} { set photo [photo_of_tga $captured $width $height] }
         }
         sheet_cell $sheet $index $photo [file rootname [file tail $file]]
         if {$photo ne {}} { image delete $photo }

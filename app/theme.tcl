@@ -28,6 +28,12 @@ proc viewer::px {pixels} {
     return [expr {round($pixels * $ui_scale)}]
 }
 
+# The other way round: sizes are kept so, to be right on another screen.
+proc viewer::points {pixels} {
+    variable ui_scale
+    return [expr {round($pixels / $ui_scale)}]
+}
+
 proc viewer::apply_theme {scale} {
     variable ui_scale
     variable TEXT_PIXELS
@@ -146,6 +152,8 @@ proc viewer::set_ui_scale {choice} {
         set width [expr {round([winfo width .side] * $ui_scale / $before)}]
         .panes sashpos 0 [expr {min($width, [winfo width .panes] / 2)}]
     }
+    set ::viewer::tools_shown -1
+    after idle viewer::arrange_tools
     axes_changed
     draw_soon
 }

@@ -8,7 +8,6 @@ namespace eval viewer {
     variable turn 0.0
     variable tilt 0.0
     variable free 0            ;# 1: turning about the axes of the screen
-    variable zoom 1.0
     variable ended 0           ;# 1 once the window is gone
     variable draw_state idle   ;# idle, asked, drawing, or again: asked for while drawing
     variable frames 0          ;# pictures drawn
@@ -17,12 +16,13 @@ namespace eval viewer {
     array set moved {turn_x 0 turn_y 0 pan_x 0 pan_y 0 zoom 1.0}
     variable DEGREES_PER_PIXEL 0.4
     variable ZOOM_LIMITS {0.001 100.0}
+    variable SPARE 1.1         ;# the view shows so many times what the points take: a curved surface stands out from them
+    variable MOST_TURNS 72     ;# looked at for a turntable
 }
 
 # Shows the library's view inside the frame .view, which must be on the screen already.
 proc viewer::create_view {} {
     variable option
-    sorvel callback status viewer::on_status
     sorvel callback mouse viewer::on_mouse
     sorvel create window view .view
     set_background [split $option(background) ,]
@@ -156,8 +156,7 @@ proc viewer::set_free {on} {
     variable tilt
     set free $on
     if {$on} return
-    set matrix [numbers [sorvel get matrix view]]
-    if {[llength $matrix] != 16} return
+    set matrix [dict get [sorvel scene view] matrix]
     set turn [expr {atan2(-[lindex $matrix 1], [lindex $matrix 0]) * 180 / acos(-1.0)}]
     set tilt [expr {atan2(-[lindex $matrix 6], [lindex $matrix 10]) * 180 / acos(-1.0)}]
     if {$tilt > 90} { set tilt [expr {$tilt - 360}] }
@@ -168,15 +167,12 @@ proc viewer::set_free {on} {
 # ---- zoom and shift ------------------------------------------------------------------------------------------------
 
 proc viewer::current_zoom {} {
-    set value [lindex [numbers [sorvel get zoom]] 0]
-    return [expr {$value eq {} ? 1.0 : $value}]
+    return [dict get [sorvel scene view] zoom]
 }
 
 proc viewer::set_zoom {value} {
-    variable zoom
     variable ZOOM_LIMITS
-    set zoom [expr {max([lindex $ZOOM_LIMITS 0], min([lindex $ZOOM_LIMITS 1], $value))}]
-    sorvel set view zoom [plain $zoom]
+    sorvel set view zoom [plain [expr {max([lindex $ZOOM_LIMITS 0], min([lindex $ZOOM_LIMITS 1], $value))}]]
     draw_soon
 }
 
@@ -192,12 +188,45 @@ proc viewer::zoom_by {factor {x {}} {y {}}} {
     if {abs($dx) > 1e-3 || abs($dy) > 1e-3} { sorvel set view pan [plain $dx] [plain $dy] }
 }
 
-# The whole scene, in the middle.
-proc viewer::fit {} {
-    sorvel set view centre
-    sorvel set pan 0 0
-    measure_view
-    set_zoom [fitting_zoom]
+# The whole scene, in the middle; with a number of turns, so that it is whole in each of them once round. The zoom follows
+# from what the view sees: the library's own fit takes the largest side of a model for what it shows of it.
+proc viewer::fit {{turns 1}} {
+    variable SPARE
+    apply_movement
+    set box [sorvel scene bounds]
+    if {[dict get $box low] eq {}} {
+        centre
+        return
+    }
+    sorvel set focus {*}[lmap a [dict get $box low] b [dict get $box high] { plain [expr {($a + $b) / 2}] }]
+    lassign {0 0} x y
+    if {$turns == 1} {
+        lassign [dict get [sorvel scene bounds] seen] left bottom right top
+        lassign [list [expr {($left + $right) / 2}] [expr {($bottom + $top) / 2}]] x y
+    }
+    sorvel set pan [plain $x] [plain $y]
+    set wanted [needed_unit $x $y]
+    for {set turn 1} {$turn < $turns} {incr turn} {
+        turn_by [expr {360.0 / $turns}] 0
+        set wanted [expr {max($wanted, [needed_unit $x $y])}]
+    }
+    if {$turns > 1} { turn_by [expr {360.0 / $turns}] 0 }
+    set view [sorvel scene view]
+    set unit [dict get $view unit]
+    if {$wanted > 0 && $unit > 0} {
+        set_zoom [expr {[dict get $view zoom] * $wanted * $SPARE / $unit}]
+    } else {
+        set_zoom 1.0
+    }
+}
+
+# Units of the world that a pixel has to show for all of the scene to be seen about a place of the view's plane.
+proc viewer::needed_unit {x y} {
+    lassign [dict get [sorvel scene view] size] width height
+    lassign [dict get [sorvel scene bounds] seen] left bottom right top
+    if {$top eq {}} { return 0 }
+    return [expr {max(2.0 * max(abs($left - $x), abs($right - $x)) / max(1, $width),
+        2.0 * max(abs($bottom - $y), abs($top - $y)) / max(1, $height))}]
 }
 
 proc viewer::centre {} {
@@ -214,32 +243,13 @@ proc viewer::centre_at {x y} {
     draw_soon
 }
 
-# ---- the view around a load ----------------------------------------------------------------------------------------
-
-# What the user sees of the view, to be found again after a reload: world units for each pixel stand for the zoom.
-proc viewer::remember_view {} {
-    variable unit_per_pixel
-    apply_movement
-    measure_view
-    return [dict create matrix [numbers [sorvel get matrix view]] pan [numbers [sorvel get pan]] \
-        scale [expr {$unit_per_pixel * [current_zoom]}]]
-}
-
-proc viewer::restore_view {view} {
-    variable unit_per_pixel
-    measure_view
-    if {[llength [dict get $view matrix]] == 16} { sorvel set matrix view {*}[dict get $view matrix] }
-    if {$unit_per_pixel > 0} { set_zoom [expr {[dict get $view scale] / $unit_per_pixel}] }
-    sorvel set pan {*}[dict get $view pan]
-    draw_soon
-}
-
 # The view of a scene just opened: as the command line wants it.
 proc viewer::start_view {} {
     variable option
+    variable MOST_TURNS
     aim $option(view)
     turn_by {*}[split $option(rotate) ,]
-    fit
+    fit [expr {$option(turntable) eq {} ? 1 : min([scan $option(turntable) %d], $MOST_TURNS)}]
     set_zoom [expr {[current_zoom] * $option(zoom)}]
 }
 

@@ -3,7 +3,7 @@
 
 namespace eval viewer {
     variable app_folder [file dirname [file normalize [info script]]]
-    variable COMMON_FILES {options library clock links scene view mouse pictures}
+    variable COMMON_FILES {options files library scene view mouse pictures}
     variable BATCH_FILES {batch sheet}
     variable WINDOW_FILES {settings theme commands menus window notices panels layer_panel points_panel place_panel
         axes playback watch documents help dialogs}

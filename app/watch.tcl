@@ -5,20 +5,16 @@ namespace eval viewer {
     variable watched {}          ;# the mark of each file when it was loaded
     variable watch_seen {}       ;# the marks at the last look
     variable WATCH_INTERVAL 400  ;# milliseconds
+    variable MOST_MARKED 50000000    ;# bytes of a file that are looked at
     variable YOUNG 3             ;# seconds: two changes in one second leave the same time
 }
 
 # What a file looks like from outside; of one changed just now its content too, because times are whole seconds.
 proc viewer::mark_of_file {path} {
     variable YOUNG
+    variable MOST_MARKED
     if {[catch { list [file mtime $path] [file size $path] } mark]} { return gone }
-    if {[clock seconds] - [lindex $mark 0] <= $YOUNG && [lindex $mark 1] < 50000000 && [file isfile $path]} {
-        catch {
-            set channel [open [file normalize $path] rb]
-            lappend mark [zlib crc32 [read $channel]]
-            close $channel
-        }
-    }
+    if {[clock seconds] - [lindex $mark 0] <= $YOUNG} { catch { lappend mark [zlib crc32 [read_bytes $path $MOST_MARKED]] } }
     return $mark
 }
 
@@ -27,17 +23,20 @@ proc viewer::watch_scene {} {
     variable watches
     variable watched
     variable watch_seen
-    variable wanted
-    variable failure
     set marks {}
     if {$watches} {
-        set files [files_of_scene]
-        foreach entry $wanted { lappend files [dict get $entry path] }
-        if {[dict exists $failure file]} { lappend files [dict get $failure file] }
+        set files [failed_files]
+        foreach entry [sorvel scene files] { lappend files [dict get $entry path] }
         foreach file $files { dict set marks $file [mark_of_file $file] }
     }
     set watched $marks
     set watch_seen $marks
+}
+
+proc viewer::failed_files {} {
+    variable failure
+    if {$failure eq {}} { return {} }
+    return [list [dict get $failure file] [dict get $failure path]]
 }
 
 proc viewer::watch_tick {} {
@@ -52,15 +51,24 @@ proc viewer::look_at_files {} {
     variable watched
     variable watch_seen
     set now {}
-    set changed 0
+    set changed {}
     foreach file [dict keys $watched] {
         set mark [mark_of_file $file]
         dict set now $file $mark
-        if {![same_mark $mark [dict get $watched $file]]} { set changed 1 }
+        if {![same_mark $mark [dict get $watched $file]]} { lappend changed $file }
     }
     set still [expr {$now eq $watch_seen}]
     set watch_seen $now
-    if {$changed && $still} reload_scene
+    if {[llength $changed] == 0 || !$still} return
+    # A load that somebody does not want is asked about once.
+    set watched $now
+    foreach file [failed_files] {
+        if {$file in $changed} {
+            retry
+            return
+        }
+    }
+    reload_scene
 }
 
 # A file that grew old since the last look has lost the third part of its mark.

@@ -195,15 +195,6 @@ bool stage_again(const Session* session, const Again& again, Staged* models, Sta
     return !again.list || stage_list(session->animation_path, base, list);
 }
 
-int64_t tree_changes(const Model* model) {
-    if (model == nullptr) { return 0; }
-    int64_t changes = model->changes;
-    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (!link.borrowed) { changes += tree_changes(link.model); }
-    }
-    return changes;
-}
-
 void exchange_models(Session* session, const Again& again, Staged* models, std::vector<LostPart>* lost) {
     const std::vector<RootModel> fresh = std::exchange(models->roots, {});
     for (size_t i = 0; i < fresh.size(); ++i) {
@@ -249,10 +240,10 @@ bool refuse(const char* kind, const std::string& text) {
 int64_t changes_to_lose(const Session* session, const Again& again) {
     int64_t changes = 0;
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
-        if (root.row > 0 && again.list) { changes += tree_changes(root.model); }
+        if (root.row > 0 && again.list) { changes += model_tree_changes(root.model); }
     }
     for (const int32_t key : again.keys) {
-        changes += tree_changes(list_find<RootModel>(&session->root_models, key)->model);
+        changes += model_tree_changes(list_find<RootModel>(&session->root_models, key)->model);
     }
     return changes;
 }
@@ -336,6 +327,15 @@ bool scene_reload(Application* app, int32_t id, bool force, SceneLoad* out) {
     fill_result(session, ids, out);
     report_replaced(session);
     return true;
+}
+
+int64_t model_tree_changes(const Model* model) {
+    if (model == nullptr) { return 0; }
+    int64_t changes = model->changes;
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (!link.borrowed) { changes += model_tree_changes(link.model); }
+    }
+    return changes;
 }
 
 int64_t model_tree_triangles(const Model* model) {

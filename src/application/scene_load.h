@@ -34,6 +34,9 @@ bool scene_add(Application* app, const char* path, SceneLoad* out);
 // first report is what changed it.
 bool scene_reload(Application* app, int32_t id, bool force, SceneLoad* out);
 
+// Changes to a model and the children that were read with it; 0 for null.
+int64_t model_tree_changes(const Model* model);
+
 // Triangles of a model and all below it, as told above.
 int64_t model_tree_triangles(const Model* model);
 

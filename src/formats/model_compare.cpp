@@ -53,9 +53,9 @@ bool note_flag(Comparison& found, const std::string& where, const char* field, i
 }
 
 template <typename Element>
-std::vector<Element*> elements_of(const KeyedList& list) {
-    std::vector<Element*> elements;
-    for (Element& element : list_elements<Element>(list)) { elements.push_back(&element); }
+std::vector<const Element*> elements_of(const KeyedList& list) {
+    std::vector<const Element*> elements;
+    for (const Element& element : list_elements<Element>(list)) { elements.push_back(&element); }
     return elements;
 }
 
@@ -63,8 +63,8 @@ std::vector<Element*> elements_of(const KeyedList& list) {
 template <typename Element, typename Look>
 bool note_list(Comparison& found, const std::string& where, const char* plural, const KeyedList& a, const KeyedList& b,
                const Look& look) {
-    const std::vector<Element*> first = elements_of<Element>(a);
-    const std::vector<Element*> second = elements_of<Element>(b);
+    const std::vector<const Element*> first = elements_of<Element>(a);
+    const std::vector<const Element*> second = elements_of<Element>(b);
     if (note(found, where, plural, static_cast<int64_t>(first.size()), static_cast<int64_t>(second.size()))) {
         return true;
     }
@@ -148,14 +148,14 @@ bool note_point(Comparison& found, const Skeletons& skeletons, const std::string
 }
 
 bool note_points(Comparison& found, const Skeletons& skeletons, const Model& a, const Model& b) {
-    const ListElements<Point> points = list_elements<Point>(a.points);
+    const auto points = list_elements<Point>(a.points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         const std::string where = "point " + std::to_string(point.int_key()) + ": ";
         const Point* other = list_find<Point>(&b.points, point.int_key());
         if (other == nullptr) { return differ(found, where + "only the first has it"); }
         if (note_point(found, skeletons, where, *point, *other)) { return true; }
     }
-    const ListElements<Point> others = list_elements<Point>(b.points);
+    const auto others = list_elements<Point>(b.points);
     for (auto point = others.begin(); point != others.end(); ++point) {
         if (list_find(&a.points, point.int_key()) == nullptr) {
             return differ(found, "point " + std::to_string(point.int_key()) + ": only the second has it");
@@ -222,7 +222,7 @@ bool note_primitives(Comparison& found, const std::string& where, const Layer& a
 }
 
 bool note_uvees(Comparison& found, const std::string& where, const Layer& a, const Layer& b) {
-    const ListElements<Uvee> uvees = list_elements<Uvee>(a.uvees);
+    const auto uvees = list_elements<Uvee>(a.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         const std::string point = where + "uvee of point " + std::to_string(uvee.int_key()) + ": ";
         const Uvee* other = list_find<Uvee>(&b.uvees, uvee.int_key());

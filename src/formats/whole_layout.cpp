@@ -26,7 +26,7 @@ bool lay_as_it_stands(const Model& model, WholeLayout* layout) {
     bool right = blends_can_be_written(model);
     size_t dealt = 0;
     deal_points(
-        model, [](Joint&) {},
+        model, [](const Joint&) {},
         [&](const Point& point, const Joint* joint_a, const Joint* joint_b) {
             right = right && point.joint_a == joint_a && point.joint_b == joint_b;
             ++dealt;
@@ -36,7 +36,7 @@ bool lay_as_it_stands(const Model& model, WholeLayout* layout) {
     for (const BlendWeight& blend : list_elements<BlendWeight>(model.blends)) {
         layout->blends.push_back(LaidBlend{&blend, blend.point_count});
     }
-    const ListElements<Point> points = list_elements<Point>(model.points);
+    const auto points = list_elements<Point>(model.points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         const bool own = layout->points.size() >= dealt && (point->joint_a != nullptr || point->joint_b != nullptr);
         layout->points.push_back(LaidPoint{point.int_key(), &*point, own});
@@ -58,7 +58,7 @@ size_t add_group(Groups& groups, const Joint* joint_a, const Joint* joint_b) {
 
 void sort_points(Groups& groups, const Model& model) {
     groups.groups.emplace_back();
-    const ListElements<Point> points = list_elements<Point>(model.points);
+    const auto points = list_elements<Point>(model.points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         const auto group = groups.by_joints.find(JointPair{point->joint_a, point->joint_b});
         const bool dealt = group != groups.by_joints.end();
@@ -106,7 +106,7 @@ void model_settle_counts(Model* model) {
     auto count = layout.joint_counts.begin();
     for (Joint& joint : list_elements<Joint>(model->joints)) { joint.point_count = *count++; }
     auto laid = layout.blends.begin();
-    const ListElements<BlendWeight> blends = list_elements<BlendWeight>(model->blends);
+    const auto blends = list_elements<BlendWeight>(model->blends);
     for (auto blend = blends.begin(); blend != blends.end(); ++blend) {
         if (laid != layout.blends.end() && laid->blend == &*blend) {
             blend->point_count = laid->count;

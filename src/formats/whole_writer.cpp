@@ -36,6 +36,16 @@ constexpr float REPEAT_MAX = 128.0f;
 constexpr int DEFAULT_CURVE_TYPE[] = {3, 4};  // of a triangle and of a quad
 constexpr unsigned char DEFAULT_COLOUR[] = {127, 127, 127, 0};
 
+std::vector<int32_t> ids_by_low_half(const Model& model) {
+    std::vector<int32_t> ids(UINT16_MAX + 1, 0);
+    const auto points = list_elements<Point>(model.points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
+        int32_t& known = ids[static_cast<size_t>(point.int_key() & 0xFFFF)];
+        known = known == 0 ? point.int_key() : std::min(known, point.int_key());
+    }
+    return ids;
+}
+
 struct WholeWriter {
     const Model& model;
     std::string text;
@@ -43,6 +53,11 @@ struct WholeWriter {
     TextOutput out;               // into the line
     std::string refusal;          // the first reason
     std::vector<int32_t> by_low;  // by the low 16 bits: the lowest id of a point that has them, 0 for none
+
+    explicit WholeWriter(const Model& written)
+        : model(written), out(text_output_to_string(&line)), by_low(ids_by_low_half(written)) {}
+    WholeWriter(const WholeWriter&) = delete;
+    WholeWriter& operator=(const WholeWriter&) = delete;
 };
 
 void refuse(WholeWriter& writer, const std::string& reason) {
@@ -315,7 +330,7 @@ void put_surface(WholeWriter& writer, const std::string& of, const Surface& surf
 
 void put_uvees(WholeWriter& writer, const std::string& of, const Layer& layer) {
     if (list_count(&layer.uvees) > 0) { writer.text += "uvees\n"; }
-    const ListElements<Uvee> uvees = list_elements<Uvee>(layer.uvees);
+    const auto uvees = list_elements<Uvee>(layer.uvees);
     for (auto uvee = uvees.begin(); uvee != uvees.end(); ++uvee) {
         const int32_t id = uvee.int_key();
         const std::string place = of + "texture coordinates of point " + std::to_string(id) + ": ";
@@ -484,24 +499,13 @@ void put_model(WholeWriter& writer, const char* file_name) {
     for (const ChildLink& link : list_elements<ChildLink>(writer.model.children)) { put_child(writer, link); }
 }
 
-std::vector<int32_t> ids_by_low_half(const Model& model) {
-    std::vector<int32_t> ids(UINT16_MAX + 1, 0);
-    const ListElements<Point> points = list_elements<Point>(model.points);
-    for (auto point = points.begin(); point != points.end(); ++point) {
-        int32_t& known = ids[static_cast<size_t>(point.int_key() & 0xFFFF)];
-        known = known == 0 ? point.int_key() : std::min(known, point.int_key());
-    }
-    return ids;
-}
-
 }  // namespace
 
 std::string model_write_whole(const Model* model, const char* file_name, std::string* refused) {
     std::string reason = model == nullptr ? "no model" : "";
     std::string text;
     if (model != nullptr) {
-        WholeWriter writer{*model, {}, {}, {}, {}, ids_by_low_half(*model)};
-        writer.out = text_output_to_string(&writer.line);
+        WholeWriter writer(*model);
         put_model(writer, file_name);
         reason = writer.refusal;
         text = writer.refusal.empty() ? std::move(writer.text) : std::string();

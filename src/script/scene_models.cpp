@@ -3,14 +3,17 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "application/application.h"
+#include "application/scene_load.h"
 #include "formats/model_writer.h"
 #include "foundation/file_access.h"
 #include "motion/placement_text.h"
 #include "motion/transform_state.h"
 #include "render/vertex.h"
+#include "render/view_matrices.h"
 #include "scene/layer.h"
 #include "scene/model.h"
 #include "script/scene_call.h"
@@ -21,11 +24,20 @@ namespace pelt {
 namespace {
 
 constexpr float GOURAUD_MOST = 255.0f;
+constexpr float FAR = std::numeric_limits<float>::infinity();
+constexpr Vec3 NOWHERE_LOW{FAR, FAR, FAR};
+constexpr Vec3 NOWHERE_HIGH{-FAR, -FAR, -FAR};
 constexpr const char* SLOT_WORDS[LAYER_IMAGE_SLOTS] = {"base", "mirror", "reflection"};
 
 Session* session() { return &application()->session; }
 
 Tcl_Obj* reply_count(int32_t count) { return reply_int(count); }
+
+// A model on the way down to the one in hand.
+struct ModelAbove {
+    const Model* model;
+    const ModelAbove* above;
+};
 
 // ---- the tree ----
 
@@ -99,7 +111,8 @@ Tcl_Obj* ask_tree(const SceneWords&) {
         entry.add("id", reply_int(state != nullptr ? state->id : 0))
             .add("name", reply_text(root.model->name))
             .add("file", reply_text(model_file(root.model)))
-            .add("row", reply_int(root.row));
+            .add("row", reply_int(root.row))
+            .add("changes", reply_int(model_tree_changes(root.model)));
         add_model(root.model, 0, &entry);
         roots.add(entry.value());
     }
@@ -313,6 +326,95 @@ Tcl_Obj* ask_joints(const SceneWords& words) {
     return joints.value();
 }
 
+// ---- what is shown ----
+
+// The box around what a frame shows, in the world and as the view is turned.
+class ShownBox {
+public:
+    explicit ShownBox(Session* session) : session_(session) { view_get_matrix(&application()->view, &turn_); }
+
+    void add_model(Model* model, Mat4 place, const ModelAbove* above);
+    Tcl_Obj* value() const;
+
+private:
+    void add_point(const Vec3& point, const Mat4& place);
+    void add_mirrored(const Model* model, const Layer& layer, const Mat4& place);
+
+    Session* session_;
+    Mat4 turn_{};
+    Vec3 low_ = NOWHERE_LOW, high_ = NOWHERE_HIGH;
+    Vec3 seen_low_ = NOWHERE_LOW, seen_high_ = NOWHERE_HIGH;
+};
+
+void ShownBox::add_point(const Vec3& point, const Mat4& place) {
+    Vec3 world;
+    mat_transform_point(&place, &point, &world);
+    if (!std::isfinite(world.x) || !std::isfinite(world.y) || !std::isfinite(world.z)) { return; }
+    box_take_in(world, &low_, &high_);
+    const Vec3& focus = application()->view.focus;
+    const Vec3 from_focus{world.x - focus.x, world.y - focus.y, world.z - focus.z};
+    Vec3 seen;
+    mat_transform_point(&turn_, &from_focus, &seen);
+    box_take_in(seen, &seen_low_, &seen_high_);
+}
+
+void ShownBox::add_mirrored(const Model* model, const Layer& layer, const Mat4& place) {
+    Mat4 mirrored = place;
+    mat_scale(&mirrored, layer.mirror_axis == AXIS_X ? -1.0f : 1.0f, layer.mirror_axis == AXIS_Y ? -1.0f : 1.0f,
+              layer.mirror_axis == AXIS_Z ? -1.0f : 1.0f);
+    for_each_corner(layer, [&](int32_t id) {
+        const Point* point = list_find<const Point>(&model->points, id);
+        if (point != nullptr) { add_point(*point_posed_position(session_, point), mirrored); }
+    });
+}
+
+// Goes the way that a frame goes: a lent model may lead back to one that is being drawn.
+void ShownBox::add_model(Model* model, Mat4 place, const ModelAbove* above) {
+    int depth = 0;
+    for (const ModelAbove* each = above; each != nullptr; each = each->above, ++depth) {
+        if (each->model == model) { return; }
+    }
+    if (model == nullptr || depth > MODEL_TREE_DEPTH_LIMIT) { return; }
+    const ModelState* state = list_at<const ModelState>(&session_->model_states, model->state_index, 0);
+    if (state != nullptr) { mat_multiply(&state->matrix, &place, &place); }
+    for (const Point& point : list_elements<Point>(model->points)) {
+        add_point(*point_posed_position(session_, &point), place);
+    }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+        if (layer.mirror != 0 && session_->display_mirror != 0) { add_mirrored(model, layer, place); }
+    }
+    const ModelAbove level{model, above};
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        const ChildState* child = child_state(session_, &link);
+        if (child == nullptr) { continue; }
+        Mat4 below;
+        mat_multiply(&child->matrix, &place, &below);
+        add_model(link.model, below, &level);
+    }
+}
+
+Tcl_Obj* ShownBox::value() const {
+    ReplyList low, high, seen;
+    if (low_.x <= high_.x) {
+        for (const float value : {low_.x, low_.y, low_.z}) { low.add(reply_real(value)); }
+        for (const float value : {high_.x, high_.y, high_.z}) { high.add(reply_real(value)); }
+        for (const float value : {seen_low_.x, seen_low_.y, seen_high_.x, seen_high_.y}) {
+            seen.add(reply_real(value));
+        }
+    }
+    return ReplyList().add("low", low.value()).add("high", high.value()).add("seen", seen.value()).value();
+}
+
+Tcl_Obj* ask_bounds(const SceneWords&) {
+    ShownBox box(session());
+    Mat4 world;
+    mat_identity(&world);
+    for (const RootModel& root : list_elements<RootModel>(session()->root_models)) {
+        box.add_model(root.model, world, nullptr);
+    }
+    return box.value();
+}
+
 constexpr SceneForm FORMS[] = {
     {"tree", "", 0, 0, "the models of the scene with their layers and children", ask_tree},
     {"layer", "ID NAME", 2, 2, "everything known of a layer", ask_layer},
@@ -321,6 +423,7 @@ constexpr SceneForm FORMS[] = {
     {"placement", "ID", 1, 1, "where a model or a child stands", ask_placement},
     {"joints", "ID", 1, 1, "the joints of a model", ask_joints},
     {"images", "ID", 1, 1, "the images of a model's layers", ask_images},
+    {"bounds", "", 0, 0, "the box around all that is shown", ask_bounds},
 };
 
 }  // namespace

@@ -144,3 +144,67 @@ proc read_text {path} {
     close $channel
     return $text
 }
+
+# ---- a person at the keyboard ------------------------------------------------------------------------------------
+
+# Clicks into the middle of a widget, or at a place in it.
+proc click_on {widget {x {}} {y {}}} {
+    update
+    if {$x eq {}} { lassign [list [expr {[winfo width $widget] / 2}] [expr {[winfo height $widget] / 2}]] x y }
+    xdotool mousemove [expr {[winfo rootx $widget] + $x}] [expr {[winfo rooty $widget] + $y}]
+    serve 40
+    xdotool click 1
+    settle 60
+}
+
+# Clicks on a row of a tree or table.
+proc click_row {tree row} {
+    $tree see $row
+    update
+    lassign [$tree bbox $row] x y width height
+    click_on $tree [expr {$x + $width / 2}] [expr {$y + $height / 2}]
+}
+
+# Presses keys as X names them, one after the other, wherever the keyboard is.
+proc type_keys {args} {
+    foreach key $args { xdotool key $key }
+    settle 60
+}
+
+# Types into a field in the place of what it holds, and sends nothing.
+proc type_into {field text} {
+    click_on $field
+    xdotool key ctrl+a
+    xdotool type $text
+    settle 60
+}
+
+# Does something that asks a question, which is answered with these keys. The text of the question, or nothing.
+proc answering {keys script} {
+    set ::question {}
+    set ::answers_left 40
+    after 200 [list answer_question $keys]
+    uplevel 1 $script
+    serve_until {![winfo exists .ask]}
+    after cancel [list answer_question $keys]
+    settle
+    return $::question
+}
+
+# Waits for the question. One that the keys do not answer is closed in the end, for the test to fail and not to hang.
+proc answer_question {keys} {
+    after 50 [list answer_question $keys]
+    if {![winfo exists .ask.hint] || ![winfo viewable .ask]} return
+    if {$::question eq {}} {
+        set ::question [.ask.hint cget -text]
+        # Without a window manager the keyboard is where the pointer is.
+        xdotool mousemove [expr {[winfo rootx .ask] + 5}] [expr {[winfo rooty .ask] + 5}]
+        after 100 [list type_answer $keys]
+    } elseif {[incr ::answers_left -1] < 0} {
+        set ::question "not answered: $::question"
+        destroy .ask
+    }
+}
+proc type_answer {keys} {
+    foreach key $keys { xdotool key $key }
+}
