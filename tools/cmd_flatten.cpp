@@ -113,7 +113,8 @@ void add_flatten(CLI::App& program, int* status) {
         "  uvees          texture coordinates are stored point by point\n"
         "  renumber       points are put in joint order and numbered from 1 (models with joints)\n"
         "New points have whole coordinates. A step that would need point ids above 32767 is refused, and nothing is\n"
-        "written. What the format cannot hold is named in warnings, as by pelt-model write.\n\n"
+        "written; so is what no file can hold, unless --lay-out described writes it with its losses, as pelt-model\n"
+        "write does.\n\n"
         "Examples:\n"
         "  pelt-model flatten models/figure.mod -o models/flat.mod\n"
         "  pelt-model flatten models/duck.mod -o models/half.mod --only mirror,tessellate\n");

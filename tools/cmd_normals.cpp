@@ -19,6 +19,7 @@ int run_normals(const NormalsOptions& options) {
     const ModelOwner model = load_model(options.input);
     if (model == nullptr) { return STATUS_BAD_MODEL; }
     model_rebuild_finite_normals(model.get());
+    model->has_normals = list_count(&model->points) > 0 ? 1 : 0;  // those that were made are its own now
     if (options.curved) { model_make_curved(model.get()); }
     return save_model(model.get(), options.input, options.output);
 }

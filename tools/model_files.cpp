@@ -9,6 +9,8 @@
 #include "console.h"
 #include "formats/model_reader.h"
 #include "formats/model_writer.h"
+#include "formats/whole_layout.h"
+#include "formats/whole_writer.h"
 #include "foundation/file_access.h"
 #include "model_check.h"
 #include "output_file.h"
@@ -35,10 +37,27 @@ void count_points_of_joints(Model* model) {
     for (Joint& joint : list_elements<Joint>(model->joints)) { joint.point_count = named[&joint]; }
 }
 
+constexpr const char* WHOLE = "whole";
+constexpr const char* DESCRIBED = "described";
+
+// The image files that the written model names. The described lay-out names no reflection maps.
+std::set<std::string> image_names(const Model* model, bool with_reflections) {
+    std::set<std::string> names;
+    for (const Layer& layer : list_elements<Layer>(model->layers)) {
+        if (const LayerImage* image = layer_first_image(&layer)) {
+            for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) { names.insert(image->names[slot]); }
+            if (with_reflections) { names.insert(image->names[IMAGE_SLOT_REFLECTION]); }
+        }
+    }
+    names.erase("");
+    return names;
+}
+
 // Images and children are looked for in the directory of the file that names them.
-void warn_of_missing_files(const Model* model, const std::string& input, const std::string& output) {
+void warn_of_missing_files(const Model* model, const std::string& input, const ModelOutput& to) {
+    const std::string& output = to.path;
     const std::string directory = name_of(path_of(output).parent_path());
-    std::set<std::string> names = image_names(model);
+    std::set<std::string> names = image_names(model, to.lay_out == WHOLE);
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         names.insert(std::string(link.name) + ".mod");
     }
@@ -47,6 +66,32 @@ void warn_of_missing_files(const Model* model, const std::string& input, const s
             print_warning(input, name + " is not in the directory of " + output + ", where it will be looked for");
         }
     }
+}
+
+struct WrittenText {
+    bool can_be_written;
+    std::string text;
+    std::string not_read_back;  // the reason, empty when it does
+};
+
+WrittenText write_described(Model* model, const std::string& input, const ModelOutput& output) {
+    count_points_of_joints(model);
+    const std::string text = model_write_text(model, file_part(output.path).c_str());
+    const std::string refusal = refusal_of_text(text, model);
+    warn_of_losses(model, input, !refusal.empty());
+    return {true, text, refusal};
+}
+
+WrittenText write_whole(Model* model, const ModelOutput& output) {
+    model_settle_counts(model);
+    std::string refused;
+    const std::string text = model_write_whole(model, file_part(output.path).c_str(), &refused);
+    if (!refused.empty()) {
+        print_report(output.path + ": no file can hold the model: " + refused +
+                     "; nothing is written (--lay-out described writes it with its losses)");
+        return {false, {}, {}};
+    }
+    return {true, text, difference_of_text(text, model)};
 }
 
 }  // namespace
@@ -58,34 +103,25 @@ ModelOwner load_model(const std::string& path) {
 }
 
 int save_model(Model* model, const std::string& input, const ModelOutput& output) {
-    count_points_of_joints(model);
-    const std::string text = model_write_text(model, file_part(output.path).c_str());
-    const std::string refusal = refusal_of_text(text, model);
-    warn_of_losses(model, input, !refusal.empty());
-    if (output.path != "-") { warn_of_missing_files(model, input, output.path); }
-    if (!refusal.empty()) {
-        print_report(output.path + ": the new file does not read back: " + refusal +
+    const WrittenText written =
+        output.lay_out == DESCRIBED ? write_described(model, input, output) : write_whole(model, output);
+    if (!written.can_be_written) { return STATUS_BAD_MODEL; }
+    if (output.path != "-") { warn_of_missing_files(model, input, output); }
+    if (!written.not_read_back.empty()) {
+        print_report(output.path + ": the new file does not read back: " + written.not_read_back +
                      (output.force ? "" : "; nothing is written (--force writes it)"));
         if (!output.force) { return STATUS_BAD_MODEL; }
     }
-    return write_replacing(output.path, text) ? STATUS_GOOD : STATUS_BAD_MODEL;
-}
-
-std::set<std::string> image_names(const Model* model) {
-    std::set<std::string> names;
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        if (const LayerImage* image = layer_first_image(&layer)) {
-            for (const int slot : {IMAGE_SLOT_BASE, IMAGE_SLOT_MIRROR}) { names.insert(image->names[slot]); }
-        }
-    }
-    names.erase("");
-    return names;
+    return write_replacing(output.path, written.text) ? STATUS_GOOD : STATUS_BAD_MODEL;
 }
 
 void add_model_output(CLI::App* command, ModelOutput* output) {
     command->add_option("-o,--output", output->path, "file to write; - for standard output")
         ->required()
         ->type_name("OUT");
+    command->add_option("--lay-out", output->lay_out, "whole loses nothing; described loses what a warning names")
+        ->check(CLI::IsMember({WHOLE, DESCRIBED}))
+        ->type_name("LAYOUT");
     command->add_flag("--force", output->force, "write also what will not read back");
 }
 

@@ -2,6 +2,7 @@
 // they are greater than what is left to deal; a model that was read comes out in the order it was read in.
 #include "formats/whole_layout.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -103,17 +104,20 @@ WholeLayout whole_layout(const Model* model) {
 void model_settle_counts(Model* model) {
     if (model == nullptr) { return; }
     const WholeLayout layout = whole_layout(model);
+    auto left = static_cast<int32_t>(layout.points.size());
+    const auto dealt = [&](int32_t count) {
+        const int32_t taken = std::clamp(count, 0, left);
+        left -= taken;
+        return taken;
+    };
     auto count = layout.joint_counts.begin();
-    for (Joint& joint : list_elements<Joint>(model->joints)) { joint.point_count = *count++; }
+    for (Joint& joint : list_elements<Joint>(model->joints)) { joint.point_count = dealt(*count++); }
     auto laid = layout.blends.begin();
     const auto blends = list_elements<BlendWeight>(model->blends);
     for (auto blend = blends.begin(); blend != blends.end(); ++blend) {
-        if (laid != layout.blends.end() && laid->blend == &*blend) {
-            blend->point_count = laid->count;
-            ++laid;
-        } else {
-            list_remove_slot(&model->blends, blend.slot());
-        }
+        const bool is_laid = laid != layout.blends.end() && laid->blend == &*blend;
+        blend->point_count = is_laid ? dealt(laid++->count) : 0;
+        if (blend->point_count == 0) { list_remove_slot(&model->blends, blend.slot()); }
     }
 }
 

@@ -291,7 +291,7 @@ TEST_F(Tool, NoControlByteOfAFileReachesATerminal) {
         EXPECT_TRUE(is_harmless(run.out + run.err)) << words[0] << " " << run.err;
     }
     dir.write("lossy.mod", start + "triangles\n0 1 1 1\ninvisible 1 0 0\n");
-    const RunResult lossy = pelt_model({"write", "-o", "out.mod", "lossy.mod"}, {dir.path()});
+    const RunResult lossy = pelt_model({"write", "--lay-out", "described", "-o", "out.mod", "lossy.mod"}, {dir.path()});
     EXPECT_TRUE(is_harmless(lossy.err)) << lossy.err;
     EXPECT_TRUE(holds(lossy.err, "n\u00e9e?[2J")) << lossy.err;
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "formats/model_compare.h"
 #include "formats/model_reader.h"
 #include "scene/model.h"
 #include "support/model_text.h"
@@ -108,7 +109,7 @@ TEST_F(ToolFiles, WriteWarnsOfWhatIsLostAndStillWrites) {
     dir.write("l.mod",
               "points\n1 0 0 0 0.5\nlayer \"two words\" 1 2 3 singlesided\ninvisible 0 0 0\n"
               "triangles\n0 1 1 1\nimage a.tga x y repeat 2 2\n");
-    const RunResult run = tool({"write", "l.mod", "-o", "new.mod"});
+    const RunResult run = tool({"write", "--lay-out", "described", "l.mod", "-o", "new.mod"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(holds(run.err, "l.mod: warning: weight lost, it reads back as 1: 1 world point (first: 1)\n"));
     EXPECT_TRUE(holds(run.err, "l.mod: warning: layer \"two words\": a name that is empty or holds blanks")) << run.err;
@@ -116,6 +117,75 @@ TEST_F(ToolFiles, WriteWarnsOfWhatIsLostAndStillWrites) {
     EXPECT_FALSE(holds(run.err, "will not read back")) << "it does: the layer is called two\n" << run.err;
     EXPECT_NE(load("new.mod"), nullptr);
     EXPECT_TRUE(holds(dir.read("new.mod"), "\nlayer two words 1 2 3 singlesided\n"));
+}
+
+// ---- what the file holds ----
+
+TEST_F(ToolFiles, WhatIsWrittenIsTheSameModel) {
+    dir.write("a b.tga", test::solid_tga(1, 1, 1, 2, 3));
+    dir.write("wing.mod", "");
+    dir.write("all.mod",
+              "joint hip 1 2 3 world 1\njoint knee 0 0 0 hip 1\nblend hip knee 1\n"
+              "points\n1 0 0 0 0.123456\n2 10 0 0\n3 0 10 0 0.5\n4 10 10 5 0.5 knee hip\n5 1 1 1 0.25\n"
+              "layer \"two words\" 1 2 3 singlesided mirror x\ninvisible 0.5 1 0\ntransparency 0.123456\n"
+              "triangles\n4 1 2 3 4 2 4 3 2 1\n2 1 2 3\nuvees\n1 0.123456 0.25\n"
+              "image \"a b.tga\" x y repeat 2 2\nreflect a.tga 0.5\n"
+              "layer empty 1 2 3 doublesided\nchild wing 0.5 0 0 1 1 1 0 0 z30\n");
+    const RunResult run = tool({"write", "all.mod", "-o", "new.mod"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out + run.err, "");
+    EXPECT_EQ(model_difference(load("all.mod").get(), load("new.mod").get()), "");
+    EXPECT_EQ(told(load("all.mod").get()), told(load("new.mod").get()));
+    EXPECT_EQ(tool({"write", "new.mod", "-o", "new.mod"}).status, 0);
+    EXPECT_EQ(model_difference(load("all.mod").get(), load("new.mod").get()), "");
+}
+
+TEST_F(ToolFiles, ColourKeysAndBlendGroupsComeOutOfEveryCommand) {
+    dir.write("key.mod",
+              "joint hip 0 0 0 world 0\njoint knee 0 0 0 hip 0\nblend knee hip 3\n"
+              "points\n1 0 0 0\n2 9 0 0\n3 0 9 0\nlayer a 1 2 3 singlesided\ninvisible 1 0 0\ntriangles\n0 1 2 3\n");
+    for (const char* command : {"write", "flatten", "normals"}) {
+        const RunResult run = tool({command, "key.mod", "-o", "new.mod"});
+        EXPECT_EQ(run.status, 0) << command;
+        EXPECT_EQ(run.err, "") << command;
+        const OwnedModel model = load("new.mod");
+        ASSERT_NE(model, nullptr) << command;
+        EXPECT_EQ(model_find_layer(model.get(), "a")->invisible_colour[0], 255) << command;
+        ASSERT_EQ(list_count(&model->blends), 1) << command;
+        for (const Point& point : list_elements<Point>(model->points)) {
+            EXPECT_EQ(point.joint_a, model_find_joint(model.get(), "knee")) << command;
+            EXPECT_EQ(point.joint_b, model_find_joint(model.get(), "hip")) << command;
+        }
+        EXPECT_EQ(model->has_normals != 0, std::string(command) == "normals") << command;
+    }
+}
+
+TEST_F(ToolFiles, WhatNoFileCanHoldIsRefusedByName) {
+    // The box has no extent along x, and so the map that becomes texture coordinates has no value there.
+    dir.write("flat.mod",
+              "points\n1 0 0 0\n2 0 9 0\n3 0 0 9\nlayer a 1 2 3 singlesided\ntriangles\n0 1 2 3\nimage a.tga x y\n");
+    dir.write("old.mod", "as it was");
+    for (const bool force : {false, true}) {
+        std::vector<std::string> words{"flatten", "flat.mod", "-o", "old.mod"};
+        if (force) { words.emplace_back("--force"); }
+        const RunResult run = tool(words);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.err,
+                  "old.mod: no file can hold the model: layer a: texture coordinates of point 1: not a number; nothing "
+                  "is written (--lay-out described writes it with its losses)\n");
+        EXPECT_EQ(dir.read("old.mod"), "as it was");
+    }
+    EXPECT_EQ(tool({"flatten", "flat.mod", "-o", "old.mod", "--lay-out", "described"}).status, 0);
+    EXPECT_NE(load("old.mod"), nullptr);
+    EXPECT_EQ(tool({"write", "m.mod", "-o", "new.mod", "--lay-out", "other"}).status, 2);
+}
+
+TEST_F(ToolFiles, AReflectionMapThatIsNotBesideTheNewFileIsNamed) {
+    dir.make_dir("sub");
+    dir.write("r.tga", test::solid_tga(1, 1, 1, 2, 3));
+    dir.write("r.mod", "layer a 1 2 3 singlesided\nreflect r.tga 0.5\n");
+    EXPECT_EQ(tool({"write", "r.mod", "-o", "sub/new.mod"}).err,
+              "r.mod: warning: r.tga is not in the directory of sub/new.mod, where it will be looked for\n");
 }
 
 // ---- what the reader refuses ----
@@ -128,7 +198,7 @@ TEST_F(ToolFiles, WhatTheReaderRefusesIsNotWritten) {
     dir.write("old.mod", "as it was");
     const std::vector<std::string> before = names_in_directory();
     for (const char* command : {"write", "flatten", "normals"}) {
-        const RunResult run = tool({command, "key.mod", "-o", "old.mod"});
+        const RunResult run = tool({command, "--lay-out", "described", "key.mod", "-o", "old.mod"});
         EXPECT_EQ(run.status, 1) << command;
         EXPECT_TRUE(holds(run.err,
                           "comes out in bytes, where the reader wants 0.0 to 1.0 (the new file will not read "
@@ -140,9 +210,9 @@ TEST_F(ToolFiles, WhatTheReaderRefusesIsNotWritten) {
                           "(--force writes it)\n"))
             << run.err;
         EXPECT_EQ(dir.read("old.mod"), "as it was") << command;
-        EXPECT_EQ(tool({command, "key.mod", "-o", "new.mod"}).status, 1);
+        EXPECT_EQ(tool({command, "--lay-out", "described", "key.mod", "-o", "new.mod"}).status, 1);
         EXPECT_EQ(names_in_directory(), before) << command;
-        const RunResult printed = tool({command, "key.mod", "-o", "-"});
+        const RunResult printed = tool({command, "--lay-out", "described", "key.mod", "-o", "-"});
         EXPECT_EQ(printed.status, 1) << command;
         EXPECT_EQ(printed.out, "") << command;
     }
@@ -152,7 +222,7 @@ TEST_F(ToolFiles, ForceWritesWhatTheReaderRefuses) {
     dir.write("key.mod", WITH_A_KEY);
     for (const char* command : {"write", "flatten", "normals"}) {
         dir.write("old.mod", "as it was");
-        const RunResult run = tool({command, "--force", "key.mod", "-o", "old.mod"});
+        const RunResult run = tool({command, "--lay-out", "described", "--force", "key.mod", "-o", "old.mod"});
         EXPECT_EQ(run.status, 0) << run.err;
         EXPECT_TRUE(holds(run.err, "old.mod: the new file does not read back: line ")) << run.err;
         EXPECT_FALSE(holds(run.err, "nothing is written")) << run.err;
@@ -163,7 +233,7 @@ TEST_F(ToolFiles, ForceWritesWhatTheReaderRefuses) {
 
 TEST_F(ToolFiles, TheRefusalNamesTheLineOfTheNewFile) {
     dir.write("key.mod", WITH_A_KEY);
-    const std::string err = tool({"write", "--force", "key.mod", "-o", "new.mod"}).err;
+    const std::string err = tool({"write", "--lay-out", "described", "--force", "key.mod", "-o", "new.mod"}).err;
     const std::string mark = "does not read back: line ";
     const int line = std::stoi(err.substr(err.find(mark) + mark.size()));
     const std::string text = dir.read("new.mod");
@@ -175,7 +245,7 @@ TEST_F(ToolFiles, LayersThatReadBackUnderOneNameAreRefused) {
     dir.write("two.mod",
               "points\n1 0 0 0\nlayer \"two words\" 1 2 3 singlesided\ntriangles\n0 1 1 1\n"
               "layer \"two more\" 1 2 3 singlesided\ntriangles\n0 1 1 1\n");
-    const RunResult run = tool({"write", "two.mod", "-o", "new.mod"});
+    const RunResult run = tool({"write", "--lay-out", "described", "two.mod", "-o", "new.mod"});
     EXPECT_EQ(run.status, 1);
     EXPECT_TRUE(holds(run.err, ": duplicate layer name not allowed; nothing is written")) << run.err;
     EXPECT_FALSE(dir.exists("new.mod"));
@@ -189,7 +259,7 @@ TEST_F(ToolFiles, EachJointIsWrittenWithTheCountOfThePointsThatNameIt) {
               "points\n10 1 0 0\n20 2 0 0\n30 3 0 0\n40 4 0 0 0.5 knee hip\n50 5 0 0\nnormals\n10 0 0 1\n");
     dir.write("k.mod", "joint hip 0 0 0 world 7\njoint knee 0 0 0 hip 7\npoints\n10 1 0 0\n");
     for (const char* command : {"write", "flatten", "normals"}) {
-        const RunResult run = tool({command, "j.mod", "-o", "new.mod"});
+        const RunResult run = tool({command, "--lay-out", "described", "j.mod", "-o", "new.mod"});
         EXPECT_EQ(run.status, 0) << run.err;
         EXPECT_FALSE(holds(run.err, "counts")) << command << " " << run.err;
         EXPECT_TRUE(holds(run.err, "their points keep the first joint alone: 1 blend group")) << run.err;
@@ -202,7 +272,7 @@ TEST_F(ToolFiles, EachJointIsWrittenWithTheCountOfThePointsThatNameIt) {
             const char* owner = point.joint_a != nullptr ? point.joint_a->name : "";
             EXPECT_STREQ(owner, owners[static_cast<int>(point.position.x)]) << command << " " << point.position.x;
         }
-        EXPECT_EQ(tool({command, "k.mod", "-o", "new.mod"}).status, 0);
+        EXPECT_EQ(tool({command, "--lay-out", "described", "k.mod", "-o", "new.mod"}).status, 0);
         EXPECT_TRUE(holds(dir.read("new.mod"), "# 1 points for joint: hip\n")) << dir.read("new.mod");
         EXPECT_TRUE(holds(dir.read("new.mod"), "# 0 points for joint: knee\n")) << dir.read("new.mod");
     }

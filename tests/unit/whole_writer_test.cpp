@@ -259,10 +259,15 @@ TEST_F(WholeWriter, PointsThatWereGivenToOtherJointsAreLaidOutAnew) {
     written_back(model.get());
 }
 
-TEST_F(WholeWriter, CountsThatAreRightStayAsTheyAre) {
-    const OwnedModel model = read("joint a 0 0 0 world 9\npoints\n1 0 0 0\n");
+TEST_F(WholeWriter, SettledCountsAreThoseOfThePoints) {
+    const OwnedModel model = read(
+        "joint a 0 0 0 world 1\njoint b 0 0 0 a -2\nblend a b 9\nblend b a 4\npoints\n1 0 0 0\n2 0 0 0\n3 0 0 0\n");
     model_settle_counts(model.get());
-    EXPECT_EQ(model_find_joint(model.get(), "a")->point_count, 9);
+    EXPECT_EQ(model_find_joint(model.get(), "a")->point_count, 1);
+    EXPECT_EQ(model_find_joint(model.get(), "b")->point_count, 0);
+    ASSERT_EQ(list_count(&model->blends), 1);
+    EXPECT_EQ(list_elements<BlendWeight>(model->blends).begin()->point_count, 2);
+    written_back(model.get());
     model_settle_counts(nullptr);
 }
 
