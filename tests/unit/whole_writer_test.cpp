@@ -204,7 +204,7 @@ TEST_F(WholeWriter, RepeatFactorsOutliveTheImageThatBroughtThem) {
 
 TEST_F(WholeWriter, AnImageNameThatTheRecordHasNoRoomFor) {
     std::string name;
-    while (name.size() < 200) { name += "./"; }
+    while (name.size() < 140) { name += "./"; }
     const std::string text =
         written_back(std::string(POINTS) + "layer a 1 2 3 x\ntriangles\n0 1 2 3\nimage " + name + "a.tga x y\n");
     EXPECT_TRUE(holds(text, name + "a.tga")) << text;
@@ -222,6 +222,9 @@ TEST_F(WholeWriter, NamesOfEveryKind) {
 }
 
 TEST_F(WholeWriter, AnImageNameThatEndsInAReturn) {
+#ifdef _WIN32
+    GTEST_SKIP() << "no file can be called so here";
+#endif
     dir.write("c.tga\r", test::solid_tga(1, 1, 1, 2, 3));
     written_back("layer a 1 2 3 x\nmirrorimage \"c.tga\r\" \n");
 }
