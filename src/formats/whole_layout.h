@@ -32,8 +32,8 @@ struct WholeLayout {
 // points of each joint and its parent, those of each blend group, the rest, and the counts of what stands there.
 WholeLayout whole_layout(const Model* model);
 
-// Brings the counts of joints and blend groups to those of the points that they are dealt in this lay-out. A blend group
-// that no point is left for goes.
+// Brings the counts of joints and blend groups to those of the points that they are dealt in this lay-out. A blend
+// group that no point is left for goes.
 void model_settle_counts(Model* model);
 
 }  // namespace pelt
