@@ -195,11 +195,12 @@ bool stage_again(const Session* session, const Again& again, Staged* models, Sta
     return !again.list || stage_list(session->animation_path, base, list);
 }
 
-void exchange_models(Session* session, const Again& again, Staged* models, std::vector<LostPart>* lost) {
-    const std::vector<RootModel> fresh = std::exchange(models->roots, {});
-    for (size_t i = 0; i < fresh.size(); ++i) {
-        session_exchange_root(session, again.keys[i], fresh[i].model, nullptr, lost);
+std::vector<FreshRoot> fresh_models(const Again& again, Staged* models) {
+    std::vector<FreshRoot> all;
+    for (const RootModel& root : std::exchange(models->roots, {})) {
+        all.push_back({again.keys[all.size()], root.model, nullptr});
     }
+    return all;
 }
 
 void exchange_rows(Session* session, Staged* list, std::vector<LostPart>* lost) {
@@ -214,12 +215,16 @@ void exchange_rows(Session* session, Staged* list, std::vector<LostPart>* lost) 
             keys[static_cast<size_t>(root->row)] = root.int_key();
         }
     }
+    std::vector<FreshRoot> all;
     for (const RootModel& fresh : std::exchange(list->roots, {})) {
         const int32_t key = keys[static_cast<size_t>(fresh.row)];
-        if (key == 0 || !session_exchange_root(session, key, fresh.model, fresh.animation, lost)) {
+        if (key != 0) {
+            all.push_back({key, fresh.model, fresh.animation});
+        } else {
             session_add_root(session, fresh.model, fresh.animation, fresh.row);
         }
     }
+    session_exchange_roots(session, all, lost);
     for (const int32_t key : gone) { session_remove_root(session, key); }
     enter_list(session, *list);
 }
@@ -313,7 +318,7 @@ bool scene_reload(Application* app, int32_t id, bool force, SceneLoad* out) {
     if (!read_beside(out, "", list, [&] { return stage_again(session, again, &models, &list); })) {
         return tell_failure(session);
     }
-    exchange_models(session, again, &models, &out->lost);
+    session_exchange_roots(session, fresh_models(again, &models), &out->lost);
     if (again.list) { exchange_rows(session, &list, &out->lost); }
     hold_time(session);
     measure(session);

@@ -1,4 +1,4 @@
-// The exchange of a root. Run-time records that scripts know by their ids are handed over by moving the slot number
+// The exchange of roots. Run-time records that scripts know by their ids are handed over by moving the slot number
 // from the old owner to the new one; all others are forgotten with the old model and made again when they are asked
 // for.
 #include "motion/root_exchange.h"
@@ -121,30 +121,46 @@ void follow_selection(SelectionSet* set, const Successors& successors) {
     }
 }
 
-}  // namespace
-
-bool session_exchange_root(Session* session, int32_t key, Model* model, ModelAnimation* animation,
-                           std::vector<LostPart>* lost) {
-    RootModel* root = session != nullptr ? list_find<RootModel>(&session->root_models, key) : nullptr;
-    if (root == nullptr || root->model == nullptr || model == nullptr || lost == nullptr) { return false; }
+// The new model and animation stand where the old ones stood, which are returned.
+RootModel enter_root(Session* session, const FreshRoot& fresh, Successors* successors, std::vector<LostPart>* lost) {
+    RootModel* root = list_find<RootModel>(&session->root_models, fresh.key);
     const RootModel old = *root;
     const ModelState* state = list_at<const ModelState>(&session->model_states, old.model->state_index, 0);
     const Owner owner{state != nullptr ? state->id : 0, false};
-    Successors successors;
-    enter_lost(old.model, &successors);
-    hand_over_model(session, old.model, model, owner, &successors, lost);
-    root->model = model;
-    root->animation = animation;
+    enter_lost(old.model, successors);
+    hand_over_model(session, old.model, fresh.model, owner, successors, lost);
+    root->model = fresh.model;
+    root->animation = fresh.animation;
     // What no clip moves any more goes back to where scripts put it.
-    if (old.animation != nullptr && animation == nullptr) { model_state_rebuild(model_state(session, model)); }
+    if (old.animation != nullptr && fresh.animation == nullptr) {
+        model_state_rebuild(model_state(session, fresh.model));
+    }
+    return old;
+}
+
+}  // namespace
+
+bool session_exchange_roots(Session* session, const std::vector<FreshRoot>& all, std::vector<LostPart>* lost) {
+    if (session == nullptr || lost == nullptr) { return false; }
+    for (const FreshRoot& fresh : all) {
+        const RootModel* root = list_find<const RootModel>(&session->root_models, fresh.key);
+        if (root == nullptr || root->model == nullptr || fresh.model == nullptr) { return false; }
+    }
+    Successors successors;
+    std::vector<RootModel> former;
+    for (const FreshRoot& fresh : all) { former.push_back(enter_root(session, fresh, &successors, lost)); }
+    // Once for all of them: each of these steps walks over the whole scene.
     follow_selection(&session->selection, successors);
     follow_selection(&session->clipboard, successors);
-    for (const RootModel& each : list_elements<RootModel>(session->root_models)) {
-        follow_loans(session, each.model, successors);
+    for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
+        follow_loans(session, root.model, successors);
     }
-    session_forget_model(session, old.model);
-    model_release(old.model);
-    animation_release(old.animation);
+    // All are forgotten before any is released: they may lend models to each other.
+    for (const RootModel& old : former) { session_forget_model(session, old.model); }
+    for (const RootModel& old : former) {
+        model_release(old.model);
+        animation_release(old.animation);
+    }
     return true;
 }
 

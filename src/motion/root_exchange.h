@@ -1,4 +1,4 @@
-// A root of the scene that is read anew: the new model takes the place of the old one, and what scripts know it by
+// Roots of the scene that are read anew: the new models take the places of the old ones, and what scripts know them by
 // stays.
 #pragma once
 
@@ -18,11 +18,16 @@ struct LostPart {
     bool is_child;     // the id is one of a child
 };
 
-// Puts model and animation, which it takes over, in the place of those of the root with this key and releases these.
-// Ids, placements and selection go over to the parts of the new tree that stand at the same place: children of the same
+// A model for the place of the root with this key.
+struct FreshRoot {
+    int32_t key;
+    Model* model;
+    ModelAnimation* animation;  // null for none
+};
+
+// Puts models and animations, which it takes over, in the places of those of their roots and releases these. Ids, placements and selection go over to the parts of the new tree that stand at the same place: children of the same
 // name in their order. Models lent by the old tree are lent by the new one. Appends what is lost. False, with nothing
-// taken over, when there is no such root.
-bool session_exchange_root(Session* session, int32_t key, Model* model, ModelAnimation* animation,
-                           std::vector<LostPart>* lost);
+// taken over, when a root or a model is not there.
+bool session_exchange_roots(Session* session, const std::vector<FreshRoot>& all, std::vector<LostPart>* lost);
 
 }  // namespace pelt

@@ -61,7 +61,7 @@ protected:
 };
 
 template <typename Element>
-Element& nth(const KeyedList& list, int rank) {
+Element& nth(KeyedList& list, int rank) {
     return *list_at<Element>(&list, rank, 1);
 }
 

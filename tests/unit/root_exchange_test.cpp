@@ -43,7 +43,7 @@ protected:
         for (ChildLink& link : list_elements<ChildLink>(model->children)) { all.push_back(&link); }
         return all;
     }
-    bool exchange(Model* fresh) { return session_exchange_root(&session, first_key(), fresh, nullptr, &lost); }
+    bool exchange(Model* fresh) { return session_exchange_roots(&session, {{first_key(), fresh, nullptr}}, &lost); }
 
     Session session{};
     std::vector<LostPart> lost;
@@ -161,9 +161,40 @@ TEST_F(RootExchange, ALoanInTheOldModelIsLostAndItsModelStays) {
     EXPECT_EQ(list_find<const ModelState>(&session.model_states, lender)->model, lent);
 }
 
+TEST_F(RootExchange, ManyRootsAreExchangedAtOnce) {
+    const int32_t lender = enter(make({}, {"wing"}));
+    const int32_t borrower = enter(make({}, {}));
+    const int32_t stays = enter(make({}, {}));
+    for (const int32_t id : {borrower, stays}) {
+        selection_clear(&session);
+        selection_add_model(&session, id);
+        ASSERT_EQ(selection_add_child_model(&session, lender), 1);
+    }
+    selection_add_model(&session, lender);
+    Model* first = make({}, {"wing"});
+    Model* second = make({}, {});
+    auto root = list_elements<RootModel>(session.root_models).begin();
+    const int32_t first_key = root.int_key();
+    const int32_t second_key = (++root).int_key();
+    ASSERT_TRUE(session_exchange_roots(&session, {{first_key, first, nullptr}, {second_key, second, nullptr}}, &lost));
+    EXPECT_EQ(model_state(&session, first)->id, lender);
+    EXPECT_EQ(model_state(&session, second)->id, borrower);
+    ASSERT_EQ(lost.size(), 1u) << "the loan of the one that was exchanged";
+    EXPECT_STREQ(lost[0].kind, "child");
+    Model* third = list_find<const ModelState>(&session.model_states, stays)->model;
+    EXPECT_EQ(links(third)[0]->model, first);
+    const auto* entry = list_find<const SelectedModel>(&session.selection.models, lender);
+    EXPECT_EQ(selection_entry_model(&session, lender, entry), first);
+}
+
 TEST_F(RootExchange, AnUnknownKeyTakesNothingOver) {
     Model* fresh = make({}, {});
-    EXPECT_FALSE(session_exchange_root(&session, 12345, fresh, nullptr, &lost));
+    enter(make({}, {}));
+    Model* stays = first_model();
+    Model* other = make({}, {});
+    EXPECT_FALSE(session_exchange_roots(&session, {{first_key(), other, nullptr}, {12345, fresh, nullptr}}, &lost));
+    EXPECT_EQ(first_model(), stays);
+    model_release(other);
     model_release(fresh);
 }
 
