@@ -56,6 +56,12 @@ for {set i 1} {$i <= 1000} {incr i} {
 set questions {layer {ID face} point {ID 500} points {ID -layer face} placement ID joints ID images ID clock {} view {}
     triangles {} problem {}}
 proc ask_script {word arguments id} { return "sorvel scene $word [string map [list ID $id] $arguments]" }
+# A reload takes long, so that few rounds do.
+proc reload_cost {} {
+    set rounds {}
+    for {set i 0} {$i < 3} {incr i} { lappend rounds [lindex [time {sorvel scene reload}] 0] }
+    return [lowest $rounds]
+}
 sorvel file open [file join $folder m1.mod]
 set first_id [string trim [sorvel find model m1]]
 foreach {word arguments} $questions { set alone($word) [cost [ask_script $word $arguments $first_id] 20] }
@@ -68,6 +74,7 @@ for {set i 1} {$i <= 1000} {incr i} {
         set find_few [cost {sorvel find model m100} 100]
         set tree_few [cost {sorvel scene tree} 2]
         set files_few [cost {sorvel scene files} 2]
+        set reload_few [reload_cost]
     }
 }
 report "add the 1,000th model (median of fifty)" "the 10th" [median $add(19)] [median $add(0)] 1.5
@@ -82,6 +89,7 @@ foreach {word arguments} $questions {
 }
 report "scene tree of 1,000 models" "ten times that of 100" [cost {sorvel scene tree} 2] [expr {10 * $tree_few}] 1.5
 report "scene files of 1,000 models" "ten times that of 100" [cost {sorvel scene files} 2] [expr {10 * $files_few}] 1.5
+report "scene reload of 1,000 models" "ten times that of 100" [reload_cost] [expr {10 * $reload_few}] 1.5
 report "scene points of 1,000 points" "get vertex list of the same" [cost [list sorvel scene points $last_id] 20] \
     [cost "sorvel select clear; sorvel select model $last_id; sorvel get vertex list" 20] 1.5
 sorvel select clear
