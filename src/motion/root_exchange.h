@@ -25,8 +25,9 @@ struct FreshRoot {
     ModelAnimation* animation;  // null for none
 };
 
-// Puts models and animations, which it takes over, in the places of those of their roots and releases these. Ids, placements and selection go over to the parts of the new tree that stand at the same place: children of the same
-// name in their order. Models lent by the old tree are lent by the new one. Appends what is lost. False, with nothing
+// Puts models and animations, which it takes over, in the places of those of their roots and releases these. Ids,
+// placements and selection go over to the parts of the new trees that stand at the same place: children of the same
+// name in their order. Models lent by an old tree are lent by the new one. Appends what is lost. False, with nothing
 // taken over, when a root or a model is not there.
 bool session_exchange_roots(Session* session, const std::vector<FreshRoot>& all, std::vector<LostPart>* lost);
 
