@@ -170,7 +170,12 @@ int32_t model_count_lines(const Model* model, const char* layer) {
 
 std::string model_directory(const Model* model) {
     if (model == nullptr) { return {}; }
-    return model->long_directory != nullptr ? model->long_directory : model->path;
+    if (model->long_directory != nullptr) { return model->long_directory; }
+    // With the letters that the reader was given, where path has them all lower.
+    if (model->long_paths && model->opened_path != nullptr) {
+        return std::string(model->opened_path, path_directory_length(model->opened_path));
+    }
+    return model->path;
 }
 
 std::string model_file(const Model* model) {

@@ -205,6 +205,12 @@ proc answer_question {keys} {
         destroy .ask
     }
 }
+# Not before the keyboard has come, or the first key would go elsewhere.
 proc type_answer {keys} {
+    if {![winfo exists .ask]} return
+    if {![string match .ask* [focus]]} {
+        after 50 [list type_answer $keys]
+        return
+    }
     foreach key $keys { xdotool key $key }
 }
