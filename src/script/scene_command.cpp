@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "application/application.h"
+#include "foundation/text.h"
 #include "scene/layer.h"
 #include "scene/model.h"
 #include "script/scene_reply.h"
@@ -103,11 +104,8 @@ bool read_number(const char* word, Number* value) {
 }
 
 std::string shown(const char* word) {
-    std::string text = word;
-    if (text.size() <= SHOWN_WORD) { return text; }
-    size_t cut = SHOWN_WORD;
-    while ((static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) { --cut; }
-    return text.substr(0, cut) + "...";
+    if (std::strlen(word) <= SHOWN_WORD) { return word; }
+    return std::string(word, text_cut_length(word, SHOWN_WORD)) + "...";
 }
 
 // Raises what the refusal says. errorCode has its parts, for programs.
