@@ -16,6 +16,7 @@
 #include "images/image_registry.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -121,6 +122,7 @@ void fill_result(const Session* session, const std::vector<int32_t>& ids, SceneL
 
 void enter_list(Session* session, const Staged& staged) {
     if (staged.list_path.empty()) { return; }
+    change_scene_fields(session);
     session->anim_end = staged.duration;
     session_set_animation_path(session, staged.list_path.c_str(), staged.list_base.c_str());
 }
@@ -230,6 +232,7 @@ void exchange_rows(Session* session, Staged* list, std::vector<LostPart>* lost) 
 }
 
 void measure(Session* session) {
+    change_scene_fields(session);
     session->radius = EMPTY_SCENE_RADIUS;
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
         session_grow_radius(session, root.model);
@@ -336,7 +339,7 @@ bool scene_reload(Application* app, int32_t id, bool force, SceneLoad* out) {
 
 int64_t model_tree_changes(const Model* model) {
     if (model == nullptr) { return 0; }
-    int64_t changes = model->changes;
+    int64_t changes = model_unsaved_changes(model);
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (!link.borrowed) { changes += model_tree_changes(link.model); }
     }

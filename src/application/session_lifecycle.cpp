@@ -21,6 +21,7 @@
 #include "foundation/text.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -99,6 +100,7 @@ void enter_animation(Session* session, const AnimationSet* set, int keep_radius)
         session_add_root(session, set->models[row], set->animations[row], row + 1);
         if (!keep_radius) { session_grow_radius(session, set->models[row]); }
     }
+    change_scene_fields(session);
     session->anim_end = set->duration;
     if (session->anim_time > session->anim_end) { session->anim_time = session->anim_end; }
 }

@@ -8,7 +8,7 @@
 
 #include "edit/selection.h"
 #include "motion/transform_state.h"
-#include "scene/model.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -121,7 +121,10 @@ void session_grow_radius(Session* session, Model* model) {
     const float z = size.z + translate.z;
     const float radius = std::max({x, y, z}) * RADIUS_OF_SIZE;
     const bool finite = std::isfinite(x) && std::isfinite(y) && std::isfinite(z) && std::isfinite(radius);
-    if (finite && radius > session->radius) { session->radius = radius; }
+    if (finite && radius > session->radius) {
+        change_scene_fields(session);
+        session->radius = radius;
+    }
 }
 
 }  // namespace pelt

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "edit/selection.h"
-#include "scene/model.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -46,15 +46,20 @@ int selection_pancake(Session* session) {
 
 int model_pancake(Model* model) {
     if (model == nullptr || list_count(&model->layers) == 0) { return 0; }
+    change_model(model);
     KeyedList laid{};
     list_init(&laid, sizeof(Point), KEY_INT);
     for (const Layer& layer : list_elements<Layer>(model->layers)) { pancake_layer(model, &laid, layer); }
     const auto points = list_elements<Point>(laid);
     for (auto point = points.begin(); point != points.end(); ++point) {
-        if (Point* stored = model_find_point(model, point.int_key())) { *stored = *point; }
+        Model* owner = nullptr;
+        Point* stored = model_find_owned_point(model, point.int_key(), &owner);
+        if (stored == nullptr) { continue; }
+        change_model(owner);
+        change_point(owner, stored);
+        *stored = *point;
     }
     list_free(&laid);
-    ++model->changes;
     return 1;
 }
 

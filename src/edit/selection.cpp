@@ -9,6 +9,7 @@
 #include "formats/model_reader.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
+#include "scene/change.h"
 #include "scene/model_tree.h"
 
 namespace pelt {
@@ -143,6 +144,7 @@ int lend_child(Session* session, Model* parent, const ModelState* state) {
                                       state->rotate[0], state->rotate[1], state->rotate[2]);
     link->borrowed = 1;
     if (!trees_fit(session, parent)) {
+        change_element(parent, nullptr, CONTENT_CHILDREN, link);
         list_remove(&parent->children, link->id);
         return 0;
     }
@@ -231,6 +233,7 @@ int selection_translate(Session* session, float x, float y, float z, int relativ
     return for_each_selected(session, [=](Model* model) {
         ModelState* state = model_state(session, model);
         if (state == nullptr) { return false; }
+        change_scene_slot(session, SCENE_MODEL_STATES, model->state_index);
         const Vec3 from = relative ? state->translate : ORIGIN;
         state->translate = Vec3{from.x + x, from.y + y, from.z + z};
         model_state_rebuild(state);
@@ -243,6 +246,7 @@ int selection_scale(Session* session, float x, float y, float z, int relative) {
     return for_each_selected(session, [=](Model* model) {
         ModelState* state = model_state(session, model);
         if (state == nullptr) { return false; }
+        change_scene_slot(session, SCENE_MODEL_STATES, model->state_index);
         const Vec3 from = relative ? state->scale : Vec3{1.0f, 1.0f, 1.0f};
         state->scale = Vec3{from.x * x, from.y * y, from.z * z};
         model_state_rebuild(state);
@@ -259,6 +263,7 @@ int selection_rotate(Session* session, const char* a, const char* b, const char*
     return for_each_selected(session, [=](Model* model) {
         ModelState* state = model_state(session, model);
         if (state == nullptr) { return false; }
+        change_scene_slot(session, SCENE_MODEL_STATES, model->state_index);
         if (relative) {
             mat_multiply(&state->rotation, &rotation, &state->rotation);
         } else {

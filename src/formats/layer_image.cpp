@@ -11,7 +11,7 @@
 #include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "images/image_registry.h"
-#include "scene/model.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -25,8 +25,11 @@ constexpr int RGBA_BYTES = 4;
 constexpr int32_t IMAGE_RECORD_KEY = 1;  // any: the record is reached as the first of its list
 
 // The layer's image record, made on first use, with the slot empty.
-LayerImage* record_with_empty_slot(Layer* layer, int slot) {
+LayerImage* record_with_empty_slot(Model* model, Layer* layer, int slot) {
     LayerImage* image = layer_first_image(layer);
+    change_model(model);
+    change_element(model, nullptr, CONTENT_LAYERS, layer);
+    change_key(model, layer, CONTENT_IMAGES, IMAGE_RECORD_KEY);
     if (image != nullptr) {
         layer_image_release_slot(image, slot);
         return image;
@@ -83,7 +86,7 @@ size_t append_names(const Model& model, char* text, size_t position) {
 int model_add_image(Model* model, const char* layer, int slot, const char* name, int axis_u, int axis_v) {
     if (layer == nullptr || name == nullptr || name[0] == '\0' || slot < 0 || slot >= LAYER_IMAGE_SLOTS) { return 0; }
     Layer* target = model_find_layer(model, layer);
-    LayerImage* image = target != nullptr ? record_with_empty_slot(target, slot) : nullptr;
+    LayerImage* image = target != nullptr ? record_with_empty_slot(model, target, slot) : nullptr;
     if (image == nullptr) { return 0; }
     const std::string path = model_file_path(model, name);
     str_copy(name, image->names[slot]);
@@ -98,6 +101,8 @@ int model_set_image_repeat(Model* model, const char* layer, int flag, float u, f
     if (model == nullptr || layer == nullptr) { return 0; }
     auto* target = list_find<Layer>(&model->layers, layer);
     if (target == nullptr) { return 0; }
+    change_model(model);
+    change_element(model, nullptr, CONTENT_LAYERS, target);
     target->image_repeat = flag;
     if (flag != 0) {
         target->repeat_u = u;

@@ -79,7 +79,7 @@ bool fill_model(TreeRead& tree, Model* model, const char* path) {
     if (!model_read_file(model, path) || !is_within_budget(tree, model, path)) { return false; }
     model_bind_points(model);
     if (!model_test_normals(model) || !read_children(tree, model)) { return false; }
-    model->changes = 0;
+    model_mark_read(model);
     return true;
 }
 

@@ -13,7 +13,7 @@
 #include <iterator>
 #include <vector>
 
-#include "scene/model.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -70,6 +70,8 @@ private:
     uint64_t words_[(UINT16_MAX + 1) / WORD_BITS] = {};
 };
 
+bool same_bits(float a, float b) { return std::bit_cast<uint32_t>(a) == std::bit_cast<uint32_t>(b); }
+
 // What one walk over a layer finds.
 struct Survey {
     Box box{{}, {}, true, false};
@@ -77,24 +79,26 @@ struct Survey {
     IdSet missing;  // those of them without a point
 };
 
-// Calls the action with each corner's id and the two coordinates it keeps, until that answers false.
+// Calls the action with each primitive's list and record, its corner's id and the two coordinates it keeps, until that
+// answers false.
 template <typename AnyLayer, typename Action>
 bool for_each_corner(AnyLayer& layer, const Action& action) {
     for (auto& triangle : list_elements<Triangle>(layer.triangles)) {
         for (int corner = 0; corner < triangle_corners(&triangle); ++corner) {
-            if (!action(triangle.points[corner], triangle.uvs[corner][0], triangle.uvs[corner][1])) { return false; }
+            auto& uv = triangle.uvs[corner];
+            if (!action(CONTENT_TRIANGLES, &triangle, triangle.points[corner], uv[0], uv[1])) { return false; }
         }
     }
     for (auto& polygon : list_elements<Polygon>(layer.polygons)) {
         for (auto& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
-            if (!action(vertex.point, vertex.u, vertex.v)) { return false; }
+            if (!action(CONTENT_POLYGONS, &polygon, vertex.point, vertex.u, vertex.v)) { return false; }
         }
     }
     return true;
 }
 
 void survey_layer(const Model* model, const Layer& layer, Survey& survey) {
-    for_each_corner(layer, [&](int16_t id, float, float) {
+    for_each_corner(layer, [&](ContentList, const void*, int16_t id, float, float) {
         if (survey.box.empty) {
             take_in(survey.box, model_find_point(model, id));  // the box starts at the first corner of all
         }
@@ -113,8 +117,9 @@ void survey_layer(const Model* model, const Layer& layer, Survey& survey) {
     }
 }
 
-bool store_bounds(Layer& layer, const Survey& survey) {
+bool store_bounds(Model* model, Layer& layer, const Survey& survey) {
     if (!layer_has_surface(layer) || survey.box.empty || survey.box.spoiled) { return false; }
+    change_element(model, nullptr, CONTENT_LAYERS, &layer);
     layer.bounds_min = survey.box.low;
     layer.bounds_max = survey.box.high;
     return true;
@@ -170,7 +175,7 @@ UvPair map_point(const LayerMap& map, int32_t point_id, const Vec3& place) {
 }
 
 // False, with the corners before it mapped, at the first missing point.
-bool map_corners(const Model* model, Layer& layer, const Survey& survey) {
+bool map_corners(Model* model, Layer& layer, const Survey& survey) {
     const LayerMap map{layer, list_count(&layer.uvees) > 0,
                        planar_axis(layer.image_axis_u, layer.bounds_min, layer.bounds_max),
                        planar_axis(layer.image_axis_v, layer.bounds_min, layer.bounds_max)};
@@ -185,9 +190,12 @@ bool map_corners(const Model* model, Layer& layer, const Survey& survey) {
     survey.ids.for_each([&](int16_t id) {
         if (const Point* point = model_find_point(model, id)) { place_of(id) = map_point(map, id, point->position); }
     });
-    return for_each_corner(layer, [&](int16_t id, float& u, float& v) {
+    const bool told = change_is_told(model);
+    return for_each_corner(layer, [&](ContentList list, const void* record, int16_t id, float& u, float& v) {
         if (survey.missing.has(id)) { return false; }
         const UvPair& uv = place_of(id);
+        // Only what changes, since that is what it costs to take it back.
+        if (told && (!same_bits(u, uv.u) || !same_bits(v, uv.v))) { change_element(model, &layer, list, record); }
         u = uv.u;
         v = uv.v;
         return true;
@@ -202,7 +210,7 @@ int layer_map_uvees(Model* model, const char* layer) {
     Survey survey;
     survey_layer(model, *target, survey);
     // A line with a missing point spoils the box alone: the map then goes by the box as it was.
-    store_bounds(*target, survey);
+    store_bounds(model, *target, survey);
     return map_corners(model, *target, survey) ? 1 : 0;
 }
 
@@ -211,7 +219,7 @@ int layer_compute_bounds(Model* model, const char* layer) {
     if (target == nullptr) { return 0; }
     Survey survey;
     survey_layer(model, *target, survey);
-    return store_bounds(*target, survey) ? 1 : 0;
+    return store_bounds(model, *target, survey) ? 1 : 0;
 }
 
 UvPair planar_uv(float x, float y, float z, const Vec3* bounds_min, const Vec3* bounds_max, int axis_u, int axis_v) {

@@ -21,6 +21,13 @@ int free_slot(KeyedList* list, int32_t slot) {
     return 1;
 }
 
+void store_text_key(KeyedList* list, int32_t slot, const char* key) {
+    unsigned char* entry = list_key_entry(list, slot);
+    const size_t length = list_key_length(key);
+    std::memcpy(entry, key, length);
+    entry[length] = 0;
+}
+
 // Hands out the element and the key of the cursor's slot.
 void* walk_element(KeyedList* list, int32_t* int_key, const char** text_key) {
     void* element = list_at(list, list->cursor, 0);
@@ -122,13 +129,45 @@ void* list_add(KeyedList* list, const char* key) {
     if (slot < 0) {
         slot = list_slot_take(list);
         if (slot < 0) { return nullptr; }
-        unsigned char* entry = list_key_entry(list, slot);
-        const size_t length = list_key_length(key);
-        std::memcpy(entry, key, length);
-        entry[length] = 0;
+        store_text_key(list, slot, key);
         list_key_added(list, slot);
     }
     return list_at(list, slot, 0);
+}
+
+int32_t list_slot_for(const KeyedList* list, int32_t key) {
+    if (list == nullptr || list->element_size < 1 || list->kind == KEY_STRING) { return -1; }
+    const int32_t slot = list_slot_of(list, key);
+    return slot < 0 ? list_free_slot(list) : slot;
+}
+
+int32_t list_slot_for(const KeyedList* list, const char* key) {
+    if (list == nullptr || list->element_size < 1 || list->kind != KEY_STRING || key == nullptr) { return -1; }
+    const int32_t slot = list_slot_of(list, key);
+    return slot < 0 ? list_free_slot(list) : slot;
+}
+
+void* list_add_at(KeyedList* list, int32_t slot, int32_t key) {
+    if (list == nullptr || list->element_size < 1 || list->kind == KEY_STRING || !list_slot_take_at(list, slot)) {
+        return nullptr;
+    }
+    std::memcpy(list_key_entry(list, slot), &key, sizeof key);
+    list_key_added(list, slot);
+    return list_at(list, slot, 0);
+}
+
+void* list_add_at(KeyedList* list, int32_t slot, const char* key) {
+    if (list == nullptr || list->element_size < 1 || list->kind != KEY_STRING || key == nullptr ||
+        !list_slot_take_at(list, slot)) {
+        return nullptr;
+    }
+    store_text_key(list, slot, key);
+    list_key_added(list, slot);
+    return list_at(list, slot, 0);
+}
+
+void* list_slot_bytes(const KeyedList* list, int32_t slot) {
+    return list_has_storage(list) && slot >= 0 && slot < list->capacity ? list_slot_element(list, slot) : nullptr;
 }
 
 int list_remove(KeyedList* list, int32_t key) {

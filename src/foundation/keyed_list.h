@@ -73,6 +73,23 @@ int list_remove(KeyedList* list, const char* key);
 // Frees an occupied slot by its number, whatever its key; the way out for keys that cannot be found. 1 or 0.
 int list_remove_slot(KeyedList* list, int32_t slot);
 
+// For whoever puts a list back as it was. The slot that an add under the key would answer with: that of the key, or
+// the lowest free one; -1 where the add would be refused. Nothing is changed.
+int32_t list_slot_for(const KeyedList* list, int32_t key);
+int32_t list_slot_for(const KeyedList* list, const char* key);
+
+// The element of a new occupied slot with this number and key, as list_add would give it; null when the slot is
+// occupied, negative or beyond what a list can have, and for what list_add refuses. The caller sees to it that no other
+// slot holds the key. A text key longer than KEY_TEXT_SIZE is cut, as ever.
+void* list_add_at(KeyedList* list, int32_t slot, int32_t key);
+void* list_add_at(KeyedList* list, int32_t slot, const char* key);
+
+// The bytes of a slot, occupied or not: what the next tenant of a free one finds. Null beyond the capacity.
+void* list_slot_bytes(const KeyedList* list, int32_t slot);
+
+// The slot of an element of the list by its address; -1 for an address that is none of it.
+int32_t list_slot_of_element(const KeyedList* list, const void* element);
+
 // The element under the key, or null. The cursor is not touched. This and the other look-ups give what may be changed
 // where the list may.
 inline const void* list_find(const KeyedList* list, int32_t key);

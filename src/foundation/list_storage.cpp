@@ -78,6 +78,14 @@ int32_t lowest_free_slot(ListStorage* storage, int32_t count) {
     return word * LIST_WORD_SLOTS + std::countr_one(storage->occupied[word]);
 }
 
+void occupy(KeyedList* list, int32_t slot) {
+    ListStorage* storage = list->storage;
+    const int32_t word = slot / LIST_WORD_SLOTS;
+    storage->occupied[word] |= uint64_t{1} << (slot % LIST_WORD_SLOTS);
+    storage->used = slot < storage->used ? storage->used : slot + 1;
+    ++list->count;
+}
+
 }  // namespace
 
 bool list_storage_ensure(KeyedList* list) {
@@ -118,15 +126,38 @@ bool list_storage_copy(const KeyedList* source, KeyedList* destination) {
     return true;
 }
 
+int32_t list_free_slot(const KeyedList* list) {
+    return list_has_storage(list) ? lowest_free_slot(list->storage, list->count) : 0;
+}
+
 int32_t list_slot_take(KeyedList* list) {
-    ListStorage* storage = list->storage;
-    const int32_t slot = lowest_free_slot(storage, list->count);
+    const int32_t slot = lowest_free_slot(list->storage, list->count);
     if (slot >= list->capacity) { grow(list); }
-    const int32_t word = slot / LIST_WORD_SLOTS;
-    storage->occupied[word] |= uint64_t{1} << (slot % LIST_WORD_SLOTS);
-    storage->used = slot < storage->used ? storage->used : slot + 1;
-    ++list->count;
+    occupy(list, slot);
     return slot;
+}
+
+bool list_slot_take_at(KeyedList* list, int32_t slot) {
+    if (slot < 0 || slot >= LAST_CAPACITY || list_at(list, slot, 0) != nullptr) { return false; }
+    list_storage_ensure(list);
+    while (slot >= list->capacity) { grow(list); }
+    occupy(list, slot);
+    return true;
+}
+
+int32_t list_slot_of_element(const KeyedList* list, const void* element) {
+    if (!list_has_storage(list)) { return -1; }
+    const auto address = reinterpret_cast<uintptr_t>(element);
+    const auto size = static_cast<size_t>(list->element_size);
+    for (int32_t block = 0; block < block_count(list); ++block) {
+        const auto start = reinterpret_cast<uintptr_t>(list->storage->blocks[block]);
+        const auto slots = static_cast<size_t>(list_block_slots(block));
+        if (address >= start && address - start < slots * size) {
+            const int32_t slot = list_block_start(block) + static_cast<int32_t>((address - start) / size);
+            return list_slot_occupied(list->storage, slot) ? slot : -1;
+        }
+    }
+    return -1;
 }
 
 void list_slot_release(KeyedList* list, int32_t slot) {

@@ -62,8 +62,21 @@ void list_storage_release(KeyedList* list);
 // source's kind and element size, and no index yet.
 bool list_storage_copy(const KeyedList* source, KeyedList* destination);
 
+// The bytes of a slot below the capacity, occupied or not.
+inline unsigned char* list_slot_element(const KeyedList* list, int32_t slot) {
+    const int32_t block = list_block_of(slot);
+    const auto offset = static_cast<size_t>(slot - list_block_start(block));
+    return list->storage->blocks[block] + offset * static_cast<size_t>(list->element_size);
+}
+
+// The slot that the next new key takes: the lowest free one, or the one behind the last.
+int32_t list_free_slot(const KeyedList* list);
+
 // Occupies the lowest free slot. The key is stored by the caller.
 int32_t list_slot_take(KeyedList* list);
+
+// Occupies this slot. False, with nothing done, when it is occupied already or is none that a list can have.
+bool list_slot_take_at(KeyedList* list, int32_t slot);
 void list_slot_release(KeyedList* list, int32_t slot);
 
 // Slot of a key; -1 when it is absent, of the wrong type, or when the list has no storage.

@@ -7,7 +7,7 @@
 
 #include "formats/animation.h"
 #include "motion/transform_state.h"
-#include "scene/model.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -130,6 +130,7 @@ RootModel enter_root(Session* session, const FreshRoot& fresh, Successors* succe
     enter_lost(old.model, successors);
     hand_over_model(session, old.model, fresh.model, owner, successors, lost);
     root->model = fresh.model;
+    change_watch(fresh.model);
     root->animation = fresh.animation;
     // What no clip moves any more goes back to where scripts put it.
     if (old.animation != nullptr && fresh.animation == nullptr) {
@@ -146,6 +147,7 @@ bool session_exchange_roots(Session* session, const std::vector<FreshRoot>& all,
         const RootModel* root = list_find<const RootModel>(&session->root_models, fresh.key);
         if (root == nullptr || root->model == nullptr || fresh.model == nullptr) { return false; }
     }
+    change_scene_replaced(session);
     Successors successors;
     std::vector<RootModel> former;
     for (const FreshRoot& fresh : all) { former.push_back(enter_root(session, fresh, &successors, lost)); }

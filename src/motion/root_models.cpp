@@ -7,6 +7,7 @@
 
 #include "formats/animation.h"
 #include "motion/transform_state.h"
+#include "scene/change.h"
 #include "scene/ids.h"
 
 namespace pelt {
@@ -30,6 +31,7 @@ void empty_links_to(Session* session, Model* model, const ModelSet& going) {
         if (!link.borrowed) {
             empty_links_to(session, link.model, going);
         } else if (going.count(link.model) != 0) {
+            change_element(model, nullptr, CONTENT_CHILDREN, &link);
             session_forget_child(session, &link);
             link.model = nullptr;
         }
@@ -51,9 +53,11 @@ void empty_animation_parent(ModelAnimation* animation, const ModelSet& going, co
 void empty_references(Session* session, const RootModel& going) {
     ModelSet owned;
     collect_owned(going.model, &owned);
-    for (RootModel& root : list_elements<RootModel>(session->root_models)) {
-        empty_links_to(session, root.model, owned);
-        empty_animation_parent(root.animation, owned, going.animation);
+    const auto roots = list_elements<RootModel>(session->root_models);
+    for (auto root = roots.begin(); root != roots.end(); ++root) {
+        empty_links_to(session, root->model, owned);
+        change_scene_slot(session, SCENE_ANIMATIONS, root.slot());
+        empty_animation_parent(root->animation, owned, going.animation);
     }
 }
 
@@ -64,10 +68,13 @@ int32_t session_add_root(Session* session, Model* model, ModelAnimation* animati
         animation_release(animation);
         return 0;
     }
-    RootModel* root = list_add<RootModel>(&session->root_models, take_id(&next_root_id));
+    const int32_t key = take_id(&next_root_id);
+    change_scene_slot(session, SCENE_ROOTS, list_slot_for(&session->root_models, key));
+    RootModel* root = list_add<RootModel>(&session->root_models, key);
     root->model = model;
     root->animation = animation;
     root->row = row;
+    change_watch(model);
     const ModelState* state = model_state(session, model);
     return state != nullptr ? state->id : 0;
 }
@@ -77,16 +84,20 @@ int session_remove_root(Session* session, int32_t key) {
     const RootModel* found = list_find<RootModel>(&session->root_models, key);
     if (found == nullptr) { return 0; }
     const RootModel root = *found;
+    change_scene_slot(session, SCENE_ROOTS, list_index_of(&session->root_models, key, 0));
     list_remove(&session->root_models, key);
     empty_references(session, root);
     session_forget_model(session, root.model);
-    model_release(root.model);
-    animation_release(root.animation);
+    if (!change_keeps_root(session, root)) {
+        model_release(root.model);
+        animation_release(root.animation);
+    }
     return 1;
 }
 
 void session_release_roots(Session* session) {
     if (session == nullptr) { return; }
+    change_scene_replaced(session);
     KeyedList going = session->root_models;
     list_init(&session->root_models, sizeof(RootModel), KEY_INT);
     // All are forgotten before any is released: roots may lend models to each other.

@@ -3,11 +3,14 @@
 
 #include <cstring>
 
+#include "scene/change.h"
+
 namespace pelt {
 
 ModelState* model_state(Session* session, Model* model) {
     if (session == nullptr || model == nullptr) { return nullptr; }
     if (model->state_index != -1) { return list_at<ModelState>(&session->model_states, model->state_index, 0); }
+    change_scene_slot(session, SCENE_MODEL_STATES, list_slot_for(&session->model_states, next_model_state_id));
     ModelState* state = add_state<ModelState>(&session->model_states, &next_model_state_id, &model->state_index);
     if (state == nullptr) { return nullptr; }
     state->time = TIME_NEVER;

@@ -6,11 +6,13 @@
 #include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "images/image_registry.h"
-#include "scene/model.h"
+#include "scene/change.h"
 
 namespace pelt {
 
 namespace {
+
+uint64_t layers_made = 0;
 
 constexpr float NO_COLOUR = 255.0f;         // every channel of the colour of an absent layer
 constexpr float COLOUR_KEY_SCALE = 255.0f;  // from 0.0 to 1.0 in a file to a byte
@@ -19,6 +21,12 @@ constexpr float COLOUR_KEY_SCALE = 255.0f;  // from 0.0 to 1.0 in a file to a by
 template <typename AnyModel>
 auto find_layer_silently(AnyModel* model, const char* name) {
     return model != nullptr && name != nullptr ? list_find<Layer>(&model->layers, name) : nullptr;
+}
+
+// The settings of a layer are about to change.
+void change_layer(Model* model, const Layer* layer) {
+    change_model(model);
+    change_element(model, nullptr, CONTENT_LAYERS, layer);
 }
 
 bool is_unit_range(float value) { return value >= 0.0f && value <= 1.0f; }
@@ -33,6 +41,11 @@ void release_layer_content(Layer* layer) {
     for (KeyedList* list : {&layer->triangles, &layer->polygons, &layer->lines, &layer->images, &layer->uvees}) {
         list_free(list);
     }
+}
+
+// The same where the layer goes out of a model.
+void part_with_layer_content(Model* model, Layer* layer) {
+    if (!change_keeps_layer(model, layer)) { release_layer_content(layer); }
 }
 
 void init_layer_lists(Layer* layer) {
@@ -53,6 +66,8 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
         return 0;
     }
     load_error_set(nullptr);
+    change_model(model);
+    change_key(model, nullptr, CONTENT_LAYERS, name);
     Layer* layer = list_add<Layer>(&model->layers, name);
     if (layer == nullptr) { return 0; }
     // Intended: image axes and repeat are not written, a slot used again keeps those of the layer before.
@@ -69,7 +84,7 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
     layer->bounds_min = Vec3{};
     layer->bounds_max = Vec3{};
     init_layer_lists(layer);
-    ++model->changes;
+    layer->serial = ++layers_made;
     return 1;
 }
 
@@ -82,15 +97,16 @@ const Layer* model_find_layer(const Model* model, const char* name) {
 
 int model_delete_layer(Model* model, const char* name) {
     if (find_layer_silently(model, name) == nullptr) { return 0; }
+    change_model(model);
     model_delete_layer_slot(model, list_index_of(&model->layers, name, 0));
-    ++model->changes;
     return 1;
 }
 
 void model_delete_layer_slot(Model* model, int32_t slot) {
     Layer* layer = model != nullptr ? list_at<Layer>(&model->layers, slot, 0) : nullptr;
     if (layer != nullptr) {
-        release_layer_content(layer);
+        change_slot(model, nullptr, CONTENT_LAYERS, slot);
+        part_with_layer_content(model, layer);
         list_remove_slot(&model->layers, slot);
     }
 }
@@ -99,15 +115,20 @@ int model_rename_layer(Model* model, const char* old_name, const char* new_name)
     const Layer* layer = find_layer_silently(model, old_name);
     if (layer == nullptr || new_name == nullptr || new_name[0] == '\0') { return 0; }
     Layer* replaced = find_layer_silently(model, new_name);
-    if (replaced != nullptr && replaced != layer) { release_layer_content(replaced); }
+    change_model(model);
+    change_element(model, nullptr, CONTENT_LAYERS, layer);
+    if (replaced != nullptr && replaced != layer) {
+        change_element(model, nullptr, CONTENT_LAYERS, replaced);
+        part_with_layer_content(model, replaced);
+    }
     Layer renamed = *layer;
     str_copy(new_name, renamed.name);
     // The names may lie in the records themselves, so the new key is a copy.
     char key[sizeof renamed.name];
     str_copy(new_name, key);
     list_remove(&model->layers, old_name);
+    change_key(model, nullptr, CONTENT_LAYERS, static_cast<const char*>(key));
     *list_add<Layer>(&model->layers, key) = renamed;
-    ++model->changes;
     return 1;
 }
 
@@ -124,10 +145,10 @@ void model_layer_colour(const Model* model, const char* name, float out[4]) {
 int model_set_layer_colour(Model* model, const char* name, int red, int green, int blue) {
     Layer* layer = model_find_layer(model, name);
     if (layer == nullptr) { return 0; }
+    change_layer(model, layer);
     layer->colour[0] = red;
     layer->colour[1] = green;
     layer->colour[2] = blue;
-    ++model->changes;
     return 1;
 }
 
@@ -139,8 +160,8 @@ int model_layer_sides(const Model* model, const char* name) {
 int model_set_layer_sides(Model* model, const char* name, int sides) {
     Layer* layer = model_find_layer(model, name);
     if (layer == nullptr) { return 0; }
+    change_layer(model, layer);
     layer->singlesided = sides > 1 ? 0 : 1;
-    ++model->changes;
     return 1;
 }
 
@@ -152,6 +173,7 @@ int model_layer_mirror(const Model* model, const char* name) {
 int model_set_layer_mirror(Model* model, const char* name, int code) {
     Layer* layer = model_find_layer(model, name);
     if (layer == nullptr) { return 0; }
+    change_layer(model, layer);
     // Intended: any code but these four changes nothing and still counts as success.
     if (code == 0) {
         layer->mirror = 0;
@@ -159,7 +181,6 @@ int model_set_layer_mirror(Model* model, const char* name, int code) {
         layer->mirror = 1;
         layer->mirror_axis = code;
     }
-    ++model->changes;
     return 1;
 }
 
@@ -171,8 +192,8 @@ float model_layer_transparency(const Model* model, const char* name) {
 int model_set_layer_transparency(Model* model, const char* name, float value) {
     Layer* layer = model_find_layer(model, name);
     if (layer == nullptr) { return 0; }
+    change_layer(model, layer);
     layer->transparency = value;
-    ++model->changes;
     return 1;
 }
 
@@ -188,20 +209,22 @@ int model_set_invisible(Model* model, const char* name, float red, float green, 
     }
     Layer* layer = model_find_layer(model, name);
     if (layer == nullptr) { return 0; }
+    change_layer(model, layer);
     layer->invisible = 1;
     layer->invisible_colour[0] = float_to_int(red * COLOUR_KEY_SCALE);
     layer->invisible_colour[1] = float_to_int(green * COLOUR_KEY_SCALE);
     layer->invisible_colour[2] = float_to_int(blue * COLOUR_KEY_SCALE);
-    ++model->changes;
     return 1;
 }
 
 int model_set_reflection(Model* model, const char* name, float value) {
     if (!is_unit_range(value)) { return 0; }
-    LayerImage* image = layer_first_image(model_find_layer(model, name));
+    Layer* layer = model_find_layer(model, name);
+    LayerImage* image = layer_first_image(layer);
     if (image == nullptr) { return 0; }
+    change_model(model);
+    change_element(model, layer, CONTENT_IMAGES, image);
     image->reflection = value;
-    ++model->changes;
     return 1;
 }
 

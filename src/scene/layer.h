@@ -53,6 +53,7 @@ struct Layer {
     KeyedList lines;      // Line, KEY_INT
     KeyedList uvees;      // Uvee, KEY_INT, by point id
     KeyedList images;     // LayerImage, KEY_INT, at most one
+    uint64_t serial;      // of the process: tells the layer from another one that had, or has, its slot or its name
 };
 
 inline bool layer_has_surface(const Layer& layer) {

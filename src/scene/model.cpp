@@ -3,9 +3,11 @@
 #include "scene/model.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "foundation/file_access.h"
 #include "foundation/text.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -90,6 +92,7 @@ int model_release(Model* model) {
 
 int model_rename(Model* model, const char* path) {
     if (model == nullptr || path == nullptr) { return 0; }
+    change_fields(model);
     const char* name = path_base_name(path);
     if (name != nullptr) { str_copy(name, model->name); }
     const char* directory = path_directory(path);
@@ -116,17 +119,28 @@ const char* model_full_path(const Model* model) {
 }
 
 void model_set_tag(Model* model, int32_t tag) {
-    if (model != nullptr) { model->tag = tag; }
+    if (model == nullptr) { return; }
+    change_fields(model);
+    model->tag = tag;
 }
 
 int32_t model_tag(const Model* model) { return model != nullptr ? model->tag : 0; }
 
 int model_scale(Model* model, float x, float y, float z) {
     if (model == nullptr || x == 0.0f || y == 0.0f || z == 0.0f) { return 0; }
-    for (Point& point : list_elements<Point>(model->points)) { scale_place(&point.position, x, y, z); }
-    for (Joint& joint : list_elements<Joint>(model->joints)) { scale_place(&joint.position, x, y, z); }
-    for (ChildLink& link : list_elements<ChildLink>(model->children)) { scale_place(&link.position, x, y, z); }
-    ++model->changes;
+    change_model(model);
+    for (Point& point : list_elements<Point>(model->points)) {
+        change_point(model, &point);
+        scale_place(&point.position, x, y, z);
+    }
+    for (Joint& joint : list_elements<Joint>(model->joints)) {
+        change_element(model, nullptr, CONTENT_JOINTS, &joint);
+        scale_place(&joint.position, x, y, z);
+    }
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        change_element(model, nullptr, CONTENT_CHILDREN, &link);
+        scale_place(&link.position, x, y, z);
+    }
     return 1;
 }
 
@@ -166,6 +180,24 @@ int32_t model_count_lines(const Model* model, const char* layer) {
     int32_t total = 0;
     for (const Layer& each : list_elements<Layer>(model->layers)) { total += layer_count_lines(&each); }
     return total;
+}
+
+int64_t model_unsaved_changes(const Model* model) {
+    if (model == nullptr || model->version == model->saved_version) { return 0; }
+    const int64_t apart = model->changes - model->saved_changes;
+    return apart == 0 ? 1 : std::abs(apart);
+}
+
+void model_mark_read(Model* model) {
+    if (model == nullptr) { return; }
+    model->changes = 0;
+    model_mark_saved(model);
+}
+
+void model_mark_saved(Model* model) {
+    if (model == nullptr) { return; }
+    model->saved_version = model->version;
+    model->saved_changes = model->changes;
 }
 
 std::string model_directory(const Model* model) {

@@ -37,12 +37,16 @@ struct Model {
     KeyedList children;  // ChildLink, KEY_INT
     Vec3 bounds_min;
     Vec3 bounds_max;
-    int32_t state_index;   // slot in Session::model_states, -1 for none
-    uint64_t serial;       // of the process, never the same for two models: tells one from another at the same address
-    int64_t changes;       // what was done to the content since it was read, counted; what a read does is none
-    char* opened_path;     // heap text: the file it was read from, as given; null when it was made, or renamed since
-    char* long_directory;  // heap text: the directory where path has no room for it, and is empty; else null
-    int32_t long_paths;    // 1: read as a model whose paths may be of any length, and to be read again as one
+    int32_t state_index;  // slot in Session::model_states, -1 for none
+    uint64_t serial;      // of the process, never the same for two models: tells one from another at the same address
+    int64_t changes;      // what was done to the content since it was read, counted; what a read does is none
+    uint64_t version;     // of the content: a new number with every change, and that of before when it is taken back
+    uint64_t saved_version;  // of the content that the model's file has
+    int64_t saved_changes;   // the count of changes that stood with it
+    int32_t watched;         // 1: it stands, or stood, in the scene, and changes are told (scene/change.h)
+    char* opened_path;       // heap text: the file it was read from, as given; null when it was made, or renamed since
+    char* long_directory;    // heap text: the directory where path has no room for it, and is empty; else null
+    int32_t long_paths;      // 1: read as a model whose paths may be of any length, and to be read again as one
 };
 
 Model* model_create(const char* path, Model* parent);  // null for a null path; the file need not exist
@@ -71,6 +75,12 @@ int32_t model_count_lines(const Model* model, const char* layer);
 std::string model_directory(const Model* model);
 // Path of the model's own file as it was read; empty for a model that was made, or renamed since.
 std::string model_file(const Model* model);
+// What was done, or taken back, since the content was that of the file, counted; 0 exactly when it is that of the file.
+int64_t model_unsaved_changes(const Model* model);
+// The content as it is now is that of the file, either just read (all counts begin anew) or saved.
+void model_mark_read(Model* model);
+void model_mark_saved(Model* model);
+
 // Path of a file beside the model.
 std::string model_file_path(const Model* model, const char* file);
 

@@ -3,7 +3,7 @@
 #include "scene/point.h"
 
 #include "foundation/load_error.h"
-#include "scene/model.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -14,8 +14,11 @@ constexpr float WEIGHT_MAX = 2.0f;
 constexpr unsigned char DEFAULT_CHANNEL = 127;
 constexpr float NO_COLOUR = 255.0f;  // every channel of an absent point
 
+// The point, about to be changed.
 Point* find_or_create_point(Model* model, int32_t id) {
     if (model == nullptr || id < 1) { return nullptr; }
+    change_model(model);
+    change_key(model, nullptr, CONTENT_POINTS, id);
     Point* point = list_find<Point>(&model->points, id);
     if (point != nullptr) { return point; }
     point = list_add<Point>(&model->points, id);
@@ -47,7 +50,6 @@ int model_set_point(Model* model, int32_t id, int32_t x, int32_t y, int32_t z, f
     point->position = Vec3{static_cast<float>(x), static_cast<float>(y), static_cast<float>(z)};
     point->weight = clamp_weight(weight);
     model_grow_bounds(model, point->position.x, point->position.y, point->position.z);
-    ++model->changes;
     return 1;
 }
 
@@ -57,7 +59,6 @@ int model_set_normal(Model* model, int32_t id, float x, float y, float z) {
     point->normal = Vec3{x, y, z};
     vec_normalise(&point->normal);
     model->has_normals = 1;
-    ++model->changes;
     return 1;
 }
 
@@ -66,23 +67,26 @@ int model_set_point_joints(Model* model, int32_t id, const char* joint_a, const 
     if (point == nullptr) { return 0; }
     point->joint_a = model_find_joint(model, joint_a);
     point->joint_b = model_find_joint(model, joint_b);
-    ++model->changes;
     return 1;
 }
 
 int model_set_gouraud(Model* model, int32_t id, int red, int green, int blue, int transparency) {
     if (model == nullptr || id < 1) { return 0; }
-    Point* point = model_find_point(model, id);
+    Model* owner = nullptr;
+    Point* point = model_find_owned_point(model, id, &owner);
     if (point == nullptr) {
         load_error_set("gouraud colour defined for non existant point");
         return 0;
     }
+    // The flag is this model's, the colour that of whoever has the point.
+    change_fields(model);
+    change_model(owner);
+    change_point(owner, point);
     point->gouraud[0] = low_byte(red);
     point->gouraud[1] = low_byte(green);
     point->gouraud[2] = low_byte(blue);
     point->gouraud[3] = low_byte(transparency);
     model->has_gouraud = 1;
-    ++model->changes;
     return 1;
 }
 
@@ -91,6 +95,18 @@ const Point* model_find_point(const Model* model, int32_t id) {
     if (const Point* point = list_find<Point>(&model->points, id)) { return point; }
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (const Point* point = model_find_point(link.model, id)) { return point; }
+    }
+    return nullptr;
+}
+
+Point* model_find_owned_point(Model* model, int32_t id, Model** owner) {
+    if (model == nullptr) { return nullptr; }
+    if (auto* point = list_find<Point>(&model->points, id)) {
+        *owner = model;
+        return point;
+    }
+    for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
+        if (Point* point = model_find_owned_point(link.model, id, owner)) { return point; }
     }
     return nullptr;
 }
@@ -173,13 +189,15 @@ int32_t model_highest_point(const Model* model) {
 }
 
 int model_remove_point(Model* model, int32_t id) {
-    if (model == nullptr || !list_remove(&model->points, id)) { return 0; }
-    ++model->changes;
-    return 1;
+    if (model == nullptr || id < 1 || list_find<Point>(&model->points, id) == nullptr) { return 0; }
+    change_model(model);
+    change_key(model, nullptr, CONTENT_POINTS, id);
+    return list_remove(&model->points, id);
 }
 
 void model_grow_bounds(Model* model, float x, float y, float z) {
     if (model == nullptr) { return; }
+    change_fields(model);
     // Intended: with one point the box is reset by every call, also by that of a mirrored copy.
     if (list_count(&model->points) == 1) {
         model->bounds_min = model->bounds_max = Vec3{x, y, z};

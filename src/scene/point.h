@@ -41,6 +41,9 @@ Point* model_find_point(Owner* model, int32_t id) {
     return const_cast<Point*>(model_find_point(static_cast<const Model*>(model), id));
 }
 
+// The same with the model that holds it: a change of the point is one of that model.
+Point* model_find_owned_point(Model* model, int32_t id, Model** owner);
+
 // Pointers to static copies, valid until the next call; null with the load error set when absent.
 const Vec3* model_point_position(const Model* model, int32_t id);
 const Vec3* model_find_normal(const Model* model, int32_t id);

@@ -6,8 +6,8 @@
 #include <limits>
 
 #include "foundation/load_error.h"
+#include "scene/change.h"
 #include "scene/ids.h"
-#include "scene/model.h"
 
 namespace pelt {
 
@@ -75,7 +75,9 @@ int model_add_triangle(Model* model, const char* layer, int quad, const int32_t*
     Layer* target = model_find_layer(model, layer);
     const int corners = quad ? QUAD_CORNERS : QUAD_CORNERS - 1;
     if (target == nullptr || !triangle_is_valid(model, corners, points, normals, controls, curve_type)) { return 0; }
-    Triangle* triangle = list_add<Triangle>(&target->triangles, next_triangle_id);
+    change_model(model);
+    change_key(model, target, CONTENT_TRIANGLES, next_triangle_id);
+    auto* triangle = list_add<Triangle>(&target->triangles, next_triangle_id);
     if (triangle == nullptr) { return 0; }
     *triangle = Triangle{};
     triangle->quad = quad ? 1 : 0;
@@ -90,7 +92,6 @@ int model_add_triangle(Model* model, const char* layer, int quad, const int32_t*
     }
     triangle->id = take_id(&next_triangle_id);
     triangle->state_index = -1;
-    ++model->changes;
     return 1;
 }
 
@@ -98,7 +99,9 @@ int model_add_polygon(Model* model, const char* layer, int count, const int32_t*
     Layer* target = model_find_layer(model, layer);
     if (target == nullptr || points == nullptr || !all_exist(model, points, count, NO_POINT)) { return 0; }
     if (normals != nullptr && !all_exist(model, normals, count, NO_NORMAL)) { return 0; }
-    Polygon* polygon = list_add<Polygon>(&target->polygons, next_polygon_id);
+    change_model(model);
+    change_key(model, target, CONTENT_POLYGONS, next_polygon_id);
+    auto* polygon = list_add<Polygon>(&target->polygons, next_polygon_id);
     if (polygon == nullptr) { return 0; }
     *polygon = Polygon{};
     list_init(&polygon->vertices, sizeof(PolygonVertex), KEY_NONE);
@@ -112,14 +115,15 @@ int model_add_polygon(Model* model, const char* layer, int count, const int32_t*
     }
     polygon->id = take_id(&next_polygon_id);
     polygon->state_index = -1;
-    ++model->changes;
     return 1;
 }
 
 int model_add_line(Model* model, const char* layer, int count, const int32_t* points) {
     Layer* target = model_find_layer(model, layer);
     if (target == nullptr || points == nullptr || !all_exist(model, points, count, NO_POINT)) { return 0; }
-    Line* line = list_add<Line>(&target->lines, next_line_id);
+    change_model(model);
+    change_key(model, target, CONTENT_LINES, next_line_id);
+    auto* line = list_add<Line>(&target->lines, next_line_id);
     if (line == nullptr) { return 0; }
     *line = Line{};
     list_init(&line->vertices, sizeof(int32_t), KEY_NONE);
@@ -130,7 +134,6 @@ int model_add_line(Model* model, const char* layer, int count, const int32_t* po
     }
     line->id = take_id(&next_line_id);
     line->state_index = -1;
-    ++model->changes;
     return 1;
 }
 
@@ -150,10 +153,11 @@ int model_add_uvee(Model* model, const char* layer, int32_t point, float u, floa
         load_error_set("uvee point not found in model");
         return 0;
     }
-    Uvee* uvee = list_add<Uvee>(&target->uvees, point);
+    change_model(model);
+    change_key(model, target, CONTENT_UVEES, point);
+    auto* uvee = list_add<Uvee>(&target->uvees, point);
     if (uvee == nullptr) { return 0; }
     *uvee = Uvee{point, u, v};
-    ++model->changes;
     return 1;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "foundation/text.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -112,6 +113,7 @@ void session_set_animation_path(Session* session, const char* path, const char* 
     if (session == nullptr) { return; }
     char* new_path = str_dup(path);  // first, because a text may be the one that is kept
     char* new_base = str_dup(base);
+    change_scene_fields(session);
     str_free(session->animation_path);
     str_free(session->animation_base);
     session->animation_path = new_path;
@@ -125,6 +127,7 @@ void session_restore_display(Session* session) {
 
 void session_clear_bounds(Session* session) {
     if (session != nullptr) {
+        change_scene_fields(session);
         session->radius = EMPTY_SCENE_RADIUS;
         session->centre = Vec3{0.0f, 0.0f, 0.0f};
     }
@@ -158,6 +161,7 @@ int session_forget_model(Session* session, Model* model) {
         // A borrowed model keeps its records, which belong to its own root. A link without a model shows in the
         // result and stops nothing.
         const bool passed_over = link.model != nullptr && link.borrowed;
+        change_element(model, nullptr, CONTENT_CHILDREN, &link);
         if (!passed_over && !session_forget_model(session, link.model)) { result = 0; }
         forget_record(&session->child_states, &link.state_index);
     }
@@ -168,6 +172,7 @@ int session_forget_model(Session* session, Model* model) {
     for (Joint& joint : list_elements<Joint>(model->joints)) {
         forget_record(&session->joint_states, &joint.state_index);
     }
+    if (model->state_index >= 0) { change_scene_slot(session, SCENE_MODEL_STATES, model->state_index); }
     forget_record(&session->model_states, &model->state_index);
     return result;
 }

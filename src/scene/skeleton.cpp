@@ -4,8 +4,8 @@
 
 #include "foundation/load_error.h"
 #include "foundation/text.h"
+#include "scene/change.h"
 #include "scene/ids.h"
-#include "scene/model.h"
 
 namespace pelt {
 
@@ -42,7 +42,9 @@ int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_
         return 0;
     }
     // Intended: a second joint called "world" is not met above and is written over the first.
-    Joint* joint = list_add<Joint>(&model->joints, name);
+    change_model(model);
+    change_key(model, nullptr, CONTENT_JOINTS, name);
+    auto* joint = list_add<Joint>(&model->joints, name);
     if (joint == nullptr) { return 0; }
     str_copy(name, joint->name);
     str_copy(parent, joint->parent_name);
@@ -52,7 +54,6 @@ int model_add_joint(Model* model, const char* name, int32_t x, int32_t y, int32_
     const bool on_world = parent == nullptr || str_equal(parent, WORLD);
     joint->parent_index = on_world ? -1 : list_index_of(&model->joints, name, 1);
     joint->id = take_id(&next_joint_id);
-    ++model->changes;
     return 1;
 }
 
@@ -71,13 +72,14 @@ int32_t model_joint_index(const Model* model, const char* name) {
 
 BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* joint_b, int32_t count) {
     if (model == nullptr || joint_a == nullptr || joint_b == nullptr || count <= 0) { return nullptr; }
-    BlendWeight* blend = list_add<BlendWeight>(&model->blends, take_id(&next_blend_id));
-    if (blend != nullptr) {
-        blend->point_count = count;
-        blend->joint_a = model_find_joint(model, joint_a);
-        blend->joint_b = model_find_joint(model, joint_b);
-    }
-    ++model->changes;
+    const int32_t id = take_id(&next_blend_id);
+    change_model(model);
+    change_key(model, nullptr, CONTENT_BLENDS, id);
+    auto* blend = list_add<BlendWeight>(&model->blends, id);
+    if (blend == nullptr) { return nullptr; }
+    blend->point_count = count;
+    blend->joint_a = model_find_joint(model, joint_a);
+    blend->joint_b = model_find_joint(model, joint_b);
     return blend;
 }
 
@@ -86,7 +88,9 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
                            const char* rotate_z) {
     if (model == nullptr || name == nullptr) { return nullptr; }
     const int32_t id = take_id(&next_child_id);
-    ChildLink* link = list_add<ChildLink>(&model->children, id);
+    change_model(model);
+    change_key(model, nullptr, CONTENT_CHILDREN, id);
+    auto* link = list_add<ChildLink>(&model->children, id);
     if (link == nullptr) { return nullptr; }
     *link = ChildLink{};
     link->id = id;
@@ -98,7 +102,7 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
     str_copy(rotate_y, link->rotate[1]);
     str_copy(rotate_z, link->rotate[2]);
     link->state_index = -1;
-    ++model->changes;
+    if (model->watched != 0) { change_watch(child); }
     return link;
 }
 
