@@ -16,6 +16,7 @@ struct GlContext {
 };
 
 struct GlWindow {
+    const NativeLayer* layer;  // that made it
     WindowHandle handle;
     WindowProc init_proc;
     WindowProc paint_proc;
@@ -30,6 +31,7 @@ struct GlSystem {
     KeyedList windows;  // GlWindow by name; entries stay when the window dies
     KeyedList cursors;  // NativeCursor by id
     int32_t current_cursor;
+    const NativeLayer* layer;  // in which windows are made; null for that of the desktop
     GlWindow* current_window;  // whose context is current; into windows, whose elements never move
 };
 
@@ -37,5 +39,8 @@ extern GlSystem gl_system;
 
 // First entry with that handle, or null; null for 0.
 GlWindow* gl_window_find(WindowHandle window);
+
+// The layer of a window of ours; for any other, such as a parent, the one in which windows are made.
+const NativeLayer& gl_layer(WindowHandle window);
 
 }  // namespace pelt

@@ -40,7 +40,7 @@ int32_t new_window_size(int32_t size) { return std::clamp(size, 1, NEW_WINDOW_SI
 // Some drivers write out of bounds when a window is larger than they can draw.
 void learn_drawing_limit(GlWindow* entry) {
     int32_t width = 0, height = 0;
-    if (entry->width_max != 0 || !native_drawing_limit(&width, &height)) { return; }
+    if (entry->width_max != 0 || !entry->layer->drawing_limit(&width, &height)) { return; }
     entry->width_max = std::clamp(width, 1, WINDOW_SIZE_MAX);
     entry->height_max = std::clamp(height, 1, WINDOW_SIZE_MAX);
 }
@@ -49,13 +49,14 @@ void learn_drawing_limit(GlWindow* entry) {
 // depth of the display. This is intended.
 void create_context(WindowHandle window) {
     if (gl_window_find(window) == nullptr) { return; }
-    const NativeDevice device = native_device_get(window);
-    if (!native_format_set(device)) { palette_set_up(device); }
-    const NativeContext context = native_context_create(device);
+    const NativeLayer& layer = gl_layer(window);
+    const NativeDevice device = layer.device_get(window);
+    if (!layer.format_set(device)) { palette_set_up(layer, device); }
+    const NativeContext context = layer.context_create(device);
     GlWindow* entry = gl_window_find(window);
     if (context == 0 || entry == nullptr) {
-        native_context_destroy(context);
-        native_device_release(window, device);
+        layer.context_destroy(context);
+        layer.device_release(window, device);
         return;
     }
     entry->context = new GlContext{device, context, {}};
@@ -89,6 +90,11 @@ void gl_system_bind(std::uintptr_t instance) {
     native_init(instance);
 }
 
+const NativeLayer& gl_layer(WindowHandle window) {
+    if (const GlWindow* entry = gl_window_find(window)) { return *entry->layer; }
+    return gl_system.layer != nullptr ? *gl_system.layer : *native_desktop_layer();
+}
+
 GlWindow* gl_window_find(WindowHandle window) {
     if (window == 0) { return nullptr; }
     for (GlWindow& entry : list_elements<GlWindow>(gl_system.windows)) {
@@ -105,27 +111,28 @@ WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc 
     int32_t x = 0, y = 0, width = 0, height = 0;
     gl_window_geometry(parent, &x, &y, &width, &height);
     // Messages of the creation find no entry yet and do nothing: the window enters the table afterwards.
+    const NativeLayer& layer = gl_layer(parent);
     const WindowHandle window =
-        native_window_create(name, parent, new_window_size(width), new_window_size(height), popup != 0);
+        layer.window_create(name, parent, new_window_size(width), new_window_size(height), popup != 0);
     if (window == 0) { return 0; }
-    native_window_raise(window);
+    layer.window_raise(window);
 
     forget_handle(window);
     GlWindow* entry = list_add<GlWindow>(&gl_system.windows, name);
     if (entry == nullptr) {
-        native_window_destroy(window);
+        layer.window_destroy(window);
         return 0;
     }
-    *entry = GlWindow{window, init, paint, resize, event, nullptr, 0, 0};
+    *entry = GlWindow{&layer, window, init, paint, resize, event, nullptr, 0, 0};
     create_context(window);
     gl_set_background(window, 0, 0, 0);
-    native_window_show(window);
+    layer.window_show(window);
     gl_paint_pending(window);
     return window;
 }
 
 void gl_paint_pending(WindowHandle window) {
-    for (int attempt = 0; attempt < PAINT_ATTEMPTS && native_paint_pending(window); ++attempt) {
+    for (int attempt = 0; attempt < PAINT_ATTEMPTS && gl_layer(window).paint_pending(window); ++attempt) {
         window_procedure(window, MESSAGE_PAINT, 0, 0);
         // Without a context no paint ever begins, so repeating it would be in vain.
         const GlWindow* entry = gl_window_find(window);
@@ -135,7 +142,8 @@ void gl_paint_pending(WindowHandle window) {
 
 void gl_make_current(WindowHandle window) {
     if (window == 0) {
-        native_context_make_current(0, 0);
+        const GlWindow* current = gl_system.current_window;
+        gl_layer(current != nullptr ? current->handle : 0).context_make_current(0, 0);
         gl_system.current_window = nullptr;
         return;
     }
@@ -143,7 +151,7 @@ void gl_make_current(WindowHandle window) {
     if (entry == nullptr || entry->context == nullptr) { return; }
     const GlContext& context = *entry->context;
     if (context.device_context == 0 || context.render_context == 0) { return; }
-    if (!native_context_make_current(context.device_context, context.render_context)) { return; }
+    if (!entry->layer->context_make_current(context.device_context, context.render_context)) { return; }
     gl_system.current_window = entry;
     learn_drawing_limit(entry);
 }
@@ -152,30 +160,30 @@ bool gl_context_current(WindowHandle window) { return drawing_window(window) != 
 
 void gl_begin_paint(WindowHandle window) {
     if (gl_system.current_window == nullptr) { gl_make_current(window); }
-    if (GlWindow* entry = drawing_window(window)) { native_begin_paint(window, &entry->context->paint); }
+    if (GlWindow* entry = drawing_window(window)) { entry->layer->begin_paint(window, &entry->context->paint); }
 }
 
 void gl_end_paint(WindowHandle window) {
-    if (GlWindow* entry = drawing_window(window)) { native_end_paint(window, &entry->context->paint); }
+    if (GlWindow* entry = drawing_window(window)) { entry->layer->end_paint(window, &entry->context->paint); }
 }
 
 void gl_swap_buffers(WindowHandle window) {
     const GlWindow* entry = drawing_window(window);
     if (entry != nullptr && entry->context->device_context != 0) {
-        native_swap_buffers(entry->context->device_context);
+        entry->layer->swap_buffers(entry->context->device_context);
     }
 }
 
 bool gl_swap_keeps_back_buffer(WindowHandle window) {
     const GlWindow* entry = drawing_window(window);
-    return entry != nullptr && native_swap_keeps_back_buffer(entry->context->device_context);
+    return entry != nullptr && entry->layer->swap_keeps_back_buffer(entry->context->device_context);
 }
 
 void gl_set_background(WindowHandle window, int red, int green, int blue) {
     const GlWindow* entry = drawing_window(window);
     if (entry == nullptr) { return; }
     const auto byte = [](int value) { return static_cast<uint32_t>(value) & 0xFFu; };
-    native_set_background(entry->context->device_context, byte(red) | byte(green) << 8 | byte(blue) << 16);
+    entry->layer->set_background(entry->context->device_context, byte(red) | byte(green) << 8 | byte(blue) << 16);
 }
 
 void gl_context_destroy(WindowHandle window) {
@@ -185,24 +193,26 @@ void gl_context_destroy(WindowHandle window) {
     GlContext* context = entry->context;
     entry->context = nullptr;  // before the release, which may bring messages of its own
     if (context == nullptr) { return; }
-    native_context_destroy(context->render_context);
-    native_device_release(window, context->device_context);
+    entry->layer->context_destroy(context->render_context);
+    entry->layer->device_release(window, context->device_context);
     delete context;
 }
 
 void gl_window_geometry(WindowHandle window, int32_t* x, int32_t* y, int32_t* width, int32_t* height) {
     if (x == nullptr || y == nullptr || width == nullptr || height == nullptr) { return; }
     *x = *y = *width = *height = 0;
-    if (!native_client_size(window, width, height)) { return; }
-    if (native_window_parent(window) != 0) { native_window_origin(window, x, y); }
+    const NativeLayer& layer = gl_layer(window);
+    if (!layer.client_size(window, width, height)) { return; }
+    if (layer.window_parent(window) != 0) { layer.window_origin(window, x, y); }
 }
 
-WindowHandle gl_window_parent(WindowHandle window) { return native_window_parent(window); }
+WindowHandle gl_window_parent(WindowHandle window) { return gl_layer(window).window_parent(window); }
 
 void gl_window_move(WindowHandle window, int32_t x, int32_t y, int32_t width, int32_t height) {
     gl_window_clamp_size(window, &width, &height);
-    native_window_move(window, std::clamp(x, WINDOW_PLACE_MIN, WINDOW_SIZE_MAX),
-                       std::clamp(y, WINDOW_PLACE_MIN, WINDOW_SIZE_MAX), std::max(width, 1), std::max(height, 1));
+    gl_layer(window).window_move(window, std::clamp(x, WINDOW_PLACE_MIN, WINDOW_SIZE_MAX),
+                                 std::clamp(y, WINDOW_PLACE_MIN, WINDOW_SIZE_MAX), std::max(width, 1),
+                                 std::max(height, 1));
 }
 
 void gl_window_clamp_size(WindowHandle window, int32_t* width, int32_t* height) {
@@ -212,7 +222,7 @@ void gl_window_clamp_size(WindowHandle window, int32_t* width, int32_t* height) 
     *height = std::min(*height, known ? entry->height_max : WINDOW_SIZE_MAX);
 }
 
-void gl_window_invalidate(WindowHandle window) { native_invalidate(window); }
+void gl_window_invalidate(WindowHandle window) { gl_layer(window).invalidate(window); }
 
 // The window system counts how often its cursor was hidden, so the same wish twice must reach it once.
 void gl_show_cursor(int flag) {
@@ -291,7 +301,7 @@ std::intptr_t on_paint(const MessageRecord& message) {
 
 std::intptr_t on_close(const MessageRecord& message) {
     gl_context_destroy(message.window);
-    native_window_destroy(message.window);
+    gl_layer(message.window).window_destroy(message.window);
     return 0;
 }
 
@@ -320,7 +330,7 @@ constexpr MessageRule MESSAGE_RULES[] = {
 std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
     // The wheel keeps its distance in the high half of wparam, for the top-level window that will get it.
     if (message == MESSAGE_WHEEL || message == MESSAGE_WHEEL_SIDEWAYS) {
-        return native_default_message(window, message, wparam, lparam);
+        return gl_layer(window).default_message(window, message, wparam, lparam);
     }
     const MessageRecord record{window, message & 0xFFFFu, static_cast<uint32_t>(wparam & 0xFFFFu), lparam};
     for (const MessageRule& rule : MESSAGE_RULES) {
@@ -330,7 +340,7 @@ std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintp
         if (rule.returns == RETURN_RESULT) { return result; }
         break;
     }
-    return native_default_message(window, record.number, record.wparam, record.lparam);
+    return gl_layer(window).default_message(window, record.number, record.wparam, record.lparam);
 }
 
 }  // namespace pelt

@@ -2,6 +2,8 @@
 // NOT be set; where OpenGL got its format no palette is ever made.
 #include "window/palette.h"
 
+#include "window/gl_system.h"
+
 namespace pelt {
 
 namespace {
@@ -27,20 +29,21 @@ bool is_three_three_two(const NativeFormat& format) {
            format.green_shift == 3 && format.blue_bits == 2 && format.blue_shift == 6;
 }
 
-void select_palette(NativeDevice device) {
-    gl_old_palette = native_palette_select(device, gl_palette);
-    native_palette_realize(device);
+void select_palette(const NativeLayer& layer, NativeDevice device) {
+    gl_old_palette = layer.palette_select(device, gl_palette);
+    layer.palette_realize(device);
 }
 
 // Selects the palette for the length of one action on the window.
 template <typename Action>
 int with_palette(WindowHandle window, Action action) {
     if (gl_palette == 0) { return 0; }
-    const NativeDevice device = native_device_get(window);
-    select_palette(device);
-    action(device);
-    if (gl_old_palette != 0) { native_palette_select(device, gl_old_palette); }
-    native_device_release(window, device);
+    const NativeLayer& layer = gl_layer(window);
+    const NativeDevice device = layer.device_get(window);
+    select_palette(layer, device);
+    action(layer, device);
+    if (gl_old_palette != 0) { layer.palette_select(device, gl_old_palette); }
+    layer.device_release(window, device);
     return 1;
 }
 
@@ -75,26 +78,26 @@ int32_t palette_entries(const NativeFormat& format, PaletteEntry (&entries)[256]
     return count;
 }
 
-void palette_set_up(NativeDevice device) {
+void palette_set_up(const NativeLayer& layer, NativeDevice device) {
     NativeFormat format{};
-    if (!native_format_get(device, &format)) { return; }
+    if (!layer.format_get(device, &format)) { return; }
     if ((format.flags & NATIVE_FORMAT_NEEDS_PALETTE) == 0) { return; }
     PaletteEntry entries[256];
     const int32_t count = palette_entries(format, entries);
     if (count == 0) { return; }
-    gl_palette = native_palette_create(entries, count);
-    select_palette(device);
+    gl_palette = layer.palette_create(entries, count);
+    select_palette(layer, device);
 }
 
 int palette_take(WindowHandle window) {
-    return with_palette(window, [window](NativeDevice) {
-        native_invalidate(window);
+    return with_palette(window, [window](const NativeLayer& layer, NativeDevice) {
+        layer.invalidate(window);
         gl_paint_pending(window);
     });
 }
 
 void palette_follow(WindowHandle window) {
-    with_palette(window, [](NativeDevice device) { native_palette_update_colors(device); });
+    with_palette(window, [](const NativeLayer& layer, NativeDevice device) { layer.palette_update_colors(device); });
 }
 
 void palette_reset() { gl_palette = gl_old_palette = 0; }

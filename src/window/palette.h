@@ -14,7 +14,7 @@ uint8_t palette_component(uint32_t value, int32_t bits, int32_t shift);
 int32_t palette_entries(const NativeFormat& format, PaletteEntry (&entries)[256]);
 
 // Makes and selects a palette if the format of the device needs one. For a device whose format could not be set.
-void palette_set_up(NativeDevice device);
+void palette_set_up(const NativeLayer& layer, NativeDevice device);
 
 // The window came to the front: 1 when there is a palette and it was realized (the window repaints), else 0.
 int palette_take(WindowHandle window);

@@ -198,7 +198,7 @@ TEST_F(Frame, CreationStoresTheSizeOfTheParentAndThenDrawsTheFirstFrame) {
     EXPECT_EQ(view.height, 203);
     EXPECT_EQ(swaps(), 1);
     EXPECT_EQ(statuses, std::vector<std::string>{"300x200"});
-    EXPECT_FALSE(native_paint_pending(window));
+    EXPECT_FALSE(native_desktop_layer()->paint_pending(window));
     // 2 * 300 / 300 for the drawing area of 300 by 201, scaled to the size of the parent.
     EXPECT_NEAR(view.extent_x, 2.0 * 302 / 300, 1e-5);
     EXPECT_NEAR(view.extent_y, 2.0 * 203 / 300, 1e-5);
@@ -348,7 +348,7 @@ TEST_F(Frame, UnswappedDrawsTheSamePictureAndLeavesAPaintPending) {
     expected.pop_back();  // without the flush
     EXPECT_EQ(lines(), expected);
     EXPECT_EQ(swaps(), 1);
-    EXPECT_TRUE(native_paint_pending(window));
+    EXPECT_TRUE(native_desktop_layer()->paint_pending(window));
 }
 
 TEST_F(Frame, ADeadWindowIsNotDrawnOn) {
@@ -419,7 +419,7 @@ TEST_F(Frame, AFrameBeforeThePaintOfANewSizeTakesThatPaintsPlace) {
     append(expected, frame_lines());
     EXPECT_EQ(lines(), expected);
     EXPECT_EQ(statuses, std::vector<std::string>{"596x148"});
-    EXPECT_FALSE(native_paint_pending(window));
+    EXPECT_FALSE(native_desktop_layer()->paint_pending(window));
     recording_gl::clear();
     frame_draw();
     EXPECT_EQ(lines(), frame_lines());

@@ -75,7 +75,9 @@ void null_resize(WindowHandle window, int32_t width, int32_t height) {
 
 void null_destroy_tree(WindowHandle window) {
     for (size_t i = 0; i < windows.size(); ++i) {
-        if (windows[i].parent == window && windows[i].exists) { native_window_destroy(windows[i].handle); }
+        if (windows[i].parent == window && windows[i].exists) {
+            native_desktop_layer()->window_destroy(windows[i].handle);
+        }
     }
     if (NullWindow* gone = living(window)) { gone->exists = false; }
 }
@@ -89,7 +91,7 @@ int null_run(int rounds) {
     for (int round = 0; round < rounds; ++round) {
         const int before = sent;
         for (size_t i = 0; i < windows.size(); ++i) {
-            if (!native_paint_pending(windows[i].handle)) { continue; }
+            if (!native_desktop_layer()->paint_pending(windows[i].handle)) { continue; }
             window_procedure(windows[i].handle, MESSAGE_PAINT, 0, 0);
             ++sent;
         }
@@ -100,10 +102,10 @@ int null_run(int rounds) {
 
 // ---- The seam.
 
-void native_init(std::uintptr_t instance) { null_system.instance = instance; }
+namespace {
 
-WindowHandle native_window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
-                                  bool popup) {
+WindowHandle window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
+                           bool popup) {
     log_call("create");
     if (null_system.fail_window) { return 0; }
     NullWindow& made = add_record(parent);
@@ -117,17 +119,17 @@ WindowHandle native_window_create(const char* title, WindowHandle parent, int32_
     return handle;
 }
 
-void native_window_raise(WindowHandle window) {
+void window_raise(WindowHandle window) {
     log_call("raise");
     if (NullWindow* raised = living(window)) { ++raised->raises; }
 }
 
-void native_window_show(WindowHandle window) {
+void window_show(WindowHandle window) {
     log_call("show");
     if (NullWindow* shown = living(window)) { shown->shown = shown->paint_pending = true; }
 }
 
-void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
+void window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
     log_call("move");
     NullWindow* moved = living(window);
     if (moved == nullptr) { return; }
@@ -140,7 +142,7 @@ void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer
     size_changed(window, outer_width - 2 * moved->border, outer_height - 2 * moved->border);
 }
 
-void native_window_destroy(WindowHandle window) {
+void window_destroy(WindowHandle window) {
     log_call("destroy");
     NullWindow* gone = living(window);
     if (gone == nullptr) { return; }
@@ -148,7 +150,7 @@ void native_window_destroy(WindowHandle window) {
     gone->exists = gone->shown = gone->paint_pending = false;
 }
 
-bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
+bool client_size(WindowHandle window, int32_t* width, int32_t* height) {
     const NullWindow* found = living(window);
     if (found == nullptr) { return false; }
     *width = std::max(found->width - 2 * found->border, 0);
@@ -156,7 +158,7 @@ bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
     return true;
 }
 
-bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
+bool window_origin(WindowHandle window, int32_t* x, int32_t* y) {
     const NullWindow* found = living(window);
     if (found == nullptr) { return false; }
     *x = found->x;
@@ -164,23 +166,17 @@ bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
     return true;
 }
 
-WindowHandle native_window_parent(WindowHandle window) {
+WindowHandle window_parent(WindowHandle window) {
     const NullWindow* found = living(window);
     return found == nullptr ? 0 : found->parent;
 }
 
-WindowHandle native_window_of_tk(void* tk_window) {
-    const auto handle = reinterpret_cast<WindowHandle>(tk_window);
-    return living(handle) == nullptr ? 0 : handle;
-}
-
-std::intptr_t native_default_message(WindowHandle window, uint32_t message, std::uintptr_t wparam,
-                                     std::intptr_t lparam) {
+std::intptr_t default_message(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
     null_system.defaults.push_back({window, message, wparam, lparam});
     return null_system.default_result;
 }
 
-NativeDevice native_device_get(WindowHandle window) {
+NativeDevice device_get(WindowHandle window) {
     log_call("device");
     NullWindow* found = living(window);
     if (found == nullptr) { return 0; }
@@ -188,25 +184,25 @@ NativeDevice native_device_get(WindowHandle window) {
     return window;
 }
 
-void native_device_release(WindowHandle window, NativeDevice device) {
+void device_release(WindowHandle window, NativeDevice device) {
     if (device == 0) { return; }
     log_call("release");
     if (NullWindow* found = null_window(window)) { --found->devices; }
 }
 
-bool native_format_set(NativeDevice device) {
+bool format_set(NativeDevice device) {
     log_call("format");
     return device != 0 && !null_system.fail_format;
 }
 
-bool native_format_get(NativeDevice device, NativeFormat* format) {
+bool format_get(NativeDevice device, NativeFormat* format) {
     log_call("format_get");
     if (device == 0) { return false; }
     *format = null_system.format;
     return true;
 }
 
-NativeContext native_context_create(NativeDevice device) {
+NativeContext context_create(NativeDevice device) {
     log_call("context");
     NullWindow* found = living(device);
     if (found == nullptr || null_system.fail_context) { return 0; }
@@ -214,13 +210,13 @@ NativeContext native_context_create(NativeDevice device) {
     return device | CONTEXT_BIT;
 }
 
-void native_context_destroy(NativeContext context) {
+void context_destroy(NativeContext context) {
     if (context == 0) { return; }
     log_call("context_destroy");
     if (NullWindow* found = null_window(context & ~CONTEXT_BIT)) { --found->contexts; }
 }
 
-bool native_context_make_current(NativeDevice device, NativeContext context) {
+bool context_make_current(NativeDevice device, NativeContext context) {
     log_call(context == 0 ? "current_none" : "current");
     null_system.current_device = device;
     null_system.current_context = context;
@@ -228,37 +224,35 @@ bool native_context_make_current(NativeDevice device, NativeContext context) {
     return true;
 }
 
-bool native_drawing_limit(int32_t* width, int32_t* height) {
+bool drawing_limit(int32_t* width, int32_t* height) {
     *width = null_system.drawing_limit_width;
     *height = null_system.drawing_limit_height;
     return *width > 0;
 }
 
-void native_swap_buffers(NativeDevice device) {
+void swap_buffers(NativeDevice device) {
     log_call("swap");
     if (NullWindow* found = living(device)) { ++found->swaps; }
 }
 
-bool native_swap_keeps_back_buffer(NativeDevice device) { return device != 0 && null_system.keeps_back_buffer; }
+bool swap_keeps_back_buffer(NativeDevice device) { return device != 0 && null_system.keeps_back_buffer; }
 
-void native_set_background(NativeDevice device, uint32_t colour) {
+void set_background(NativeDevice device, uint32_t colour) {
     log_call("background");
     if (NullWindow* found = living(device)) { found->background = colour; }
 }
 
-bool native_events_held(void*) { return false; }
-
-bool native_paint_pending(WindowHandle window) {
+bool paint_pending(WindowHandle window) {
     const NullWindow* found = living(window);
     return found != nullptr && found->shown && found->paint_pending;
 }
 
-void native_invalidate(WindowHandle window) {
+void invalidate(WindowHandle window) {
     ++null_system.invalidations;
     null_expose(window);
 }
 
-void native_begin_paint(WindowHandle window, NativePaint*) {
+void begin_paint(WindowHandle window, NativePaint*) {
     log_call("begin_paint");
     NullWindow* found = living(window);
     if (found == nullptr) { return; }
@@ -266,25 +260,74 @@ void native_begin_paint(WindowHandle window, NativePaint*) {
     ++found->paints_begun;
 }
 
-void native_end_paint(WindowHandle window, NativePaint*) {
+void end_paint(WindowHandle window, NativePaint*) {
     log_call("end_paint");
     if (NullWindow* found = living(window)) { ++found->paints_ended; }
 }
 
-NativePalette native_palette_create(const PaletteEntry* entries, int32_t count) {
+NativePalette palette_create(const PaletteEntry* entries, int32_t count) {
     log_call("palette");
     null_system.palette.assign(entries, entries + count);
     return 0x500 + static_cast<NativePalette>(++null_system.palettes);
 }
 
-NativePalette native_palette_select(NativeDevice, NativePalette palette) {
+NativePalette palette_select(NativeDevice, NativePalette palette) {
     null_system.selections.push_back(palette);
     return null_system.displaced_palette;
 }
 
-void native_palette_realize(NativeDevice) { ++null_system.realizes; }
+void palette_realize(NativeDevice) { ++null_system.realizes; }
 
-void native_palette_update_colors(NativeDevice) { ++null_system.colour_updates; }
+void palette_update_colors(NativeDevice) { ++null_system.colour_updates; }
+
+NativeLayer make_layer() {
+    NativeLayer layer{};
+    layer.window_create = window_create;
+    layer.window_raise = window_raise;
+    layer.window_show = window_show;
+    layer.window_move = window_move;
+    layer.window_destroy = window_destroy;
+    layer.client_size = client_size;
+    layer.window_origin = window_origin;
+    layer.window_parent = window_parent;
+    layer.default_message = default_message;
+    layer.paint_pending = paint_pending;
+    layer.invalidate = invalidate;
+    layer.begin_paint = begin_paint;
+    layer.end_paint = end_paint;
+    layer.device_get = device_get;
+    layer.device_release = device_release;
+    layer.format_set = format_set;
+    layer.format_get = format_get;
+    layer.context_create = context_create;
+    layer.context_destroy = context_destroy;
+    layer.context_make_current = context_make_current;
+    layer.drawing_limit = drawing_limit;
+    layer.swap_buffers = swap_buffers;
+    layer.swap_keeps_back_buffer = swap_keeps_back_buffer;
+    layer.set_background = set_background;
+    layer.palette_create = palette_create;
+    layer.palette_select = palette_select;
+    layer.palette_realize = palette_realize;
+    layer.palette_update_colors = palette_update_colors;
+    return layer;
+}
+
+}  // namespace
+
+const NativeLayer* native_desktop_layer() {
+    static const NativeLayer layer = make_layer();
+    return &layer;
+}
+
+void native_init(std::uintptr_t instance) { null_system.instance = instance; }
+
+WindowHandle native_window_of_tk(void* tk_window) {
+    const auto handle = reinterpret_cast<WindowHandle>(tk_window);
+    return living(handle) == nullptr ? 0 : handle;
+}
+
+bool native_events_held(void*) { return false; }
 
 NativeCursor native_cursor_load_builtin(int32_t group) {
     null_system.builtin_loads.push_back(group);

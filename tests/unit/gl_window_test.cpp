@@ -96,6 +96,43 @@ TEST_F(GlWindowTest, ASecondInitReleasesTheContextsOfAllWindows) {
     EXPECT_EQ(gl_window_find(window), nullptr);
 }
 
+// ---- Layers.
+
+int swaps_of_the_other;
+
+// Like the desktop's, but its windows are swapped and painted on their own account.
+NativeLayer other_layer() {
+    NativeLayer other = *native_desktop_layer();
+    other.swap_buffers = [](NativeDevice) { ++swaps_of_the_other; };
+    return other;
+}
+
+TEST_F(GlWindowTest, AWindowStaysWithTheLayerThatMadeIt) {
+    static const NativeLayer other = other_layer();
+    const WindowHandle first = create("first");
+    gl_system.layer = &other;
+    swaps_of_the_other = 0;
+    const WindowHandle second = create("second");
+    EXPECT_EQ(swaps_of_the_other, 1);
+    gl_system.layer = nullptr;
+    EXPECT_EQ(gl_window_find(first)->layer, native_desktop_layer());
+    EXPECT_EQ(gl_window_find(second)->layer, &other);
+    gl_make_current(second);
+    gl_swap_buffers(second);
+    gl_make_current(first);
+    gl_swap_buffers(first);
+    EXPECT_EQ(swaps_of_the_other, 2);
+    EXPECT_EQ(null_window(second)->swaps, 0);
+    EXPECT_EQ(null_window(first)->swaps, 2);
+}
+
+TEST_F(GlWindowTest, AnInitGoesBackToTheLayerOfTheDesktop) {
+    static const NativeLayer other = other_layer();
+    gl_system.layer = &other;
+    gl_system_init(0);
+    EXPECT_EQ(gl_window_find(create())->layer, native_desktop_layer());
+}
+
 // ---- Creation.
 
 TEST_F(GlWindowTest, CreationMakesAChildOfTheParentsClientSizeAtTheOrigin) {

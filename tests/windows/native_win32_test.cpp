@@ -22,6 +22,8 @@ using pelt::test::TempDir;
 
 namespace {
 
+const NativeLayer& layer = *native_desktop_layer();
+
 struct Received {
     UINT message;
     WPARAM wparam;
@@ -163,10 +165,10 @@ TEST_F(NativeWin32, TheWindowIsAChildWithABorderOfOnePixelInTheSizeOfItsParent) 
 }
 
 TEST_F(NativeWin32, APopupIsBornMaximisedAndWithoutABorder) {
-    const WindowHandle popup = native_window_create("popup", win32_window(parent), 50, 40, true);
+    const WindowHandle popup = layer.window_create("popup", win32_window(parent), 50, 40, true);
     ASSERT_NE(popup, 0u);
     EXPECT_EQ(static_cast<DWORD>(GetWindowLongA(win32_handle(popup), GWL_STYLE)), 0x87000000u);
-    native_window_destroy(popup);
+    layer.window_destroy(popup);
     EXPECT_FALSE(IsWindow(win32_handle(popup)));
 }
 
@@ -217,7 +219,7 @@ TEST_F(NativeWin32, CreationDrawsTheFirstFrameAndInitialisesOnce) {
     const WindowHandle other = create_view("other");
     EXPECT_EQ(inits, 1);
     EXPECT_GE(paints, 1);
-    EXPECT_FALSE(native_paint_pending(other));
+    EXPECT_FALSE(layer.paint_pending(other));
 }
 
 TEST_F(NativeWin32, ASecondWindowOfTheSameNameIsTheFirstAlsoWhenItIsDead) {
@@ -395,7 +397,7 @@ TEST_F(NativeWin32, ADestroyMessageTakesTheContextAndNotTheWindow) {
     InvalidateRect(handle, nullptr, FALSE);
     EXPECT_LT(serve(), 200) << "the system must not ask for the same paint for ever";
     send(WM_DESTROY);
-    native_window_destroy(window);
+    layer.window_destroy(window);
     EXPECT_FALSE(IsWindow(handle));
     EXPECT_EQ(win32_find(handle), nullptr);
 }
@@ -455,13 +457,13 @@ TEST_F(NativeWin32, CloseTwiceIsHarmless) {
 }
 
 TEST_F(NativeWin32, AWindowThatIsNotOursIsNeverTouched) {
-    native_window_destroy(win32_window(parent));
-    native_window_move(win32_window(parent), 0, 0, 10, 10);
+    layer.window_destroy(win32_window(parent));
+    layer.window_move(win32_window(parent), 0, 0, 10, 10);
     EXPECT_TRUE(IsWindow(parent));
-    EXPECT_EQ(native_device_get(win32_window(parent)), 0u);
-    EXPECT_FALSE(native_paint_pending(win32_window(parent)));
+    EXPECT_EQ(layer.device_get(win32_window(parent)), 0u);
+    EXPECT_FALSE(layer.paint_pending(win32_window(parent)));
     int32_t width = 0, height = 0;
-    ASSERT_TRUE(native_client_size(win32_window(parent), &width, &height));
+    ASSERT_TRUE(layer.client_size(win32_window(parent), &width, &height));
     EXPECT_EQ(width, 300);
 }
 
@@ -470,19 +472,19 @@ TEST_F(NativeWin32, AParentThatIsDestroyedTakesTheWindowAlong) {
     EXPECT_EQ(win32_any(), nullptr);
     EXPECT_FALSE(gl_context_current(window));
     int32_t width = 0, height = 0;
-    EXPECT_FALSE(native_client_size(window, &width, &height));
+    EXPECT_FALSE(layer.client_size(window, &width, &height));
 }
 
 TEST_F(NativeWin32, NothingIsDoneForNull) {
-    EXPECT_EQ(native_device_get(0), 0u);
-    EXPECT_FALSE(native_format_set(0));
-    EXPECT_EQ(native_context_create(0), 0u);
-    EXPECT_EQ(native_window_parent(0), 0u);
+    EXPECT_EQ(layer.device_get(0), 0u);
+    EXPECT_FALSE(layer.format_set(0));
+    EXPECT_EQ(layer.context_create(0), 0u);
+    EXPECT_EQ(layer.window_parent(0), 0u);
     EXPECT_EQ(native_window_of_tk(nullptr), 0u);
-    native_swap_buffers(0);
-    native_end_paint(0, nullptr);
+    layer.swap_buffers(0);
+    layer.end_paint(0, nullptr);
     NativeFormat format{};
-    EXPECT_FALSE(native_format_get(0, &format));
+    EXPECT_FALSE(layer.format_get(0, &format));
 }
 
 TEST_F(NativeWin32, TheStatusTextReachesTheFirstPartWithoutBorders) {
@@ -496,7 +498,7 @@ TEST_F(NativeWin32, APaletteHoldsItsEntries) {
     const NativeFormat format{NATIVE_FORMAT_NEEDS_PALETTE, 8, 3, 0, 3, 3, 2, 6};
     PaletteEntry entries[256];
     ASSERT_EQ(palette_entries(format, entries), 256);
-    const NativePalette palette = native_palette_create(entries, 256);
+    const NativePalette palette = layer.palette_create(entries, 256);
     ASSERT_NE(palette, 0u);
     PALETTEENTRY kept[256]{};
     ASSERT_EQ(GetPaletteEntries(reinterpret_cast<HPALETTE>(palette), 0, 256, kept), 256u);
@@ -505,21 +507,21 @@ TEST_F(NativeWin32, APaletteHoldsItsEntries) {
     EXPECT_EQ(kept[236].peBlue, 240);
     EXPECT_EQ(kept[255].peBlue, 255);
     DeleteObject(reinterpret_cast<HPALETTE>(palette));
-    EXPECT_EQ(native_palette_create(entries, 0), 0u);
+    EXPECT_EQ(layer.palette_create(entries, 0), 0u);
 }
 
 TEST_F(NativeWin32, APaletteIsSelectedAndTheOneBeforeComesBack) {
     const PaletteEntry entries[2] = {{1, 2, 3, 0}, {4, 5, 6, 0}};
-    const NativePalette palette = native_palette_create(entries, 2);
-    const NativeDevice device = native_device_get(window);
-    const NativePalette before = native_palette_select(device, palette);
+    const NativePalette palette = layer.palette_create(entries, 2);
+    const NativeDevice device = layer.device_get(window);
+    const NativePalette before = layer.palette_select(device, palette);
     EXPECT_NE(before, 0u);
-    native_palette_realize(device);
-    native_palette_update_colors(device);
-    EXPECT_EQ(native_palette_select(device, before), palette);
-    EXPECT_EQ(native_palette_select(0, palette), 0u);
-    EXPECT_EQ(native_palette_select(device, 0), 0u);
-    native_device_release(window, device);
+    layer.palette_realize(device);
+    layer.palette_update_colors(device);
+    EXPECT_EQ(layer.palette_select(device, before), palette);
+    EXPECT_EQ(layer.palette_select(0, palette), 0u);
+    EXPECT_EQ(layer.palette_select(device, 0), 0u);
+    layer.device_release(window, device);
     DeleteObject(reinterpret_cast<HPALETTE>(palette));
 }
 

@@ -38,24 +38,22 @@ bool describe_format(NativeDevice device, PIXELFORMATDESCRIPTOR* format) {
     return number != 0 && DescribePixelFormat(device_context(device), number, sizeof *format, format) != 0;
 }
 
-}  // namespace
-
-NativeDevice native_device_get(WindowHandle window) {
+NativeDevice device_get(WindowHandle window) {
     if (win32_find(win32_handle(window)) == nullptr) { return 0; }
     return reinterpret_cast<NativeDevice>(GetDC(win32_handle(window)));
 }
 
-void native_device_release(WindowHandle window, NativeDevice device) {
+void device_release(WindowHandle window, NativeDevice device) {
     if (device != 0) { ReleaseDC(win32_handle(window), device_context(device)); }
 }
 
-bool native_format_set(NativeDevice device) {
+bool format_set(NativeDevice device) {
     if (device == 0) { return false; }
     const int number = ChoosePixelFormat(device_context(device), &WANTED_FORMAT);
     return number != 0 && SetPixelFormat(device_context(device), number, &WANTED_FORMAT) != 0;
 }
 
-bool native_format_get(NativeDevice device, NativeFormat* format) {
+bool format_get(NativeDevice device, NativeFormat* format) {
     PIXELFORMATDESCRIPTOR described{};
     if (!describe_format(device, &described)) { return false; }
     *format = NativeFormat{described.dwFlags,    described.cColorBits,  described.cRedBits,  described.cRedShift,
@@ -63,20 +61,20 @@ bool native_format_get(NativeDevice device, NativeFormat* format) {
     return true;
 }
 
-NativeContext native_context_create(NativeDevice device) {
+NativeContext context_create(NativeDevice device) {
     return device == 0 ? 0 : reinterpret_cast<NativeContext>(wglCreateContext(device_context(device)));
 }
 
-void native_context_destroy(NativeContext context) {
+void context_destroy(NativeContext context) {
     if (context != 0) { wglDeleteContext(render_context(context)); }
 }
 
-bool native_context_make_current(NativeDevice device, NativeContext context) {
+bool context_make_current(NativeDevice device, NativeContext context) {
     if (device == 0 || context == 0) { return wglMakeCurrent(nullptr, nullptr) != 0; }
     return wglMakeCurrent(device_context(device), render_context(context)) != 0;
 }
 
-bool native_drawing_limit(int32_t* width, int32_t* height) {
+bool drawing_limit(int32_t* width, int32_t* height) {
     GLint limits[2] = {0, 0};
     glGetIntegerv(GL_MAX_VIEWPORT_DIMS, limits);
     *width = limits[0];
@@ -84,22 +82,22 @@ bool native_drawing_limit(int32_t* width, int32_t* height) {
     return *width > 0 && *height > 0;
 }
 
-void native_swap_buffers(NativeDevice device) {
+void swap_buffers(NativeDevice device) {
     if (device != 0) { SwapBuffers(device_context(device)); }
 }
 
-bool native_swap_keeps_back_buffer(NativeDevice device) {
+bool swap_keeps_back_buffer(NativeDevice device) {
     PIXELFORMATDESCRIPTOR described{};
     return describe_format(device, &described) && (described.dwFlags & PFD_SWAP_COPY) != 0;
 }
 
-void native_set_background(NativeDevice device, uint32_t colour) {
+void set_background(NativeDevice device, uint32_t colour) {
     if (device != 0) { SetBkColor(device_context(device), colour); }
 }
 
 // ---- Palettes.
 
-NativePalette native_palette_create(const PaletteEntry* entries, int32_t count) {
+NativePalette palette_create(const PaletteEntry* entries, int32_t count) {
     if (entries == nullptr || count <= 0) { return 0; }
     const auto size = static_cast<size_t>(count);
     std::vector<uint32_t> memory(size + sizeof(LOGPALETTE) / sizeof(uint32_t));  // the header holds one entry already
@@ -112,18 +110,38 @@ NativePalette native_palette_create(const PaletteEntry* entries, int32_t count) 
     return reinterpret_cast<NativePalette>(CreatePalette(palette));
 }
 
-NativePalette native_palette_select(NativeDevice device, NativePalette palette) {
+NativePalette palette_select(NativeDevice device, NativePalette palette) {
     if (device == 0 || palette == 0) { return 0; }
     return reinterpret_cast<NativePalette>(
         SelectPalette(device_context(device), reinterpret_cast<HPALETTE>(palette), FALSE));
 }
 
-void native_palette_realize(NativeDevice device) {
+void palette_realize(NativeDevice device) {
     if (device != 0) { RealizePalette(device_context(device)); }
 }
 
-void native_palette_update_colors(NativeDevice device) {
+void palette_update_colors(NativeDevice device) {
     if (device != 0) { UpdateColors(device_context(device)); }
+}
+
+}  // namespace
+
+void win32_offer_drawing(NativeLayer* layer) {
+    layer->device_get = device_get;
+    layer->device_release = device_release;
+    layer->format_set = format_set;
+    layer->format_get = format_get;
+    layer->context_create = context_create;
+    layer->context_destroy = context_destroy;
+    layer->context_make_current = context_make_current;
+    layer->drawing_limit = drawing_limit;
+    layer->swap_buffers = swap_buffers;
+    layer->swap_keeps_back_buffer = swap_keeps_back_buffer;
+    layer->set_background = set_background;
+    layer->palette_create = palette_create;
+    layer->palette_select = palette_select;
+    layer->palette_realize = palette_realize;
+    layer->palette_update_colors = palette_update_colors;
 }
 
 }  // namespace pelt

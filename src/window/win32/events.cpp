@@ -71,7 +71,7 @@ void on_parent_event(ClientData data, XEvent* event) {
     if (window == nullptr) { return; }
     if (event->type == DestroyNotify) {
         window->tk_parent = nullptr;
-        native_window_destroy(win32_window(handle));
+        DestroyWindow(handle);
     } else if (event->type == ConfigureNotify) {
         const auto tk_parent = static_cast<Tk_Window>(window->tk_parent);
         const int32_t width = Tk_Width(tk_parent);

@@ -28,6 +28,9 @@ inline WindowHandle win32_window(HWND handle) { return reinterpret_cast<WindowHa
 Win32Window* win32_find(HWND handle);
 const Win32Window* win32_any();  // one of ours, or null when there is none
 
+// The drawing part of the seam.
+void win32_offer_drawing(NativeLayer* layer);
+
 // The procedure of the window class, in events.cpp.
 LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam);
 

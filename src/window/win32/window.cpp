@@ -75,43 +75,9 @@ WindowHandle native_window_of_tk(void* tk_window) {
     return win32_window(Tk_GetHWND(Tk_WindowId(token)));
 }
 
-WindowHandle native_window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
-                                  bool popup) {
-    const HWND handle = CreateWindowExA(0, CLASS_NAME, title, popup ? STYLE_POPUP : STYLE_CHILD, 0, 0, outer_width,
-                                        outer_height, win32_handle(parent), nullptr, instance, nullptr);
-    if (handle == nullptr) { return 0; }
-    auto record = std::make_unique<Win32Window>();
-    record->handle = handle;
-    record->tk_parent = tk_window_of(win32_handle(parent));
-    native_client_size(win32_window(handle), &record->width, &record->height);
-    native_client_size(parent, &record->parent_width, &record->parent_height);
-    windows.push_back(std::move(record));
-    win32_follow(windows.back().get());
-    return win32_window(handle);
-}
+namespace {
 
-void native_window_raise(WindowHandle window) {
-    if (win32_find(win32_handle(window)) == nullptr) { return; }
-    SetWindowPos(win32_handle(window), nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE);
-}
-
-void native_window_show(WindowHandle window) {
-    Win32Window* found = win32_find(win32_handle(window));
-    if (found == nullptr) { return; }
-    found->paint_pending = true;
-    ShowWindow(win32_handle(window), SW_RESTORE);
-}
-
-void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
-    if (win32_find(win32_handle(window)) == nullptr) { return; }
-    SetWindowPos(win32_handle(window), nullptr, x, y, outer_width, outer_height, SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-void native_window_destroy(WindowHandle window) {
-    if (win32_find(win32_handle(window)) != nullptr) { DestroyWindow(win32_handle(window)); }
-}
-
-bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
+bool client_size(WindowHandle window, int32_t* width, int32_t* height) {
     RECT area{};
     if (window == 0 || GetClientRect(win32_handle(window), &area) == 0) { return false; }
     *width = area.right;
@@ -119,7 +85,43 @@ bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
     return true;
 }
 
-bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
+WindowHandle window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
+                           bool popup) {
+    const HWND handle = CreateWindowExA(0, CLASS_NAME, title, popup ? STYLE_POPUP : STYLE_CHILD, 0, 0, outer_width,
+                                        outer_height, win32_handle(parent), nullptr, instance, nullptr);
+    if (handle == nullptr) { return 0; }
+    auto record = std::make_unique<Win32Window>();
+    record->handle = handle;
+    record->tk_parent = tk_window_of(win32_handle(parent));
+    client_size(win32_window(handle), &record->width, &record->height);
+    client_size(parent, &record->parent_width, &record->parent_height);
+    windows.push_back(std::move(record));
+    win32_follow(windows.back().get());
+    return win32_window(handle);
+}
+
+void window_raise(WindowHandle window) {
+    if (win32_find(win32_handle(window)) == nullptr) { return; }
+    SetWindowPos(win32_handle(window), nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE);
+}
+
+void window_show(WindowHandle window) {
+    Win32Window* found = win32_find(win32_handle(window));
+    if (found == nullptr) { return; }
+    found->paint_pending = true;
+    ShowWindow(win32_handle(window), SW_RESTORE);
+}
+
+void window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
+    if (win32_find(win32_handle(window)) == nullptr) { return; }
+    SetWindowPos(win32_handle(window), nullptr, x, y, outer_width, outer_height, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void window_destroy(WindowHandle window) {
+    if (win32_find(win32_handle(window)) != nullptr) { DestroyWindow(win32_handle(window)); }
+}
+
+bool window_origin(WindowHandle window, int32_t* x, int32_t* y) {
     RECT outer{};
     if (window == 0 || GetWindowRect(win32_handle(window), &outer) == 0) { return false; }
     POINT corner{outer.left, outer.top};
@@ -130,34 +132,31 @@ bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
     return true;
 }
 
-WindowHandle native_window_parent(WindowHandle window) {
+WindowHandle window_parent(WindowHandle window) {
     return window == 0 ? 0 : win32_window(GetParent(win32_handle(window)));
 }
 
 // The wheel of one of ours goes on to the Tk parent. The system would do the same, but Tk looks for a window of its
 // own below the pointer, finds ours there, and drops the event.
-std::intptr_t native_default_message(WindowHandle window, uint32_t message, std::uintptr_t wparam,
-                                     std::intptr_t lparam) {
+std::intptr_t default_message(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
     const bool wheel = message == WM_MOUSEWHEEL || message == WM_MOUSEHWHEEL;
     if (wheel && win32_pass_wheel_on(win32_handle(window), message, wparam, lparam)) { return 0; }
     return DefWindowProcA(win32_handle(window), message, wparam, lparam);
 }
 
-bool native_events_held(void*) { return false; }
-
-bool native_paint_pending(WindowHandle window) {
+bool paint_pending(WindowHandle window) {
     const Win32Window* found = win32_find(win32_handle(window));
     return found != nullptr && (found->paint_pending || GetUpdateRect(found->handle, nullptr, FALSE) != 0);
 }
 
-void native_invalidate(WindowHandle window) {
+void invalidate(WindowHandle window) {
     Win32Window* found = win32_find(win32_handle(window));
     if (found == nullptr) { return; }
     found->paint_pending = true;
     InvalidateRect(found->handle, nullptr, TRUE);
 }
 
-void native_begin_paint(WindowHandle window, NativePaint* paint) {
+void begin_paint(WindowHandle window, NativePaint* paint) {
     static_assert(sizeof(PAINTSTRUCT) <= sizeof(NativePaint) && alignof(PAINTSTRUCT) <= alignof(NativePaint));
     Win32Window* found = win32_find(win32_handle(window));
     if (found == nullptr || paint == nullptr) { return; }
@@ -165,10 +164,38 @@ void native_begin_paint(WindowHandle window, NativePaint* paint) {
     BeginPaint(win32_handle(window), reinterpret_cast<PAINTSTRUCT*>(paint->bytes));
 }
 
-void native_end_paint(WindowHandle window, NativePaint* paint) {
+void end_paint(WindowHandle window, NativePaint* paint) {
     if (window == 0 || paint == nullptr) { return; }
     EndPaint(win32_handle(window), reinterpret_cast<const PAINTSTRUCT*>(paint->bytes));
 }
+
+NativeLayer make_layer() {
+    NativeLayer layer{};
+    layer.window_create = window_create;
+    layer.window_raise = window_raise;
+    layer.window_show = window_show;
+    layer.window_move = window_move;
+    layer.window_destroy = window_destroy;
+    layer.client_size = client_size;
+    layer.window_origin = window_origin;
+    layer.window_parent = window_parent;
+    layer.default_message = default_message;
+    layer.paint_pending = paint_pending;
+    layer.invalidate = invalidate;
+    layer.begin_paint = begin_paint;
+    layer.end_paint = end_paint;
+    win32_offer_drawing(&layer);
+    return layer;
+}
+
+}  // namespace
+
+const NativeLayer* native_desktop_layer() {
+    static const NativeLayer layer = make_layer();
+    return &layer;
+}
+
+bool native_events_held(void*) { return false; }
 
 void native_status_text(WindowHandle status_bar, const char* text) {
     if (status_bar == 0 || text == nullptr) { return; }

@@ -111,22 +111,24 @@ X11Visual x11_choose_visual(Display* display, int screen) {
     return chosen;
 }
 
-NativeDevice native_device_get(WindowHandle window) { return reinterpret_cast<NativeDevice>(x11_find(window)); }
+namespace {
 
-void native_device_release(WindowHandle, NativeDevice) {}
+NativeDevice device_get(WindowHandle window) { return reinterpret_cast<NativeDevice>(x11_find(window)); }
 
-bool native_format_set(NativeDevice device) { return device != 0 && device_window(device)->visual.visual != nullptr; }
+void device_release(WindowHandle, NativeDevice) {}
+
+bool format_set(NativeDevice device) { return device != 0 && device_window(device)->visual.visual != nullptr; }
 
 // Whatever the display is, it needs no palette: the window has a visual and a colour map of its own.
-bool native_format_get(NativeDevice device, NativeFormat* format) {
+bool format_get(NativeDevice device, NativeFormat* format) {
     if (device == 0) { return false; }
     *format = NativeFormat{};
     format->color_bits = device_window(device)->visual.depth;
     return true;
 }
 
-NativeContext native_context_create(NativeDevice device) {
-    if (!native_format_set(device)) { return 0; }
+NativeContext context_create(NativeDevice device) {
+    if (!format_set(device)) { return 0; }
     const X11Window& window = *device_window(device);
     GLXContext context = create_context(window, True);
     if (context == nullptr) { context = create_context(window, False); }
@@ -134,7 +136,7 @@ NativeContext native_context_create(NativeDevice device) {
     return reinterpret_cast<NativeContext>(new X11Context{window.display, context});
 }
 
-void native_context_destroy(NativeContext context) {
+void context_destroy(NativeContext context) {
     auto* gone = reinterpret_cast<X11Context*>(context);
     if (gone == nullptr) { return; }
     if (glXGetCurrentContext() == gone->context) { glXMakeCurrent(gone->display, None, nullptr); }
@@ -142,7 +144,7 @@ void native_context_destroy(NativeContext context) {
     delete gone;
 }
 
-bool native_context_make_current(NativeDevice device, NativeContext context) {
+bool context_make_current(NativeDevice device, NativeContext context) {
     if (device == 0 || context == 0) {
         Display* display = glXGetCurrentDisplay();
         return display == nullptr || glXMakeCurrent(display, None, nullptr) != 0;
@@ -154,7 +156,7 @@ bool native_context_make_current(NativeDevice device, NativeContext context) {
     return !x11_trap_end(&trap) && made;
 }
 
-bool native_drawing_limit(int32_t* width, int32_t* height) {
+bool drawing_limit(int32_t* width, int32_t* height) {
     GLint limits[2] = {0, 0};
     glGetIntegerv(GL_MAX_VIEWPORT_DIMS, limits);
     *width = limits[0];
@@ -162,20 +164,31 @@ bool native_drawing_limit(int32_t* width, int32_t* height) {
     return *width > 0 && *height > 0;
 }
 
-void native_swap_buffers(NativeDevice device) {
+void swap_buffers(NativeDevice device) {
     if (device != 0) { glXSwapBuffers(device_window(device)->display, device_window(device)->id); }
 }
 
-bool native_swap_keeps_back_buffer(NativeDevice device) {
+bool swap_keeps_back_buffer(NativeDevice device) {
     return device != 0 && device_window(device)->visual.swap_keeps_back_buffer;
 }
 
 // The window has no background: OpenGL paints all of it.
-void native_set_background(NativeDevice, uint32_t) {}
+void set_background(NativeDevice, uint32_t) {}
 
-NativePalette native_palette_create(const PaletteEntry*, int32_t) { return 0; }
-NativePalette native_palette_select(NativeDevice, NativePalette) { return 0; }
-void native_palette_realize(NativeDevice) {}
-void native_palette_update_colors(NativeDevice) {}
+}  // namespace
+
+void x11_offer_drawing(NativeLayer* layer) {
+    layer->device_get = device_get;
+    layer->device_release = device_release;
+    layer->format_set = format_set;
+    layer->format_get = format_get;
+    layer->context_create = context_create;
+    layer->context_destroy = context_destroy;
+    layer->context_make_current = context_make_current;
+    layer->drawing_limit = drawing_limit;
+    layer->swap_buffers = swap_buffers;
+    layer->swap_keeps_back_buffer = swap_keeps_back_buffer;
+    layer->set_background = set_background;
+}
 
 }  // namespace pelt

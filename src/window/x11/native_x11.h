@@ -21,7 +21,7 @@ struct X11Visual {
     bool swap_keeps_back_buffer;
 };
 
-// One window of ours. It lives from native_window_create until its X window is gone; the memory then waits for
+// One window of ours. It lives from window_create until its X window is gone; the memory then waits for
 // handlers that are still running (Tcl_Preserve).
 struct X11Window {
     Display* display;
@@ -66,6 +66,9 @@ void x11_close(X11Window* window, bool already_gone);
 
 // Takes over a new size of the drawing area: a paint is due, and MESSAGE_SIZE goes out.
 void x11_size_changed(X11Window* window, int32_t width, int32_t height);
+
+// The drawing part of the seam.
+void x11_offer_drawing(NativeLayer* layer);
 
 X11Visual x11_choose_visual(Display* display, int screen);
 void x11_define_cursor(X11Window* window);

@@ -155,8 +155,10 @@ WindowHandle native_window_of_tk(void* tk_window) {
     return Tk_WindowId(token);
 }
 
-WindowHandle native_window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
-                                  bool popup) {
+namespace {
+
+WindowHandle window_create(const char* title, WindowHandle parent, int32_t outer_width, int32_t outer_height,
+                           bool popup) {
     Display* display = x11_display();
     if (display == nullptr || parent == 0) { return 0; }
     WindowPlan plan{display,
@@ -195,18 +197,18 @@ WindowHandle native_window_create(const char* title, WindowHandle parent, int32_
     return id;
 }
 
-void native_window_raise(WindowHandle window) {
+void window_raise(WindowHandle window) {
     if (const X11Window* found = x11_find(window)) { XRaiseWindow(found->display, found->id); }
 }
 
-void native_window_show(WindowHandle window) {
+void window_show(WindowHandle window) {
     X11Window* found = x11_find(window);
     if (found == nullptr) { return; }
     XMapWindow(found->display, found->id);
     found->shown = found->paint_pending = true;
 }
 
-void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
+void window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer_width, int32_t outer_height) {
     X11Window* found = x11_find(window);
     if (found == nullptr) { return; }
     const int32_t width = std::max(outer_width - 2 * found->border, 1);
@@ -220,11 +222,11 @@ void native_window_move(WindowHandle window, int32_t x, int32_t y, int32_t outer
     if (resized) { x11_size_changed(found, width, height); }
 }
 
-void native_window_destroy(WindowHandle window) {
+void window_destroy(WindowHandle window) {
     if (X11Window* found = x11_find(window)) { x11_close(found, false); }
 }
 
-bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
+bool client_size(WindowHandle window, int32_t* width, int32_t* height) {
     if (const X11Window* found = x11_find(window)) {
         *width = found->width;
         *height = found->height;
@@ -237,7 +239,7 @@ bool native_client_size(WindowHandle window, int32_t* width, int32_t* height) {
     return true;
 }
 
-bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
+bool window_origin(WindowHandle window, int32_t* x, int32_t* y) {
     if (const X11Window* found = x11_find(window)) {
         *x = found->x;
         *y = found->y;
@@ -250,7 +252,7 @@ bool native_window_origin(WindowHandle window, int32_t* x, int32_t* y) {
     return true;
 }
 
-WindowHandle native_window_parent(WindowHandle window) {
+WindowHandle window_parent(WindowHandle window) {
     if (const X11Window* found = x11_find(window)) { return found->parent; }
     const Tk_Window tk_window = x11_tk_window(window);
     if (tk_window == nullptr || Tk_IsTopLevel(tk_window)) { return 0; }
@@ -259,19 +261,14 @@ WindowHandle native_window_parent(WindowHandle window) {
 }
 
 // X11 does nothing by itself with a message.
-std::intptr_t native_default_message(WindowHandle, uint32_t, std::uintptr_t, std::intptr_t) { return 0; }
+std::intptr_t default_message(WindowHandle, uint32_t, std::uintptr_t, std::intptr_t) { return 0; }
 
-bool native_events_held(void* tk_window) {
-    if (tk_window != nullptr && XQLength(Tk_Display(static_cast<Tk_Window>(tk_window))) > 0) { return true; }
-    return std::any_of(windows.begin(), windows.end(), [](X11Window* each) { return XQLength(each->display) > 0; });
-}
-
-bool native_paint_pending(WindowHandle window) {
+bool paint_pending(WindowHandle window) {
     const X11Window* found = x11_find(window);
     return found != nullptr && found->shown && found->paint_pending && !found->closing;
 }
 
-void native_invalidate(WindowHandle window) {
+void invalidate(WindowHandle window) {
     X11Window* found = x11_find(window);
     if (found == nullptr) { return; }
     found->paint_pending = true;
@@ -280,7 +277,7 @@ void native_invalidate(WindowHandle window) {
 
 // The server has seen the empty request before it shows anything of the frame that begins here, so an exposure that
 // carries an older number was painted over by that frame, and is not painted a second time.
-void native_begin_paint(WindowHandle window, NativePaint*) {
+void begin_paint(WindowHandle window, NativePaint*) {
     X11Window* found = x11_find(window);
     if (found == nullptr) { return; }
     found->paint_pending = false;
@@ -289,7 +286,38 @@ void native_begin_paint(WindowHandle window, NativePaint*) {
     XFlush(found->display);
 }
 
-void native_end_paint(WindowHandle, NativePaint*) {}
+void end_paint(WindowHandle, NativePaint*) {}
+
+NativeLayer make_layer() {
+    NativeLayer layer{};
+    layer.window_create = window_create;
+    layer.window_raise = window_raise;
+    layer.window_show = window_show;
+    layer.window_move = window_move;
+    layer.window_destroy = window_destroy;
+    layer.client_size = client_size;
+    layer.window_origin = window_origin;
+    layer.window_parent = window_parent;
+    layer.default_message = default_message;
+    layer.paint_pending = paint_pending;
+    layer.invalidate = invalidate;
+    layer.begin_paint = begin_paint;
+    layer.end_paint = end_paint;
+    x11_offer_drawing(&layer);
+    return layer;
+}
+
+}  // namespace
+
+const NativeLayer* native_desktop_layer() {
+    static const NativeLayer layer = make_layer();
+    return &layer;
+}
+
+bool native_events_held(void* tk_window) {
+    if (tk_window != nullptr && XQLength(Tk_Display(static_cast<Tk_Window>(tk_window))) > 0) { return true; }
+    return std::any_of(windows.begin(), windows.end(), [](X11Window* each) { return XQLength(each->display) > 0; });
+}
 
 // A status bar control is a thing of Win32; a Tk window shows the text that its script gives it.
 void native_status_text(WindowHandle, const char*) {}
