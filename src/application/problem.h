@@ -15,6 +15,7 @@ inline constexpr const char* PROBLEM_STATE = "STATE";        // the scene, as it
 inline constexpr const char* PROBLEM_UNSAVED = "UNSAVED";    // changes would be lost
 inline constexpr const char* PROBLEM_FILE = "FILE";          // a file is missing or cannot be used
 inline constexpr const char* PROBLEM_FORMAT = "FORMAT";      // a line of a file is wrong
+inline constexpr const char* PROBLEM_SYSTEM = "SYSTEM";      // the machine does not give it: no driver, no memory
 
 const Problem& problem_last();
 void problem_set(const char* kind, const LoadFailure& what);

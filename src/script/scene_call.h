@@ -42,6 +42,7 @@ struct SceneForm {
 std::span<const SceneForm> scene_file_forms();
 std::span<const SceneForm> scene_model_forms();
 std::span<const SceneForm> scene_view_forms();
+std::span<const SceneForm> scene_picture_forms();
 
 // The call "sorvel scene" with the words behind it. Code and result are those of a Tcl command.
 int scene_command(int argc, const char* const* argv);

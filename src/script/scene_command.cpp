@@ -32,8 +32,8 @@ constexpr SceneForm OWN_FORMS[] = {
     {"help", "?WORD?", 0, 1, "the forms with their arguments and what they do; of one form its text", run_help},
 };
 
-std::array<std::span<const SceneForm>, 4> all_tables() {
-    return {scene_file_forms(), scene_model_forms(), scene_view_forms(), OWN_FORMS};
+std::array<std::span<const SceneForm>, 5> all_tables() {
+    return {scene_file_forms(), scene_model_forms(), scene_view_forms(), scene_picture_forms(), OWN_FORMS};
 }
 
 std::vector<const SceneForm*> all_forms() {

@@ -63,6 +63,24 @@ void create_context(WindowHandle window) {
     if (entry->init_proc != nullptr) { entry->init_proc(window, 0, nullptr); }
 }
 
+std::string size_text(int32_t width, int32_t height) { return std::to_string(width) + "x" + std::to_string(height); }
+
+// Whether a limit, 0 where it is not known, allows the size; false with a line that names it.
+bool driver_draws(int32_t width_max, int32_t height_max, int32_t width, int32_t height, std::string* failure) {
+    if (width_max == 0 || (width <= width_max && height <= height_max)) { return true; }
+    *failure = "the driver draws at most " + size_text(width_max, height_max) + " pixels";
+    return false;
+}
+
+bool offscreen_is_good(WindowHandle window, int32_t width, int32_t height, std::string* failure) {
+    const GlWindow* entry = gl_window_find(window);
+    if (entry == nullptr || entry->context == nullptr) {
+        *failure = "the driver has no memory for " + size_text(width, height) + " pixels";
+        return false;
+    }
+    return driver_draws(entry->width_max, entry->height_max, width, height, failure);
+}
+
 // The system has given the handle of a dead window to a new one: the dead entry must not be found by it any more.
 void forget_handle(WindowHandle window) {
     while (GlWindow* dead = gl_window_find(window)) {
@@ -129,6 +147,42 @@ WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc 
     layer.window_show(window);
     gl_paint_pending(window);
     return window;
+}
+
+WindowHandle gl_window_create_offscreen(int32_t width, int32_t height, int32_t samples, WindowProc init,
+                                        WindowProc paint, WindowProc resize, WindowProc event, std::string* failure) {
+    if (int64_t{width} * height * std::max(samples, 1) * OFFSCREEN_BYTES_PER_SAMPLE > OFFSCREEN_BYTES_MAX) {
+        *failure = size_text(width, height) + " pixels at " + std::to_string(std::max(samples, 1)) +
+                   " samples are more than is allowed";
+        return 0;
+    }
+    NativeOffscreen offscreen{};
+    if (!native_offscreen_open(width, height, samples, &offscreen, failure)) { return 0; }
+    WindowHandle window = 0;
+    if (driver_draws(offscreen.width_max, offscreen.height_max, width, height, failure)) {
+        gl_system.layer = offscreen.layer;
+        // A name of its own for each attempt: that of a failed one stays in the table.
+        const std::string name = "offscreen " + std::to_string(list_count(&gl_system.windows));
+        window = gl_window_create(name.c_str(), offscreen.parent, init, paint, resize, event, 0);
+        if (offscreen_is_good(window, width, height, failure)) { return window; }
+    }
+    if (window != 0) { offscreen.layer->window_destroy(window); }
+    native_offscreen_close(offscreen);
+    gl_system.layer = nullptr;
+    return 0;
+}
+
+bool gl_picture_begin(WindowHandle window, int32_t width, int32_t height, int32_t samples) {
+    const GlWindow* entry = drawing_window(window);
+    return entry != nullptr && entry->layer->picture_begin != nullptr &&
+           entry->layer->picture_begin(entry->context->device_context, entry->context->render_context, width, height,
+                                       samples);
+}
+
+void gl_picture_end(WindowHandle window) {
+    const GlWindow* entry = drawing_window(window);
+    if (entry == nullptr || entry->layer->picture_end == nullptr) { return; }
+    entry->layer->picture_end(entry->context->device_context, entry->context->render_context);
 }
 
 void gl_paint_pending(WindowHandle window) {

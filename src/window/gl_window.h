@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "window/native.h"
 
@@ -25,6 +26,18 @@ void gl_system_bind(std::uintptr_t instance);
 // draws, and init is not called. A popup covers the screen and has no border.
 WindowHandle gl_window_create(const char* name, WindowHandle parent, WindowProc init, WindowProc paint,
                               WindowProc resize, WindowProc event, int popup);
+
+// The same without a desktop, in a parent of its own of this size, with as many samples a pixel as the driver has up to
+// the wanted ones. 0 when there is no driver, or not for this size; the failure is then a line that says which.
+inline constexpr int64_t OFFSCREEN_BYTES_MAX = int64_t{1} << 30;
+inline constexpr int64_t OFFSCREEN_BYTES_PER_SAMPLE = 8;  // colour and depth
+WindowHandle gl_window_create_offscreen(int32_t width, int32_t height, int32_t samples, WindowProc init,
+                                        WindowProc paint, WindowProc resize, WindowProc event, std::string* failure);
+
+// From begin to end the context of the window draws into an area of this size beside it, at the samples that the driver
+// has up to these. False, with nothing changed, when there is none: the picture is then drawn behind the window.
+bool gl_picture_begin(WindowHandle window, int32_t width, int32_t height, int32_t samples);
+void gl_picture_end(WindowHandle window);
 
 void gl_make_current(WindowHandle window);     // 0 releases the current context
 bool gl_context_current(WindowHandle window);  // this window's context is there and current

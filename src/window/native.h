@@ -19,6 +19,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace pelt {
 
@@ -98,6 +99,12 @@ struct NativeLayer {
     bool (*swap_keeps_back_buffer)(NativeDevice device);           // the back buffer still holds the frame after a swap
     void (*set_background)(NativeDevice device, uint32_t colour);  // 0x00BBGGRR, of the device, not of OpenGL
 
+    // A drawing area beside the window's, for one picture: from begin to end the context draws there. The samples are
+    // as many as the driver has, up to this. Begin is false, and nothing has changed, when it is not to be had. Null
+    // where a layer has none: pictures are then drawn behind the window.
+    bool (*picture_begin)(NativeDevice device, NativeContext context, int32_t width, int32_t height, int32_t samples);
+    void (*picture_end)(NativeDevice device, NativeContext context);
+
     // ---- Paints.
 
     bool (*paint_pending)(WindowHandle window);
@@ -112,6 +119,19 @@ struct NativeLayer {
     void (*palette_realize)(NativeDevice device);
     void (*palette_update_colors)(NativeDevice device);
 };
+
+// ---- Without a desktop.
+
+// What a window is made in that nobody sees.
+struct NativeOffscreen {
+    const NativeLayer* layer;
+    WindowHandle parent;            // a record of the wanted size, or a hidden window; goes with native_offscreen_close
+    int32_t width_max, height_max;  // what the driver can draw; 0 where only a window of ours tells
+};
+
+// False with a line that says what is missing. Samples as in picture_begin.
+bool native_offscreen_open(int32_t width, int32_t height, int32_t samples, NativeOffscreen* made, std::string* failure);
+void native_offscreen_close(const NativeOffscreen& offscreen);
 
 // ---- What there is once: the desktop that this library is built for.
 

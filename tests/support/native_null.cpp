@@ -320,6 +320,23 @@ const NativeLayer* native_desktop_layer() {
     return &layer;
 }
 
+bool native_offscreen_open(int32_t width, int32_t height, int32_t samples, NativeOffscreen* made,
+                           std::string* failure) {
+    null_system.offscreen_samples = samples;
+    if (null_system.fail_offscreen) {
+        *failure = "no driver";
+        return false;
+    }
+    *made = NativeOffscreen{native_desktop_layer(), null_add_window(width, height), 0, 0};
+    if (null_system.tells_offscreen_limit) {
+        made->width_max = null_system.drawing_limit_width;
+        made->height_max = null_system.drawing_limit_height;
+    }
+    return true;
+}
+
+void native_offscreen_close(const NativeOffscreen& offscreen) { null_destroy_tree(offscreen.parent); }
+
 void native_init(std::uintptr_t instance) { null_system.instance = instance; }
 
 WindowHandle native_window_of_tk(void* tk_window) {

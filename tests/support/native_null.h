@@ -41,6 +41,8 @@ struct NullSystem {
     bool fail_format = false;
     bool fail_context = false;
     bool fail_pointer = false;
+    bool fail_offscreen = false;
+    bool tells_offscreen_limit = false;  // before there is a window
     bool keeps_back_buffer = true;
     int32_t drawing_limit_width = 0;  // what the driver can draw; 0 when it does not say
     int32_t drawing_limit_height = 0;
@@ -55,6 +57,7 @@ struct NullSystem {
     NativeDevice current_device = 0;
     NativeContext current_context = 0;
     int makes_current = 0;
+    int32_t offscreen_samples = -1;  // of the last call; -1 for none yet
     struct Default {
         WindowHandle window;
         uint32_t message;

@@ -133,6 +133,67 @@ TEST_F(GlWindowTest, AnInitGoesBackToTheLayerOfTheDesktop) {
     EXPECT_EQ(gl_window_find(create())->layer, native_desktop_layer());
 }
 
+// ---- Without a desktop.
+
+TEST_F(GlWindowTest, AnOffscreenWindowIsAWindowInAParentOfItsOwn) {
+    std::string failure;
+    const WindowHandle window =
+        gl_window_create_offscreen(640, 480, 4, on_init, on_paint, on_resize, on_event, &failure);
+    ASSERT_NE(window, 0u) << failure;
+    EXPECT_EQ(null_system.offscreen_samples, 4);
+    EXPECT_EQ(null_window(window)->width, 640);
+    EXPECT_EQ(null_window(gl_window_parent(window))->height, 480);
+    EXPECT_EQ(count_of("init"), 1);
+    EXPECT_EQ(null_window(window)->swaps, 1) << "making a window draws one frame";
+}
+
+TEST_F(GlWindowTest, WithoutADriverThereIsNoOffscreenWindowAndOneOfTheDesktopCanStillBeMade) {
+    std::string failure;
+    null_system.fail_offscreen = true;
+    EXPECT_EQ(gl_window_create_offscreen(640, 480, 0, on_init, on_paint, on_resize, on_event, &failure), 0u);
+    EXPECT_EQ(failure, "no driver");
+    EXPECT_EQ(list_count(&gl_system.windows), 0);
+    EXPECT_NE(create(), 0u);
+}
+
+TEST_F(GlWindowTest, AnOffscreenWindowWithoutAContextIsNoneAndMayBeTriedAgain) {
+    std::string failure;
+    null_system.fail_context = true;
+    EXPECT_EQ(gl_window_create_offscreen(640, 480, 0, on_init, on_paint, on_resize, on_event, &failure), 0u);
+    EXPECT_EQ(failure, "the driver has no memory for 640x480 pixels");
+    EXPECT_EQ(gl_system.layer, nullptr);
+    EXPECT_EQ(gl_system.current_window, nullptr);
+    null_system.fail_context = false;
+    EXPECT_NE(gl_window_create_offscreen(640, 480, 0, on_init, on_paint, on_resize, on_event, &failure), 0u);
+}
+
+TEST_F(GlWindowTest, AnOffscreenWindowThatTheDriverCannotDrawIsRefusedWhetherThatIsKnownBeforeOrAfter) {
+    for (const bool before : {true, false}) {
+        null_system.drawing_limit_width = 1000;
+        null_system.drawing_limit_height = 479;
+        null_system.tells_offscreen_limit = before;
+        calls.clear();
+        std::string failure;
+        EXPECT_EQ(gl_window_create_offscreen(640, 480, 0, on_init, on_paint, on_resize, on_event, &failure), 0u);
+        EXPECT_EQ(failure, "the driver draws at most 1000x479 pixels");
+        EXPECT_EQ(count_of("init"), before ? 0 : 1);
+        EXPECT_EQ(gl_system.layer, nullptr);
+        EXPECT_EQ(gl_system.current_window, nullptr);
+    }
+}
+
+TEST_F(GlWindowTest, AnOffscreenWindowOfMoreMemoryThanIsAllowedIsRefused) {
+    std::string failure;
+    EXPECT_EQ(gl_window_create_offscreen(8192, 8192, 4, on_init, on_paint, on_resize, on_event, &failure), 0u);
+    EXPECT_EQ(failure, "8192x8192 pixels at 4 samples are more than is allowed");
+    EXPECT_EQ(null_system.offscreen_samples, -1);
+}
+
+TEST_F(GlWindowTest, AWindowOfALayerWithoutPictureAreasHasNone) {
+    EXPECT_FALSE(gl_picture_begin(create(), 10, 10, 0));
+    gl_picture_end(0);
+}
+
 // ---- Creation.
 
 TEST_F(GlWindowTest, CreationMakesAChildOfTheParentsClientSizeAtTheOrigin) {

@@ -31,6 +31,9 @@ const Win32Window* win32_any();  // one of ours, or null when there is none
 // The drawing part of the seam.
 void win32_offer_drawing(NativeLayer* layer);
 
+// A window of this size, never to be shown and no one of ours; null when the system refuses.
+HWND win32_create_hidden(int32_t width, int32_t height);
+
 // The procedure of the window class, in events.cpp.
 LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam);
 

@@ -43,6 +43,10 @@ Win32Window* win32_find(HWND handle) {
 
 const Win32Window* win32_any() { return windows.empty() ? nullptr : windows.front().get(); }
 
+HWND win32_create_hidden(int32_t width, int32_t height) {
+    return CreateWindowExA(0, CLASS_NAME, "", WS_POPUP, 0, 0, width, height, nullptr, nullptr, instance, nullptr);
+}
+
 void win32_forget(HWND handle) {
     Win32Window* gone = win32_find(handle);
     if (gone == nullptr) { return; }

@@ -2,6 +2,7 @@
 // so setting the format of a device only tells whether that worked. A device is the record of its window.
 #include <cstdint>
 
+#include "window/pixel_format.h"
 #include "window/x11/native_x11.h"
 
 #ifndef GLX_SWAP_METHOD_OML
@@ -12,10 +13,6 @@
 namespace pelt {
 
 namespace {
-
-constexpr int DEPTH_BITS = 16;
-constexpr int DEPTH_BITS_PREFERRED = 24;
-constexpr int COLOUR_BITS = 5;  // of each component: 16 bits in all
 
 struct X11Context {
     Display* display;
@@ -33,26 +30,25 @@ bool swap_copies(Display* display, GLXFBConfig config) {
     return config_value(display, config, GLX_SWAP_METHOD_OML) == GLX_SWAP_COPY_OML;
 }
 
-// How well a configuration suits. An opaque visual comes first, because others shine through where the desktop is
-// composed; then a driver that warns of nothing, the swap that keeps the back buffer, and a good depth buffer.
-int config_score(Display* display, GLXFBConfig config, const XVisualInfo& info) {
+PixelFormat format_of(Display* display, GLXFBConfig config, const XVisualInfo& info) {
     const auto value = [&](int attribute) { return config_value(display, config, attribute); };
-    int score = 0;
-    if (value(GLX_ALPHA_SIZE) == 0 && info.depth < 32) { score += 64; }
-    if (value(GLX_CONFIG_CAVEAT) == GLX_NONE) { score += 32; }
-    if (swap_copies(display, config)) { score += 16; }
-    if (value(GLX_DEPTH_SIZE) >= DEPTH_BITS_PREFERRED) { score += 8; }
-    if (value(GLX_SAMPLES) <= 1) { score += 4; }
-    if (value(GLX_STENCIL_SIZE) == 0) { score += 2; }
-    if (value(GLX_ACCUM_RED_SIZE) == 0) { score += 1; }
-    return score;
+    return PixelFormat{.colour_bits = value(GLX_RED_SIZE),
+                       .alpha_bits = value(GLX_ALPHA_SIZE),
+                       .depth_bits = value(GLX_DEPTH_SIZE),
+                       .stencil_bits = value(GLX_STENCIL_SIZE),
+                       .accumulation_bits = value(GLX_ACCUM_RED_SIZE),
+                       .samples = value(GLX_SAMPLES),
+                       .opaque = info.depth < 32,
+                       .warns = value(GLX_CONFIG_CAVEAT) != GLX_NONE,
+                       .swap_keeps_back_buffer = swap_copies(display, config)};
 }
 
 void choose_config(Display* display, int screen, X11Visual* chosen) {
     // clang-format off
     static constexpr int WANTED[] = {
         GLX_X_RENDERABLE, True, GLX_DRAWABLE_TYPE, GLX_WINDOW_BIT, GLX_RENDER_TYPE, GLX_RGBA_BIT, GLX_DOUBLEBUFFER, True,
-        GLX_RED_SIZE, COLOUR_BITS, GLX_GREEN_SIZE, COLOUR_BITS, GLX_BLUE_SIZE, COLOUR_BITS, GLX_DEPTH_SIZE, DEPTH_BITS, 0,
+        GLX_RED_SIZE, PIXEL_COLOUR_BITS, GLX_GREEN_SIZE, PIXEL_COLOUR_BITS, GLX_BLUE_SIZE, PIXEL_COLOUR_BITS,
+        GLX_DEPTH_SIZE, PIXEL_DEPTH_BITS, 0,
     };
     // clang-format on
     int count = 0;
@@ -61,7 +57,7 @@ void choose_config(Display* display, int screen, X11Visual* chosen) {
     for (int i = 0; configs != nullptr && i < count; ++i) {
         XVisualInfo* info = glXGetVisualFromFBConfig(display, configs[i]);
         if (info == nullptr) { continue; }
-        const int score = config_score(display, configs[i], *info);
+        const int score = pixel_format_score(format_of(display, configs[i], *info), 0);
         if (score > best) {
             best = score;
             *chosen = X11Visual{info->visual, info->depth, configs[i], *info, swap_copies(display, configs[i])};
@@ -75,7 +71,8 @@ void choose_older_way(Display* display, int screen, X11Visual* chosen) {
     // clang-format off
     int wanted[] = {
         GLX_RGBA, GLX_DOUBLEBUFFER,
-        GLX_RED_SIZE, COLOUR_BITS, GLX_GREEN_SIZE, COLOUR_BITS, GLX_BLUE_SIZE, COLOUR_BITS, GLX_DEPTH_SIZE, DEPTH_BITS, 0,
+        GLX_RED_SIZE, PIXEL_COLOUR_BITS, GLX_GREEN_SIZE, PIXEL_COLOUR_BITS, GLX_BLUE_SIZE, PIXEL_COLOUR_BITS,
+        GLX_DEPTH_SIZE, PIXEL_DEPTH_BITS, 0,
     };
     // clang-format on
     XVisualInfo* info = glXChooseVisual(display, screen, wanted);
