@@ -29,9 +29,11 @@ void hand_over(int32_t* from, int32_t* to) {
     *from = -1;
 }
 
-void lose_layers(const Model& old, const Model& fresh, Owner owner, std::vector<LostPart>* lost) {
+void hand_over_layers(const Model& old, Model* fresh, Owner owner, std::vector<LostPart>* lost) {
     for (const Layer& layer : list_elements<Layer>(old.layers)) {
-        if (list_find<Layer>(&fresh.layers, layer.name) == nullptr) {
+        if (Layer* successor = list_find<Layer>(&fresh->layers, layer.name)) {
+            successor->hidden = layer.hidden;
+        } else {
             lost->push_back({"layer", layer.name, owner.id, owner.is_child});
         }
     }
@@ -77,7 +79,7 @@ void hand_over_model(Session* session, Model* old, Model* fresh, Owner owner, Su
         state->model = fresh;
         state->time = TIME_NEVER;
     }
-    lose_layers(*old, *fresh, owner, lost);
+    hand_over_layers(*old, fresh, owner, lost);
     // Of several links of one name the first goes to the first.
     std::vector<ChildLink*> links;
     for (ChildLink& link : list_elements<ChildLink>(fresh->children)) { links.push_back(&link); }

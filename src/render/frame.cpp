@@ -100,7 +100,7 @@ void clear_fixed_size(const float background[3]) {
     glEnable(GL_TEXTURE_2D);  // also with textures off: every model disables it again
 }
 
-void draw_picture(Session* session, const ViewState* view) {
+void draw_picture(Session* session, ViewState* view) {
     if (view->fixed_size != 0) {
         clear_fixed_size(view->background);
     } else {
@@ -188,6 +188,7 @@ void view_init(WindowHandle window, int32_t, const void*) {
     view_init_lighting();
     glMatrixMode(GL_MODELVIEW);
     glLoadIdentity();
+    mat_identity(&view->turn);
 }
 
 void view_resize(WindowHandle window, int32_t, const void*) {

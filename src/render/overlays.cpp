@@ -11,7 +11,8 @@
 
 #include "foundation/text.h"
 #include "motion/transform_state.h"
-#include "render/vertex.h"
+#include "scene/layer_points.h"
+#include "scene/vertex.h"
 
 namespace pelt {
 namespace {
@@ -62,14 +63,24 @@ void draw_number(const Session* session, int32_t number) {
     }
 }
 
+// Calls send(point, id) for each point that is in sight, with its colour in a cycle sent.
+template <typename Send>
+void for_each_dot(Model* model, PointColours colours, Send send) {
+    const std::vector<bool> hidden = model_hidden_points(model);
+    const auto points = list_elements<Point>(model->points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
+        if (!hidden.empty() && hidden[static_cast<size_t>(point.slot())]) { continue; }
+        if (colours.cycling) { colours.send(); }
+        send(*point, point.int_key());
+        colours.next();
+    }
+}
+
 void draw_dots(Session* session, Model* model, PointColours colours) {
     glBegin(GL_POINTS);
     glVertex3f(0.0f, 0.0f, 0.0f);
-    for (const Point& point : list_elements<Point>(model->points)) {
-        if (colours.cycling) { colours.send(); }
-        send_vertex(*point_posed_position(session, &point));
-        colours.next();
-    }
+    for_each_dot(model, colours,
+                 [&](const Point& point, int32_t) { send_vertex(*point_posed_position(session, &point)); });
     glEnd();
 }
 
@@ -78,14 +89,11 @@ void draw_numbers(Session* session, Model* model, PointColours colours) {
     // No colour is sent for the digit of the origin: after a cycle it has that of the last point. This is intended.
     glRasterPos3f(0.0f, 0.0f, 0.0f);
     draw_glyph(session, 0);
-    const auto points = list_elements<Point>(model->points);
-    for (auto point = points.begin(); point != points.end(); ++point) {
-        if (colours.cycling) { colours.send(); }
-        const Vec3* position = point_posed_position(session, &*point);
+    for_each_dot(model, colours, [&](const Point& point, int32_t id) {
+        const Vec3* position = point_posed_position(session, &point);
         glRasterPos3f(position->x, position->y, position->z);
-        draw_number(session, point.int_key());
-        colours.next();
-    }
+        draw_number(session, id);
+    });
 }
 
 void draw_joint_mark(const Vec3& place, float s) {

@@ -5,6 +5,7 @@
 
 #include <GL/gl.h>
 
+#include "motion/drawn_patch.h"
 #include "motion/transform_state.h"
 #include "render/overlays.h"
 #include "render/patch_draw.h"
@@ -227,11 +228,13 @@ int32_t model_draw_at(Session* session, Model* model, const Level* above) {
     }
     if (session->display_triangles != 0) {
         for (Layer& layer : list_elements<Layer>(model->layers)) {
-            count += layer_passes(session, model, &layer, mode);
+            if (layer.hidden == 0) { count += layer_passes(session, model, &layer, mode); }
         }
     }
     if (session->display_lines != 0) {
-        for (Layer& layer : list_elements<Layer>(model->layers)) { lines_pass(session, model, &layer); }
+        for (Layer& layer : list_elements<Layer>(model->layers)) {
+            if (layer.hidden == 0) { lines_pass(session, model, &layer); }
+        }
     }
     if (state != nullptr) {
         state->triangle_count = count;  // intended: without the children
@@ -252,19 +255,21 @@ void scene_draw(Session* session) {
 
 int32_t model_draw(Session* session, Model* model) { return model_draw_at(session, model, nullptr); }
 
+int32_t surface_draw(Session* session, Model* model, Triangle* triangle, bool textured, bool mirrored,
+                     bool reflection) {
+    switch (surface_form(session, triangle)) {
+        case SurfaceForm::FILTERED: return triangle_draw_pn(session, model, triangle, textured, mirrored);
+        case SurfaceForm::CURVED:
+            return triangle_draw_curved(session, model, triangle, textured, mirrored, reflection);
+        default: return triangle_draw(session, model, triangle, textured, mirrored, reflection);
+    }
+}
+
 int32_t layer_draw(Session* session, Model* model, Layer* layer, float, bool textured, bool mirrored, bool reflection) {
-    const bool plain = session->display_curves == 0 || session->display_lod == 0;
-    const bool filter = session->display_pnfilter != 0;
     const bool normals = session->display_normals != 0;
     int32_t count = 0;
     for (Triangle& triangle : list_elements<Triangle>(layer->triangles)) {
-        if (plain || (!filter && triangle.curve_type == 0)) {
-            count += triangle_draw(session, model, &triangle, textured, mirrored, reflection);
-        } else if (filter) {
-            count += triangle_draw_pn(session, model, &triangle, textured, mirrored);
-        } else {
-            count += triangle_draw_curved(session, model, &triangle, textured, mirrored, reflection);
-        }
+        count += surface_draw(session, model, &triangle, textured, mirrored, reflection);
         if (normals) { triangle_normals_draw(session, model, &triangle); }
     }
     for (Polygon& polygon : list_elements<Polygon>(layer->polygons)) {

@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-#include "render/vertex.h"
+#include "scene/vertex.h"
 
 namespace pelt {
 

@@ -68,6 +68,25 @@ void view_pan_pixels(ViewState* view, float x, float y, int relative) {
     }
 }
 
+void view_turn_angles(float angle, float pitch, Mat4* out) {
+    mat_identity(out);
+    mat_rotate(out, 0.0f, angle, 0.0f);
+    mat_rotate(out, pitch, 0.0f, 0.0f);
+}
+
+void view_transforms(const ViewState* view, Mat4* modelview, Mat4* projection) {
+    if (view->freerotate != 0 && view->window != 0) {
+        *modelview = view->turn;
+    } else {
+        view_turn_angles(view->angle, view->pitch, modelview);
+    }
+    mat_translate(modelview, -view->focus.x, -view->focus.y, -view->focus.z);
+    mat_identity(projection);
+    mat_scale(projection, 1.0f / (view->extent_x * VIEW_HALF_EXTENT * view->zoom),
+              1.0f / (view->extent_y * VIEW_HALF_EXTENT * view->zoom), -(1.0f / view->extent_z));
+    mat_translate(projection, -view->pan_x, -view->pan_y, 0.0f);
+}
+
 float view_unit_per_pixel(const ViewState* view) {
     const float width = static_cast<float>(view->width > 1 ? view->width : 1);
     return view->extent_x * PIXEL_FACTOR * view->zoom / width;

@@ -10,6 +10,9 @@ namespace pelt {
 
 struct Session;
 
+// Half of the visible world, as a share of the extent.
+inline constexpr float VIEW_HALF_EXTENT = 0.25f;
+
 struct ViewState {
     int32_t freerotate;   // the modelview matrix of the context is the state
     WindowHandle window;  // 0 until one is created; never cleared
@@ -23,12 +26,20 @@ struct ViewState {
     float background[3];
     float unsized_radius;  // of a fit made while the view had no size to speak of, margin included; 0 for none
     int32_t resize_due;    // a new size of the window was stored, and neither viewport nor picture has it yet
+    Mat4 turn;             // the rotation that the context holds, so that nobody has to ask it; row-major
 };
 
 void view_set_freerotate(ViewState* view, int32_t on);
 void view_set_focus(ViewState* view, float x, float y, float z);
 void view_set_zoom(ViewState* view, float factor);  // held in 0.001 to 100.0; a non-number gives 0.001
 void view_pan_pixels(ViewState* view, float x, float y, int relative);
+
+// The rotation of a view that is turned by its two angles.
+void view_turn_angles(float angle, float pitch, Mat4* out);
+
+// What a frame puts a place of the world through, row-major: the modelview matrix with the focus, and the projection.
+// OpenGL is not asked, and there need be no window.
+void view_transforms(const ViewState* view, Mat4* modelview, Mat4* projection);
 
 // World units that a pixel shows.
 float view_unit_per_pixel(const ViewState* view);

@@ -8,8 +8,6 @@ namespace pelt {
 
 namespace {
 
-constexpr float EXTENT_TO_HALF_SIZE = 0.25f;
-
 bool has_context(const ViewState* view) { return gl_context_current(view->window); }
 
 }  // namespace
@@ -19,15 +17,16 @@ void view_load_projection(const ViewState* view) {
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
     // The negative depth scale lets a nearer point have the smaller depth value.
-    glScalef(1.0f / (view->extent_x * EXTENT_TO_HALF_SIZE * view->zoom),
-             1.0f / (view->extent_y * EXTENT_TO_HALF_SIZE * view->zoom), -(1.0f / view->extent_z));
+    glScalef(1.0f / (view->extent_x * VIEW_HALF_EXTENT * view->zoom),
+             1.0f / (view->extent_y * VIEW_HALF_EXTENT * view->zoom), -(1.0f / view->extent_z));
     glTranslatef(-view->pan_x, -view->pan_y, 0.0f);
 }
 
-void view_load_rotation(const ViewState* view) {
+void view_load_rotation(ViewState* view) {
     if (!has_context(view)) { return; }
     glMatrixMode(GL_MODELVIEW);
     if (view->freerotate != 0) { return; }
+    view_turn_angles(view->angle, view->pitch, &view->turn);
     glLoadIdentity();
     glRotatef(view->angle, 0.0f, 1.0f, 0.0f);
     glRotatef(view->pitch, 1.0f, 0.0f, 0.0f);
@@ -57,6 +56,12 @@ void view_rotate(ViewState* view, float x_angle, float y_angle) {
     if (x_angle != 0.0f) { glRotatef(x_angle, 0.0f, 1.0f, 0.0f); }
     if (y_angle != 0.0f) { glRotatef(y_angle, 1.0f, 0.0f, 0.0f); }
     glMultMatrixf(before);
+    // From what the context had just now: the copy never drifts further than one turn.
+    Mat4 columns, held, turned;
+    mat_copy_words(before, columns.m);
+    mat_transpose(&columns, &held);
+    view_turn_angles(x_angle, y_angle, &turned);
+    mat_multiply(&held, &turned, &view->turn);
 }
 
 void view_set_background(ViewState* view, float red, float green, float blue) {
@@ -81,6 +86,7 @@ void view_set_matrix(ViewState* view, const Mat4* matrix) {
     if (!has_context(view)) { return; }
     glMatrixMode(GL_MODELVIEW);
     glLoadMatrixf(mat_to_gl(matrix)->m);
+    view->turn = *matrix;
 }
 
 const char* view_renderer(const ViewState* view) {

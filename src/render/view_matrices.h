@@ -6,7 +6,7 @@
 namespace pelt {
 
 void view_load_projection(const ViewState* view);  // leaves the matrix mode at GL_PROJECTION
-void view_load_rotation(const ViewState* view);    // leaves it at GL_MODELVIEW
+void view_load_rotation(ViewState* view);          // leaves it at GL_MODELVIEW
 void view_set_angles(ViewState* view, float angle, float pitch);
 void view_rotate(ViewState* view, float x_angle, float y_angle);
 void view_set_background(ViewState* view, float red, float green, float blue);

@@ -83,6 +83,7 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
     for (int32_t& channel : layer->invisible_colour) { channel = 0; }
     layer->bounds_min = Vec3{};
     layer->bounds_max = Vec3{};
+    layer->hidden = 0;
     init_layer_lists(layer);
     layer->serial = ++layers_made;
     return 1;

@@ -54,6 +54,7 @@ struct Layer {
     KeyedList uvees;      // Uvee, KEY_INT, by point id
     KeyedList images;     // LayerImage, KEY_INT, at most one
     uint64_t serial;      // of the process: tells the layer from another one that had, or has, its slot or its name
+    int32_t hidden;       // neither drawn nor picked; of this run alone, no file holds it
 };
 
 inline bool layer_has_surface(const Layer& layer) {

@@ -7,7 +7,7 @@
 #include "edit/bounds.h"
 #include "edit/selection.h"
 #include "foundation/text.h"
-#include "render/vertex.h"
+#include "scene/vertex.h"
 #include "render/view_matrices.h"
 #include "scene/layer.h"
 #include "scene/model.h"

@@ -43,6 +43,8 @@ std::span<const SceneForm> scene_file_forms();
 std::span<const SceneForm> scene_model_forms();
 std::span<const SceneForm> scene_view_forms();
 std::span<const SceneForm> scene_picture_forms();
+std::span<const SceneForm> scene_pick_forms();
+std::span<const SceneForm> scene_mark_forms();
 
 // The call "sorvel scene" with the words behind it. Code and result are those of a Tcl command.
 int scene_command(int argc, const char* const* argv);
@@ -62,11 +64,15 @@ struct SceneModel {
 // Read arguments. False after a refusal.
 bool scene_read_int(const char* what, const char* word, int32_t least, int32_t most, int32_t* value);
 bool scene_read_real(const char* what, const char* word, float least, float most, float* value);
+bool scene_read_flag(const char* what, const char* word, bool* value);
 bool scene_read_model(const char* word, SceneModel* found);  // with a model
 bool scene_read_place(const char* word, SceneModel* found);  // with a model or a link
 bool scene_read_layer(const Model* model, const SceneWords& words, int index, const Layer** layer);
 
 // How scripts name a child.
 std::string scene_child_name(int32_t id);
+
+// The same of a model, or of the child that hangs at the link.
+Tcl_Obj* scene_reply_id(Model* model, ChildLink* link);
 
 }  // namespace pelt

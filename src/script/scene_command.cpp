@@ -2,7 +2,6 @@
 // events, takes each argument as one word and raises errors.
 #include "script/scene_call.h"
 
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -10,6 +9,7 @@
 
 #include "application/application.h"
 #include "foundation/text.h"
+#include "motion/transform_state.h"
 #include "scene/layer.h"
 #include "scene/model.h"
 #include "script/scene_reply.h"
@@ -32,21 +32,30 @@ constexpr SceneForm OWN_FORMS[] = {
     {"help", "?WORD?", 0, 1, "the forms with their arguments and what they do; of one form its text", run_help},
 };
 
-std::array<std::span<const SceneForm>, 5> all_tables() {
-    return {scene_file_forms(), scene_model_forms(), scene_view_forms(), scene_picture_forms(), OWN_FORMS};
-}
+std::span<const SceneForm> scene_own_forms() { return OWN_FORMS; }
+
+// The tables of the forms, one a file.
+constexpr std::span<const SceneForm> (*TABLES[])() = {
+    scene_file_forms,
+    scene_model_forms,
+    scene_view_forms,
+    scene_pick_forms,
+    scene_mark_forms,
+    scene_picture_forms,
+    scene_own_forms,
+};
 
 std::vector<const SceneForm*> all_forms() {
     std::vector<const SceneForm*> forms;
-    for (const std::span<const SceneForm> table : all_tables()) {
-        for (const SceneForm& form : table) { forms.push_back(&form); }
+    for (const auto table : TABLES) {
+        for (const SceneForm& form : table()) { forms.push_back(&form); }
     }
     return forms;
 }
 
 const SceneForm* find_form(const char* word) {
-    for (const std::span<const SceneForm> table : all_tables()) {
-        for (const SceneForm& form : table) {
+    for (const auto table : TABLES) {
+        for (const SceneForm& form : table()) {
             if (std::strcmp(form.word, word) == 0) { return &form; }
         }
     }
@@ -187,6 +196,16 @@ bool scene_read_real(const char* what, const char* word, float least, float most
     return true;
 }
 
+bool scene_read_flag(const char* what, const char* word, bool* value) {
+    int flag = 0;
+    if (Tcl_GetBoolean(nullptr, const_cast<char*>(word), &flag) != TCL_OK) {
+        scene_refuse_argument(what, word, "on or off");
+        return false;
+    }
+    *value = flag != 0;
+    return true;
+}
+
 bool scene_read_place(const char* word, SceneModel* found) {
     *found = SceneModel{};
     const Session& session = application()->session;
@@ -235,6 +254,16 @@ bool scene_read_layer(const Model* model, const SceneWords& words, int index, co
     }
     scene_refuse_argument("layer", words.raw(index), names.empty() ? "a layer, of which this model has none" : names);
     return false;
+}
+
+Tcl_Obj* scene_reply_id(Model* model, ChildLink* link) {
+    Session* session = &application()->session;
+    if (link != nullptr) {
+        const ChildState* state = child_state(session, link);
+        return reply_text(scene_child_name(state != nullptr ? state->id : 0));
+    }
+    const ModelState* state = model_state(session, model);
+    return reply_int(state != nullptr ? state->id : 0);
 }
 
 std::string scene_child_name(int32_t id) { return CHILD_LETTER + std::to_string(id); }

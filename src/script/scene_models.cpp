@@ -11,11 +11,11 @@
 #include "formats/model_writer.h"
 #include "foundation/file_access.h"
 #include "motion/placement_text.h"
+#include "motion/scene_walk.h"
 #include "motion/transform_state.h"
-#include "render/vertex.h"
 #include "render/view_matrices.h"
-#include "scene/layer.h"
-#include "scene/model.h"
+#include "scene/layer_points.h"
+#include "scene/vertex.h"
 #include "script/scene_call.h"
 #include "script/scene_reply.h"
 
@@ -32,12 +32,6 @@ constexpr const char* SLOT_WORDS[LAYER_IMAGE_SLOTS] = {"base", "mirror", "reflec
 Session* session() { return &application()->session; }
 
 Tcl_Obj* reply_count(int32_t count) { return reply_int(count); }
-
-// A model on the way down to the one in hand.
-struct ModelAbove {
-    const Model* model;
-    const ModelAbove* above;
-};
 
 // ---- the tree ----
 
@@ -71,7 +65,7 @@ Tcl_Obj* tree_layers(const Model* model) {
     ReplyList layers;
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
         ReplyList entry;
-        entry.add("name", reply_text(layer.name));
+        entry.add("name", reply_text(layer.name)).add("hidden", reply_flag(layer.hidden != 0));
         layers.add(add_layer_counts(layer, entry).value());
     }
     return layers.value();
@@ -160,6 +154,7 @@ Tcl_Obj* layer_value(const Model* model, const Layer& layer) {
     if (image != nullptr) { axes.add(axis_text(layer.image_axis_u)).add(axis_text(layer.image_axis_v)); }
     ReplyList result;
     result.add("name", reply_text(layer.name))
+        .add("hidden", reply_flag(layer.hidden != 0))
         .add("colour", ints(layer.colour, 3))
         .add("sides", reply_int(layer.singlesided != 0 ? 1 : 2))
         .add("mirror", axis_text(layer.mirror != 0 ? layer.mirror_axis : 0))
@@ -192,20 +187,6 @@ Tcl_Obj* ask_images(const SceneWords& words) {
 }
 
 // ---- points ----
-
-// Calls take(id) for each point that a primitive of the layer names as a corner, some more than once.
-template <typename Take>
-void for_each_corner(const Layer& layer, Take take) {
-    for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) {
-        for (int corner = 0; corner < triangle_corners(&triangle); ++corner) { take(triangle.points[corner]); }
-    }
-    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-        for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) { take(vertex.point); }
-    }
-    for (const Line& line : list_elements<Line>(layer.lines)) {
-        for (const int32_t& stored : list_elements<int32_t>(line.vertices)) { take(line_point_id(stored)); }
-    }
-}
 
 bool uses_point(const Layer& layer, int32_t id) {
     bool used = false;
@@ -333,7 +314,7 @@ class ShownBox {
 public:
     explicit ShownBox(Session* session) : session_(session) { view_get_matrix(&application()->view, &turn_); }
 
-    void add_model(Model* model, Mat4 place, const ModelAbove* above);
+    void add_model(const ScenePlace& at);
     Tcl_Obj* value() const;
 
 private:
@@ -368,28 +349,17 @@ void ShownBox::add_mirrored(const Model* model, const Layer& layer, const Mat4& 
     });
 }
 
-// Goes the way that a frame goes: a lent model may lead back to one that is being drawn.
-void ShownBox::add_model(Model* model, Mat4 place, const ModelAbove* above) {
-    int depth = 0;
-    for (const ModelAbove* each = above; each != nullptr; each = each->above, ++depth) {
-        if (each->model == model) { return; }
+void ShownBox::add_model(const ScenePlace& at) {
+    const std::vector<bool> hidden = model_hidden_points(at.model);
+    const auto points = list_elements<Point>(at.model->points);
+    for (auto point = points.begin(); point != points.end(); ++point) {
+        if (!hidden.empty() && hidden[static_cast<size_t>(point.slot())]) { continue; }
+        add_point(*point_posed_position(session_, &*point), at.place);
     }
-    if (model == nullptr || depth > MODEL_TREE_DEPTH_LIMIT) { return; }
-    const ModelState* state = list_at<const ModelState>(&session_->model_states, model->state_index, 0);
-    if (state != nullptr) { mat_multiply(&state->matrix, &place, &place); }
-    for (const Point& point : list_elements<Point>(model->points)) {
-        add_point(*point_posed_position(session_, &point), place);
-    }
-    for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        if (layer.mirror != 0 && session_->display_mirror != 0) { add_mirrored(model, layer, place); }
-    }
-    const ModelAbove level{model, above};
-    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
-        const ChildState* child = child_state(session_, &link);
-        if (child == nullptr) { continue; }
-        Mat4 below;
-        mat_multiply(&child->matrix, &place, &below);
-        add_model(link.model, below, &level);
+    for (const Layer& layer : list_elements<Layer>(at.model->layers)) {
+        if (layer.hidden == 0 && layer.mirror != 0 && session_->display_mirror != 0) {
+            add_mirrored(at.model, layer, at.place);
+        }
     }
 }
 
@@ -407,11 +377,7 @@ Tcl_Obj* ShownBox::value() const {
 
 Tcl_Obj* ask_bounds(const SceneWords&) {
     ShownBox box(session());
-    Mat4 world;
-    mat_identity(&world);
-    for (const RootModel& root : list_elements<RootModel>(session()->root_models)) {
-        box.add_model(root.model, world, nullptr);
-    }
+    scene_walk(session(), [&](const ScenePlace& at) { box.add_model(at); });
     return box.value();
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <iterator>
 
 namespace pelt {
@@ -331,6 +332,27 @@ int patch_weights_triangle(const float* table, int type, int level, float* out) 
 
 int patch_weights_quad(const float* table, int type, int level, float* out) {
     return complement(out, patch_attributes_quad(table, 1, type, level, out));
+}
+
+// An inner control point of a line lies beside it by a third of its length at most, for normals of unit length, and the
+// centre of a triangle by half as much again. The thirds and the sums are a hair off, hence the margin.
+float patch_bulge(const PatchCorners& corners) {
+    constexpr float BULGE = 0.5f;
+    constexpr float MARGIN = 1e-4f;
+    float length = 0.0f, size = 0.0f, normal = 0.0f;
+    for (int i = 0; i < corners.count; ++i) {
+        const Vec3& corner = corners.positions[i];
+        size = std::max(size, vec_dot(corner, corner));
+        for (int j = 0; j < i; ++j) {
+            const Vec3 line = vec_subtract(corner, corners.positions[j]);
+            length = std::max(length, vec_dot(line, line));
+        }
+    }
+    for (int i = 0; i < 2 * corners.count; ++i) {
+        const Vec3& each = corners.normals[PATCH_EDGE_NORMALS + i];
+        normal = std::max(normal, vec_dot(each, each));
+    }
+    return BULGE * std::sqrt(length) * normal + MARGIN * std::sqrt(size);
 }
 
 void patch_surface(const PatchCorners& corners, int curve_type, int level, PatchSurface* out) {

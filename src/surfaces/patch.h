@@ -95,6 +95,9 @@ struct PatchSurface {
     const float* colours;  // the same
 };
 
+// No vertex of the surface lies farther than this from the hull of the corners.
+float patch_bulge(const PatchCorners& corners);
+
 // All of a surface but the attributes.
 void patch_surface(const PatchCorners& corners, int curve_type, int level, PatchSurface* out);
 

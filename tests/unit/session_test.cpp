@@ -12,7 +12,7 @@
 #include "application/session_lifecycle.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
-#include "render/vertex.h"
+#include "scene/vertex.h"
 
 namespace pelt {
 namespace {

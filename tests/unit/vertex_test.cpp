@@ -1,4 +1,4 @@
-#include "render/vertex.h"
+#include "scene/vertex.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // From a primitive to its vertices. The surprise: a triangle's cache is made on first use and is not refreshed when
 // the model changes; it stands until the session forgets the model or the layer.
-#include "render/vertex.h"
+#include "scene/vertex.h"
 
 namespace pelt {
 
