@@ -26,6 +26,16 @@ void release_clip(AnimationClip* clip) {
     delete[] clip->tracks;
 }
 
+// A frame has a table of its keys, and each key at most once.
+int64_t clip_bytes(const AnimationClip& clip) {
+    constexpr int64_t COLUMN = sizeof(AnimationKey*) + sizeof(AnimationKey);
+    const int64_t keys = clip.shares_keys ? 0 : clip.track_count * COLUMN;
+    int64_t bytes =
+        static_cast<int64_t>(sizeof clip) + clip.frame_count * (static_cast<int64_t>(sizeof(AnimationFrame)) + keys);
+    for (int32_t i = 0; i < clip.subclip_count; ++i) { bytes += clip_bytes(clip.subclips[i]); }
+    return bytes;
+}
+
 }  // namespace
 
 int32_t animation_slot_count(const Model* model) {
@@ -47,6 +57,10 @@ int animation_release(ModelAnimation* animation) {
     release_clip(&animation->clip);
     delete animation;
     return 1;
+}
+
+int64_t animation_bytes(const ModelAnimation* animation) {
+    return animation != nullptr ? static_cast<int64_t>(sizeof *animation) + clip_bytes(animation->clip) : 0;
 }
 
 AnimationClip* animation_clip(ModelAnimation* animation) { return animation == nullptr ? nullptr : &animation->clip; }

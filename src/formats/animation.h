@@ -64,6 +64,9 @@ int32_t animation_slot_count(const Model* model);
 ModelAnimation* animation_create(const Model* model);
 int animation_release(ModelAnimation* animation);  // with its clips; null is accepted; always 1
 
+// Bytes that the record takes with its clips, keys included; 0 for null.
+int64_t animation_bytes(const ModelAnimation* animation);
+
 AnimationClip* animation_clip(ModelAnimation* animation);  // null for null
 
 // Path of the file that a clip was read from or could not be read from; null when its line names none.

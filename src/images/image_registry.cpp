@@ -27,6 +27,9 @@ constexpr size_t PS2_DEPTH_OFFSET = 4;
 constexpr size_t PS2_PALETTE_NAME_OFFSET = 16;
 constexpr int32_t PS2_DIRECT_COLOUR_DEPTH = 16;
 
+constexpr int64_t RGB_BYTES = 3;
+constexpr int64_t RGBA_BYTES = 4;
+
 KeyedList registry;  // ImageData, KEY_INT
 bool registry_ready = false;
 int32_t next_image_id = 1;
@@ -43,6 +46,18 @@ IdsByPath& ids_by_path() {
 IdsByPath& ids_put_aside() {
     static auto& ids = *new IdsByPath;
     return ids;
+}
+
+// What is held of an image, and how often. The keyed pixels are those of when it was held last.
+struct HeldImage {
+    ImageData image;  // with a path, and users of the pixels, of its own
+    int32_t slot;     // where it was registered
+    int64_t holds;
+};
+using HeldImages = std::unordered_map<int32_t, HeldImage>;
+HeldImages& held_images() {
+    static auto& held = *new HeldImages;
+    return held;
 }
 
 // Two images can have one path, and only one of them is found by it.
@@ -165,6 +180,67 @@ void image_paths_end(bool keep) {
     if (!keep) { ids_by_path().clear(); }
     ids_by_path().merge(former);
     former.clear();
+}
+
+bool image_hold(int32_t id) {
+    const ImageData* image = image_find_id(id);
+    const auto found = held_images().find(id);
+    if (image == nullptr && found == held_images().end()) { return false; }
+    HeldImage& held = held_images()[id];
+    ++held.holds;
+    if (image == nullptr) { return true; }
+    if (held.holds == 1) {
+        held.image = *image;
+        held.image.path = str_dup(image->path);
+        held.image.shared = shared_pixels_use(image->shared);
+        held.image.keyed_pixels = nullptr;
+        held.slot = list_index_of(&registry, id, 0);
+    }
+    if (held.image.keyed_pixels == nullptr) {
+        held.image.keyed_pixels = shared_pixels_use_keyed(image->shared, image->keyed_pixels);
+    }
+    return true;
+}
+
+void image_unhold(int32_t id) {
+    const auto found = held_images().find(id);
+    if (found == held_images().end() || --found->second.holds > 0) { return; }
+    ImageData& image = found->second.image;
+    str_free(image.path);
+    shared_pixels_release_keyed(image.shared, image.keyed_pixels);
+    shared_pixels_release(image.shared);
+    held_images().erase(found);
+}
+
+bool image_restore(int32_t id) {
+    if (ImageData* image = image_find_id(id)) {
+        ++image->ref_count;
+        return true;
+    }
+    const auto found = held_images().find(id);
+    if (found == held_images().end()) { return false; }
+    const HeldImage& held = found->second;
+    auto* image = static_cast<ImageData*>(list_add_at(&registry, held.slot, id));
+    if (image == nullptr) { image = list_add<ImageData>(&registry, id); }
+    *image = held.image;
+    image->path = str_dup(held.image.path);
+    image->shared = shared_pixels_use(held.image.shared);
+    image->keyed_pixels = shared_pixels_use_keyed(held.image.shared, held.image.keyed_pixels);
+    image->ref_count = 1;
+    ids_by_path().emplace(image->path, id);
+    return true;
+}
+
+int64_t image_held_bytes() {
+    std::unordered_map<const SharedPixels*, int32_t> holders;
+    for (const auto& [id, held] : held_images()) { ++holders[held.image.shared]; }
+    int64_t bytes = 0;
+    for (const auto& [shared, count] : holders) {
+        if (shared->users > count) { continue; }
+        const int64_t pixels = int64_t{shared->width} * shared->height;
+        bytes += pixels * RGB_BYTES + pixels * RGBA_BYTES * static_cast<int64_t>(shared->keyed.size());
+    }
+    return bytes;
 }
 
 const KeyedList* image_registry() { return &registry; }

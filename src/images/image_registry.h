@@ -43,6 +43,18 @@ ImageData* image_find_id(int32_t id);
 void image_paths_begin();
 void image_paths_end(bool keep);
 
+// Holding, for whoever may put a reference back that was given back. A held image can be restored under its id with its
+// pixels where they were; it counts as no reference, and when the last of these goes the image is registered and found
+// no more. Each hold that was granted (true) is to be given back.
+bool image_hold(int32_t id);
+void image_unhold(int32_t id);
+
+// One more reference to an image that is registered or held, by its id. False when it is neither.
+bool image_restore(int32_t id);
+
+// Bytes of the pixels that are there for holds alone.
+int64_t image_held_bytes();
+
 // All registered images, in the order of their slots.
 const KeyedList* image_registry();
 

@@ -98,6 +98,18 @@ SharedPixels* shared_pixels_read(const char* path, const char** error) {
     return &pixels_by_file().emplace(number_of(identity), std::move(shared))->second;
 }
 
+SharedPixels* shared_pixels_use(SharedPixels* shared) {
+    ++shared->users;
+    return shared;
+}
+
+unsigned char* shared_pixels_use_keyed(SharedPixels* shared, unsigned char* bytes) {
+    for (auto& [colour, keyed] : shared->keyed) {
+        if (keyed.bytes == bytes) { ++keyed.users; }
+    }
+    return bytes;
+}
+
 void shared_pixels_release(SharedPixels* shared) {
     if (shared == nullptr || --shared->users > 0) { return; }
     const auto [first, last] = pixels_by_file().equal_range(number_of(shared->identity));

@@ -27,10 +27,12 @@ struct SharedPixels {
 // call. Each use is to be given back by shared_pixels_release.
 SharedPixels* shared_pixels_read(const char* path, const char** error);
 void shared_pixels_release(SharedPixels* shared);
+SharedPixels* shared_pixels_use(SharedPixels* shared);  // one more user of those that are there
 
 // 4 bytes a pixel with alpha 0 where the colour equals the key and 255 elsewhere, with one more user; null without
 // memory for them. To be given back, before the pixels are, by shared_pixels_release_keyed, which accepts null.
 unsigned char* shared_pixels_keyed(SharedPixels* shared, unsigned char red, unsigned char green, unsigned char blue);
 void shared_pixels_release_keyed(SharedPixels* shared, const unsigned char* bytes);
+unsigned char* shared_pixels_use_keyed(SharedPixels* shared, unsigned char* bytes);  // one more user; null for null
 
 }  // namespace pelt

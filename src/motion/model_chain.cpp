@@ -73,14 +73,19 @@ Mat4 own_placement(float time, ModelAnimation* animation) {
     return result;
 }
 
+// Its joints, points and links.
+void evaluate_parts(Session* session, float time, Model* model, ModelAnimation* animation) {
+    joints_evaluate(session, time, model, animation);
+    points_evaluate(session, time, model);
+    int32_t number = 0;
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        number = child_evaluate(session, time, &link, animation, number);
+    }
+}
+
 // Evaluates one model. What it hangs on stands at this time already, or hangs_on_world says to leave it out.
 void evaluate_model(Session* session, float time, const AnimatedModel& entry, bool hangs_on_world) {
-    joints_evaluate(session, time, entry.model, entry.animation);
-    points_evaluate(session, time, entry.model);
-    int32_t number = 0;
-    for (ChildLink& link : list_elements<ChildLink>(entry.model->children)) {
-        number = child_evaluate(session, time, &link, entry.animation, number);
-    }
+    evaluate_parts(session, time, entry.model, entry.animation);
     Mat4 result = own_placement(time, entry.animation);
     Model* parent = hangs_on_world ? nullptr : entry.animation->parent_model;
     if (parent != nullptr) {
@@ -117,6 +122,7 @@ void evaluate_chain(Session* session, float time, AnimatedModel entry, AnimatedM
 // A model on which several others hang is evaluated once.
 void scene_evaluate(Session* session) {
     if (session == nullptr) { return; }
+    ++session->evaluations;
     AnimatedModels done;
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
         evaluate_chain(session, session->anim_time, {root.model, root.animation}, &done);
@@ -124,8 +130,16 @@ void scene_evaluate(Session* session) {
 }
 
 void model_evaluate(Session* session, float time, Model* model, ModelAnimation* animation) {
+    if (session == nullptr) { return; }
+    ++session->evaluations;
     AnimatedModels done;
     evaluate_chain(session, time, {model, animation}, &done);
+}
+
+void model_pose(Session* session, float time, Model* model, ModelAnimation* animation) {
+    if (session == nullptr || model == nullptr || animation == nullptr || animation->enabled == 0) { return; }
+    for (Joint& joint : list_elements<Joint>(model->joints)) { session_forget_joint(session, &joint); }
+    evaluate_parts(session, time, model, animation);
 }
 
 int32_t child_evaluate(Session* session, float time, ChildLink* link, ModelAnimation* animation, int32_t number) {

@@ -15,6 +15,10 @@ PointState* point_state(Session* session, Point* point);
 
 void scene_evaluate(Session* session);  // every root model at anim_time
 void model_evaluate(Session* session, float time, Model* model, ModelAnimation* animation);
+
+// The poses of its joints and points and the places of its links alone, made anew: for a model whose content was
+// changed while it is posed. Nothing for a model that no clip moves.
+void model_pose(Session* session, float time, Model* model, ModelAnimation* animation);
 void joints_evaluate(Session* session, float time, Model* model, ModelAnimation* animation);
 void joint_evaluate(Session* session, float time, Model* model, ModelAnimation* animation, Joint* joint);
 void points_evaluate(Session* session, float time, Model* model);

@@ -1,6 +1,8 @@
 // Who hears of changes, and the lists by the words under which they are told.
 #include "scene/change.h"
 
+#include <unordered_map>
+
 namespace pelt {
 
 const ChangeListener* change_listener = nullptr;
@@ -9,14 +11,32 @@ namespace {
 
 uint64_t versions_made = 0;
 
+// Never destroyed: scripts may still run while the process ends.
+std::unordered_map<uint64_t, Model*>& watched_models() {
+    static auto& models = *new std::unordered_map<uint64_t, Model*>;
+    return models;
+}
+
 }  // namespace
 
-void change_watch(Model* model) {
+void change_watch(Model* model, WatchState state) {
     if (model == nullptr) { return; }
-    model->watched = 1;
+    model->watched = state;
+    watched_models()[model->serial] = model;
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        if (!link.borrowed) { change_watch(link.model); }
+        if (!link.borrowed) { change_watch(link.model, state); }
     }
+}
+
+Model* change_watched_model(uint64_t serial) {
+    const auto found = watched_models().find(serial);
+    return found != watched_models().end() ? found->second : nullptr;
+}
+
+void change_unwatch(Model* model) {
+    if (model->watched == WATCH_NONE) { return; }
+    watched_models().erase(model->serial);
+    model->watched = WATCH_NONE;
 }
 
 KeyedList* content_list(Model* model, Layer* layer, ContentList list) {

@@ -57,8 +57,18 @@ struct ChangeListener {
 
 extern const ChangeListener* change_listener;  // null when nobody listens
 
-// From now on changes of the model, and of those that it owns below itself, are told. Null is accepted.
-void change_watch(Model* model);
+// How a model stands to the scene.
+enum WatchState : int32_t { WATCH_NONE = 0, WATCH_IN_SCENE = 1, WATCH_KEPT_OUTSIDE = 2 };
+
+// From now on changes of the model, and of those that it owns below itself, are told; or, of one that was taken over by
+// the listener, it is noted that it stands outside. Null is accepted.
+void change_watch(Model* model, WatchState state = WATCH_IN_SCENE);
+
+// The watched model with this serial, or null when there is none any more.
+Model* change_watched_model(uint64_t serial);
+
+// A model that is about to be released is watched no more. For model_release.
+void change_unwatch(Model* model);
 
 inline bool change_is_told(const Model* model) {
     return change_listener != nullptr && model != nullptr && model->watched != 0;

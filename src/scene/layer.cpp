@@ -31,21 +31,9 @@ void change_layer(Model* model, const Layer* layer) {
 
 bool is_unit_range(float value) { return value >= 0.0f && value <= 1.0f; }
 
-// Everything a layer owns; the record itself and its slot stay.
-void release_layer_content(Layer* layer) {
-    for (LayerImage& image : list_elements<LayerImage>(layer->images)) {
-        for (int slot = 0; slot < LAYER_IMAGE_SLOTS; ++slot) { layer_image_release_slot(&image, slot); }
-    }
-    for (Polygon& polygon : list_elements<Polygon>(layer->polygons)) { list_free(&polygon.vertices); }
-    for (Line& line : list_elements<Line>(layer->lines)) { list_free(&line.vertices); }
-    for (KeyedList* list : {&layer->triangles, &layer->polygons, &layer->lines, &layer->images, &layer->uvees}) {
-        list_free(list);
-    }
-}
-
-// The same where the layer goes out of a model.
+// What a layer owns, where it goes out of a model.
 void part_with_layer_content(Model* model, Layer* layer) {
-    if (!change_keeps_layer(model, layer)) { release_layer_content(layer); }
+    if (!change_keeps_layer(model, layer)) { layer_release_content(layer); }
 }
 
 void init_layer_lists(Layer* layer) {
@@ -86,6 +74,7 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
     layer->hidden = 0;
     init_layer_lists(layer);
     layer->serial = ++layers_made;
+    layer->holds_images = 0;
     return 1;
 }
 
@@ -101,6 +90,17 @@ int model_delete_layer(Model* model, const char* name) {
     change_model(model);
     model_delete_layer_slot(model, list_index_of(&model->layers, name, 0));
     return 1;
+}
+
+void layer_release_content(Layer* layer) {
+    for (LayerImage& image : list_elements<LayerImage>(layer->images)) {
+        for (int slot = 0; slot < LAYER_IMAGE_SLOTS; ++slot) { layer_image_release_slot(&image, slot); }
+    }
+    for (Polygon& polygon : list_elements<Polygon>(layer->polygons)) { list_free(&polygon.vertices); }
+    for (Line& line : list_elements<Line>(layer->lines)) { list_free(&line.vertices); }
+    for (KeyedList* list : {&layer->triangles, &layer->polygons, &layer->lines, &layer->images, &layer->uvees}) {
+        list_free(list);
+    }
 }
 
 void model_delete_layer_slot(Model* model, int32_t slot) {

@@ -32,6 +32,7 @@ struct LayerImage {
     float reflection;
 };
 
+// What stands before the lists are the settings; what stands behind them is of this run of the program.
 struct Layer {
     char name[128];
     int32_t colour[3];  // 127 is full intensity
@@ -48,13 +49,14 @@ struct Layer {
     float repeat_v;
     Vec3 bounds_min;
     Vec3 bounds_max;
-    KeyedList triangles;  // Triangle, KEY_INT
-    KeyedList polygons;   // Polygon, KEY_INT
-    KeyedList lines;      // Line, KEY_INT
-    KeyedList uvees;      // Uvee, KEY_INT, by point id
-    KeyedList images;     // LayerImage, KEY_INT, at most one
-    uint64_t serial;      // of the process: tells the layer from another one that had, or has, its slot or its name
-    int32_t hidden;       // neither drawn nor picked; of this run alone, no file holds it
+    KeyedList triangles;   // Triangle, KEY_INT
+    KeyedList polygons;    // Polygon, KEY_INT
+    KeyedList lines;       // Line, KEY_INT
+    KeyedList uvees;       // Uvee, KEY_INT, by point id
+    KeyedList images;      // LayerImage, KEY_INT, at most one
+    uint64_t serial;       // of the process: tells the layer from another one that had, or has, its slot or its name
+    int32_t holds_images;  // 1: it is out of the scene, and its images are held (image_hold) instead of referred to
+    int32_t hidden;        // neither drawn nor picked; of this run alone, no file holds it
 };
 
 inline bool layer_has_surface(const Layer& layer) {
@@ -70,6 +72,9 @@ Layer* model_find_layer(Owner* model, const char* name) {
     return const_cast<Layer*>(model_find_layer(static_cast<const Model*>(model), name));
 }
 int model_delete_layer(Model* model, const char* name);  // 0 when absent, without a text
+
+// Releases all that a layer holds; the record stays. For whoever took it over (change_keeps_layer).
+void layer_release_content(Layer* layer);
 
 // Releases what a layer holds (images, vertex lists) and frees its slot, whatever its name.
 void model_delete_layer_slot(Model* model, int32_t slot);

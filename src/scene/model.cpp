@@ -74,6 +74,7 @@ Model* model_create_long(const char* path, Model* parent) {
 
 int model_release(Model* model) {
     if (model == nullptr) { return 0; }
+    change_unwatch(model);  // what goes for good is told to nobody
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         if (!link.borrowed) { model_release(link.model); }
     }

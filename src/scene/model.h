@@ -23,6 +23,9 @@ inline constexpr int MODEL_TREE_NODE_LIMIT = 4096;
 // any amount.
 inline constexpr int64_t MODEL_CHILD_BYTES_LIMIT = int64_t{512} << 20;
 
+// The saved version of a model that is nothing its file has.
+inline constexpr uint64_t VERSION_NOWHERE = UINT64_MAX;
+
 struct Model {
     Model* parent;   // null for a root
     char path[256];  // directory with its trailing separator; empty for none
@@ -43,7 +46,7 @@ struct Model {
     uint64_t version;     // of the content: a new number with every change, and that of before when it is taken back
     uint64_t saved_version;  // of the content that the model's file has
     int64_t saved_changes;   // the count of changes that stood with it
-    int32_t watched;         // 1: it stands, or stood, in the scene, and changes are told (scene/change.h)
+    int32_t watched;         // WatchState (scene/change.h)
     char* opened_path;       // heap text: the file it was read from, as given; null when it was made, or renamed since
     char* long_directory;    // heap text: the directory where path has no room for it, and is empty; else null
     int32_t long_paths;      // 1: read as a model whose paths may be of any length, and to be read again as one

@@ -47,14 +47,6 @@ int64_t list_bytes(const KeyedList& list) {
     return slots * list.element_size + static_cast<int64_t>(sizeof(ListStorage));
 }
 
-int64_t layer_bytes(const Layer& layer) {
-    int64_t bytes = list_bytes(layer.triangles) + list_bytes(layer.polygons) + list_bytes(layer.lines) +
-                    list_bytes(layer.uvees) + list_bytes(layer.images);
-    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { bytes += list_bytes(polygon.vertices); }
-    for (const Line& line : list_elements<Line>(layer.lines)) { bytes += list_bytes(line.vertices); }
-    return bytes;
-}
-
 }  // namespace
 
 TreeSize model_tree_size(const Model* model) {
@@ -74,10 +66,18 @@ bool model_tree_fits(const Model* model) {
     return size.depth <= MODEL_TREE_DEPTH_LIMIT && size.nodes <= MODEL_TREE_NODE_LIMIT;
 }
 
+int64_t layer_record_bytes(const Layer& layer) {
+    int64_t bytes = list_bytes(layer.triangles) + list_bytes(layer.polygons) + list_bytes(layer.lines) +
+                    list_bytes(layer.uvees) + list_bytes(layer.images);
+    for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { bytes += list_bytes(polygon.vertices); }
+    for (const Line& line : list_elements<Line>(layer.lines)) { bytes += list_bytes(line.vertices); }
+    return bytes;
+}
+
 int64_t model_record_bytes(const Model* model) {
     int64_t bytes = static_cast<int64_t>(sizeof(Model)) + list_bytes(model->points) + list_bytes(model->joints) +
                     list_bytes(model->blends) + list_bytes(model->layers) + list_bytes(model->children);
-    for (const Layer& layer : list_elements<Layer>(model->layers)) { bytes += layer_bytes(layer); }
+    for (const Layer& layer : list_elements<Layer>(model->layers)) { bytes += layer_record_bytes(layer); }
     return bytes;
 }
 

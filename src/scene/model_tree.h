@@ -26,6 +26,9 @@ bool model_tree_fits(const Model* model);
 // texts, images and children.
 int64_t model_record_bytes(const Model* model);
 
+// Those of one layer.
+int64_t layer_record_bytes(const Layer& layer);
+
 // The same of all models that it owns below itself.
 int64_t model_child_bytes(const Model* model);
 

@@ -44,6 +44,7 @@ struct Session {
     float anim_step;
     int32_t anim_rate;
     float anim_end;
+    int64_t evaluations;  // times that models were evaluated, for whoever wants to know whether one was since
     SelectionSet selection;
     SelectionSet clipboard;
     KeyedList file_list;  // never set up, so that it stays empty

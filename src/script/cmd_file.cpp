@@ -63,12 +63,8 @@ void cmd_file_savescreen(Words words) {
 }
 
 constexpr Command FORMS[] = {
-    {"add", cmd_file_add},
-    {"open", cmd_file_open},
-    {"reload", cmd_file_reload},
-    {"rename", cmd_file_rename},
-    {"save", cmd_file_save},
-    {"saveas", cmd_file_save},
+    {"add", cmd_file_add, "add model"},          {"open", cmd_file_open}, {"reload", cmd_file_reload},
+    {"rename", cmd_file_rename, "rename model"}, {"save", cmd_file_save}, {"saveas", cmd_file_save},
     {"savescreen", cmd_file_savescreen},
 };
 

@@ -40,12 +40,12 @@ void cmd_delete_layer(Words words) {
 }
 
 constexpr Command ADD_FORMS[] = {
-    {"layer", cmd_add_layer},
+    {"layer", cmd_add_layer, "new layer"},
     {"vertex", cmd_add_vertex},
 };
 
 constexpr Command DELETE_FORMS[] = {
-    {"layer", cmd_delete_layer},
+    {"layer", cmd_delete_layer, "delete layer"},
 };
 
 }  // namespace

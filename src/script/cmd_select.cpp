@@ -2,6 +2,7 @@
 // "select layer" has its result set behind the message box, so that the script gets 0 and not what the box returned.
 #include "application/application.h"
 #include "edit/bounds.h"
+#include "edit/history.h"
 #include "edit/pancake.h"
 #include "edit/selection.h"
 #include "foundation/text.h"
@@ -122,21 +123,33 @@ void cmd_select_add(Words words) {
     // Intended: another word does nothing and shows nothing.
     if (str_equal(what, "data")) {
         if (args_or_usage(arg_read(&input, words[2], ARG_TEXT), "sorvel: usage: sorvel select add data <input>")) {
+            history_command_name("add data");
             selection_add_data(session(), input);
         }
     } else if (str_equal(what, "child")) {
         if (args_or_usage(arg_read(&id, words[2], ARG_INT), "sorvel: usage: sorvel select add child <id>")) {
+            history_command_name("add child");
             selection_add_child_model(session(), id);
         }
     }
 }
 
 constexpr Command FORMS[] = {
-    {"add", cmd_select_add},       {"all", cmd_select_all},         {"centre", cmd_select_centre},
-    {"child", cmd_select_child},   {"clear", cmd_select_clear},     {"copy", cmd_select_copy},
-    {"cut", cmd_select_cut},       {"delete", cmd_select_delete},   {"layer", cmd_select_layer},
-    {"model", cmd_select_model},   {"pancake", cmd_select_pancake}, {"paste", cmd_select_paste},
-    {"rotate", cmd_select_rotate}, {"scale", cmd_select_scale},     {"translate", cmd_select_translate},
+    {"add", cmd_select_add},
+    {"all", cmd_select_all},
+    {"centre", cmd_select_centre},
+    {"child", cmd_select_child},
+    {"clear", cmd_select_clear},
+    {"copy", cmd_select_copy},
+    {"cut", cmd_select_cut},
+    {"delete", cmd_select_delete, "delete model"},
+    {"layer", cmd_select_layer},
+    {"model", cmd_select_model},
+    {"pancake", cmd_select_pancake, "pancake"},
+    {"paste", cmd_select_paste},
+    {"rotate", cmd_select_rotate, "rotate"},
+    {"scale", cmd_select_scale, "scale"},
+    {"translate", cmd_select_translate, "move"},
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 // "set layer": the settings of the selected layer of the current model. What surprises: a renamed layer is not
 // followed. The selection keeps the old name, so that later forms find no layer until the script selects it again.
 #include "application/application.h"
+#include "edit/history.h"
 #include "edit/selection.h"
 #include "foundation/text.h"
 #include "scene/layer.h"
@@ -56,18 +57,20 @@ int cmd_set_layer_transparency(Model* model, const char* layer, Words words) {
 
 struct LayerForm {
     const char* word;
+    const char* step;  // what a person reads of it
     LayerSetter set;
     const char* usage;
 };
 
 constexpr char USAGE[] = "sorvel: usage: sorvel set layer <args>";
 constexpr LayerForm FORMS[] = {
-    {"name", cmd_set_layer_name, USAGE},
-    {"sides", cmd_set_layer_sides, "sorvel: usage: sorvel set layer sides 1|2"},
-    {"mirror", cmd_set_layer_mirror, "sorvel: usage: sorvel set layer mirror none|x|y|z"},
-    {"lighting", cmd_set_layer_lighting, nullptr},
-    {"color", cmd_set_layer_color, "sorvel: usage: sorvel set layer color <r> <g> <b>"},
-    {"transparency", cmd_set_layer_transparency, "sorvel: usage: sorvel set layer transparency <f>"},
+    {"name", "rename layer", cmd_set_layer_name, USAGE},
+    {"sides", "layer sides", cmd_set_layer_sides, "sorvel: usage: sorvel set layer sides 1|2"},
+    {"mirror", "layer mirror", cmd_set_layer_mirror, "sorvel: usage: sorvel set layer mirror none|x|y|z"},
+    {"lighting", "layer lighting", cmd_set_layer_lighting, nullptr},
+    {"color", "layer colour", cmd_set_layer_color, "sorvel: usage: sorvel set layer color <r> <g> <b>"},
+    {"transparency", "layer transparency", cmd_set_layer_transparency,
+     "sorvel: usage: sorvel set layer transparency <f>"},
 };
 
 }  // namespace
@@ -78,6 +81,7 @@ void cmd_set_layer(Words words) {
     const char* what = nullptr;
     if (selected == nullptr || !args_or_usage(arg_read(&what, words[1], ARG_TEXT), USAGE)) { return; }
     if (const LayerForm* form = command_find(FORMS, what)) {
+        history_command_name(form->step);
         args_or_usage(form->set(model, selected, words + 2), form->usage);
     } else {
         msg_info_format("sorvel: unknown layer argument: %s", what);

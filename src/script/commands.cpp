@@ -2,6 +2,7 @@
 #include "script/commands.h"
 
 #include "application/application.h"
+#include "edit/history.h"
 #include "edit/selection.h"
 #include "foundation/math3d.h"
 #include "script/messages.h"
@@ -28,6 +29,7 @@ void command_unknown(UnknownKind kind, const char* verb, const char* last_word) 
 void command_run_sub(Words words, const char* verb, UnknownKind kind, std::span<const Command> table) {
     const char* last = "";
     if (const Command* found = command_search(table, &words, &last)) {
+        if (found->step != nullptr) { history_command_name(found->step); }
         found->run(words);
     } else {
         command_unknown(kind, verb, last);

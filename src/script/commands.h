@@ -19,6 +19,7 @@ using CommandProc = void (*)(Words words);
 struct Command {
     const char* word;
     CommandProc run;
+    const char* step = nullptr;  // what a person reads of what it changed, for one that changes models or the scene
 };
 
 // Which of the two texts tells that no sub-command was found.

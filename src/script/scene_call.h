@@ -45,6 +45,7 @@ std::span<const SceneForm> scene_view_forms();
 std::span<const SceneForm> scene_picture_forms();
 std::span<const SceneForm> scene_pick_forms();
 std::span<const SceneForm> scene_mark_forms();
+std::span<const SceneForm> scene_history_forms();
 
 // The call "sorvel scene" with the words behind it. Code and result are those of a Tcl command.
 int scene_command(int argc, const char* const* argv);

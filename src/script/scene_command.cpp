@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "application/application.h"
+#include "edit/history.h"
 #include "foundation/text.h"
 #include "motion/transform_state.h"
 #include "scene/layer.h"
@@ -42,6 +43,7 @@ constexpr std::span<const SceneForm> (*TABLES[])() = {
     scene_pick_forms,
     scene_mark_forms,
     scene_picture_forms,
+    scene_history_forms,
     scene_own_forms,
 };
 
@@ -101,7 +103,11 @@ Tcl_Obj* run_form(int argc, const char* const* argv) {
     if (words.count < form->least || words.count > form->most) {
         return scene_refuse(PROBLEM_ARGUMENT, "wrong # args: should be \"sorvel scene " + form_usage(*form) + "\"");
     }
-    return form->run(words);
+    history_command_begin(form->word, true);
+    Tcl_Obj* result = form->run(words);
+    if (result == nullptr) { history_put_back(); }
+    history_command_end();
+    return result;
 }
 
 // A whole text as a number of the type.

@@ -7,6 +7,7 @@
 
 #include "application/application.h"
 #include "application/session_lifecycle.h"
+#include "edit/history.h"
 #include "render/frame.h"
 #include "script/arguments.h"
 #include "script/commands.h"
@@ -39,7 +40,9 @@ void run_call(int argc, const char* argv[]) {
     if (table.words[0] == nullptr) {
         return;  // in_command stays 1; nothing reads it
     }
+    history_command_begin("change", false);
     cmd_dispatch(table.words.data());
+    history_command_end();
     app->in_command = 0;
 }
 
@@ -64,6 +67,7 @@ int Sorvel_Init(Tcl_Interp* interp) {
     // Its texts come from files.
     session_set_message_callback(&app->session, msg_info_data);
     frame_bind(&app->session, &app->view);
+    history_attach(&app->session);
     return TCL_OK;
 }
 

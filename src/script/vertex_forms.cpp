@@ -1,6 +1,7 @@
 // The forms of "add vertex" and "set vertex", which are one operation under two names. What surprises: "normal" wants
 // a word of any content before its last number, and "transparency" changes the colour too.
 #include "application/application.h"
+#include "edit/history.h"
 #include "edit/selection.h"
 #include "foundation/text.h"
 #include "scene/point.h"
@@ -62,15 +63,16 @@ void cmd_vertex_transparency(Model* model, Words words, const char* usage) {
 
 struct VertexRow {
     const char* word;
+    const char* step;  // what a person reads of it
     VertexForm run;
     const char* VertexTexts::*usage;
 };
 
 constexpr VertexRow FORMS[] = {
-    {"point", cmd_vertex_point, &VertexTexts::point_usage},
-    {"normal", cmd_vertex_normal, &VertexTexts::normal_usage},
-    {"color", cmd_vertex_color, &VertexTexts::color_usage},
-    {"transparency", cmd_vertex_transparency, &VertexTexts::transparency_usage},
+    {"point", "point", cmd_vertex_point, &VertexTexts::point_usage},
+    {"normal", "point normal", cmd_vertex_normal, &VertexTexts::normal_usage},
+    {"color", "point colour", cmd_vertex_color, &VertexTexts::color_usage},
+    {"transparency", "point transparency", cmd_vertex_transparency, &VertexTexts::transparency_usage},
 };
 
 }  // namespace
@@ -80,6 +82,7 @@ void cmd_vertex(Words words, const VertexTexts& texts) {
     const char* form = nullptr;
     if (!args_or_usage(arg_read(&form, words[1], ARG_TEXT), texts.usage)) { return; }
     if (const VertexRow* row = command_find(FORMS, form)) {
+        history_command_name(row->step);
         row->run(model, words + 2, texts.*row->usage);
     } else {
         msg_info_format(texts.unknown, form);
