@@ -7,6 +7,7 @@
 
 #include <cstdio>
 
+#include "render/marks.h"
 #include "render/overlays.h"
 #include "render/scene_draw.h"
 #include "render/screen_capture.h"
@@ -100,7 +101,7 @@ void clear_fixed_size(const float background[3]) {
     glEnable(GL_TEXTURE_2D);  // also with textures off: every model disables it again
 }
 
-void draw_picture(Session* session, ViewState* view) {
+void draw_picture(Session* session, ViewState* view, bool with_marks) {
     if (view->fixed_size != 0) {
         clear_fixed_size(view->background);
     } else {
@@ -111,6 +112,7 @@ void draw_picture(Session* session, ViewState* view) {
     glPushMatrix();
     glTranslatef(-view->focus.x, -view->focus.y, -view->focus.z);
     scene_draw(session);
+    if (with_marks) { marks_draw(session, view); }
     glPopMatrix();
 }
 
@@ -118,7 +120,7 @@ void draw_frame() {
     const WindowHandle window = bound_view->window;
     gl_begin_paint(window);  // it may make the context current
     if (gl_context_current(window)) {
-        draw_picture(bound_session, bound_view);
+        draw_picture(bound_session, bound_view, true);
         frame_swap();
     }
     gl_end_paint(window);
@@ -246,7 +248,7 @@ void frame_draw() {
 void frame_draw_unswapped() {
     // No paint is begun: nothing reaches the screen here, so a pending one has to stay pending.
     if (!is_bound() || !gl_context_current(bound_view->window)) { return; }
-    draw_picture(bound_session, bound_view);
+    draw_picture(bound_session, bound_view, !marks_stay_out_of_pictures());
 }
 
 void frame_swap() {

@@ -10,6 +10,7 @@
 
 #include "foundation/file_access.h"
 #include "render/frame.h"
+#include "render/marks.h"
 
 namespace pelt {
 
@@ -81,7 +82,7 @@ bool read_pixels(const GLint* viewport, int32_t width, int32_t height, unsigned 
 void screen_capture(const char* path, int32_t width, int32_t height) {
     const ViewState* view = frame_view();
     if (path == nullptr || view == nullptr || !gl_context_current(view->window)) { return; }
-    if (!gl_swap_keeps_back_buffer(view->window)) { frame_draw_unswapped(); }
+    if (!gl_swap_keeps_back_buffer(view->window) || marks_stay_out_of_pictures()) { frame_draw_unswapped(); }
     GLint viewport[4] = {0, 0, 0, 0};
     glGetIntegerv(GL_VIEWPORT, viewport);
     width = capture_size(width, viewport[2]);

@@ -324,6 +324,12 @@ void call_procedure(WindowHandle window, WindowProc GlWindow::*procedure) {
 std::intptr_t on_mouse(const MessageRecord& message) {
     cursor_apply(gl_system.current_cursor);  // no window has a cursor of its own
     input_mouse(message.window, message.number, message.wparam, message.lparam);
+    input_pointer(message.window, message.number, message.wparam, message.lparam);
+    return 0;
+}
+
+std::intptr_t on_leave(const MessageRecord& message) {
+    input_pointer(message.window, message.number, message.wparam, message.lparam);
     return 0;
 }
 
@@ -375,6 +381,7 @@ constexpr MessageRule MESSAGE_RULES[] = {
     {MESSAGE_SET_FOCUS, MESSAGE_SET_FOCUS, on_focus, RETURN_DEFAULT},
     {MESSAGE_PAINT, MESSAGE_PAINT, on_paint, RETURN_ZERO},
     {MESSAGE_CLOSE, MESSAGE_CLOSE, on_close, RETURN_DEFAULT},
+    {MESSAGE_MOUSE_LEAVE, MESSAGE_MOUSE_LEAVE, on_leave, RETURN_DEFAULT},
     {MESSAGE_QUERY_PALETTE, MESSAGE_QUERY_PALETTE, on_query_palette, RETURN_RESULT},
     {MESSAGE_PALETTE_CHANGED, MESSAGE_PALETTE_CHANGED, on_palette_changed, RETURN_DEFAULT},
 };
@@ -382,6 +389,10 @@ constexpr MessageRule MESSAGE_RULES[] = {
 }  // namespace
 
 std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
+    if (message == MESSAGE_WHEEL_HERE || message == MESSAGE_WHEEL_HERE_SIDEWAYS) {
+        input_pointer(window, message, wparam, lparam);
+        return 0;
+    }
     // The wheel keeps its distance in the high half of wparam, for the top-level window that will get it.
     if (message == MESSAGE_WHEEL || message == MESSAGE_WHEEL_SIDEWAYS) {
         return gl_layer(window).default_message(window, message, wparam, lparam);

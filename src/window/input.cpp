@@ -37,6 +37,15 @@ static_assert(sizeof(MOUSE_RULES) / sizeof(MOUSE_RULES[0]) == MESSAGE_MIDDLE_DOU
 MouseEvent mouse_event;
 KeyEvent key_event;
 
+PointerProc pointer_listener = nullptr;
+
+// What the events of the listener go on from.
+struct PointerPast {
+    int32_t x, y;
+    int32_t button;     // pressed last
+    int32_t clicks[4];  // by button: of its last press
+} pointer_past;
+
 // The button that the state says is held, 0 for none.
 int32_t held_button(uint32_t held) {
     const bool left = (held & HELD_LEFT) != 0;
@@ -46,7 +55,59 @@ int32_t held_button(uint32_t held) {
     return left ? 1 : 0;
 }
 
+constexpr uint32_t BUTTON_BITS[] = {0, HELD_LEFT, HELD_MIDDLE, HELD_RIGHT};
+
+// The button of a drag: the one pressed last as long as it is down, else the first that is.
+int32_t dragging_button(uint32_t held) {
+    if ((held & BUTTON_BITS[pointer_past.button]) != 0) { return pointer_past.button; }
+    for (int32_t button = 1; button <= 3; ++button) {
+        if ((held & BUTTON_BITS[button]) != 0) { return button; }
+    }
+    return 0;
+}
+
+void complete_button(const MouseRule& rule, PointerEvent* event) {
+    event->button = rule.button;
+    if (rule.pressed != 0 || rule.double_click != 0) {
+        event->kind = PointerKind::PRESS;
+        pointer_past.button = rule.button;
+        pointer_past.clicks[rule.button] = rule.double_click != 0 ? 2 : 1;
+    } else {
+        event->kind = PointerKind::RELEASE;
+    }
+    event->clicks = pointer_past.clicks[rule.button];
+}
+
+void complete_move(PointerEvent* event) {
+    event->button = dragging_button(event->held);
+    event->kind = event->button != 0 ? PointerKind::DRAG : PointerKind::MOVE;
+}
+
+int32_t low_half(std::intptr_t pair) { return static_cast<int16_t>(static_cast<uint32_t>(pair) & 0xFFFFu); }
+int32_t high_half(std::uintptr_t pair) { return static_cast<int16_t>(static_cast<uint32_t>(pair) >> 16); }
+
 }  // namespace
+
+void input_listen(PointerProc listener) { pointer_listener = listener; }
+
+void input_pointer(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
+    if (gl_window_find(window) == nullptr) { return; }
+    PointerEvent event{PointerKind::LEAVE, 0, pointer_past.x, pointer_past.y,
+                       static_cast<uint32_t>(wparam & 0xFFFFu), 0, 0};
+    if (message != MESSAGE_MOUSE_LEAVE) {
+        event.x = pointer_past.x = low_half(lparam);
+        event.y = pointer_past.y = high_half(static_cast<std::uintptr_t>(lparam));
+    }
+    if (message == MESSAGE_WHEEL_HERE || message == MESSAGE_WHEEL_HERE_SIDEWAYS) {
+        event.kind = message == MESSAGE_WHEEL_HERE ? PointerKind::WHEEL : PointerKind::WHEEL_SIDEWAYS;
+        event.wheel = high_half(wparam);
+    } else if (message == MESSAGE_MOUSE_MOVE) {
+        complete_move(&event);
+    } else if (message > MESSAGE_MOUSE_MOVE && message <= MESSAGE_MIDDLE_DOUBLE) {
+        complete_button(MOUSE_RULES[message - MESSAGE_MOUSE_MOVE], &event);
+    }
+    if (pointer_listener != nullptr) { pointer_listener(event); }
+}
 
 void input_mouse(WindowHandle window, uint32_t message, uint32_t wparam, std::intptr_t lparam) {
     const GlWindow* entry = gl_window_find(window);

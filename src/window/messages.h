@@ -27,9 +27,17 @@ enum Message : uint32_t {
     MESSAGE_MIDDLE_DOUBLE = 0x0209,
     MESSAGE_WHEEL = 0x020A,
     MESSAGE_WHEEL_SIDEWAYS = 0x020E,
+    MESSAGE_MOUSE_LEAVE = 0x02A3,
     MESSAGE_QUERY_PALETTE = 0x030F,
     MESSAGE_PALETTE_CHANGED = 0x0311,
+
+    // No message of any system: the wheel was turned over the window. The position is that of the pointer; the high
+    // half of the wparam is how far, WHEEL_NOTCH for a notch, positive away from the hand or to the right.
+    MESSAGE_WHEEL_HERE = 0x7F00,
+    MESSAGE_WHEEL_HERE_SIDEWAYS = 0x7F01,
 };
+
+inline constexpr int32_t WHEEL_NOTCH = 120;
 
 // What is held down, in the wparam of a mouse message: the state after the event.
 enum HeldKeys : uint32_t {
@@ -38,7 +46,13 @@ enum HeldKeys : uint32_t {
     HELD_SHIFT = 0x04,
     HELD_CONTROL = 0x08,
     HELD_MIDDLE = 0x10,
+    HELD_ALT = 0x1000,  // each layer adds it
 };
+
+// The wparam of a wheel.
+constexpr std::uintptr_t message_wheel(int32_t distance, uint32_t held) {
+    return (static_cast<uint32_t>(distance) << 16) | (held & 0xFFFFu);
+}
 
 // Two signed 16-bit numbers (a position or a size) in one lparam, x in the low half.
 constexpr std::intptr_t message_pair(int32_t x, int32_t y) {

@@ -18,12 +18,9 @@ using Matrix = std::array<double, 16>;  // column-major
 
 constexpr Matrix IDENTITY = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
 
-struct State {
-    std::vector<Matrix> modelview{IDENTITY};
-    std::vector<Matrix> projection{IDENTITY};
-    int deepest_modelview = 1;
+// What glPushAttrib puts aside.
+struct Attributes {
     GLenum matrix_mode = GL_MODELVIEW;
-    bool in_primitive = false;
     std::map<GLenum, bool> enabled;
     std::array<float, 4> colour{1, 1, 1, 1};
     std::array<float, 4> clear_colour{0, 0, 0, 0};
@@ -31,6 +28,15 @@ struct State {
     std::array<GLenum, 2> polygon_modes{GL_FILL, GL_FILL};
     std::array<GLenum, 2> blend_factors{GL_ONE, GL_ZERO};
     bool depth_mask = true;
+    float line_width = 1, point_size = 1;
+};
+
+struct State : Attributes {
+    std::vector<Matrix> modelview{IDENTITY};
+    std::vector<Matrix> projection{IDENTITY};
+    int deepest_modelview = 1;
+    bool in_primitive = false;
+    std::vector<Attributes> attributes;
     std::map<GLenum, int> pixel_store{{GL_UNPACK_ALIGNMENT, 4}, {GL_PACK_ALIGNMENT, 4}};
     Pattern pattern;
     std::vector<std::string> errors;
@@ -260,6 +266,9 @@ const Packed& packed() { return packed_words; }
 bool enabled(GLenum capability) { return query(capability).values[0] != 0.0; }
 std::array<float, 16> modelview() { return floats_of(state.modelview.back()); }
 std::array<float, 16> projection() { return floats_of(state.projection.back()); }
+float line_width() { return state.line_width; }
+float point_size() { return state.point_size; }
+int attribute_depth() { return static_cast<int>(state.attributes.size()); }
 int modelview_depth() { return static_cast<int>(state.modelview.size()); }
 int deepest_modelview() { return state.deepest_modelview; }
 GLenum matrix_mode() { return state.matrix_mode; }
@@ -514,6 +523,54 @@ void glTexParameterf(GLenum target, GLenum name, GLfloat value) {
     RETURN_IF_SILENT();
     note_values(TEX_PARAMETERF, target, name, value);
     outside(TEX_PARAMETERF);
+}
+
+void glPushAttrib(GLbitfield mask) {
+    RETURN_IF_SILENT();
+    note_values(PUSH_ATTRIB, mask);
+    if (!outside(PUSH_ATTRIB)) { return; }
+    if (mask != GL_ALL_ATTRIB_BITS) { error(PUSH_ATTRIB, "not all attributes: this stand-in keeps them together"); }
+    if (state.attributes.size() >= ATTRIBUTE_STACK_LIMIT) {
+        error(PUSH_ATTRIB, "stack overflow");
+    } else {
+        state.attributes.push_back(state);
+    }
+}
+
+void glPopAttrib() {
+    RETURN_IF_SILENT();
+    note_bare(POP_ATTRIB);
+    if (!outside(POP_ATTRIB)) { return; }
+    if (state.attributes.empty()) {
+        error(POP_ATTRIB, "stack underflow");
+        return;
+    }
+    static_cast<Attributes&>(state) = state.attributes.back();
+    state.attributes.pop_back();
+}
+
+void glLineWidth(GLfloat width) {
+    RETURN_IF_SILENT();
+    note_values(LINE_WIDTH, width);
+    if (outside(LINE_WIDTH)) { state.line_width = width; }
+}
+
+void glPointSize(GLfloat size) {
+    RETURN_IF_SILENT();
+    note_values(POINT_SIZE, size);
+    if (outside(POINT_SIZE)) { state.point_size = size; }
+}
+
+void glLineStipple(GLint factor, GLushort pattern) {
+    RETURN_IF_SILENT();
+    note_values(LINE_STIPPLE, factor, static_cast<unsigned>(pattern));
+    outside(LINE_STIPPLE);
+}
+
+void glPolygonOffset(GLfloat factor, GLfloat units) {
+    RETURN_IF_SILENT();
+    note_values(POLYGON_OFFSET, factor, units);
+    outside(POLYGON_OFFSET);
 }
 
 // Pictures.

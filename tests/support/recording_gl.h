@@ -23,6 +23,7 @@ namespace recording_gl {
 
 inline constexpr int MODELVIEW_STACK_LIMIT = 32;
 inline constexpr int PROJECTION_STACK_LIMIT = 2;  // what every OpenGL 1.1 has, and no more
+inline constexpr size_t ATTRIBUTE_STACK_LIMIT = 16;
 inline constexpr int ARGUMENT_LIMIT = 16;
 
 struct Call {
@@ -85,6 +86,9 @@ std::array<int, 4> viewport();
 std::array<GLenum, 2> polygon_modes();  // front, back
 std::array<GLenum, 2> blend_factors();  // source, destination
 bool depth_mask();
+float line_width();
+float point_size();
+int attribute_depth();  // sets of attributes put aside, 0 in a fresh context
 
 // Colour of the pixel at a place of the window, as glReadPixels finds it; black until one is set.
 using Pattern = std::function<std::array<unsigned char, 3>(int x, int y)>;

@@ -47,6 +47,12 @@ enum Function : int {
     GET_FLOATV,
     GET_INTEGERV,
     GET_BOOLEANV,
+    PUSH_ATTRIB,
+    POP_ATTRIB,
+    LINE_WIDTH,
+    LINE_STIPPLE,
+    POINT_SIZE,
+    POLYGON_OFFSET,
     FUNCTION_COUNT
 };
 

@@ -86,6 +86,12 @@ size_t replay_state(uint32_t function, const uint32_t* w) {
         case LIGHT_MODELF: glLightModelf(w[0], word_float(w[1])); return 2;
         case COLOR_MATERIAL: glColorMaterial(w[0], w[1]); return 2;
         case TEX_ENVF: glTexEnvf(w[0], w[1], word_float(w[2])); return 3;
+        case PUSH_ATTRIB: glPushAttrib(w[0]); return 1;
+        case POP_ATTRIB: glPopAttrib(); return 0;
+        case LINE_WIDTH: glLineWidth(word_float(w[0])); return 1;
+        case LINE_STIPPLE: glLineStipple(word_int(w[0]), static_cast<GLushort>(w[1])); return 2;
+        case POINT_SIZE: glPointSize(word_float(w[0])); return 1;
+        case POLYGON_OFFSET: glPolygonOffset(word_float(w[0]), word_float(w[1])); return 2;
         case TEX_PARAMETERF: glTexParameterf(w[0], w[1], word_float(w[2])); return 3;
         default: return SIZE_MAX;
     }

@@ -28,7 +28,9 @@ constexpr FunctionInfo FUNCTIONS[FUNCTION_COUNT] = {
     {"glPolygonMode", "ee"},   {"glMaterialfv", "ee"}, {"glLightfv", "ee"},        {"glLightModelf", "en"},
     {"glColorMaterial", "ee"}, {"glTexEnvf", "eee"},   {"glTexParameterf", "eee"}, {"glTexImage2D", "ennnnnee"},
     {"glPixelStorei", "en"},   {"glRasterPos3f", ""},  {"glBitmap", ""},           {"glReadPixels", "nnnnee"},
-    {"glGetFloatv", "e"},      {"glGetIntegerv", "e"}, {"glGetBooleanv", "e"}};
+    {"glGetFloatv", "e"},      {"glGetIntegerv", "e"}, {"glGetBooleanv", "e"}, {"glPushAttrib", ""},
+    {"glPopAttrib", ""},       {"glLineWidth", ""},    {"glLineStipple", ""},      {"glPointSize", ""},
+    {"glPolygonOffset", ""}};
 
 struct ConstantName {
     GLenum value;
@@ -49,6 +51,8 @@ constexpr ConstantName CONSTANTS[] = {NAMED(GL_NEVER),
                                       NAMED(GL_POLYGON_MODE),
                                       NAMED(GL_CULL_FACE),
                                       NAMED(GL_LIGHTING),
+                                      NAMED(GL_LINE_STIPPLE),
+                                      NAMED(GL_POLYGON_OFFSET_LINE),
                                       NAMED(GL_COLOR_MATERIAL),
                                       NAMED(GL_DEPTH_TEST),
                                       NAMED(GL_DEPTH_WRITEMASK),

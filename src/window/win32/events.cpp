@@ -17,7 +17,6 @@ namespace {
 
 constexpr uint32_t MESSAGE_BITS = 0xFFFF;  // of a number, that count
 constexpr uint32_t HELD_BUTTONS = HELD_LEFT | HELD_RIGHT | HELD_MIDDLE;
-constexpr int32_t WHEEL_NOTCH = 120;
 
 HHOOK wheel_hook;  // while there is a window of ours
 
@@ -120,6 +119,31 @@ void keep_pointer(HWND handle, uint32_t message, WPARAM held) {
     }
 }
 
+// The system tells of a pointer that leaves only when it was asked to since the pointer came.
+void watch_leave(HWND handle, uint32_t message) {
+    Win32Window* window = win32_find(handle);
+    if (window == nullptr) { return; }
+    if (message == WM_MOUSELEAVE) {
+        window->leave_watched = false;
+    } else if (!window->leave_watched) {
+        TRACKMOUSEEVENT wish{sizeof wish, TME_LEAVE, handle, 0};
+        window->leave_watched = TrackMouseEvent(&wish) != 0;
+    }
+}
+
+uint32_t alt_held() { return GetKeyState(VK_MENU) < 0 ? static_cast<uint32_t>(HELD_ALT) : 0u; }
+
+// Beside the message itself, whose place is one of the screen.
+void tell_wheel(HWND handle, uint32_t message, WPARAM wparam, LPARAM lparam) {
+    if (win32_find(handle) == nullptr) { return; }
+    POINT place{low_half(lparam), high_half(lparam)};
+    ScreenToClient(handle, &place);
+    const uint32_t held = (static_cast<uint32_t>(wparam) & MESSAGE_BITS) | alt_held();
+    window_procedure(win32_window(handle),
+                     message == WM_MOUSEWHEEL ? MESSAGE_WHEEL_HERE : MESSAGE_WHEEL_HERE_SIDEWAYS,
+                     message_wheel(high_half(static_cast<LPARAM>(wparam)), held), message_pair(place.x, place.y));
+}
+
 }  // namespace
 
 LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam, LPARAM lparam) {
@@ -129,7 +153,12 @@ LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam,
         on_paint(handle);
         return 0;
     }
-    if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) { keep_pointer(handle, number, wparam); }
+    if (number == WM_MOUSEMOVE || number == WM_MOUSELEAVE) { watch_leave(handle, number); }
+    if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) {
+        keep_pointer(handle, number, wparam);
+        wparam |= alt_held();
+    }
+    if (message == WM_MOUSEWHEEL || message == WM_MOUSEHWHEEL) { tell_wheel(handle, message, wparam, lparam); }
     const LRESULT result = window_procedure(win32_window(handle), message, wparam, lparam);
     // The very last message. Anyone can send the one that tells of the destruction, to a window that lives on.
     if (message == WM_NCDESTROY) { win32_forget(handle); }

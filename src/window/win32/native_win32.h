@@ -15,6 +15,7 @@ struct Win32Window {
     int32_t width, height;                // of the drawing area, as the last size message told
     int32_t parent_width, parent_height;  // of the last size message that came from the parent
     bool paint_pending;                   // beside what the system itself knows of as not painted
+    bool leave_watched;                   // the system will tell when the pointer leaves
     int32_t wheel[2];                     // what is left of a turn that is less than a notch: upright, sideways
 };
 

@@ -33,6 +33,7 @@ uint32_t held_keys(unsigned state) {
     }
     if ((state & ShiftMask) != 0) { held |= HELD_SHIFT; }
     if ((state & ControlMask) != 0) { held |= HELD_CONTROL; }
+    if ((state & Mod1Mask) != 0) { held |= HELD_ALT; }
     return held;
 }
 
@@ -48,9 +49,27 @@ void pass_wheel_on(const X11Window& window, const XButtonEvent& button) {
     Tk_QueueWindowEvent(&event, TCL_QUEUE_TAIL);
 }
 
+// Up, down, left and right are buttons that are pressed once a notch.
+void tell_wheel(const X11Window& window, const XButtonEvent& button) {
+    const bool sideways = button.button > WHEEL_FIRST + 1;
+    const bool forward = (button.button - WHEEL_FIRST) % 2 == (sideways ? 1U : 0U);
+    window_procedure(window.id, sideways ? MESSAGE_WHEEL_HERE_SIDEWAYS : MESSAGE_WHEEL_HERE,
+                     message_wheel(forward ? WHEEL_NOTCH : -WHEEL_NOTCH, held_keys(button.state)),
+                     message_pair(button.x, button.y));
+}
+
+// A drag that leaves the window keeps the pointer until the last button is up; the leave of that time comes then.
+void on_leave(const X11Window& window, const XCrossingEvent& crossing) {
+    constexpr unsigned BUTTONS = Button1Mask | Button2Mask | Button3Mask;
+    const bool over = crossing.detail == NotifyInferior || crossing.mode == NotifyGrab;
+    if (over || (crossing.mode == NotifyNormal && (crossing.state & BUTTONS) != 0)) { return; }
+    window_procedure(window.id, MESSAGE_MOUSE_LEAVE, held_keys(crossing.state) & ~(HELD_LEFT | HELD_MIDDLE | HELD_RIGHT), 0);
+}
+
 void on_button(X11Window* window, const XButtonEvent& button) {
     if (button.button >= WHEEL_FIRST && button.button <= WHEEL_LAST) {
         pass_wheel_on(*window, button);
+        if (button.type == ButtonPress) { tell_wheel(*window, button); }
         return;
     }
     for (const ButtonRule& rule : BUTTON_RULES) {
@@ -95,6 +114,7 @@ int on_event(ClientData data, XEvent* event) {
         case ButtonPress:
         case ButtonRelease: on_button(window, event->xbutton); break;
         case MotionNotify: on_motion(*window, event->xmotion); break;
+        case LeaveNotify: on_leave(*window, event->xcrossing); break;
         case Expose: on_expose(window, event->xexpose); break;
         case ConfigureNotify: on_configure(window, event->xconfigure); break;
         case DestroyNotify: x11_close(window, true); break;

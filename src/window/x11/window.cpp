@@ -44,7 +44,7 @@ Window create_x_window(const WindowPlan& plan, const X11Visual& visual, Colormap
     attributes.colormap = colormap;
     attributes.override_redirect = plan.popup ? True : False;
     attributes.event_mask =
-        ExposureMask | StructureNotifyMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask;
+        ExposureMask | StructureNotifyMask | ButtonPressMask | ButtonReleaseMask | PointerMotionMask | LeaveWindowMask;
     unsigned long mask = CWBackPixmap | CWBorderPixel | CWEventMask | CWOverrideRedirect;
     if (colormap != None) { mask |= CWColormap; }
     const auto width = static_cast<unsigned>(std::max(plan.outer_width - 2 * plan.border, 1));
