@@ -1,8 +1,29 @@
 # The letters of contact sheets: code, width, and the rows from the top, one digit a pixel, 0 (nothing) to f.
 # Made by make-glyphs, because Tk cannot draw a text into a picture.
+#
+# Owns: nothing
+# Offers: height, table
+# Calls: nothing
 
-namespace eval viewer {
-    variable GLYPH_HEIGHT 20
+namespace eval viewer::glyphs {
+    namespace export height table
+    namespace ensemble create
+}
+
+# Of each letter: its code, its width and its rows.
+proc viewer::glyphs::table {} {
+    variable GLYPHS
+    return $GLYPHS
+}
+
+# Rows of a letter.
+proc viewer::glyphs::height {} {
+    variable HEIGHT
+    return $HEIGHT
+}
+
+namespace eval viewer::glyphs {
+    variable HEIGHT 20
     variable GLYPHS {
         32 5 {
             0000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000000

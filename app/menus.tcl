@@ -1,31 +1,42 @@
-# The menus, made from the list of commands.
+# The menus, made from the list of actions.
+#
+# Owns: nothing
+# Offers: build
+# Calls: actions, display, documents, keys, settings
 
-proc viewer::build_menus {} {
-    variable COMMANDS
-    variable MENUS
+namespace eval viewer::menus {
+    namespace export build
+    namespace ensemble create
+    variable SCALES {Automatic 0 100% 1.0 125% 1.25 150% 1.5 200% 2.0}
+    variable RATES {1 5 10 12 15 24 25 30 50 60}
+    viewer::settings listen keys viewer::menus::build
+}
+
+proc viewer::menus::build {} {
     destroy .menu
     menu .menu -type menubar
-    foreach {name label} $MENUS {
+    foreach {name label} [viewer::actions menus] {
         menu .menu.$name
         .menu add cascade -label $label -underline 0 -menu .menu.$name
     }
-    foreach {menu kind id label key action} $COMMANDS {
-        set options [list -label $label -accelerator [key_of $id]]
+    foreach {menu kind id label key action} [viewer::actions table] {
+        set options [list -label $label -accelerator [viewer::keys of $id]]
         switch $kind {
             - { .menu.$menu add separator }
             command { .menu.$menu add command {*}$options -command $action }
             check {
-                lassign $action variable script
-                .menu.$menu add checkbutton {*}$options -variable ::viewer::$variable -command $script
+                lassign [viewer::actions switch_of $id $action] shown command
+                .menu.$menu add checkbutton {*}$options -variable $shown -command $command
             }
             radio {
-                lassign $action variable value script
-                .menu.$menu add radiobutton {*}$options -variable ::viewer::$variable -value $value -command $script
+                lassign [viewer::actions switch_of $id $action] shown command
+                .menu.$menu add radiobutton {*}$options -variable $shown -value [lindex $action 1] -command $command
             }
             menu {
-                menu .menu.$menu.$id -postcommand [list $action .menu.$menu.$id]
+                set fill [list viewer::menus::fill $id .menu.$menu.$id]
+                menu .menu.$menu.$id -postcommand $fill
                 .menu.$menu add cascade -label $label -menu .menu.$menu.$id
-                $action .menu.$menu.$id
+                {*}$fill
             }
         }
     }
@@ -34,103 +45,47 @@ proc viewer::build_menus {} {
 
 # ---- submenus ------------------------------------------------------------------------------------------------------
 
-proc viewer::fill_recent {menu} {
-    variable setting
+# Makes a submenu anew, by the procedure of its id.
+proc viewer::menus::fill {id menu} {
     $menu delete 0 end
-    foreach path $setting(recent) {
+    fill_$id $menu
+}
+
+proc viewer::menus::fill_recent {menu} {
+    set recent [viewer::settings get recent]
+    foreach path $recent {
         # A menu takes no line ends; the folder tells two files of one name apart.
         set label "[file tail $path]   [file nativename [file dirname $path]]"
-        $menu add command -label [string map {\n { }} $label] -command [list viewer::open_one open $path]
+        $menu add command -label [string map {\n { }} $label] -command [list viewer::documents open_file open $path]
     }
-    if {[llength $setting(recent)] == 0} {
+    if {[llength $recent] == 0} {
         $menu add command -label "Nothing yet" -state disabled
         return
     }
     $menu add separator
-    $menu add command -label "Forget these" -command {viewer::keep recent {}}
+    $menu add command -label "Forget these" -command {viewer::settings keep recent {}}
 }
 
-proc viewer::fill_scales {menu} {
+proc viewer::menus::fill_scale {menu} {
     variable SCALES
-    $menu delete 0 end
-    foreach {label value} {Automatic 0 100% 1.0 125% 1.25 150% 1.5 200% 2.0} {
-        $menu add radiobutton -label $label -value $value -variable ::viewer::chosen_scale \
-            -command [list viewer::set_ui_scale $value]
+    foreach {label value} $SCALES {
+        $menu add radiobutton -label $label -value $value -variable [viewer::settings name_of scale] \
+            -command {viewer::settings changed scale}
     }
 }
 
-proc viewer::fill_lods {menu} {
-    $menu delete 0 end
+proc viewer::menus::fill_lod {menu} {
     for {set level 0} {$level <= 6} {incr level} {
         set label [expr {$level == 0 ? "0 (flat)" : $level}]
-        $menu add radiobutton -label $label -value $level -variable ::viewer::lod -command viewer::lod_changed
+        $menu add radiobutton -label $label -value $level -variable [viewer::display name_of lod] \
+            -command {viewer::display lod_changed}
     }
 }
 
-proc viewer::fill_rates {menu} {
-    $menu delete 0 end
-    foreach rate {1 5 10 12 15 24 25 30 50 60} {
-        $menu add radiobutton -label $rate -value $rate -variable ::viewer::anim_rate -command viewer::rate_changed
+proc viewer::menus::fill_rate {menu} {
+    variable RATES
+    foreach rate $RATES {
+        $menu add radiobutton -label $rate -value $rate -variable [viewer::settings name_of rate] \
+            -command {viewer::settings changed rate}
     }
-}
-
-# ---- what the menus of View and Display do -------------------------------------------------------------------------
-
-proc viewer::look {name} {
-    aim $name
-}
-
-proc viewer::look_home {} {
-    start_view
-}
-
-proc viewer::free_changed {} {
-    variable free
-    set_free $free
-    keep free $free
-}
-
-proc viewer::mode_changed {} {
-    variable mouse_mode
-    set_mouse_mode $mouse_mode
-    keep mode $mouse_mode
-}
-
-proc viewer::show_flag {name} {
-    variable flag
-    variable setting
-    sorvel display $name $flag($name)
-    set shown $setting(display)
-    dict set shown $name $flag($name)
-    keep display $shown
-    draw_soon
-}
-
-# Takes what the library shows into the menus.
-proc viewer::read_flags {} {
-    variable flag
-    variable lod
-    variable FLAGS
-    foreach name $FLAGS { set flag($name) [expr {[ask display $name] eq "on"}] }
-    set level [string trim [ask display lod]]
-    if {[string is integer -strict $level]} { set lod $level }
-}
-
-# Each time draws the textures of the models in the scene in once more: the library has no way back but a reload.
-proc viewer::draw_textures_in {} {
-    sorvel display smooth on
-    draw_soon
-}
-
-proc viewer::lod_changed {} {
-    variable lod
-    sorvel display lod $lod
-    keep lod $lod
-    draw_soon
-}
-
-proc viewer::change_lod {by} {
-    variable lod
-    set lod [expr {max(0, min(6, $lod + $by))}]
-    lod_changed
 }

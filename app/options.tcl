@@ -1,11 +1,17 @@
 # The command line. One table says what every option takes, what its value must look like and what the help tells of it,
 # so that the parser, the checks and the help cannot differ.
+#
+# Owns: option, given
+# Offers: read_words, check, make_whole, get, given, is_batch, names_a_folder, usage, die, flags, named_views,
+#     size_limits, picture_endings
+# Calls: files, numbers
 
-namespace eval viewer {
-    variable root_folder [file dirname [file dirname [file normalize [info script]]]]
+namespace eval viewer::options {
+    namespace export read_words check make_whole get given is_batch names_a_folder usage die flags named_views \
+        size_limits picture_endings
+    namespace ensemble create
     variable option     ;# value of each option
     variable given      ;# 1 for the options that stood on the command line
-    variable NUMBER {-?(?:[0-9]+\.?[0-9]*|\.[0-9]+)}
     variable PICTURE_ENDINGS {.png .tga}
     variable SIZE_LIMITS {20 3000}
     variable FLAGS {triangles lines curves points normals skeleton wireframe quadlines backfaces mirror textures
@@ -49,7 +55,51 @@ namespace eval viewer {
     }
 }
 
-proc viewer::usage {} {
+# ---- asking --------------------------------------------------------------------------------------------------------
+
+proc viewer::options::get {name} {
+    variable option
+    return $option($name)
+}
+
+# Whether an option stood on the command line.
+proc viewer::options::given {name} {
+    variable given
+    return $given($name)
+}
+
+proc viewer::options::flags {} {
+    variable FLAGS
+    return $FLAGS
+}
+
+proc viewer::options::named_views {} {
+    variable NAMED_VIEWS
+    return $NAMED_VIEWS
+}
+
+# The least and the most pixels of a picture each way.
+proc viewer::options::size_limits {} {
+    variable SIZE_LIMITS
+    return $SIZE_LIMITS
+}
+
+proc viewer::options::picture_endings {} {
+    variable PICTURE_ENDINGS
+    return $PICTURE_ENDINGS
+}
+
+# Whether pictures are made without showing a window.
+proc viewer::options::is_batch {} {
+    variable given
+    return [expr {$given(output) || $given(contact-sheet)}]
+}
+
+proc viewer::options::names_a_folder {name} {
+    return [expr {[string match {*[/\\]} $name] || [file isdirectory $name]}]
+}
+
+proc viewer::options::usage {} {
     variable OPTIONS
     variable FLAGS
     set text "usage: ./viewer \[options\] \[file...\]\n\n"
@@ -67,15 +117,29 @@ proc viewer::usage {} {
     return $text
 }
 
-proc viewer::die {text {status 2}} {
+proc viewer::options::die {text {status 2}} {
     puts stderr "viewer: $text"
     exit $status
 }
 
 # ---- reading -------------------------------------------------------------------------------------------------------
 
-# Fills "option" and "given" from the words of the command line and gives the files among them.
-proc viewer::read_command_line {words} {
+# Takes the words of the command line apart and gives the files among them.
+proc viewer::options::read_words {words} {
+    variable option
+    variable given
+    set files [split_words $words]
+    # A scene list among the files is one to open as such.
+    if {[llength $files] == 1 && [string tolower [file extension [lindex $files 0]]] eq ".scene" && !$given(animate)} {
+        lassign $files option(animate)
+        set given(animate) 1
+        return {}
+    }
+    return $files
+}
+
+# Fills "option" and "given" from these words and gives the files among them.
+proc viewer::options::split_words {words} {
     variable option
     variable given
     variable OPTIONS
@@ -117,10 +181,23 @@ proc viewer::read_command_line {words} {
     return $files
 }
 
+# The files are named from where the program was started; opening a scene list goes elsewhere. Gives those that it was
+# given as whole names.
+proc viewer::options::make_whole {files} {
+    variable option
+    foreach name {output animate contact-sheet} {
+        if {$option($name) eq {}} continue
+        # The mark of a directory would go.
+        set mark [expr {[names_a_folder $option($name)] ? "/" : {}}]
+        set option($name) [viewer::files whole_path $option($name)]$mark
+    }
+    return [lmap file $files { viewer::files whole_path $file }]
+}
+
 # ---- checking ------------------------------------------------------------------------------------------------------
 
 # Ends the program with status 2 when a value cannot be used, and puts the parsed values beside the texts.
-proc viewer::check_options {files} {
+proc viewer::options::check {files} {
     variable option
     variable given
     variable OPTIONS
@@ -140,13 +217,7 @@ proc viewer::check_options {files} {
     if {$given(animate) && $option(animate) eq {}} { die "--animate needs a file" }
 }
 
-# Whether pictures are made without showing a window.
-proc viewer::is_batch {} {
-    variable given
-    return [expr {$given(output) || $given(contact-sheet)}]
-}
-
-proc viewer::check_output {value} {
+proc viewer::options::check_output {value} {
     variable PICTURE_ENDINGS
     if {$value eq {}} { die "--output needs a name" }
     if {![names_a_folder $value] && [string tolower [file extension $value]] ni $PICTURE_ENDINGS} {
@@ -154,23 +225,19 @@ proc viewer::check_output {value} {
     }
 }
 
-proc viewer::names_a_folder {name} {
-    return [expr {[string match {*[/\\]} $name] || [file isdirectory $name]}]
-}
-
-proc viewer::check_sheet {value} {
+proc viewer::options::check_sheet {value} {
     variable PICTURE_ENDINGS
     if {[string tolower [file extension $value]] ni $PICTURE_ENDINGS} {
         die "--contact-sheet needs a name that ends in .png or .tga"
     }
 }
 
-proc viewer::check_turntable {value} {
+proc viewer::options::check_turntable {value} {
     if {![regexp {^[0-9]{1,5}$} $value] || [scan $value %d] < 1} { die "--turntable needs a number of pictures" }
 }
 
 # From, to and rate become option(first), option(last), option(rate).
-proc viewer::check_frames {value} {
+proc viewer::options::check_frames {value} {
     variable option
     set time {([0-9]{1,6}(?:\.[0-9]{1,6})?)}
     if {![regexp "^$time:$time:(\[0-9\]{1,2})\$" $value -> first last rate]} {
@@ -182,9 +249,10 @@ proc viewer::check_frames {value} {
     array set option [list first $first last $last rate $rate]
 }
 
-proc viewer::check_size {value} {
+proc viewer::options::check_size {value} {
     variable option
-    lassign $::viewer::SIZE_LIMITS least most
+    variable SIZE_LIMITS
+    lassign $SIZE_LIMITS least most
     if {![regexp {^([0-9]{1,4})x([0-9]{1,4})$} $value -> width height] || [scan $width %d] < $least
         || [scan $height %d] < $least || [scan $width %d] > $most || [scan $height %d] > $most} {
         die "--size needs two numbers from $least to $most, as in 960x640"
@@ -192,40 +260,43 @@ proc viewer::check_size {value} {
     array set option [list width [scan $width %d] height [scan $height %d]]
 }
 
-proc viewer::check_view {value} {
+proc viewer::options::check_view {value} {
     variable NAMED_VIEWS
     variable option
-    if {![dict exists $NAMED_VIEWS $value] && ![is_numbers $value 2]} {
+    if {![dict exists $NAMED_VIEWS $value] && ![viewer::numbers are $value 2]} {
         die "--view needs a name ([join [dict keys $NAMED_VIEWS] {, }]) or two angles, as in 24,-72"
     }
-    if {![dict exists $NAMED_VIEWS $value]} { set option(view) [decimals $value] }
+    if {![dict exists $NAMED_VIEWS $value]} { set option(view) [viewer::numbers decimals $value] }
 }
 
-proc viewer::check_rotate {value} {
-    if {![is_numbers $value 2]} { die "--rotate needs two angles, as in 30,0" }
-    set ::viewer::option(rotate) [decimals $value]
+proc viewer::options::check_rotate {value} {
+    variable option
+    if {![viewer::numbers are $value 2]} { die "--rotate needs two angles, as in 30,0" }
+    set option(rotate) [viewer::numbers decimals $value]
 }
 
-proc viewer::check_zoom {value} {
-    set good [is_numbers $value 1]
-    if {$good} { set value [decimals $value] }
+proc viewer::options::check_zoom {value} {
+    variable option
+    set good [viewer::numbers are $value 1]
+    if {$good} { set value [viewer::numbers decimals $value] }
     if {!$good || $value < 0.001 || $value > 100} { die "--zoom needs a number from 0.001 to 100" }
-    set ::viewer::option(zoom) $value
+    set option(zoom) $value
 }
 
-proc viewer::check_background {value} {
-    set good [is_numbers $value 3]
+proc viewer::options::check_background {value} {
+    variable option
+    set good [viewer::numbers are $value 3]
     if {$good} {
-        set value [decimals $value]
+        set value [viewer::numbers decimals $value]
         foreach part [split $value ,] {
             if {$part < 0 || $part > 1} { set good 0 }
         }
     }
     if {!$good} { die "--background needs three numbers from 0 to 1, as in 0,0,0.2" }
-    set ::viewer::option(background) $value
+    set option(background) $value
 }
 
-proc viewer::check_display {values} {
+proc viewer::options::check_display {values} {
     variable FLAGS
     foreach value $values {
         if {![regexp {^(\w+)=(on|off|true|false|0|1)$} $value -> flag setting]} {
@@ -235,22 +306,6 @@ proc viewer::check_display {values} {
     }
 }
 
-proc viewer::check_lod {value} {
+proc viewer::options::check_lod {value} {
     if {![regexp {^[0-6]$} $value]} { die "--lod needs a number from 0 to 6" }
-}
-
-# Whether a text is so many numbers separated by commas. Numbers of nine digits and more are none of ours.
-proc viewer::is_numbers {text count} {
-    variable NUMBER
-    set parts [split $text ,]
-    if {[llength $parts] != $count} { return 0 }
-    foreach part $parts {
-        if {![regexp "^$NUMBER\$" $part] || [string length $part] > 12} { return 0 }
-    }
-    return 1
-}
-
-# The numbers of such a text as Tcl reckons with them: to it 010 is eight, and 08 is no number.
-proc viewer::decimals {text} {
-    return [join [lmap part [split $text ,] { scan $part %f }] ,]
 }

@@ -1,24 +1,30 @@
 # Pictures of the view. The library writes TGA files only; a PNG is made of one by way of a Tk photo.
+#
+# Owns: nothing
+# Offers: save, capture, store, write_photo, photo_of_tga
+# Calls: files, view
 
-namespace eval viewer {
+namespace eval viewer::pictures {
+    namespace export save capture store write_photo photo_of_tga
+    namespace ensemble create
     variable MOST_PICTURE 67108864    ;# bytes
 }
 
 # Draws, and saves what the view shows. Nothing, or why it could not be done. The picture is cut to the size if one is
 # given: the library makes its pictures in steps of four pixels.
-proc viewer::save_picture {path {width {}} {height {}}} {
-    draw_now
+proc viewer::pictures::save {path {width {}} {height {}}} {
+    viewer::view draw_now
     if {[catch { capture } bytes]} { return $bytes }
-    return [store_picture $bytes $path $width $height]
+    return [store $bytes $path $width $height]
 }
 
 # The bytes of the picture that the library saves. An error when it could not.
-proc viewer::capture {} {
+proc viewer::pictures::capture {} {
     variable MOST_PICTURE
-    set path [temporary_path .tga]
+    set path [viewer::files temporary_path .tga]
     try {
         sorvel file savescreen $path
-        return [read_bytes $path $MOST_PICTURE]
+        return [viewer::files read_bytes $path $MOST_PICTURE]
     } on error {} {
         error "the picture could not be written to [file dirname $path]"
     } finally {
@@ -27,12 +33,12 @@ proc viewer::capture {} {
 }
 
 # Puts a captured picture where it belongs. Nothing, or what went wrong.
-proc viewer::store_picture {bytes path width height} {
+proc viewer::pictures::store {bytes path width height} {
     set is_tga [expr {[string tolower [file extension $path]] eq ".tga"}]
     lassign [tga_size $bytes] real_width real_height
     if {$width eq {}} { set width $real_width }
     if {$height eq {}} { set height $real_height }
-    if {$is_tga && $width == $real_width && $height == $real_height} { return [write_bytes $path $bytes] }
+    if {$is_tga && $width == $real_width && $height == $real_height} { return [viewer::files write_bytes $path $bytes] }
     set photo [photo_of_tga $bytes $width $height]
     set message [write_photo $photo $path]
     image delete $photo
@@ -40,21 +46,23 @@ proc viewer::store_picture {bytes path width height} {
 }
 
 # Nothing, or what went wrong. The kind follows from the ending.
-proc viewer::write_photo {photo path} {
-    if {[string tolower [file extension $path]] eq ".tga"} { return [write_bytes $path [tga_of_photo $photo]] }
-    return [write_bytes $path [$photo data -format png]]
+proc viewer::pictures::write_photo {photo path} {
+    if {[string tolower [file extension $path]] eq ".tga"} {
+        return [viewer::files write_bytes $path [tga_of_photo $photo]]
+    }
+    return [viewer::files write_bytes $path [$photo data -format png]]
 }
 
 # ---- TGA -----------------------------------------------------------------------------------------------------------
 
-proc viewer::tga_size {bytes} {
+proc viewer::pictures::tga_size {bytes} {
     binary scan $bytes @12susu width height
     return [list $width $height]
 }
 
 # A photo of a picture that the library saved, cut to a size. Its bytes run from the lower left as blue, green, red; all
 # of them turned round run from the upper right as red, green, blue, so that only the columns have to change sides.
-proc viewer::photo_of_tga {bytes width height} {
+proc viewer::pictures::photo_of_tga {bytes width height} {
     binary scan $bytes cu id_length
     lassign [tga_size $bytes] real_width real_height
     set pixels [string range $bytes [expr {18 + $id_length}] end]
@@ -71,7 +79,7 @@ proc viewer::photo_of_tga {bytes width height} {
     return $photo
 }
 
-proc viewer::tga_of_photo {photo} {
+proc viewer::pictures::tga_of_photo {photo} {
     set width [image width $photo]
     set height [image height $photo]
     set turned [image create photo]

@@ -2,108 +2,116 @@
 #
 # A step that comes late is made up for without its picture, a few at most, and each round waits for the window to be
 # idle first: so the rate is kept where it can be, and the interface answers where it cannot.
+#
+# Owns: playing, play_due, play_timer, range, slider_time, rate_entry, play_text, range_text
+# Offers: build, start, stop, play_or_pause, step, to_start, mark_range, clear_range
+# Calls: scene, settings, status, theme, timeline, view
 
-namespace eval viewer {
+namespace eval viewer::playback {
+    namespace export build start stop play_or_pause step to_start mark_range clear_range
+    namespace ensemble create
+    namespace import ::viewer::theme::px
     variable playing 0
     variable play_due 0          ;# milliseconds: when the next step is due
     variable play_timer {}
-    variable MOST_LATE 4         ;# steps made at once
     variable range {}            ;# first and last second, or nothing for all of it
     variable slider_time 0.0
+    variable rate_entry {}       ;# what stands in the field of the rate
     variable play_text Play
     variable range_text {}
+    variable MOST_LATE 4         ;# steps made at once
+    viewer::scene listen viewer::playback::show_player
+    viewer::settings listen rate viewer::playback::rate_changed
 }
 
-proc viewer::build_player {} {
+proc viewer::playback::build {} {
     ttk::frame .player -padding [list [px 6] [px 3]]
-    foreach {name text command} {first Start viewer::to_start prev Back {viewer::step -1}
-        play {} viewer::play_or_pause next Next {viewer::step 1}} {
+    foreach {name text command} {first Start viewer::playback::to_start prev Back {viewer::playback::step -1}
+        play {} viewer::playback::play_or_pause next Next {viewer::playback::step 1}} {
         ttk::button .player.$name -text $text -style Toolbutton -command $command -takefocus 0
         pack .player.$name -side left
     }
-    .player.play configure -textvariable ::viewer::play_text -width 6
-    foreach {name text command} {all All viewer::clear_range out "To here" {viewer::mark_range last}
-        in "From here" {viewer::mark_range first}} {
+    .player.play configure -textvariable ::viewer::playback::play_text -width 6
+    foreach {name text command} {all All viewer::playback::clear_range out "To here" {viewer::playback::mark_range last}
+        in "From here" {viewer::playback::mark_range first}} {
         ttk::button .player.$name -text $text -style Toolbutton -command $command -takefocus 0
         pack .player.$name -side right
     }
-    ttk::label .player.range -textvariable ::viewer::range_text -style Dim.TLabel
-    ttk::checkbutton .player.loop -text Loop -variable ::viewer::loops -command viewer::loop_changed -takefocus 0
-    ttk::spinbox .player.rate -from 1 -to 60 -width 3 -textvariable ::viewer::rate_entry -command viewer::rate_entered
-    bind .player.rate <Return> viewer::rate_entered
-    bind .player.rate <FocusOut> viewer::rate_entered
-    bind .player.rate <Escape> { set ::viewer::rate_entry $::viewer::anim_rate; viewer::focus_view; break }
+    ttk::label .player.range -textvariable ::viewer::playback::range_text -style Dim.TLabel
+    ttk::checkbutton .player.loop -text Loop -variable [viewer::settings name_of loop] \
+        -command {viewer::settings changed loop} -takefocus 0
+    ttk::spinbox .player.rate -from 1 -to 60 -width 3 -textvariable ::viewer::playback::rate_entry \
+        -command viewer::playback::rate_entered
+    bind .player.rate <Return> viewer::playback::rate_entered
+    bind .player.rate <FocusOut> viewer::playback::rate_entered
+    bind .player.rate <Escape> { viewer::playback::rate_dropped; break }
     ttk::label .player.unit -text "/ s" -style Dim.TLabel
     pack .player.range .player.loop .player.unit .player.rate -side right -padx [px 4]
-    ttk::scale .player.slider -from 0 -to 1 -variable ::viewer::slider_time -command viewer::slider_moved
+    ttk::scale .player.slider -from 0 -to 1 -variable ::viewer::playback::slider_time \
+        -command viewer::playback::slider_moved
     pack .player.slider -side left -fill x -expand 1 -padx [px 8]
 }
 
 # Shown while there is something to play.
-proc viewer::show_player {} {
-    variable anim_end
-    variable anim_rate
-    variable scene_list
-    if {$scene_list ne {} && $anim_end > 0} {
-        .player.slider configure -to $anim_end
-        set ::viewer::rate_entry $anim_rate
+proc viewer::playback::show_player {is_new} {
+    variable rate_entry
+    if {[can_play]} {
+        .player.slider configure -to [viewer::timeline end]
+        set rate_entry [viewer::timeline rate]
         grid .player -row 3 -column 0 -sticky ew
         show_clock
     } else {
         grid remove .player
-        stop_playing
+        stop
     }
 }
 
-proc viewer::show_clock {} {
-    variable anim_time
+proc viewer::playback::show_clock {} {
     variable slider_time
-    set slider_time $anim_time
-    show_time
+    set slider_time [viewer::timeline now]
+    viewer::status show_time
 }
 
 # ---- stepping ------------------------------------------------------------------------------------------------------
 
-proc viewer::can_play {} {
-    variable scene_list
-    variable anim_end
-    return [expr {$scene_list ne {} && $anim_end > 0}]
+proc viewer::playback::can_play {} {
+    return [expr {[viewer::scene list_file] ne {} && [viewer::timeline end] > 0}]
 }
 
-proc viewer::step {direction} {
+proc viewer::playback::step {direction} {
     if {![can_play]} return
-    stop_playing
-    time_step $direction
+    stop
+    viewer::timeline step $direction
     show_clock
-    draw_soon
+    viewer::view draw_soon
 }
 
-proc viewer::to_start {} {
+proc viewer::playback::to_start {} {
     variable range
     if {![can_play]} return
     go_to_time [expr {[llength $range] == 2 ? [lindex $range 0] : 0}]
 }
 
-proc viewer::go_to_time {time} {
-    time_seek $time
+proc viewer::playback::go_to_time {time} {
+    viewer::timeline seek $time
     show_clock
-    draw_soon
+    viewer::view draw_soon
 }
 
-proc viewer::slider_moved {value} {
-    time_seek $value
-    show_time
-    draw_soon
+proc viewer::playback::slider_moved {value} {
+    viewer::timeline seek $value
+    viewer::status show_time
+    viewer::view draw_soon
 }
 
 # ---- playing -------------------------------------------------------------------------------------------------------
 
-proc viewer::play_or_pause {} {
+proc viewer::playback::play_or_pause {} {
     variable playing
-    if {$playing} stop_playing else start_playing
+    if {$playing} stop else start
 }
 
-proc viewer::start_playing {} {
+proc viewer::playback::start {} {
     variable playing
     variable play_due
     variable play_text
@@ -114,25 +122,24 @@ proc viewer::start_playing {} {
     play_round
 }
 
-proc viewer::stop_playing {} {
+proc viewer::playback::stop {} {
     variable playing
     variable play_timer
     variable play_text
     set playing 0
     set play_text Play
     after cancel $play_timer
-    after cancel viewer::play_later
+    after cancel viewer::playback::play_later
 }
 
 # Makes the steps that are due, shows the last, and asks for the next round.
-proc viewer::play_round {} {
+proc viewer::playback::play_round {} {
     variable playing
     variable play_due
     variable play_timer
-    variable anim_rate
     variable MOST_LATE
-    if {!$playing || ![view_lives]} return
-    set interval [expr {1000.0 / $anim_rate}]
+    if {!$playing || ![viewer::view lives]} return
+    set interval [expr {1000.0 / [viewer::timeline rate]}]
     set now [clock milliseconds]
     set steps [expr {min($MOST_LATE, int(($now - $play_due) / $interval) + 1)}]
     for {set index 0} {$index < $steps && $playing} {incr index} play_step
@@ -140,92 +147,87 @@ proc viewer::play_round {} {
     # Too late to be made up for: count from here.
     if {$play_due < $now - $MOST_LATE * $interval} { set play_due $now }
     show_clock
-    draw_now
-    after cancel viewer::play_later
-    after idle viewer::play_later
+    viewer::view draw_now
+    after cancel viewer::playback::play_later
+    after idle viewer::playback::play_later
 }
 
-proc viewer::play_later {} {
+proc viewer::playback::play_later {} {
     variable playing
     variable play_due
     variable play_timer
     if {!$playing} return
     after cancel $play_timer
-    set play_timer [after [expr {max(1, int(ceil($play_due - [clock milliseconds])))}] viewer::play_round]
+    set play_timer [after [expr {max(1, int(ceil($play_due - [clock milliseconds])))}] viewer::playback::play_round]
 }
 
 # One step, within the range. At its end it goes back to its beginning, or stops.
-proc viewer::play_step {} {
-    variable anim_time
-    variable anim_end
-    variable anim_step
+proc viewer::playback::play_step {} {
     variable range
-    variable loops
-    lassign [expr {[llength $range] == 2 ? $range : [list 0 $anim_end]}] first last
-    if {$anim_time + $anim_step <= $last + 1e-4 && $anim_time >= $first - $anim_step} {
-        time_step 1
-    } elseif {!$loops} {
-        stop_playing
+    lassign [list [viewer::timeline now] [viewer::timeline step_size]] now step
+    lassign [expr {[llength $range] == 2 ? $range : [list 0 [viewer::timeline end]]}] first last
+    if {$now + $step <= $last + 1e-4 && $now >= $first - $step} {
+        viewer::timeline step 1
+    } elseif {![viewer::settings get loop]} {
+        stop
     } elseif {[llength $range] == 2} {
-        time_seek $first
+        viewer::timeline seek $first
     } else {
-        time_step 1
+        viewer::timeline step 1
     }
 }
 
-# ---- rate, loop, range ---------------------------------------------------------------------------------------------
+# ---- rate and range ------------------------------------------------------------------------------------------------
 
-proc viewer::rate_changed {} {
-    variable anim_rate
+proc viewer::playback::rate_changed {} {
     variable play_due
-    time_rate $anim_rate
-    keep rate $anim_rate
-    set ::viewer::rate_entry $anim_rate
+    variable rate_entry
+    viewer::timeline set_rate [viewer::settings get rate]
+    set rate_entry [viewer::timeline rate]
     set play_due [clock milliseconds]
     show_clock
-    draw_soon
+    viewer::view draw_soon
 }
 
-proc viewer::rate_entered {} {
-    variable anim_rate
+# A rate that was typed, if it is one.
+proc viewer::playback::rate_entered {} {
     variable rate_entry
-    if {![is_rate $rate_entry]} {
-        set rate_entry $anim_rate
-        return
+    if {![viewer::settings is_good rate $rate_entry]} {
+        set rate_entry [viewer::timeline rate]
+    } elseif {$rate_entry != [viewer::timeline rate]} {
+        viewer::settings keep rate $rate_entry
     }
-    if {$rate_entry == $anim_rate} return
-    set anim_rate $rate_entry
-    rate_changed
 }
 
-proc viewer::loop_changed {} {
-    variable loops
-    keep loop $loops
+# Drops what was typed.
+proc viewer::playback::rate_dropped {} {
+    variable rate_entry
+    set rate_entry [viewer::timeline rate]
+    viewer::view take_keyboard
 }
 
 # The time that shows becomes the first or the last of what is played.
-proc viewer::mark_range {end} {
+proc viewer::playback::mark_range {end} {
     variable range
-    variable anim_time
-    variable anim_end
     if {![can_play]} return
-    lassign [expr {[llength $range] == 2 ? $range : [list 0.0 $anim_end]}] first last
-    if {$end eq "first"} { set first $anim_time } else { set last $anim_time }
+    lassign [expr {[llength $range] == 2 ? $range : [list 0.0 [viewer::timeline end]]}] first last
+    set now [viewer::timeline now]
+    if {$end eq "first"} { set first $now } else { set last $now }
     if {$last <= $first} {
-        say_status "The range would end before it begins"
+        viewer::status say "The range would end before it begins"
         return
     }
     set range [list $first $last]
     show_range
 }
 
-proc viewer::clear_range {} {
+proc viewer::playback::clear_range {} {
     variable range
     set range {}
     show_range
 }
 
-proc viewer::show_range {} {
+proc viewer::playback::show_range {} {
     variable range
     variable range_text
     set range_text [expr {[llength $range] == 2 ? [format "%.2f to %.2f s" {*}$range] : {}}]

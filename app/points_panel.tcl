@@ -1,18 +1,25 @@
 # The panel of points: a table, a page at a time, and the values of one point to be edited.
+#
+# Owns: point_ids, points_of, page_start, point, point_before
+# Offers: build, refresh, commit, go_to_point
+# Calls: edits, numbers, selection, status, theme, view
 
-namespace eval viewer {
-    variable PAGE 100
+namespace eval viewer::points_panel {
+    namespace export build refresh commit go_to_point
+    namespace ensemble create
+    namespace import ::viewer::theme::px
     variable point_ids {}       ;# of all points of the model
     variable points_of 0        ;# the model or child that they belong to
     variable page_start 0       ;# index into point_ids
     variable point              ;# the values being edited
     variable point_before       ;# the same as they were shown
+    variable PAGE 100
     variable POINT_EMPTY {id {} x {} y {} z {} nx {} ny {} nz {} transparency {} color {255 255 255}}
     array set point $POINT_EMPTY
     array set point_before $POINT_EMPTY
 }
 
-proc viewer::build_points_panel {panel} {
+proc viewer::points_panel::build {panel} {
     set columns {id x y z}
     ttk::frame $panel.list
     ttk::treeview $panel.table -columns $columns -show headings -selectmode browse -height 5 \
@@ -23,11 +30,11 @@ proc viewer::build_points_panel {panel} {
     }
     ttk::scrollbar $panel.scroll -orient vertical -command [list $panel.table yview]
     ttk::frame $panel.pages -style Panel.TFrame
-    ttk::button $panel.back -text "\u2039" -width 2 -command {viewer::turn_page -1}
-    ttk::button $panel.on -text "\u203a" -width 2 -command {viewer::turn_page 1}
-    ttk::label $panel.count -style Dim.TLabel -background $::viewer::COLOUR(panel) -anchor center
+    ttk::button $panel.back -text "\u2039" -width 2 -command {viewer::points_panel::turn_page -1}
+    ttk::button $panel.on -text "\u203a" -width 2 -command {viewer::points_panel::turn_page 1}
+    ttk::label $panel.count -style Dim.TLabel -background [viewer::theme colour panel] -anchor center
     ttk::entry $panel.go -width 6
-    bind $panel.go <Return> {viewer::go_to_point [%W get]}
+    bind $panel.go <Return> {viewer::points_panel::go_to_point [%W get]}
     pack $panel.back -in $panel.pages -side left
     pack $panel.on -in $panel.pages -side right
     pack $panel.go -in $panel.pages -side right -padx [px 4]
@@ -38,37 +45,35 @@ proc viewer::build_points_panel {panel} {
     grid columnconfigure $panel.list 0 -weight 1
     foreach widget [list $panel.table $panel.scroll $panel.back $panel.on $panel.go $panel.count] { raise $widget }
     grid $panel.pages -columnspan 4 -sticky ew -pady [px 4]
-    build_point_fields $panel
+    build_fields $panel
     grid rowconfigure $panel 0 -weight 1
     foreach column {1 2 3} { grid columnconfigure $panel $column -weight 1 -uniform value }
-    bind $panel.table <<TreeviewSelect>> viewer::point_selected
+    bind $panel.table <<TreeviewSelect>> viewer::points_panel::point_selected
 }
 
-proc viewer::build_point_fields {panel} {
-    foreach {row text names command} {
-        point Place {x y z} viewer::commit_point
-        normal Normal {nx ny nz} viewer::commit_point
-    } {
-        ttk::label $panel.l$row -text $text -background $::viewer::COLOUR(panel)
+proc viewer::points_panel::build_fields {panel} {
+    set drop { viewer::points_panel::point_selected; viewer::view take_keyboard; break }
+    foreach {row text names} {point Place {x y z} normal Normal {nx ny nz}} {
+        ttk::label $panel.l$row -text $text -background [viewer::theme colour panel]
         set fields {}
         foreach name $names {
-            ttk::entry $panel.$name -width 5 -textvariable ::viewer::point($name) -justify right
-            bind $panel.$name <Return> $command
-            bind $panel.$name <FocusOut> $command
-            bind $panel.$name <Escape> { viewer::drop_typed viewer::point_selected; break }
+            ttk::entry $panel.$name -width 5 -textvariable ::viewer::points_panel::point($name) -justify right
+            bind $panel.$name <Return> viewer::points_panel::commit
+            bind $panel.$name <FocusOut> viewer::points_panel::commit
+            bind $panel.$name <Escape> $drop
             lappend fields $panel.$name
         }
         grid $panel.l$row {*}$fields -sticky ew -pady 1 -padx 1
     }
-    ttk::label $panel.lcolour -text "Colour" -background $::viewer::COLOUR(panel)
+    ttk::label $panel.lcolour -text "Colour" -background [viewer::theme colour panel]
     frame $panel.colour -height [px 22] -cursor hand2 -highlightthickness 1 \
-        -highlightbackground $::viewer::COLOUR(line)
-    bind $panel.colour <Button-1> viewer::choose_point_colour
-    ttk::label $panel.ltransparency -text "Transparency" -background $::viewer::COLOUR(panel)
-    ttk::entry $panel.transparency -width 5 -textvariable ::viewer::point(transparency) -justify right
-    bind $panel.transparency <Return> viewer::commit_point
-    bind $panel.transparency <FocusOut> viewer::commit_point
-    bind $panel.transparency <Escape> { viewer::drop_typed viewer::point_selected; break }
+        -highlightbackground [viewer::theme colour line]
+    bind $panel.colour <Button-1> viewer::points_panel::choose_colour
+    ttk::label $panel.ltransparency -text "Transparency" -background [viewer::theme colour panel]
+    ttk::entry $panel.transparency -width 5 -textvariable ::viewer::points_panel::point(transparency) -justify right
+    bind $panel.transparency <Return> viewer::points_panel::commit
+    bind $panel.transparency <FocusOut> viewer::points_panel::commit
+    bind $panel.transparency <Escape> $drop
     grid $panel.lcolour $panel.colour - - -sticky ew -pady 1 -padx 1
     grid $panel.ltransparency - - $panel.transparency -sticky ew -pady 1 -padx 1
 }
@@ -76,44 +81,38 @@ proc viewer::build_point_fields {panel} {
 # ---- the table -----------------------------------------------------------------------------------------------------
 
 # Looks the points of the current model up anew. Page and point stay where it has them still.
-proc viewer::refresh_points {} {
-    variable current_id
+proc viewer::points_panel::refresh {} {
     variable point_ids
     variable points_of
     variable page_start
-    set chosen [expr {$points_of eq $current_id ? [lindex [.side.points.table selection] 0] : {}}]
+    set id [viewer::selection id]
+    set chosen [expr {$points_of eq $id ? [lindex [.side.points.table selection] 0] : {}}]
     set point_ids {}
-    if {$current_id ne "0"} { catch { set point_ids [sorvel scene points $current_id] } }
-    if {$points_of ne $current_id || $page_start >= [llength $point_ids]} { set page_start 0 }
-    set points_of $current_id
+    if {$id ne "0"} { catch { set point_ids [sorvel scene points $id] } }
+    if {$points_of ne $id || $page_start >= [llength $point_ids]} { set page_start 0 }
+    set points_of $id
     fill_page
     if {$chosen ne {} && [.side.points.table exists $chosen]} { .side.points.table selection set [list $chosen] }
     point_selected
 }
 
-proc viewer::fill_page {} {
+proc viewer::points_panel::fill_page {} {
     variable points_of
     variable point_ids
     variable page_start
     variable PAGE
     set panel .side.points
-    commit_point
+    commit
     $panel.table delete [$panel.table children {}]
     clear_point
     $panel.count configure -text [expr {$points_of eq "0" ? {} : "[llength $point_ids] points"}]
     foreach id [lrange $point_ids $page_start [expr {$page_start + $PAGE - 1}]] {
         set place [dict get [sorvel scene point $points_of $id] place]
-        $panel.table insert {} end -id $id -values [list $id {*}[lmap part $place { short_number $part }]]
+        $panel.table insert {} end -id $id -values [list $id {*}[lmap part $place { viewer::numbers short $part }]]
     }
 }
 
-# Without the noughts at its end.
-proc viewer::short_number {number} {
-    set text [format %.3f $number]
-    return [string trimright [string trimright $text 0] .]
-}
-
-proc viewer::turn_page {by} {
+proc viewer::points_panel::turn_page {by} {
     variable point_ids
     variable page_start
     variable PAGE
@@ -123,7 +122,7 @@ proc viewer::turn_page {by} {
 }
 
 # Turns to the page of a point and selects it.
-proc viewer::go_to_point {id} {
+proc viewer::points_panel::go_to_point {id} {
     variable point_ids
     variable page_start
     variable PAGE
@@ -131,7 +130,7 @@ proc viewer::go_to_point {id} {
     scan $id %d id
     set index [lsearch -integer $point_ids $id]
     if {$index < 0} {
-        say_status "There is no point $id"
+        viewer::status say "There is no point $id"
         return
     }
     set page_start [expr {$index / $PAGE * $PAGE}]
@@ -143,61 +142,60 @@ proc viewer::go_to_point {id} {
 
 # ---- one point -----------------------------------------------------------------------------------------------------
 
-proc viewer::clear_point {} {
+proc viewer::points_panel::clear_point {} {
     variable POINT_EMPTY
     show_point $POINT_EMPTY
     foreach name {x y z nx ny nz transparency} { .side.points.$name state disabled }
-    .side.points.colour configure -background $::viewer::COLOUR(panel)
+    .side.points.colour configure -background [viewer::theme colour panel]
 }
 
-proc viewer::show_point {values} {
-    array set ::viewer::point_before $values
-    array set ::viewer::point $values
+proc viewer::points_panel::show_point {values} {
+    array set ::viewer::points_panel::point_before $values
+    array set ::viewer::points_panel::point $values
 }
 
 # What was typed for another point goes to that one first.
-proc viewer::point_selected {} {
+proc viewer::points_panel::point_selected {} {
     variable points_of
-    variable can_edit
     variable point_before
     set id [lindex [.side.points.table selection] 0]
-    if {$point_before(id) ne $id} commit_point
+    if {$point_before(id) ne $id} commit
     if {$id eq {} || [catch { sorvel scene point $points_of $id } told]} {
         clear_point
         return
     }
-    set values [list id $id color [dict get $told colour] transparency [short_number [dict get $told transparency]]]
+    set values [list id $id color [dict get $told colour]]
+    lappend values transparency [viewer::numbers short [dict get $told transparency]]
     foreach {key names} {place {x y z} normal {nx ny nz}} {
-        foreach name $names value [dict get $told $key] { lappend values $name [short_number $value] }
+        foreach name $names value [dict get $told $key] { lappend values $name [viewer::numbers short $value] }
     }
     show_point $values
     .side.points.colour configure -background [format #%02x%02x%02x {*}[dict get $told colour]]
-    foreach name {x y z nx ny nz transparency} { .side.points.$name state [expr {$can_edit ? "!disabled" : "disabled"}] }
+    set state [expr {[viewer::selection can_edit] ? "!disabled" : "disabled"}]
+    foreach name {x y z nx ny nz transparency} { .side.points.$name state $state }
 }
 
 # Sends what was changed in the fields to the point that they show. What is no number goes back.
-proc viewer::commit_point {} {
+proc viewer::points_panel::commit {} {
     variable point
     variable point_before
     variable points_of
-    variable current_id
-    variable NUMBER
-    if {$point(id) eq {} || $points_of ne $current_id} return
+    if {$point(id) eq {} || $points_of ne [viewer::selection id]} return
     foreach name {x y z nx ny nz transparency} {
-        if {![regexp "^$NUMBER\$" $point($name)]} { set point($name) $point_before($name) }
+        if {![viewer::numbers is_one $point($name)]} { set point($name) $point_before($name) }
     }
     array set typed [array get point]
     array set shown [array get point_before]
     # Before anything is sent: each call may serve the event that comes here again.
     array set point_before [array get point]
     if {[array get typed] eq [array get shown]} return
-    edit_alone viewer::send_point [array get typed] [array get shown]
+    viewer::selection alone viewer::points_panel::send_point [array get typed] [array get shown]
     point_sent $typed(id)
 }
 
 # Points stand at whole numbers; the library passes over the fourth word of a normal. Giving a transparency changes the
 # colour too, so the colour is given again.
-proc viewer::send_point {typed_values shown_values} {
+proc viewer::points_panel::send_point {typed_values shown_values} {
     array set typed $typed_values
     array set shown $shown_values
     set id $typed(id)
@@ -213,27 +211,28 @@ proc viewer::send_point {typed_values shown_values} {
     }
 }
 
-proc viewer::choose_point_colour {} {
+proc viewer::points_panel::choose_colour {} {
     variable point
     variable points_of
-    variable can_edit
-    if {$point(id) eq {} || !$can_edit} return
+    if {$point(id) eq {} || ![viewer::selection can_edit]} return
     set target [list $points_of $point(id)]
     set chosen [tk_chooseColor -title "Colour of point $point(id)" \
         -initialcolor [.side.points.colour cget -background]]
     # Another may be selected by now.
     if {$chosen eq {} || [list $points_of $point(id)] ne $target} return
-    edit set vertex color $point(id) {*}[lmap part [winfo rgb . $chosen] { expr {$part / 257} }]
+    viewer::selection edit set vertex color $point(id) {*}[lmap part [winfo rgb . $chosen] { expr {$part / 257} }]
     point_sent $point(id)
 }
 
 # Shows what the library made of it.
-proc viewer::point_sent {id} {
+proc viewer::points_panel::point_sent {id} {
     variable point
     variable points_of
-    redraw_edited
+    viewer::edits redraw
     if {[.side.points.table exists $id] && ![catch { sorvel scene point $points_of $id } told]} {
-        foreach name {x y z} value [dict get $told place] { .side.points.table set $id $name [short_number $value] }
+        foreach name {x y z} value [dict get $told place] {
+            .side.points.table set $id $name [viewer::numbers short $value]
+        }
     }
     if {$point(id) eq $id} point_selected
 }

@@ -3,14 +3,21 @@
 #
 # It is read as data and never evaluated. It is written under another name and then renamed, so that it is either the
 # old one or the new one whole. One that cannot be understood is set aside and the viewer starts with what it is made
-# with.
+# with. Without a window it is not read at all.
+#
+# Owns: value, listeners, problem, pending, kept
+# Offers: read_file, write_file, path, problem, get, keep, name_of, changed, listen, is_good, remember_recent
+# Calls: files, numbers, options
 
-namespace eval viewer {
-    variable SETTINGS_HEADER "pelt viewer settings 1"
-    variable setting
-    variable settings_word {}      ;# what there is to tell of the settings file at the start
-    variable settings_pending 0
-    variable settings_kept 1       ;# 0: another file stands where it should be written
+namespace eval viewer::settings {
+    namespace export read_file write_file path problem get keep name_of changed listen is_good remember_recent
+    namespace ensemble create
+    variable value           ;# of each setting, by its name
+    variable listeners {}    ;# of each setting: the commands to call when it was changed
+    variable problem {}      ;# what there is to tell of the file at the start
+    variable pending 0
+    variable kept 1          ;# 0: another file stands where it should be written
+    variable HEADER "pelt viewer settings 1"
     variable MOST_RECENT 10
     variable MOST_SETTINGS 1000000    ;# bytes
     variable MOST_VALUE 20000         ;# characters
@@ -36,9 +43,53 @@ namespace eval viewer {
     }
 }
 
+proc viewer::settings::take_originals {} {
+    variable value
+    variable SETTINGS
+    foreach {name original check} $SETTINGS { set value($name) $original }
+}
+viewer::settings::take_originals
+
+# ---- asking and changing -------------------------------------------------------------------------------------------
+
+proc viewer::settings::get {name} {
+    variable value
+    return $value($name)
+}
+
+# The variable of a setting, for widgets that show it. They call "changed" when they were used.
+proc viewer::settings::name_of {name} {
+    return ::viewer::settings::value($name)
+}
+
+# Changes one setting, if it is another; the file follows a moment later.
+proc viewer::settings::keep {name new} {
+    variable value
+    if {$value($name) eq $new} return
+    set value($name) $new
+    changed $name
+}
+
+proc viewer::settings::changed {name} {
+    variable pending
+    variable listeners
+    if {!$pending} {
+        set pending 1
+        after 1000 viewer::settings::write_file
+    }
+    if {![dict exists $listeners $name]} return
+    foreach command [dict get $listeners $name] { {*}$command }
+}
+
+# From now on this command is called when that setting was changed.
+proc viewer::settings::listen {name command} {
+    variable listeners
+    dict lappend listeners $name $command
+}
+
 # ---- the place -----------------------------------------------------------------------------------------------------
 
-proc viewer::settings_path {} {
+proc viewer::settings::path {} {
     if {$::tcl_platform(platform) eq "windows"} {
         set base [expr {[info exists ::env(APPDATA)] ? $::env(APPDATA) : [file join ~ AppData Roaming]}]
     } elseif {$::tcl_platform(os) eq "Darwin"} {
@@ -52,35 +103,41 @@ proc viewer::settings_path {} {
     return [file join $base pelt viewer.conf]
 }
 
+# What there is to tell of the file that was read: nothing, if all is well.
+proc viewer::settings::problem {} {
+    variable problem
+    return $problem
+}
+
 # ---- reading -------------------------------------------------------------------------------------------------------
 
-# Fills "setting". Never fails: what there is to say goes into "settings_word".
-proc viewer::read_settings {} {
-    variable setting
+# Takes what the file holds. Never fails: what there is to say of it, "problem" tells.
+proc viewer::settings::read_file {} {
+    variable value
     variable SETTINGS
-    variable settings_word
+    variable problem
     variable MOST_SETTINGS
     variable MOST_VALUE
-    foreach {name value check} $SETTINGS { set setting($name) $value }
-    set path [settings_path]
+    take_originals
+    set path [path]
     if {$path eq {} || ![file exists $path]} return
-    if {[catch { parse_settings [text_of_file $path $MOST_SETTINGS] } found]} {
-        set settings_word [set_settings_aside $path]
+    if {[catch { parse [viewer::files text_of_file $path $MOST_SETTINGS] } found]} {
+        set problem [set_aside $path]
         return
     }
-    foreach {name value check} $SETTINGS {
+    foreach {name original check} $SETTINGS {
         if {![dict exists $found $name]} continue
-        set value [dict get $found $name]
+        set read [dict get $found $name]
         # Nothing of ours is that long, and a menu or a key of it would take minutes.
-        if {[string length $value] <= $MOST_VALUE && [$check $value]} { set setting($name) $value }
+        if {[string length $read] <= $MOST_VALUE && [$check $read]} { set value($name) $read }
     }
 }
 
 # A dict, or an error when the text is not one of ours from its first line to its last.
-proc viewer::parse_settings {text} {
-    variable SETTINGS_HEADER
+proc viewer::settings::parse {text} {
+    variable HEADER
     set end [string first \n $text]
-    if {$end < 0 || [string range $text 0 $end-1] ne $SETTINGS_HEADER} { error "no settings" }
+    if {$end < 0 || [string range $text 0 $end-1] ne $HEADER} { error "no settings" }
     set body [string range $text $end+1 end]
     if {![string is list $body] || [llength $body] % 2 != 0} { error "no list" }
     if {[lindex $body end-1] ne "end"} { error "cut off" }
@@ -88,12 +145,12 @@ proc viewer::parse_settings {text} {
 }
 
 # Gives the damaged file another name, so that nothing of it is lost. What to tell of it.
-proc viewer::set_settings_aside {path} {
-    variable settings_kept
+proc viewer::settings::set_aside {path} {
+    variable kept
     set aside $path.damaged
     for {set number 2} {[file exists $aside]} {incr number} { set aside $path.damaged-$number }
     if {[catch { file rename $path $aside } message]} {
-        set settings_kept 0
+        set kept 0
         return "The settings could not be read and are left alone: $path"
     }
     return "The settings could not be read. They were set aside as $aside"
@@ -101,82 +158,86 @@ proc viewer::set_settings_aside {path} {
 
 # ---- writing -------------------------------------------------------------------------------------------------------
 
-# Changes one setting; the file follows a moment later.
-proc viewer::keep {name value} {
-    variable setting
-    variable settings_pending
-    if {$setting($name) eq $value} return
-    set setting($name) $value
-    if {$settings_pending} return
-    set settings_pending 1
-    after 1000 viewer::write_settings
-}
-
 # Nothing, or why it could not be done: not being able to keep settings is no reason to stop anyone.
-proc viewer::write_settings {} {
-    variable setting
+proc viewer::settings::write_file {} {
+    variable value
     variable SETTINGS
-    variable SETTINGS_HEADER
-    variable settings_pending
-    variable settings_kept
-    after cancel viewer::write_settings
-    set settings_pending 0
-    set path [settings_path]
-    if {$path eq {} || !$settings_kept} { return "there is no place for settings" }
+    variable HEADER
+    variable pending
+    variable kept
+    after cancel viewer::settings::write_file
+    set pending 0
+    set path [path]
+    if {$path eq {} || !$kept} { return "there is no place for settings" }
     if {[catch { file mkdir [file dirname $path] } message]} { return $message }
-    set lines [list $SETTINGS_HEADER]
-    foreach {name value check} $SETTINGS { lappend lines [list $name $setting($name)] }
+    set lines [list $HEADER]
+    foreach {name original check} $SETTINGS { lappend lines [list $name $value($name)] }
     lappend lines [list end {}]
-    return [write_bytes $path [encoding convertto utf-8 "[join $lines \n]\n"]]
+    return [viewer::files write_bytes $path [encoding convertto utf-8 "[join $lines \n]\n"]]
 }
 
 # ---- what values must be -------------------------------------------------------------------------------------------
 
-proc viewer::is_text {value} { return 1 }
-proc viewer::is_switch {value} { return [expr {$value in {0 1}}] }
-proc viewer::is_pixels {value} { return [regexp {^[0-9]{1,4}$} $value] }
-proc viewer::is_mode {value} { return [expr {$value in {turn pan zoom}}] }
-proc viewer::is_rate {value} { return [expr {[regexp {^[1-9][0-9]?$} $value] && $value <= 60}] }
-proc viewer::is_lod {value} { return [regexp {^[0-6]?$} $value] }
-proc viewer::is_scale {value} { return [expr {$value in {0 1.0 1.25 1.5 2.0}}] }
-proc viewer::is_geometry {value} {
+# Whether that setting can have this value.
+proc viewer::settings::is_good {wanted new} {
+    variable SETTINGS
+    foreach {name original check} $SETTINGS {
+        if {$name eq $wanted} { return [$check $new] }
+    }
+    return 0
+}
+
+proc viewer::settings::is_text {value} { return 1 }
+
+proc viewer::settings::is_switch {value} { return [expr {$value in {0 1}}] }
+
+proc viewer::settings::is_pixels {value} { return [regexp {^[0-9]{1,4}$} $value] }
+
+proc viewer::settings::is_mode {value} { return [expr {$value in {turn pan zoom}}] }
+
+proc viewer::settings::is_rate {value} { return [expr {[regexp {^[1-9][0-9]?$} $value] && $value <= 60}] }
+
+proc viewer::settings::is_lod {value} { return [regexp {^[0-6]?$} $value] }
+
+proc viewer::settings::is_scale {value} { return [expr {$value in {0 1.0 1.25 1.5 2.0}}] }
+
+proc viewer::settings::is_geometry {value} {
     return [regexp {^([1-9][0-9]{2,3}x[1-9][0-9]{2,3}(\+-?[0-9]{1,5}\+-?[0-9]{1,5})?)?$} $value]
 }
 
-proc viewer::is_list_of_names {value} {
+proc viewer::settings::is_list_of_names {value} {
     variable MOST_RECENT
     if {![string is list $value] || [llength $value] > $MOST_RECENT} { return 0 }
     # Tcl would look for the home of a user.
     return [expr {[lsearch -glob $value ~*] < 0}]
 }
 
-proc viewer::is_colour {value} {
-    if {![string is list $value] || ![is_numbers [join $value ,] 3]} { return 0 }
+proc viewer::settings::is_colour {value} {
+    if {![string is list $value] || ![viewer::numbers are [join $value ,] 3]} { return 0 }
     foreach part $value {
-        if {[decimals $part] < 0 || [decimals $part] > 1} { return 0 }
+        if {[viewer::numbers decimals $part] < 0 || [viewer::numbers decimals $part] > 1} { return 0 }
     }
     return 1
 }
 
-proc viewer::is_display {value} {
-    variable FLAGS
+proc viewer::settings::is_display {value} {
     if {![string is list $value] || [llength $value] % 2 != 0} { return 0 }
     foreach {flag on} $value {
-        if {$flag ni $FLAGS || $on ni {0 1}} { return 0 }
+        if {$flag ni [viewer::options flags] || $on ni {0 1}} { return 0 }
     }
     return 1
 }
 
-proc viewer::is_keys {value} {
+proc viewer::settings::is_keys {value} {
     return [expr {[string is list $value] && [llength $value] % 2 == 0}]
 }
 
 # ---- recent files --------------------------------------------------------------------------------------------------
 
-proc viewer::remember_recent {path} {
-    variable setting
+proc viewer::settings::remember_recent {path} {
+    variable value
     variable MOST_RECENT
-    set others [lsearch -all -inline -not -exact $setting(recent) $path]
+    set others [lsearch -all -inline -not -exact $value(recent) $path]
     keep recent [lrange [linsert $others 0 $path] 0 $MOST_RECENT-1]
     keep folder [file dirname $path]
 }

@@ -1,8 +1,14 @@
 # How everything looks: a dark neutral theme for the themed widgets and the few old ones (menus, canvas, text), and the
 # size of the letters, which follows the screen or what the user chose.
+#
+# Owns: scale
+# Offers: px, points, colour, scale, apply
+# Calls: nothing
 
-namespace eval viewer {
-    variable ui_scale 1.0
+namespace eval viewer::theme {
+    namespace export px points colour scale apply
+    namespace ensemble create
+    variable scale 1.0
     variable COLOUR
     array set COLOUR {
         window  #26292e   panel   #2c3036   field   #1d2024   line    #3b4048   hover #424852   button #373c45
@@ -10,12 +16,21 @@ namespace eval viewer {
         bad     #4a2b2d   bad_text #f0b4b0  note    #2d3a4a
     }
     variable TEXT_PIXELS 13     ;# height of letters at scale 1
-    variable SCALES {1.0 1.25 1.5 2.0}
+}
+
+proc viewer::theme::colour {name} {
+    variable COLOUR
+    return $COLOUR($name)
+}
+
+proc viewer::theme::scale {} {
+    variable scale
+    return $scale
 }
 
 # What fits the screen: the dots per inch that the system tells, and more where a very fine screen tells nothing of
 # them.
-proc viewer::automatic_scale {} {
+proc viewer::theme::automatic_scale {} {
     set told [expr {[tk scaling] / (96.0 / 72.0)}]
     set height [winfo screenheight .]
     set fine [expr {$height >= 2000 ? 1.75 : ($height >= 1300 ? 1.25 : 1.0)}]
@@ -23,21 +38,22 @@ proc viewer::automatic_scale {} {
 }
 
 # So many pixels at scale 1.
-proc viewer::px {pixels} {
-    variable ui_scale
-    return [expr {round($pixels * $ui_scale)}]
+proc viewer::theme::px {pixels} {
+    variable scale
+    return [expr {round($pixels * $scale)}]
 }
 
 # The other way round: sizes are kept so, to be right on another screen.
-proc viewer::points {pixels} {
-    variable ui_scale
-    return [expr {round($pixels / $ui_scale)}]
+proc viewer::theme::points {pixels} {
+    variable scale
+    return [expr {round($pixels / $scale)}]
 }
 
-proc viewer::apply_theme {scale} {
-    variable ui_scale
+# Letters of that size (0: what suits the screen), and all that goes with them.
+proc viewer::theme::apply {wanted} {
+    variable scale
     variable TEXT_PIXELS
-    set ui_scale $scale
+    set scale [expr {$wanted == 0 ? [automatic_scale] : $wanted}]
     foreach {font factor} {TkDefaultFont 1 TkTextFont 1 TkMenuFont 1 TkHeadingFont 1 TkCaptionFont 1.1
         TkFixedFont 1 TkTooltipFont 0.9 TkSmallCaptionFont 0.9} {
         font configure $font -size [expr {-round($TEXT_PIXELS * $factor * $scale)}] -weight normal
@@ -45,12 +61,12 @@ proc viewer::apply_theme {scale} {
     if {"ViewerBold" ni [font names]} { font create ViewerBold {*}[font actual TkDefaultFont] }
     font configure ViewerBold -size [expr {-round($TEXT_PIXELS * $scale)}] -weight bold
     if {"pelt" ni [ttk::style theme names]} { ttk::style theme create pelt -parent clam }
-    ttk::style theme settings pelt viewer::style_widgets
+    ttk::style theme settings pelt viewer::theme::style_widgets
     ttk::style theme use pelt
     style_old_widgets
 }
 
-proc viewer::style_widgets {} {
+proc viewer::theme::style_widgets {} {
     variable COLOUR
     array set c [array get COLOUR]
     ttk::style configure . -background $c(window) -foreground $c(text) -font TkDefaultFont -bordercolor $c(line) \
@@ -117,7 +133,7 @@ proc viewer::style_widgets {} {
     }
 }
 
-proc viewer::style_old_widgets {} {
+proc viewer::theme::style_old_widgets {} {
     variable COLOUR
     array set c [array get COLOUR]
     . configure -background $c(window)
@@ -139,21 +155,4 @@ proc viewer::style_old_widgets {} {
         *Scale.background $c(window) *Scale.foreground $c(text) *Scale.troughColor $c(field)] {
         option add $pattern $value interactive
     }
-}
-
-# Another size while the program runs (0: automatic). Menus and rows take their sizes from the fonts.
-proc viewer::set_ui_scale {choice} {
-    variable ui_scale
-    set before $ui_scale
-    keep scale $choice
-    apply_theme [expr {$choice == 0 ? [automatic_scale] : $choice}]
-    # The panels need more room for larger letters, but never most of the window.
-    if {".side" in [.panes panes]} {
-        set width [expr {round([winfo width .side] * $ui_scale / $before)}]
-        .panes sashpos 0 [expr {min($width, [winfo width .panes] / 2)}]
-    }
-    set ::viewer::tools_shown -1
-    after idle viewer::arrange_tools
-    axes_changed
-    draw_soon
 }

@@ -1,65 +1,54 @@
 # The viewer: a window on the library, which it drives through the command sorvel alone, or pictures without a window.
-# Each file beside this one is about one thing; here they are put together.
+#
+# Each file beside this one is a room: the namespace of its name below this one, with the variables that it alone touches
+# ("Owns") and the words that others may call ("Offers"), as in "viewer::view fit". A room calls those above it in these
+# lists and no others ("Calls"); what it wants to hear of the rooms below it comes through their "listen". So whoever
+# changes a room needs to read it, and the heads of those that it calls.
+#
+# Owns: nothing
+# Offers: nothing
+# Calls: options, library, files, batch, session, view
 
 namespace eval viewer {
-    variable app_folder [file dirname [file normalize [info script]]]
-    variable COMMON_FILES {options files library scene view mouse pictures}
-    variable BATCH_FILES {batch sheet}
-    variable WINDOW_FILES {settings theme commands menus window notices panels layer_panel points_panel place_panel
-        axes playback watch documents help dialogs}
+    variable APP_FOLDER [file dirname [file normalize [info script]]]
+    variable COMMON_ROOMS {numbers files options library settings timeline scene view display pictures}
+    variable BATCH_ROOMS {report stage glyphs sheet batch}
+    variable WINDOW_ROOMS {theme mouse status notices questions selection tree edits layer_panel points_panel place_panel
+        panels playback axes watch documents dialogs toolbar window actions keys menus help commands session}
 }
 
-proc viewer::source_files {names} {
-    variable app_folder
-    foreach name $names { uplevel #0 [list source -encoding utf-8 [file join $app_folder $name.tcl]] }
-}
-
-# The files are named from where the program was started; opening a scene list goes elsewhere.
-proc viewer::absolute_names {files} {
-    variable option
-    foreach name {output animate contact-sheet} {
-        if {$option($name) eq {}} continue
-        # The mark of a directory would go.
-        set mark [expr {[names_a_folder $option($name)] ? "/" : {}}]
-        set option($name) [whole_path $option($name)]$mark
-    }
-    return [lmap file $files { whole_path $file }]
+proc viewer::source_rooms {names} {
+    variable APP_FOLDER
+    foreach name $names { uplevel #0 [list source -encoding utf-8 [file join $APP_FOLDER $name.tcl]] }
 }
 
 proc viewer::start {words} {
-    variable root_folder
-    variable option
-    variable given
-    set files [read_command_line $words]
-    if {$option(help)} {
-        puts [usage]
+    variable BATCH_ROOMS
+    variable WINDOW_ROOMS
+    set files [viewer::options read_words $words]
+    if {[viewer::options get help]} {
+        puts [viewer::options usage]
         exit 0
     }
-    # A scene list among the files is one to open as such.
-    if {[llength $files] == 1 && [string tolower [file extension [lindex $files 0]]] eq ".scene" && !$given(animate)} {
-        lassign $files option(animate)
-        set given(animate) 1
-        set files {}
-    }
-    check_options $files
+    viewer::options check $files
     # In tclsh, which leaves the words of the command line alone (wish takes those that look like its own options), Tk
     # comes only now; it is not to see them either.
     set is_wish [expr {[llength [info commands ::winfo]] > 0}]
     set ::argv {}
-    if {[catch { package require Tk } message]} { die $message 1 }
-    load_library
-    set files [absolute_names $files]
-    set sample [file join $root_folder models mill.mod]
-    if {[llength $files] == 0 && $option(animate) eq {} && [file exists $sample]} { set files [list $sample] }
-    if {[is_batch]} {
-        source_files $::viewer::BATCH_FILES
-        run_batch $files
+    if {[catch { package require Tk } message]} { viewer::options die $message 1 }
+    viewer::library connect
+    set files [viewer::options make_whole $files]
+    set sample [file join [viewer::files root] models mill.mod]
+    if {[llength $files] == 0 && [viewer::options get animate] eq {} && [file exists $sample]} { lappend files $sample }
+    if {[viewer::options is_batch]} {
+        source_rooms $BATCH_ROOMS
+        viewer::batch run $files
     } else {
-        source_files $::viewer::WINDOW_FILES
-        run_window $files
-        if {!$is_wish} { vwait ::viewer::ended }
+        source_rooms $WINDOW_ROOMS
+        viewer::session run $files
+        if {!$is_wish} { viewer::view wait_for_end }
     }
 }
 
-viewer::source_files $viewer::COMMON_FILES
+viewer::source_rooms $viewer::COMMON_ROOMS
 viewer::start $argv

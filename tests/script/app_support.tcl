@@ -30,14 +30,14 @@ set answer {}
 # The folder of the test goes before the viewer does, which is not to make it anew for its settings.
 rename finish finish_test
 proc finish {} {
-    namespace eval ::viewer { variable settings_kept 0 }
+    namespace eval ::viewer::settings { variable kept 0 }
     finish_test
 }
 
 # Until nothing is left to draw.
 proc settle {{milliseconds 80}} {
     serve $milliseconds
-    serve_until {$::viewer::draw_state eq "idle"}
+    serve_until {[viewer::view is_idle]}
 }
 
 # Presses a button in the view, moves by a way in so many steps, and releases.
@@ -95,7 +95,10 @@ proc write_parent {name child} {
     return [write_file $name "points\n1 0 0 0\nlayer none 0 0 0 singlesided\nchild $child 0 0 0 1.0 1.0 1.0 0 0 0\n"]
 }
 
-proc scene_names {} { lmap model $::viewer::scene { dict get $model name } }
+# What the viewer keeps under these names.
+proc kept {args} { lmap name $args { viewer::settings get $name } }
+
+proc scene_names {} { lmap model [viewer::scene models] { dict get $model name } }
 
 # Runs the viewer in a process of its own, on this display: status, standard output, standard error.
 proc run_viewer {args} {
