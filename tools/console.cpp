@@ -8,11 +8,15 @@
 
 #include "system.h"
 
+#ifndef PELT_PROGRAM
+#define PELT_PROGRAM "pelt-model"
+#endif
+
 namespace pelt::tool {
 
 namespace {
 
-constexpr const char* PROGRAM = "pelt-model";
+constexpr const char* PROGRAM = PELT_PROGRAM;
 constexpr const char* WIPE_LINE = "\r\033[K";
 
 bool progress_stands = false;

@@ -14,7 +14,7 @@ std::string shown(const std::string& text);
 // A line of output; a progress line makes way for it.
 void print_line(const std::string& line);
 
-// "pelt-model: text".
+// "PROGRAM: text".
 void print_error(const std::string& text);
 
 // "file: warning: text".
