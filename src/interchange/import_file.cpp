@@ -20,8 +20,8 @@ namespace pelt {
 namespace {
 
 constexpr float SMOOTH_BELOW_DEGREES = 45.0f;  // where a file has no normals
-constexpr unsigned READ_STEPS = aiProcess_ValidateDataStructure | aiProcess_Triangulate | aiProcess_GenSmoothNormals |
-                                aiProcess_GenUVCoords | aiProcess_TransformUVCoords;
+constexpr unsigned READ_STEPS =
+    aiProcess_Triangulate | aiProcess_GenSmoothNormals | aiProcess_GenUVCoords | aiProcess_TransformUVCoords;
 
 class RegularFiles : public Assimp::DefaultIOSystem {
 public:

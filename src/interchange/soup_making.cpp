@@ -151,6 +151,9 @@ void take_face(const MeshTaking& taking, const aiFace& face, uint32_t last) {
 
 void take_faces(const MeshTaking& taking) {
     const aiMesh& mesh = *taking.at->mesh;
+    for (unsigned i = 0; mesh.mNumFaces == 0 && i < mesh.mNumVertices; ++i) {  // a cloud of points
+        add_face(taking, {taking.look_number, 1, {taking.first + i, 0, 0, 0}});
+    }
     const bool marks_quads = (mesh.mPrimitiveTypes & aiPrimitiveType_NGONEncodingFlag) != 0;
     for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
         const aiFace& face = mesh.mFaces[i];

@@ -30,7 +30,8 @@ void take_meshes(SourceScene& found, const WaitingNode& waiting, const Placement
     for (unsigned i = 0; node.mMeshes != nullptr && i < node.mNumMeshes; ++i) {
         if (node.mMeshes[i] >= found.scene->mNumMeshes) { continue; }
         const aiMesh* mesh = found.scene->mMeshes[node.mMeshes[i]];
-        if (mesh == nullptr || mesh->mVertices == nullptr || mesh->mFaces == nullptr) { continue; }
+        const bool is_mesh = mesh != nullptr && mesh->mVertices != nullptr && mesh->mNumVertices > 0;
+        if (!is_mesh || (mesh->mNumFaces > 0 && mesh->mFaces == nullptr)) { continue; }
         if (!has_mesh) { found.unit_names.emplace_back(node.mName.C_Str()); }
         has_mesh = true;
         found.places.push_back(

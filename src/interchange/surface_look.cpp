@@ -48,7 +48,10 @@ struct MaterialTexture {
 std::optional<MaterialTexture> texture_of(const aiMaterial& material) {
     for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
         aiString path;
-        if (material.GetTextureCount(type) == 0 || material.GetTexture(type, 0, &path) != aiReturn_SUCCESS) { continue; }
+        if (material.GetTextureCount(type) == 0 || material.GetTexture(type, 0, &path) != aiReturn_SUCCESS ||
+            path.length == 0) {
+            continue;
+        }
         MaterialTexture texture{path.C_Str()};
         int channel = 0;
         material.Get(AI_MATKEY_UVWSRC(type, 0), channel);
