@@ -56,6 +56,28 @@ bool load_slot(const Layer& layer, LayerImage& image, int slot, const char* path
     return true;
 }
 
+bool name_slot(const Layer& layer, LayerImage& image, int slot, const char*) {
+    static unsigned char no_pixels[RGBA_BYTES];
+    image.pixels[slot] = no_pixels;
+    image.bytes_per_pixel[slot] = layer.invisible && slot != IMAGE_SLOT_REFLECTION ? RGBA_BYTES : RGB_BYTES;
+    return true;
+}
+
+int attach_image(Model* model, const char* layer, int slot, const char* name, int axis_u, int axis_v,
+                 bool (*fill)(const Layer& layer, LayerImage& image, int slot, const char* path)) {
+    if (layer == nullptr || name == nullptr || name[0] == '\0' || slot < 0 || slot >= LAYER_IMAGE_SLOTS) { return 0; }
+    Layer* target = model_find_layer(model, layer);
+    LayerImage* image = target != nullptr ? record_with_empty_slot(model, target, slot) : nullptr;
+    if (image == nullptr) { return 0; }
+    const std::string path = model_file_path(model, name);
+    str_copy(name, image->names[slot]);
+    if (!fill(*target, *image, slot, path.c_str())) { return 0; }
+    if (slot != IMAGE_SLOT_BASE) { return 1; }
+    target->image_axis_u = axis_u;
+    target->image_axis_v = axis_v;
+    return layer_map_uvees(model, layer);
+}
+
 // Appends a blank and each name that fits; returns the position reached.
 size_t append_layer_names(const LayerImage& image, char* text, size_t position) {
     for (int slot = 0; slot < LISTED_SLOTS; ++slot) {
@@ -84,17 +106,11 @@ size_t append_names(const Model& model, char* text, size_t position) {
 }  // namespace
 
 int model_add_image(Model* model, const char* layer, int slot, const char* name, int axis_u, int axis_v) {
-    if (layer == nullptr || name == nullptr || name[0] == '\0' || slot < 0 || slot >= LAYER_IMAGE_SLOTS) { return 0; }
-    Layer* target = model_find_layer(model, layer);
-    LayerImage* image = target != nullptr ? record_with_empty_slot(model, target, slot) : nullptr;
-    if (image == nullptr) { return 0; }
-    const std::string path = model_file_path(model, name);
-    str_copy(name, image->names[slot]);
-    if (!load_slot(*target, *image, slot, path.c_str())) { return 0; }
-    if (slot != IMAGE_SLOT_BASE) { return 1; }
-    target->image_axis_u = axis_u;
-    target->image_axis_v = axis_v;
-    return layer_map_uvees(model, layer);
+    return attach_image(model, layer, slot, name, axis_u, axis_v, load_slot);
+}
+
+int model_name_image(Model* model, const char* layer, int slot, const char* name, int axis_u, int axis_v) {
+    return attach_image(model, layer, slot, name, axis_u, axis_v, name_slot);
 }
 
 int model_set_image_repeat(Model* model, const char* layer, int flag, float u, float v) {

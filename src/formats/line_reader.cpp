@@ -37,6 +37,8 @@ struct LineReader {
     int32_t comment_count;
     const char* data;      // read position in memory, null for a file
     const char* data_end;  // of a text that is read by the rules of a file
+    const char* text;      // where such a text begins
+    TextPlace place;       // of the line in it
 };
 
 constexpr ReaderTokens NO_TOKENS{};
@@ -204,10 +206,11 @@ void count_line(LineReader& reader) {
     if (reader.line_number < std::numeric_limits<int32_t>::max()) { ++reader.line_number; }
 }
 
-void drop_byte_order_mark(char* line) {
-    if (std::strncmp(line, BYTE_ORDER_MARK, BYTE_ORDER_MARK_SIZE) == 0) {
-        std::memmove(line, line + BYTE_ORDER_MARK_SIZE, std::strlen(line + BYTE_ORDER_MARK_SIZE) + 1);
-    }
+// Whether there was one.
+bool drop_byte_order_mark(char* line) {
+    const bool marked = std::strncmp(line, BYTE_ORDER_MARK, BYTE_ORDER_MARK_SIZE) == 0;
+    if (marked) { std::memmove(line, line + BYTE_ORDER_MARK_SIZE, std::strlen(line + BYTE_ORDER_MARK_SIZE) + 1); }
+    return marked;
 }
 
 // Every physical line counts, also an empty one.
@@ -229,6 +232,7 @@ bool next_text_line(LineReader& reader) {
         const auto* found = static_cast<const char*>(newline);
         size_t length = found != nullptr ? static_cast<size_t>(found - reader.data) : searched;
         std::memcpy(reader.line, reader.data, length);
+        reader.place.begin = static_cast<size_t>(reader.data - reader.text);
         reader.data += length;
         // A CR that the limit parted from its LF goes with it as well.
         const bool ended = reader.data != reader.data_end && *reader.data == '\n' &&
@@ -236,7 +240,10 @@ bool next_text_line(LineReader& reader) {
         reader.data += ended ? 1 : 0;
         length -= ended && length > 0 && reader.line[length - 1] == '\r' ? 1 : 0;
         reader.line[length] = '\0';
-        if (reader.line_number == 0) { drop_byte_order_mark(reader.line); }
+        reader.place.end = reader.place.begin + length;
+        if (reader.line_number == 0 && drop_byte_order_mark(reader.line)) {
+            reader.place.begin += BYTE_ORDER_MARK_SIZE;
+        }
         count_line(reader);
         if (split_line(reader)) { return true; }
     }
@@ -281,6 +288,8 @@ void start(LineReader& reader, const char* file_name, const char* comment_chars,
     reader.comment_count = comment_count;
     reader.data = nullptr;
     reader.data_end = nullptr;
+    reader.text = nullptr;
+    reader.place = {0, 0};
 }
 
 // A line that asks for more memory than there is ends the read with a text, as a bad one does.
@@ -336,15 +345,18 @@ int reader_run_data(const char* text, const char* comment_chars, int32_t comment
     return reader.abort ? 0 : 1;
 }
 
-int reader_run_text(const std::string& text, const char* comment_chars, int32_t comment_count, LineCallback callback,
-                    void* context) {
-    if (!arguments_usable(text.c_str(), comment_chars, comment_count, callback)) { return 0; }
+int reader_run_text(std::string_view text, const char* comment_chars, int32_t comment_count, LineCallback callback,
+                    void* context, const char* file_name) {
+    if (!arguments_usable("", comment_chars, comment_count, callback)) { return 0; }
     LineReader reader;
-    start(reader, DATA_NAME, comment_chars, comment_count);
-    reader.data = text.data();
+    start(reader, file_name != nullptr ? file_name : DATA_NAME, comment_chars, comment_count);
+    reader.text = reader.data = text.data();
     reader.data_end = text.data() + text.size();
     make_current(&reader);
     while (!reader.abort && next_text_line(reader)) { hand_over(reader, callback, context); }
+    if (file_name != nullptr && reader.abort && load_failure().text.empty()) {
+        load_failure_set("this line cannot be used");
+    }
     make_current(nullptr);
     return reader.abort ? 0 : 1;
 }
@@ -363,6 +375,27 @@ int reader_has_more_tokens() { return current_reader != nullptr && current_reade
 
 int reader_token_equals(const char* text, int32_t index) {
     return text != nullptr && reader_has_token(index) && std::strcmp(reader_tokens->texts[index], text) == 0;
+}
+
+TextPlace reader_line_place() { return current_reader != nullptr ? current_reader->place : TextPlace{0, 0}; }
+
+std::vector<TextPlace> reader_token_places() {
+    std::vector<TextPlace> places;
+    const char* const line = reader_line();
+    const char* at = line;
+    while (static_cast<int32_t>(places.size()) < reader_tokens->count) {
+        while (is_blank(*at)) { ++at; }
+        const char* const begin = at;
+        char copy[READER_LINE_SIZE + 1];
+        char* end = copy;
+        WordShape unused;
+        const bool quoted = *at == '"';
+        at = quoted ? copy_quoted_text(at + 1, end) : copy_bare_word(at, end, unused);
+        const bool closed = quoted && *at == '"';
+        places.push_back({static_cast<size_t>(begin - line), static_cast<size_t>(at - line) + (closed ? 1 : 0)});
+        at += *at != '\0' ? 1 : 0;
+    }
+    return places;
 }
 
 const char* reader_line() { return current_reader != nullptr ? current_reader->line : nullptr; }

@@ -2,9 +2,12 @@
 // the callback pulls what it wants through the accessors, which serve the innermost read in progress.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "foundation/text.h"
 
@@ -32,9 +35,10 @@ int reader_run_file(const char* path, const char* comment_chars, int32_t comment
                     void* context);
 int reader_run_data(const char* text, const char* comment_chars, int32_t comment_count, LineCallback callback,
                     void* context);
-// A text in memory by the rules of a file: a lone CR ends no line, and a line without a byte counts.
-int reader_run_text(const std::string& text, const char* comment_chars, int32_t comment_count, LineCallback callback,
-                    void* context);
+// A text in memory by the rules of a file: a lone CR ends no line, and a line without a byte counts. With a file name
+// it is taken for what was read from that file.
+int reader_run_text(std::string_view text, const char* comment_chars, int32_t comment_count, LineCallback callback,
+                    void* context, const char* file_name = nullptr);
 
 void reader_abort();  // ends the read behind the running callback
 // For a callback that goes on where its format would end: 1 when the read was to end, which it then does not.
@@ -67,6 +71,17 @@ inline std::optional<std::string> reader_text_if_any(int32_t index) {
     const char* text = reader_text(index);
     return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
 }
+
+// Bytes of the line in hand, or of the text that reader_run_text reads. The end is that behind the last byte.
+struct TextPlace {
+    size_t begin;
+    size_t end;
+};
+
+// Where the line in hand stands in the text of reader_run_text: behind a byte-order mark, before its line end.
+TextPlace reader_line_place();
+// Where its tokens stand in it, with their quotes.
+std::vector<TextPlace> reader_token_places();
 
 const char* reader_line();
 int32_t reader_line_number();

@@ -21,6 +21,7 @@ namespace {
 // The first difference found. Each note answers whether there is one by now, so that the next look can be left out.
 struct Comparison {
     std::string difference;
+    bool counts;
 };
 
 std::string shown(int64_t value) { return std::to_string(value); }
@@ -59,12 +60,10 @@ std::vector<const Element*> elements_of(const KeyedList& list) {
     return elements;
 }
 
-// Compares two lists place by place.
 template <typename Element, typename Look>
-bool note_list(Comparison& found, const std::string& where, const char* plural, const KeyedList& a, const KeyedList& b,
-               const Look& look) {
-    const std::vector<const Element*> first = elements_of<Element>(a);
-    const std::vector<const Element*> second = elements_of<Element>(b);
+bool note_elements(Comparison& found, const std::string& where, const char* plural,
+                   const std::vector<const Element*>& first, const std::vector<const Element*>& second,
+                   const Look& look) {
     if (note(found, where, plural, static_cast<int64_t>(first.size()), static_cast<int64_t>(second.size()))) {
         return true;
     }
@@ -72,6 +71,13 @@ bool note_list(Comparison& found, const std::string& where, const char* plural, 
         if (look(*first[i], *second[i], i + 1)) { return true; }
     }
     return false;
+}
+
+// Compares two lists place by place.
+template <typename Element, typename Look>
+bool note_list(Comparison& found, const std::string& where, const char* plural, const KeyedList& a, const KeyedList& b,
+               const Look& look) {
+    return note_elements(found, where, plural, elements_of<Element>(a), elements_of<Element>(b), look);
 }
 
 // ---- joints ----
@@ -110,17 +116,40 @@ bool note_joints(Comparison& found, const Model& a, const Model& b) {
         return note(found, "joint " + std::to_string(rank) + ": ", "name", +x.name, +y.name) ||
                note(found, where, "place", x.position, y.position) ||
                note(found, where, "parent", +x.parent_name, +y.parent_name) ||
-               note(found, where, "points", int64_t{x.point_count}, int64_t{y.point_count});
+               (found.counts && note(found, where, "points", int64_t{x.point_count}, int64_t{y.point_count}));
     });
 }
 
+bool same_group(const Skeletons& skeletons, const BlendWeight& a, const BlendWeight& b) {
+    return rank_of(skeletons.a, a.joint_a) == rank_of(skeletons.b, b.joint_a) &&
+           rank_of(skeletons.a, a.joint_b) == rank_of(skeletons.b, b.joint_b);
+}
+
+// Without counts the second model need not have a group that its points do without.
+std::vector<const BlendWeight*> compared_blends(const Comparison& found, const Skeletons& skeletons, const Model& a,
+                                                const std::vector<const BlendWeight*>& of_b) {
+    std::vector<const BlendWeight*> blends = elements_of<BlendWeight>(a.blends);
+    if (found.counts) { return blends; }
+    auto next = of_b.begin();
+    std::vector<const BlendWeight*> compared;
+    for (const BlendWeight* blend : blends) {
+        if (next != of_b.end() && same_group(skeletons, *blend, **next)) {
+            compared.push_back(blend);
+            ++next;
+        }
+    }
+    return compared;
+}
+
 bool note_blends(Comparison& found, const Skeletons& skeletons, const Model& a, const Model& b) {
-    return note_list<BlendWeight>(
-        found, "", "blends", a.blends, b.blends, [&](const BlendWeight& x, const BlendWeight& y, size_t rank) {
+    const std::vector<const BlendWeight*> of_b = elements_of<BlendWeight>(b.blends);
+    return note_elements(
+        found, "", "blends", compared_blends(found, skeletons, a, of_b), of_b,
+        [&](const BlendWeight& x, const BlendWeight& y, size_t rank) {
             const std::string where = "blend " + std::to_string(rank) + ": ";
             return note_joint_of(found, where, "first joint", skeletons, x.joint_a, y.joint_a) ||
                    note_joint_of(found, where, "second joint", skeletons, x.joint_b, y.joint_b) ||
-                   note(found, where, "points", int64_t{x.point_count}, int64_t{y.point_count});
+                   (found.counts && note(found, where, "points", int64_t{x.point_count}, int64_t{y.point_count}));
         });
 }
 
@@ -318,10 +347,10 @@ bool is_next(float a, float b) {
 
 bool normals_match(const Vec3& a, const Vec3& b) { return is_next(a.x, b.x) && is_next(a.y, b.y) && is_next(a.z, b.z); }
 
-std::string model_difference(const Model* a, const Model* b) {
+std::string model_difference(const Model* a, const Model* b, bool counts) {
     if (a == b) { return {}; }
     if (a == nullptr || b == nullptr) { return a != nullptr ? "only the first is there" : "only the second is there"; }
-    Comparison found;
+    Comparison found{{}, counts};
     const Skeletons skeletons{joint_ranks(*a), joint_ranks(*b)};
     (void)(note_flag(found, "", "normals", a->has_normals, b->has_normals) ||
            note_flag(found, "", "gouraud colours", a->has_gouraud, b->has_gouraud) || note_joints(found, *a, *b) ||

@@ -78,9 +78,14 @@ void parse_transparency(ModelFileContext& file) {
     }
 }
 
+int add_image(ModelFileContext& file, int slot, const char* name, int axis_u, int axis_v) {
+    const auto add = file.names_only ? model_name_image : model_add_image;
+    return add(file.model, file.layer, slot, name, axis_u, axis_v);
+}
+
 void parse_reflect(ModelFileContext& file) {
     if (has_tokens(reader_token_count() >= 3, "Bad reflection map definition")) {
-        require(model_add_image(file.model, file.layer, IMAGE_SLOT_REFLECTION, reader_text(1), 0, 0) &&
+        require(add_image(file, IMAGE_SLOT_REFLECTION, reader_text(1), 0, 0) &&
                 model_set_reflection(file.model, file.layer, reader_float(2)));
     }
 }
@@ -123,7 +128,7 @@ void parse_image(ModelFileContext& file) {
                                 BAD_IMAGE)) {
         return;
     }
-    require(model_add_image(file.model, file.layer, IMAGE_SLOT_BASE, image_name(), axis_u, axis_v));
+    require(add_image(file, IMAGE_SLOT_BASE, image_name(), axis_u, axis_v));
     if (repeated) {
         model_set_image_repeat(file.model, file.layer, 1, repeat_u, repeat_v);  // also behind a failure: intended
     }
@@ -131,7 +136,7 @@ void parse_image(ModelFileContext& file) {
 
 void parse_mirror_image(ModelFileContext& file) {
     if (has_tokens(reader_token_count() >= 2, BAD_IMAGE)) {
-        require(model_add_image(file.model, file.layer, IMAGE_SLOT_MIRROR, image_name(), 0, 0));
+        require(add_image(file, IMAGE_SLOT_MIRROR, image_name(), 0, 0));
     }
 }
 
@@ -206,8 +211,9 @@ void parse_uvee(ModelFileContext& file) {
     }
 }
 
+constexpr int32_t POLYLINE = 2;
+
 void parse_line(ModelFileContext& file) {
-    constexpr int32_t POLYLINE = 2;
     if (reader_int(0) != POLYLINE) {
         return;  // other types are passed over
     }
@@ -271,12 +277,16 @@ PrimitiveParts curved_parts(const PrimitiveForm& form, int32_t count) {
     return {count >= form.controls_at + 2 * form.corners, true, true, true};
 }
 
+PrimitiveParts parts_of_line(const PrimitiveForm& form) {
+    const int32_t count = reader_token_count();
+    return form.curve_token != 0 ? curved_parts(form, count) : flat_parts(form, count);
+}
+
 // A wrong count is noted and the primitive is added from what is there, all parts taken to be present: the missing
 // ids are 0, which no point has, so that the text of the failed add replaces this one. Intended; only where nothing
 // looks at what is missing does the first text stay.
 void parse_primitive(ModelFileContext& file, const PrimitiveForm& form) {
-    const int32_t count = reader_token_count();
-    const PrimitiveParts parts = form.curve_token != 0 ? curved_parts(form, count) : flat_parts(form, count);
+    const PrimitiveParts parts = parts_of_line(form);
     has_tokens(parts.well_formed, BAD_TRIANGLE);
     int32_t points[CORNER_LIMIT] = {};
     int32_t normals[CORNER_LIMIT] = {};
@@ -294,20 +304,23 @@ void parse_primitive(ModelFileContext& file, const PrimitiveForm& form) {
                                parts.curve ? reader_int(form.curve_token) : form.curve_type));
 }
 
-void parse_surface(ModelFileContext& file) {
-    constexpr int32_t POLYGON = 2;
-    const int32_t type = reader_int(0);
-    if (type == POLYGON) {
-        parse_polygon(file);
-        return;
-    }
+constexpr int32_t POLYGON = 2;
+
+const PrimitiveForm* find_form(int32_t type) {
     for (const PrimitiveForm& form : PRIMITIVE_FORMS) {
-        if (form.type == type) {
-            parse_primitive(file, form);
-            return;
-        }
+        if (form.type == type) { return &form; }
     }
-    fail(BAD_TRIANGLE);
+    return nullptr;
+}
+
+void parse_surface(ModelFileContext& file) {
+    if (reader_int(0) == POLYGON) {
+        parse_polygon(file);
+    } else if (const PrimitiveForm* form = find_form(reader_int(0))) {
+        parse_primitive(file, *form);
+    } else {
+        fail(BAD_TRIANGLE);
+    }
 }
 
 void parse_data(ModelFileContext& file) {
@@ -327,18 +340,26 @@ struct Keyword {
     const char* word;
     LineMode mode;
     void (*statement)(ModelFileContext&);
+    ModelLineKind kind;
 };
 
 constexpr Keyword KEYWORDS[] = {
-    {"points", LINE_MODE_POINTS, nullptr},       {"normals", LINE_MODE_NORMALS, nullptr},
-    {"layer", LINE_MODE_NONE, parse_layer},      {"transparency", LINE_MODE_NONE, parse_transparency},
-    {"reflect", LINE_MODE_NONE, parse_reflect},  {"invisible", LINE_MODE_NONE, parse_invisible},
-    {"joint", LINE_MODE_NONE, parse_joint},      {"blend", LINE_MODE_NONE, parse_blend},
-    {"triangles", LINE_MODE_TRIANGLES, nullptr}, {"lines", LINE_MODE_LINES, nullptr},
-    {"goraud", LINE_MODE_GOURAUD, nullptr},  // both spellings occur in models
-    {"gouraud", LINE_MODE_GOURAUD, nullptr},     {"uvees", LINE_MODE_UVEES, nullptr},
-    {"image", LINE_MODE_NONE, parse_image},      {"mirrorimage", LINE_MODE_NONE, parse_mirror_image},
-    {"child", LINE_MODE_NONE, parse_child},
+    {"points", LINE_MODE_POINTS, nullptr, LINE_IS_SECTION},
+    {"normals", LINE_MODE_NORMALS, nullptr, LINE_IS_SECTION},
+    {"layer", LINE_MODE_NONE, parse_layer, LINE_IS_LAYER},
+    {"transparency", LINE_MODE_NONE, parse_transparency, LINE_IS_TRANSPARENCY},
+    {"reflect", LINE_MODE_NONE, parse_reflect, LINE_IS_REFLECT},
+    {"invisible", LINE_MODE_NONE, parse_invisible, LINE_IS_INVISIBLE},
+    {"joint", LINE_MODE_NONE, parse_joint, LINE_IS_JOINT},
+    {"blend", LINE_MODE_NONE, parse_blend, LINE_IS_BLEND},
+    {"triangles", LINE_MODE_TRIANGLES, nullptr, LINE_IS_SECTION},
+    {"lines", LINE_MODE_LINES, nullptr, LINE_IS_SECTION},
+    {"goraud", LINE_MODE_GOURAUD, nullptr, LINE_IS_SECTION},  // both spellings occur in models
+    {"gouraud", LINE_MODE_GOURAUD, nullptr, LINE_IS_SECTION},
+    {"uvees", LINE_MODE_UVEES, nullptr, LINE_IS_SECTION},
+    {"image", LINE_MODE_NONE, parse_image, LINE_IS_IMAGE},
+    {"mirrorimage", LINE_MODE_NONE, parse_mirror_image, LINE_IS_MIRROR_IMAGE},
+    {"child", LINE_MODE_NONE, parse_child, LINE_IS_CHILD},
 };
 
 const Keyword* find_keyword(const char* word) {
@@ -361,6 +382,23 @@ void model_parse_line(ModelFileContext* file) {
     } else {
         load_problem_note("no keyword: the line is passed over");
     }
+}
+
+ModelLine model_line_in_hand(const ModelFileContext& file) {
+    if (reader_is_int(0)) { return {LINE_IS_DATA, file.mode}; }
+    const Keyword* keyword = find_keyword(reader_text(0));
+    return keyword != nullptr ? ModelLine{keyword->kind, keyword->mode} : ModelLine{LINE_IS_NOTHING, file.mode};
+}
+
+PrimitiveTokens model_primitive_tokens() {
+    const PrimitiveForm* form = find_form(reader_int(0));
+    if (form == nullptr) { return {reader_token_count(), 0, 0, 0}; }
+    const PrimitiveParts parts = parts_of_line(*form);
+    PrimitiveTokens tokens{form->corners + 1, 0, 0, 0};
+    if (parts.curve) { tokens.count = (tokens.curve_at = form->curve_token) + 1; }
+    if (parts.normals) { tokens.count = (tokens.normals_at = form->normals_at) + form->corners; }
+    if (parts.controls) { tokens.count = (tokens.controls_at = form->controls_at) + 2 * form->corners; }
+    return tokens;
 }
 
 bool model_knows_keyword(const char* word) { return find_keyword(word) != nullptr; }
