@@ -35,6 +35,7 @@ struct ImportResult {
     std::vector<std::string> notes;   // choices that were made
     std::vector<std::string> losses;  // what the source says and the model does not, one line each
     std::vector<ImportedFile> files;  // in the order in which they are to be written: what names others comes last
+    std::string main;                 // the name of that which goes to the place that was asked for
     std::vector<std::string> sources;  // the files that were read, as far as it came
 };
 
@@ -42,13 +43,14 @@ struct ImportResult {
 struct ImportSource {
     std::string directory;         // where its images lie, with the separator; empty for the current one
     std::string format;            // the ending of its file, in lower case and without the dot
-    std::string stem;              // what the files that are made are called, without ".mod"
+    std::string stem;              // what the names of all files that are made begin with
+    std::string model_file = {};   // how the first model will be called, for those that name it; empty for stem.mod
     std::vector<std::string> losses = {};  // what its reader has left out already
 };
 
-// Reads any file that the library of formats knows. The stem is that of the model to be made. Everything happens in
-// this process: a broken file may end it, or take any memory and time.
-ImportResult import_model_file(const std::string& path, const std::string& stem, const ImportOptions& options);
+// Reads any file that the library of formats knows, for a model in a file of this name, which has no directory.
+// Everything happens in this process: a broken file may end it, or take any memory and time.
+ImportResult import_model_file(const std::string& path, const std::string& model_file, const ImportOptions& options);
 
 // The same from a scene in memory, whatever nonsense it holds.
 ImportResult import_scene(const aiScene& scene, const ImportSource& source, const ImportOptions& options);

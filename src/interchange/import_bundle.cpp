@@ -68,6 +68,7 @@ std::string import_bundle(const ImportResult& result) {
     put_texts(bytes, result.notes);
     put_texts(bytes, result.losses);
     put_texts(bytes, result.sources);
+    put_text(bytes, result.main);
     put_number(bytes, result.files.size());
     for (const ImportedFile& file : result.files) {
         put_text(bytes, file.name);
@@ -82,6 +83,7 @@ bool import_unbundle(const std::string& bytes, ImportResult* result) {
     result->notes = take_texts(from);
     result->losses = take_texts(from);
     result->sources = take_texts(from);
+    result->main = take_text(from);
     for (uint64_t left = take_number(from); left > 0 && !from.failed; --left) {
         const std::string name = take_text(from);
         from.failed = from.failed || !is_plain_file_name(name);

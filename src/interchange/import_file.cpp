@@ -14,6 +14,7 @@
 
 #include "foundation/file_access.h"
 #include "interchange/import.h"
+#include "interchange/surface_look.h"
 
 namespace pelt {
 
@@ -64,6 +65,11 @@ std::string reason_of(const Assimp::Importer& importer) {
     return reason.empty() ? "it cannot be read" : "it cannot be read: " + reason;
 }
 
+bool has_bones(const aiScene& scene) {
+    return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes,
+                       [](const aiMesh* mesh) { return mesh->mNumBones > 0; });
+}
+
 bool lacks_normals(const aiScene& scene) {
     return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes, [](const aiMesh* mesh) {
         return mesh->mNormals == nullptr && (mesh->mPrimitiveTypes & ~(aiPrimitiveType_POINT | aiPrimitiveType_LINE));
@@ -72,7 +78,7 @@ bool lacks_normals(const aiScene& scene) {
 
 }  // namespace
 
-ImportResult import_model_file(const std::string& path, const std::string& stem, const ImportOptions& options) {
+ImportResult import_model_file(const std::string& path, const std::string& model_file, const ImportOptions& options) {
     ImportResult result;
     if (file_resolve(path.c_str()).empty()) {
         result.error = "there is no such file";
@@ -90,8 +96,10 @@ ImportResult import_model_file(const std::string& path, const std::string& stem,
         result.sources = opened;
         return result;
     }
-    ImportSource source{path.substr(0, path_directory_length(path.c_str())), ending_of(path), stem};
-    if (moves_by_frames(source.format)) { source.losses.push_back("frames behind the first left out"); }
+    constexpr size_t STEM_LENGTH = 60;
+    const std::string stem = plain_name(model_file.substr(0, model_file.rfind('.')), STEM_LENGTH);
+    ImportSource source{path.substr(0, path_directory_length(path.c_str())), ending_of(path), stem, model_file};
+    if (moves_by_frames(source.format) && !has_bones(*scene)) { source.losses.push_back("frames behind the first left out"); }
     result = import_scene(*scene, source, options);
     result.sources.insert(result.sources.begin(), opened.begin(), opened.end());
     if (makes_normals && result.error.empty()) {

@@ -187,7 +187,7 @@ void tell_losses(const MeshTaking& taking) {
     add(leaves, "meshes whose image repeats where it ended or was mirrored");
 }
 
-void take_mesh(const MeshPlace& at, double scale, LookBook& book, const SkinOf& skin_of, SoupPart* part) {
+void take_mesh(const MeshPlace& at, double scale, LookBook& book, const std::vector<int32_t>& skins, SoupPart* part) {
     const int32_t look = look_of_mesh(book, *at.mesh);
     const MeshTaking taking{&at,
                             &book.looks[static_cast<size_t>(look)],
@@ -199,7 +199,7 @@ void take_mesh(const MeshPlace& at, double scale, LookBook& book, const SkinOf& 
                             &book};
     part->coloured = part->coloured || has_own_colours(*at.mesh);
     for (unsigned i = 0; i < at.mesh->mNumVertices; ++i) {
-        part->vertices.push_back(vertex_of(taking, i, skin_of ? skin_of(at, i) : NO_SKIN));
+        part->vertices.push_back(vertex_of(taking, i, i < skins.size() ? skins[i] : NO_SKIN));
     }
     take_faces(taking);
     tell_losses(taking);
@@ -207,8 +207,8 @@ void take_mesh(const MeshPlace& at, double scale, LookBook& book, const SkinOf& 
 
 }  // namespace
 
-std::vector<SoupPart> make_parts(const SourceScene& source, double scale, LookBook& book, const SkinOf& skin_of,
-                                 std::string* error) {
+std::vector<SoupPart> make_parts(const SourceScene& source, double scale, LookBook& book,
+                                 const std::vector<std::vector<int32_t>>& skins, std::string* error) {
     int64_t faces = 0;
     for (const MeshPlace& at : source.places) { faces += at.mesh->mNumFaces; }
     if (faces > IMPORT_FACE_LIMIT) {
@@ -216,10 +216,11 @@ std::vector<SoupPart> make_parts(const SourceScene& source, double scale, LookBo
         return {};
     }
     std::vector<SoupPart> parts(source.unit_names.size());
-    for (const MeshPlace& at : source.places) {
+    for (size_t i = 0; i < source.places.size(); ++i) {
+        const MeshPlace& at = source.places[i];
         SoupPart& part = parts[static_cast<size_t>(at.unit)];
         part.name = source.unit_names[static_cast<size_t>(at.unit)];
-        take_mesh(at, scale, book, skin_of, &part);
+        take_mesh(at, scale, book, i < skins.size() ? skins[i] : std::vector<int32_t>(), &part);
     }
     for (SoupPart& part : parts) { soup_compact(&part); }
     return parts;

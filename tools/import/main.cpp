@@ -12,7 +12,6 @@
 #include "foundation/file_access.h"
 #include "interchange/import.h"
 #include "interchange/import_bundle.h"
-#include "interchange/surface_look.h"
 #include "limited_child.h"
 #include "output_file.h"
 #include "system.h"
@@ -38,7 +37,6 @@ constexpr const char* FOOTER =
     "Example: pelt-import chair.gltf -o models/chair.mod\n";
 
 constexpr const char* MODEL_EXTENSION = ".mod";
-constexpr size_t STEM_LENGTH = 60;
 
 struct ImportCommand {
     std::string input;
@@ -72,9 +70,9 @@ fs::path output_path(const ImportCommand& command, int* status) {
     return path;
 }
 
-ImportResult import_in_child(const ImportCommand& command, const std::string& stem) {
+ImportResult import_in_child(const ImportCommand& command, const std::string& model_file) {
     const ChildResult child = run_in_child(command.limits, [&] {
-        return import_bundle(import_model_file(command.input, stem, command.options));
+        return import_bundle(import_model_file(command.input, model_file, command.options));
     });
     ImportResult result;
     if (!child.error.empty()) {
@@ -86,10 +84,14 @@ ImportResult import_in_child(const ImportCommand& command, const std::string& st
     return result;
 }
 
+fs::path path_of_file(const ImportResult& result, const ImportedFile& file, const fs::path& output) {
+    return file.name == result.main ? output : output.parent_path() / path_of(file.name);
+}
+
 // An image that is made may have the name of one that was read.
 bool spares_sources(const ImportResult& result, const fs::path& output) {
     for (const ImportedFile& file : result.files) {
-        const fs::path written = &file == &result.files.back() ? output : output.parent_path() / path_of(file.name);
+        const fs::path written = path_of_file(result, file, output);
         for (const std::string& source : result.sources) {
             std::error_code unimportant;
             if (fs::equivalent(written, path_of(source), unimportant)) {
@@ -103,9 +105,7 @@ bool spares_sources(const ImportResult& result, const fs::path& output) {
 
 bool write_files(const ImportResult& result, const fs::path& output) {
     return std::all_of(result.files.begin(), result.files.end(), [&](const ImportedFile& file) {
-        const bool is_model = &file == &result.files.back();
-        const fs::path path = is_model ? output : output.parent_path() / path_of(file.name);
-        return write_replacing(name_of(path), file.content);
+        return write_replacing(name_of(path_of_file(result, file, output)), file.content);
     });
 }
 
@@ -113,7 +113,7 @@ int run_import(const ImportCommand& command) {
     int status = STATUS_GOOD;
     const fs::path output = output_path(command, &status);
     if (output.empty()) { return status; }
-    const ImportResult result = import_in_child(command, plain_name(name_of(output.stem()), STEM_LENGTH));
+    const ImportResult result = import_in_child(command, name_of(output.filename()));
     if (!result.error.empty() || result.files.empty()) {
         print_report(command.input + ": " + (result.error.empty() ? "nothing was made of it" : result.error));
         return STATUS_BAD_MODEL;
@@ -130,8 +130,7 @@ int run_import(const ImportCommand& command) {
     if (command.quiet) { return STATUS_GOOD; }
     for (const std::string& note : result.notes) { print_line(command.input + ": " + note); }
     for (const ImportedFile& file : result.files) {
-        const bool is_model = &file == &result.files.back();
-        print_line("made " + name_of(is_model ? output : output.parent_path() / path_of(file.name)));
+        print_line("made " + name_of(path_of_file(result, file, output)));
     }
     return STATUS_GOOD;
 }
