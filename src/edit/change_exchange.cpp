@@ -78,6 +78,15 @@ private:
         }
         int32_t slot() const { return entry->place.slot; }
         const unsigned char* end() const { return key + entry->size; }
+
+        // Zero in every byte where the entry has none.
+        template <typename Record>
+        Record record() const {
+            if (static_cast<size_t>(end() - image) >= sizeof(Record)) { return image_read<Record>(image); }
+            Record blank;
+            std::memset(static_cast<void*>(&blank), 0, sizeof blank);
+            return blank;
+        }
     };
 
     template <typename Work>
@@ -144,7 +153,7 @@ void* ChangeExchange::add_back(const Both& each, KeyedList* list) {
 void ChangeExchange::layer_out(const Both& each) {
     auto* layer = list_at<Layer>(&each.model->layers, each.slot(), 0);
     if (layer == nullptr) { return; }
-    const uint64_t wanted = image_read<LayerImageOfSlot>(each.image).serial;
+    const uint64_t wanted = each.record<LayerImageOfSlot>().serial;
     if (each.stays(place_form(CONTENT_LAYERS).key_size) && wanted == layer->serial) { return; }
     session_forget_layer(session_, layer);
     parked_->put_layer(*layer);
@@ -173,7 +182,7 @@ void ChangeExchange::model_out(Model* model, ModelAnimation* animation) {
 void ChangeExchange::link_out(const Both& each) {
     auto* link = list_at<ChildLink>(&each.model->children, each.slot(), 0);
     if (link == nullptr) { return; }
-    const auto wanted = image_read<LinkImage>(each.image);
+    const auto wanted = each.record<LinkImage>();
     const bool stays = each.stays(place_form(CONTENT_CHILDREN).key_size);
     const bool same_model = stays && link->model != nullptr && wanted.model == link->model->serial;
     if (!link->borrowed && !same_model) {
@@ -189,7 +198,7 @@ void ChangeExchange::root_out(const Both& each) {
     const auto* found = list_at<const RootModel>(&session_->root_models, each.slot(), 0);
     if (found == nullptr) { return; }
     const RootModel root = *found;
-    const bool same_model = root.model != nullptr && image_read<RootImage>(each.image).model == root.model->serial;
+    const bool same_model = root.model != nullptr && each.record<RootImage>().model == root.model->serial;
     if (each.stays(place_form(PLACE_ROOT).key_size) && same_model) { return; }
     list_remove_slot(&session_->root_models, each.slot());
     model_out(root.model, root.animation);
@@ -199,7 +208,7 @@ void ChangeExchange::root_out(const Both& each) {
 
 void ChangeExchange::root_in(const Both& each) {
     if (!each.was()) { return; }
-    const auto image = image_read<RootImage>(each.image);
+    const auto image = each.record<RootImage>();
     if (list_at(&session_->root_models, each.slot(), 0) != nullptr) { return; }
     Model* model = parked_->take_model(image.model);
     if (model == nullptr) { return; }
@@ -217,7 +226,7 @@ void ChangeExchange::model_in(Model* model, bool live) {
 
 void ChangeExchange::link_in(const Both& each) {
     if (!each.was()) { return; }
-    const auto image = image_read<LinkImage>(each.image);
+    const auto image = each.record<LinkImage>();
     auto* link = list_at<ChildLink>(&each.model->children, each.slot(), 0);
     Model* model = link != nullptr ? link->model : nullptr;
     const int32_t state_index = link != nullptr ? link->state_index : -1;
@@ -236,7 +245,7 @@ void ChangeExchange::link_in(const Both& each) {
 
 void ChangeExchange::layer_in(const Both& each) {
     KeyedList* layers = &each.model->layers;
-    const auto image = image_read<LayerImageOfSlot>(each.image);
+    const auto image = each.record<LayerImageOfSlot>();
     auto* layer = list_at<Layer>(layers, each.slot(), 0);
     if (each.was() && layer == nullptr) {
         Layer taken{};
@@ -306,7 +315,7 @@ void ChangeExchange::record_in(const Both& each, Layer* layer) {
 }
 
 void ChangeExchange::images_in(const Both& each, Layer* layer, LayerImage* image) {
-    *image = image_read<LayerImage>(each.image);
+    *image = each.record<LayerImage>();
     for (int slot = 0; slot < LAYER_IMAGE_SLOTS; ++slot) {
         const int32_t id = image->image_id[slot];
         if (id <= 0) { continue; }
@@ -330,7 +339,7 @@ void ChangeExchange::state_out(const Both& each) {
 
 void ChangeExchange::state_in(const Both& each) {
     KeyedList* states = &session_->model_states;
-    const auto image = image_read<StateImage>(each.image);
+    const auto image = each.record<StateImage>();
     Model* model = each.was() ? change_watched_model(image.model) : nullptr;
     auto* state = list_at<ModelState>(states, each.slot(), 0);
     if (model != nullptr && !(state != nullptr && state->id == image.state.id)) {
@@ -351,7 +360,7 @@ void ChangeExchange::state_in(const Both& each) {
 
 void ChangeExchange::hang(const Both& each) {
     const auto* root = list_at<const RootModel>(&session_->root_models, each.slot(), 0);
-    const auto image = image_read<HangingImage>(each.image);
+    const auto image = each.record<HangingImage>();
     if (root == nullptr || root->animation == nullptr || root->animation != image.animation) { return; }
     root->animation->parent_model = image.parent_model;
     root->animation->parent_animation = image.parent_animation;
@@ -360,7 +369,7 @@ void ChangeExchange::hang(const Both& each) {
 
 void ChangeExchange::fields_in(const Both& each) {
     Model* model = each.model;
-    const auto image = image_read<FieldsImage>(each.image);
+    const auto image = each.record<FieldsImage>();
     const unsigned char* texts = each.image + sizeof image;
     std::memcpy(model->path, image.path, sizeof model->path);
     std::memcpy(model->name, image.name, sizeof model->name);
@@ -379,7 +388,7 @@ void ChangeExchange::fields_in(const Both& each) {
 }
 
 void ChangeExchange::scene_fields_in(const Both& each) {
-    const auto image = image_read<SceneFieldsImage>(each.image);
+    const auto image = each.record<SceneFieldsImage>();
     const unsigned char* texts = each.image + sizeof image;
     session_->anim_end = image.anim_end;
     session_->radius = image.radius;
@@ -393,9 +402,11 @@ void ChangeExchange::scene_fields_in(const Both& each) {
 void ChangeExchange::link_state_in(const Both& each) {
     auto* link = list_at<ChildLink>(&each.model->children, each.slot(), 0);
     if (!each.was() || link == nullptr || each.model->watched != WATCH_IN_SCENE) { return; }
-    const auto image = image_read<LinkImage>(each.image);
+    const auto image = each.record<LinkImage>();
     KeyedList* states = &session_->child_states;
-    if (link->state_index < 0 && image.state_id != 0) {
+    const auto* known = list_at<const ChildState>(states, link->state_index, 0);
+    if (image.state_id != 0 && (known == nullptr || known->id != image.state_id)) {
+        session_forget_child(session_, link);
         make_room<ChildState>(states, image.state_slot,
                               [](const ChildState& moved, int32_t slot) { moved.link->state_index = slot; });
         auto* state = static_cast<ChildState*>(list_add_at(states, image.state_slot, image.state_id));
