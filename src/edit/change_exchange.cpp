@@ -1,7 +1,7 @@
 // The exchange of what a change set holds with what is there.
 //
-// What surprises: it goes in rounds over all entries, because things move between the scene and Parked as a whole: first
-// everything goes out that does not stay, then comes in what belongs there, then the plain records are put right
+// What surprises: it goes in rounds over all entries, because things move between the scene and Parked as a whole:
+// first everything goes out that does not stay, then comes in what belongs there, then the plain records are put right
 // wherever their lists are by then, and last what is only known when all stands: states, placements, poses.
 #include <cstring>
 #include <unordered_set>
@@ -126,7 +126,11 @@ ChangeExchange::Both ChangeExchange::both(size_t i) const {
     const ChangeEntry& now = now_->entries_[i];
     const size_t key_size = place_form(entry.place.kind).key_size;
     const unsigned char* key = before_->bytes_.data() + entry.at;
-    return Both{&entry, key + key_size, key, &now, now_->bytes_.data() + now.at + key_size,
+    return Both{&entry,
+                key + key_size,
+                key,
+                &now,
+                now_->bytes_.data() + now.at + key_size,
                 entry.place.model != 0 ? change_watched_model(entry.place.model) : nullptr};
 }
 
@@ -142,9 +146,7 @@ void ChangeExchange::for_each(Work work) {
 }
 
 void* ChangeExchange::add_back(const Both& each, KeyedList* list) {
-    if (list->kind == KEY_STRING) {
-        return list_add_at(list, each.slot(), reinterpret_cast<const char*>(each.key));
-    }
+    if (list->kind == KEY_STRING) { return list_add_at(list, each.slot(), reinterpret_cast<const char*>(each.key)); }
     return list_add_at(list, each.slot(), image_read<int32_t>(each.key));
 }
 

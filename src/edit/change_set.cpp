@@ -142,8 +142,8 @@ void write_hanging(ImageWriter* out, const RootModel* root) {
     auto image = blank<HangingImage>();
     if (root != nullptr && root->animation != nullptr) {
         const ModelAnimation& animation = *root->animation;
-        image = HangingImage{root->animation, animation.parent_model, animation.parent_animation,
-                             animation.parent_joint};
+        image =
+            HangingImage{root->animation, animation.parent_model, animation.parent_animation, animation.parent_joint};
     }
     out->add_record(image);
 }

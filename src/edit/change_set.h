@@ -53,7 +53,7 @@ private:
 // Content of one place, as bytes that mean something for its kind (change_set.cpp).
 struct ChangeEntry {
     ChangePlace place;
-    size_t at;       // in the bytes of the set
+    size_t at;  // in the bytes of the set
     uint32_t size;
     int16_t occupied;  // the slot had an element; 1 for a place that is no slot
     int16_t gone;      // neither the scene nor anything that is parked has the place

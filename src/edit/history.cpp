@@ -1,7 +1,7 @@
 // What was done to the scene, step by step.
 //
-// What surprises: what a command changes goes into a set of its own, also inside a step that a script has begun, so that
-// a command that fails half way can be put back alone.
+// What surprises: what a command changes goes into a set of its own, also inside a step that a script has begun, so
+// that a command that fails half way can be put back alone.
 #include "edit/history.h"
 
 #include <algorithm>
@@ -28,19 +28,19 @@ struct History {
     explicit History(Session* kept) : session(kept), command(kept, &parked), open_step(kept, &parked) {}
 
     Session* session;
-    Parked parked;              // before the sets, which name what is in it
-    ChangeSet command;          // of the command at work
-    ChangeSet open_step;        // of the commands before it in the step that a script has begun
-    std::deque<Step> done;      // the last one is taken back first
-    std::deque<Step> undone;    // the first one is done again first
+    Parked parked;            // before the sets, which name what is in it
+    ChangeSet command;        // of the command at work
+    ChangeSet open_step;      // of the commands before it in the step that a script has begun
+    std::deque<Step> done;    // the last one is taken back first
+    std::deque<Step> undone;  // the first one is done again first
     std::string command_name;
     std::string step_name;
     bool step_open = false;
-    bool muted = false;      // until the command at work ends: all that stood was replaced
-    bool whole = false;      // the command at work is to be kept whatever the limit is
-    bool joined = false;     // another command ran inside it
+    bool muted = false;   // until the command at work ends: all that stood was replaced
+    bool whole = false;   // the command at work is to be kept whatever the limit is
+    bool joined = false;  // another command ran inside it
     bool exchanging = false;
-    int32_t depth = 0;       // commands at work, one inside the other
+    int32_t depth = 0;  // commands at work, one inside the other
     int64_t limit = HISTORY_LIMIT;
     int64_t dropped = 0;
 };
@@ -87,7 +87,8 @@ void add_step(History* history, const std::string& name, ChangeSet* changes) {
 
 // ---- what is heard ----
 
-// Whether what is told now is to be kept. A change that no command makes leaves nothing that could be put back in order.
+// Whether what is told now is to be kept. A change that no command makes leaves nothing that could be put back in
+// order.
 bool listens(History* history) {
     if (history->exchanging || history->muted) { return false; }
     if (history->depth > 0) { return history->limit > 0 || history->step_open || history->whole; }
@@ -138,8 +139,8 @@ bool keep_model(void* context, Model* model) {
 
 bool keep_root(void* context, Session* session, const RootModel& root) {
     auto* history = static_cast<History*>(context);
-    const bool named = session == history->session && listens(history) &&
-                       history->parked.is_named_model(root.model->serial);
+    const bool named =
+        session == history->session && listens(history) && history->parked.is_named_model(root.model->serial);
     if (named) { history->parked.put_model(root.model, root.animation); }
     return named;
 }
@@ -304,8 +305,8 @@ bool history_redo(std::string* name) { return take_step(name, false); }
 HistoryState history_state() {
     const History* history = slot().get();
     if (history == nullptr) { return HistoryState{{}, 0, 0, 0, 0}; }
-    HistoryState state{{}, static_cast<int32_t>(history->done.size()), kept_bytes(*history), history->limit,
-                       history->dropped};
+    HistoryState state{
+        {}, static_cast<int32_t>(history->done.size()), kept_bytes(*history), history->limit, history->dropped};
     for (const auto* steps : {&history->done, &history->undone}) {
         for (const Step& step : *steps) { state.names.push_back(step.name); }
     }

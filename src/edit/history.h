@@ -1,9 +1,9 @@
-// What was done to the scene, step by step, to be taken back and done again. It listens to every change (scene/change.h)
-// of one session; there is one history in a process.
+// What was done to the scene, step by step, to be taken back and done again. It listens to every change
+// (scene/change.h) of one session; there is one history in a process.
 //
 // Changes are made by commands, one inside history_command_begin and _end. A command that changed something is a step,
-// or a part of the step that a script has begun. A command that is called while another is at work, by a report, belongs
-// to the outer one.
+// or a part of the step that a script has begun. A command that is called while another is at work, by a report,
+// belongs to the outer one.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// The content of places as bytes: how the entries of a change set are laid out. Behind the key of a slot (an integer, or
-// a text with its end) comes what is named here; nothing for a free slot but where its next tenant sees the bytes of
+// The content of places as bytes: how the entries of a change set are laid out. Behind the key of a slot (an integer,
+// or a text with its end) comes what is named here; nothing for a free slot but where its next tenant sees the bytes of
 // the former one.
 #pragma once
 
@@ -71,10 +71,10 @@ struct SceneFieldsImage {
 
 // What is the same for all places of a kind.
 struct PlaceForm {
-    size_t key_size;      // 0 for a place that is no slot with a key
-    bool is_plain;        // the bytes of the element, and those of a free slot, tell all
-    size_t state_index;   // where a plain element has the number of its run-time record, 0 for none
-    size_t vertices;      // where an element has a list of vertices, 0 for none
+    size_t key_size;     // 0 for a place that is no slot with a key
+    bool is_plain;       // the bytes of the element, and those of a free slot, tell all
+    size_t state_index;  // where a plain element has the number of its run-time record, 0 for none
+    size_t vertices;     // where an element has a list of vertices, 0 for none
 };
 const PlaceForm& place_form(int32_t kind);
 

@@ -93,8 +93,10 @@ constexpr SceneForm FORMS[] = {
     {"undo", "", 0, 0, "takes the last step back: its name, or nothing where there is none", undo},
     {"redo", "", 0, 0, "does the last step that was taken back again: its name, or nothing", redo},
     {"history", "?-limit BYTES?", 0, 2, "the steps that can be taken back, and what they cost", ask_history},
-    {"step", "begin NAME | end | cancel", 1, 2, "makes one step of several calls, or puts all of them back", run_step},
-    {"changed", "?ID?", 0, 1, "how many changes the files of the scene, or that of one model, have not got", ask_changed},
+    {"step", "WORD ?NAME?", 1, 2, "begin with a name, then end or cancel: one step of several calls, or none of them",
+     run_step},
+    {"changed", "?ID?", 0, 1, "how many changes the files of the scene, or that of one model, have not got",
+     ask_changed},
 };
 
 }  // namespace

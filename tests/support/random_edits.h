@@ -204,8 +204,8 @@ private:
         model_add_child(model, child, child->name, number(), number(), number(), 1, 1, 1, "0", "x30", "0");
     }
     void remove_child(Model* model) {
-        const auto* link = static_cast<const ChildLink*>(
-            list_at_rank(&model->children, below(list_count(&model->children))));
+        const auto* link =
+            static_cast<const ChildLink*>(list_at_rank(&model->children, below(list_count(&model->children))));
         if (link == nullptr || link->borrowed) { return; }
         const int32_t id = link->id;
         Model* child = link->model;
@@ -241,7 +241,9 @@ private:
             case 1: selection_scale(session_, share(), 1.0f, 2.0f, below(2)); break;
             case 2: selection_rotate(session_, "x30", "20", "0", below(2)); break;
             case 3: selection_pancake(session_); break;
-            case 4: selection_add_data(session_, "points\n3 4 5 6\n9 1 1 1\nlayer glass 1 2 3 doublesided\nlines\n2 3 9\n"); break;
+            case 4:
+                selection_add_data(session_, "points\n3 4 5 6\n9 1 1 1\nlayer glass 1 2 3 doublesided\nlines\n2 3 9\n");
+                break;
             case 5:
                 if (state != nullptr) { selection_add_child_model(session_, state->id); }
                 break;

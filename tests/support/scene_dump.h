@@ -1,6 +1,6 @@
-// All content of a scene as a text: every field of every record, with slots, keys and what a free slot leaves to its next
-// tenant. Pointers are written as what they point at. Run-time records are left out, but for the ids that scripts know
-// and the placements of models.
+// All content of a scene as a text: every field of every record, with slots, keys and what a free slot leaves to its
+// next tenant. Pointers are written as what they point at. Run-time records are left out, but for the ids that scripts
+// know and the placements of models.
 #pragma once
 
 #include <algorithm>
@@ -63,8 +63,8 @@ private:
     void dump_free(const KeyedList& list) {
         int32_t free_slot = 0;
         while (free_slot < list.capacity && list_at(&list, free_slot, 0) != nullptr) { ++free_slot; }
-        const int32_t told = list.kind == KEY_STRING ? list_slot_for(&list, "no key of these")
-                                                     : list_slot_for(&list, -77777);
+        const int32_t told =
+            list.kind == KEY_STRING ? list_slot_for(&list, "no key of these") : list_slot_for(&list, -77777);
         if (told != free_slot) { faults_ += "the next slot is not the lowest free one; "; }
         write("  next slot %d of %d", free_slot, list_count(&list));
     }
@@ -225,8 +225,8 @@ private:
                   image.pixels[slot] != nullptr, static_cast<double>(image.reflection));
             if (image.image_id[slot] == 0) { continue; }
             const ImageData* data = image_find_id(image.image_id[slot]);
-            const bool known = data != nullptr &&
-                               (image.pixels[slot] == data->pixels || image.pixels[slot] == data->keyed_pixels);
+            const bool known =
+                data != nullptr && (image.pixels[slot] == data->pixels || image.pixels[slot] == data->keyed_pixels);
             if (!known) { faults_ += "a layer has pixels that the registry has not; "; }
         }
     }
