@@ -30,7 +30,7 @@ constexpr Tone LIGHT{1.0f, 0.85f, 0.2f};
 constexpr Tone PALE{0.9f, 0.9f, 0.9f};
 constexpr Tone GRID_DARK{0.25f, 0.25f, 0.25f};
 constexpr Tone GRID_LIGHT{0.75f, 0.75f, 0.75f};
-constexpr Tone AXIS_TONES[] = {{1.0f, 0.25f, 0.25f}, {0.3f, 0.9f, 0.3f}, {0.35f, 0.55f, 1.0f}};
+constexpr Tone AXIS_TONES[] = {{1.0f, 0.2f, 0.2f}, {0.4f, 0.8f, 0.4f}, {0.4f, 0.6f, 1.0f}};
 
 constexpr GLushort SHORT_DASHES = 0x3333;
 constexpr GLushort LONG_DASHES = 0x00FF;
@@ -231,11 +231,11 @@ float units_of_pixels(const ViewState* view, const Vec3& place, float pixels) {
     return pixels * std::fabs(w) / scale;
 }
 
-// The step that covers what is seen with not too many lines, and the lines from the middle to each side.
+// The ground is the plane z = 0. The step that covers what is seen with not too many lines, and the lines from the middle to each side.
 struct GridPlan {
     float step;
     int lines;
-    float x, z;  // middle, on a heavy line
+    float x, y;  // middle, on a heavy line
 };
 
 GridPlan plan_grid(const ViewState* view, float step) {
@@ -244,7 +244,7 @@ GridPlan plan_grid(const ViewState* view, float step) {
     while (lines_for(step) > static_cast<float>(GRID_LINES)) { step *= static_cast<float>(GRID_HEAVY); }
     const float heavy = step * static_cast<float>(GRID_HEAVY);
     const int lines = std::max(static_cast<int>(lines_for(step)), 1);
-    return {step, lines, std::round(view->focus.x / heavy) * heavy, std::round(view->focus.z / heavy) * heavy};
+    return {step, lines, std::round(view->focus.x / heavy) * heavy, std::round(view->focus.y / heavy) * heavy};
 }
 
 void send_grid(const GridPlan& plan, bool heavy) {
@@ -253,17 +253,17 @@ void send_grid(const GridPlan& plan, bool heavy) {
     for (int i = -plan.lines; i <= plan.lines; ++i) {
         if ((i % GRID_HEAVY == 0) != heavy) { continue; }
         const float at = static_cast<float>(i) * plan.step;
-        send_place({plan.x + at, 0.0f, plan.z - reach});
-        send_place({plan.x + at, 0.0f, plan.z + reach});
-        send_place({plan.x - reach, 0.0f, plan.z + at});
-        send_place({plan.x + reach, 0.0f, plan.z + at});
+        send_place({plan.x + at, plan.y - reach, 0.0f});
+        send_place({plan.x + at, plan.y + reach, 0.0f});
+        send_place({plan.x - reach, plan.y + at, 0.0f});
+        send_place({plan.x + reach, plan.y + at, 0.0f});
     }
     glEnd();
 }
 
 void draw_grid(const ViewState* view) {
     const GridPlan plan = plan_grid(view, kept.grid_step);
-    if (!std::isfinite(plan.step) || !std::isfinite(plan.x) || !std::isfinite(plan.z)) { return; }
+    if (!std::isfinite(plan.step) || !std::isfinite(plan.x) || !std::isfinite(plan.y)) { return; }
     two_tones(GRID_DARK, 1.0f, GRID_LIGHT, DOTS, [&] { send_grid(plan, false); });
     two_tones(GRID_DARK, 1.0f, GRID_LIGHT, LONG_DASHES, [&] { send_grid(plan, true); });
 }

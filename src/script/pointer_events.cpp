@@ -14,7 +14,7 @@ namespace {
 
 std::string procedure;
 
-constexpr const char* KIND_WORDS[] = {"press", "release", "move", "drag", "wheel", "sidewheel", "leave"};
+constexpr const char* KIND_WORDS[] = {"press", "release", "move", "drag", "wheel", "leave"};
 
 struct ModifierWord {
     uint32_t held;

@@ -304,8 +304,8 @@ Tcl_Obj* run_events(const SceneWords& words) {
 }
 
 constexpr SceneForm FORMS[] = {
-    {"mark", "?clear? ?ID POINTS ?-layer NAME? ?-faces LIST?? ?-grid STEP? ?-handle PLACE AXIS? ?-edges FLAG? ?-xray FLAG? ?-pictures FLAG?",
-     0, MARK_WORDS, "what is marked in the picture; without a word it tells", run_mark},
+    {"mark", "?clear? ?ID POINTS? ?-option value ...?", 0, MARK_WORDS,
+     "marks parts of the scene in the picture; without a word, what is marked", run_mark},
     {"events", "?PROC?", 0, 1, "the procedure that hears of every event of the mouse; an empty one ends it", run_events},
 };
 

@@ -179,7 +179,7 @@ Tcl_Obj* run_show(const SceneWords& words) {
 }
 
 constexpr SceneForm FORMS[] = {
-    {"pick", "X Y ?-what point|face|layer|model? ?-within PIXELS?", 2, 6, "what is seen at a pixel", run_pick},
+    {"pick", "X Y ?-what WHAT? ?-within PIXELS?", 2, 6, "what is seen at a pixel", run_pick},
     {"inside", "X0 Y0 X1 Y1 ?-through?", 4, 5, "the points that are seen in a rectangle of pixels", run_inside},
     {"hide", "ID NAME FLAG", 3, 3, "takes a layer out of sight, or back into it", run_hide},
     {"isolate", "ID NAME", 2, 2, "takes all layers of the scene but one out of sight", run_isolate},

@@ -389,7 +389,7 @@ constexpr MessageRule MESSAGE_RULES[] = {
 }  // namespace
 
 std::intptr_t window_procedure(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
-    if (message == MESSAGE_WHEEL_HERE || message == MESSAGE_WHEEL_HERE_SIDEWAYS) {
+    if (message == MESSAGE_WHEEL_HERE) {
         input_pointer(window, message, wparam, lparam);
         return 0;
     }

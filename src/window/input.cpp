@@ -98,8 +98,8 @@ void input_pointer(WindowHandle window, uint32_t message, std::uintptr_t wparam,
         event.x = pointer_past.x = low_half(lparam);
         event.y = pointer_past.y = high_half(static_cast<std::uintptr_t>(lparam));
     }
-    if (message == MESSAGE_WHEEL_HERE || message == MESSAGE_WHEEL_HERE_SIDEWAYS) {
-        event.kind = message == MESSAGE_WHEEL_HERE ? PointerKind::WHEEL : PointerKind::WHEEL_SIDEWAYS;
+    if (message == MESSAGE_WHEEL_HERE) {
+        event.kind = PointerKind::WHEEL;
         event.wheel = high_half(wparam);
     } else if (message == MESSAGE_MOUSE_MOVE) {
         complete_move(&event);

@@ -29,7 +29,7 @@ struct KeyEvent {
 };
 
 // The same events with all that is known of them, for whoever listens beside the event procedure.
-enum class PointerKind { PRESS, RELEASE, MOVE, DRAG, WHEEL, WHEEL_SIDEWAYS, LEAVE };
+enum class PointerKind { PRESS, RELEASE, MOVE, DRAG, WHEEL, LEAVE };
 
 struct PointerEvent {
     PointerKind kind;
@@ -37,7 +37,7 @@ struct PointerEvent {
     int32_t x, y;    // pixels in the window; of a leave where the pointer was last
     uint32_t held;   // HeldKeys
     int32_t clicks;  // of a press and its release: 1, or 2 for the second of a double click; else 0
-    int32_t wheel;   // WHEEL_NOTCH for a notch, positive away from the hand or to the right
+    int32_t wheel;   // as in MESSAGE_WHEEL_HERE
 };
 
 using PointerProc = void (*)(const PointerEvent& event);

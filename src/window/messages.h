@@ -32,9 +32,9 @@ enum Message : uint32_t {
     MESSAGE_PALETTE_CHANGED = 0x0311,
 
     // No message of any system: the wheel was turned over the window. The position is that of the pointer; the high
-    // half of the wparam is how far, WHEEL_NOTCH for a notch, positive away from the hand or to the right.
+    // half of the wparam is how far, WHEEL_NOTCH for a notch, positive away from the hand. A turn sideways is one with
+    // HELD_SHIFT, positive to the left, as Tk has it.
     MESSAGE_WHEEL_HERE = 0x7F00,
-    MESSAGE_WHEEL_HERE_SIDEWAYS = 0x7F01,
 };
 
 inline constexpr int32_t WHEEL_NOTCH = 120;

@@ -138,10 +138,12 @@ void tell_wheel(HWND handle, uint32_t message, WPARAM wparam, LPARAM lparam) {
     if (win32_find(handle) == nullptr) { return; }
     POINT place{low_half(lparam), high_half(lparam)};
     ScreenToClient(handle, &place);
-    const uint32_t held = (static_cast<uint32_t>(wparam) & MESSAGE_BITS) | alt_held();
-    window_procedure(win32_window(handle),
-                     message == WM_MOUSEWHEEL ? MESSAGE_WHEEL_HERE : MESSAGE_WHEEL_HERE_SIDEWAYS,
-                     message_wheel(high_half(static_cast<LPARAM>(wparam)), held), message_pair(place.x, place.y));
+    const bool sideways = message == WM_MOUSEHWHEEL;
+    const uint32_t held = (static_cast<uint32_t>(wparam) & MESSAGE_BITS) | alt_held() |
+                          (sideways ? static_cast<uint32_t>(HELD_SHIFT) : 0u);
+    const int32_t turned = high_half(static_cast<LPARAM>(wparam));
+    window_procedure(win32_window(handle), MESSAGE_WHEEL_HERE, message_wheel(sideways ? -turned : turned, held),
+                     message_pair(place.x, place.y));
 }
 
 }  // namespace

@@ -49,12 +49,13 @@ void pass_wheel_on(const X11Window& window, const XButtonEvent& button) {
     Tk_QueueWindowEvent(&event, TCL_QUEUE_TAIL);
 }
 
-// Up, down, left and right are buttons that are pressed once a notch.
+// Up, down, left and right are buttons that are pressed once a notch. Tk of today makes the last two the first two with
+// Shift before anyone sees them; where it does not, that is done here.
 void tell_wheel(const X11Window& window, const XButtonEvent& button) {
     const bool sideways = button.button > WHEEL_FIRST + 1;
-    const bool forward = (button.button - WHEEL_FIRST) % 2 == (sideways ? 1U : 0U);
-    window_procedure(window.id, sideways ? MESSAGE_WHEEL_HERE_SIDEWAYS : MESSAGE_WHEEL_HERE,
-                     message_wheel(forward ? WHEEL_NOTCH : -WHEEL_NOTCH, held_keys(button.state)),
+    const bool back = (button.button - WHEEL_FIRST) % 2 == 1;
+    const uint32_t held = held_keys(button.state) | (sideways ? static_cast<uint32_t>(HELD_SHIFT) : 0u);
+    window_procedure(window.id, MESSAGE_WHEEL_HERE, message_wheel(back ? -WHEEL_NOTCH : WHEEL_NOTCH, held),
                      message_pair(button.x, button.y));
 }
 
