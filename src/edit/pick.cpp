@@ -141,8 +141,7 @@ bool cut_line(const ClipPlace (&ends)[2], double* from, double* to) {
 
 ClipPlace between(const ClipPlace (&ends)[2], double share) {
     const auto mix = [share](double a, double b) { return a + (b - a) * share; };
-    return {mix(ends[0].x, ends[1].x), mix(ends[0].y, ends[1].y), mix(ends[0].z, ends[1].z),
-            mix(ends[0].w, ends[1].w)};
+    return {mix(ends[0].x, ends[1].x), mix(ends[0].y, ends[1].y), mix(ends[0].z, ends[1].z), mix(ends[0].w, ends[1].w)};
 }
 
 bool line_candidate(const Question& question, const SeenLine& line, Candidate* out) {
@@ -233,7 +232,9 @@ Cells::Cells(const SeenScene& scene, const PictureBox& box) : scene_(scene), box
             continue;
         }
         for (int r = r0; r <= r1; ++r) {
-            for (int c = c0; c <= c1; ++c) { cells_[static_cast<size_t>(r * side_ + c)].push_back(static_cast<uint32_t>(i)); }
+            for (int c = c0; c <= c1; ++c) {
+                cells_[static_cast<size_t>(r * side_ + c)].push_back(static_cast<uint32_t>(i));
+            }
         }
     }
 }

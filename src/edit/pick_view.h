@@ -53,6 +53,7 @@ PicturePlace pixel_place(const PickView& view, double x, double y);
 double pixel_distance(const PickView& view, const PicturePlace& a, const PicturePlace& b);
 
 Vec3 world_place(const Mat4& place, const Vec3& p);
-float view_depth(const PickView& view, const Vec3& world);  // along the view, from the plane of the focus; more is farther
+float view_depth(const PickView& view,
+                 const Vec3& world);  // along the view, from the plane of the focus; more is farther
 
 }  // namespace pelt

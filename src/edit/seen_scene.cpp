@@ -162,8 +162,7 @@ void Gathering::add_layer(const Layer& layer, bool mirrored) {
 
     half_ = &half_of(layer.mirror_axis, mirrored);
     mirrored_ = mirrored;
-    back_faces_ =
-        layer.singlesided == 0 || session_->display_backfaces != 0 || session_->display_wireframe != 0;
+    back_faces_ = layer.singlesided == 0 || session_->display_backfaces != 0 || session_->display_wireframe != 0;
     const bool textured =
         image != nullptr && session_->display_textures != 0 && image->pixels[IMAGE_SLOT_BASE] != nullptr;
     const int slot =
@@ -370,8 +369,7 @@ void Gathering::add_point(const Half& half, int32_t slot, int32_t id, const Poin
     const Vec3 place = *point_posed_position(session_, &point);
     const ClipPlace at = clip_place(space.clip, place);
     if (!(at.w > 0.0) || !std::isfinite(at.x) || !std::isfinite(at.y)) { return; }
-    scene_.points.push_back(
-        {half.space, half.layers[static_cast<size_t>(slot)], id, dot, place, picture_place(at)});
+    scene_.points.push_back({half.space, half.layers[static_cast<size_t>(slot)], id, dot, place, picture_place(at)});
 }
 
 // ---- lines of sight ----
@@ -404,8 +402,8 @@ SeenScene scene_seen(Session* session, const PickView& view, const PictureBox& b
 }
 
 bool seen_triangle_hit(const SeenScene& scene, const SeenTriangle& triangle, double x, double y, SeenHit* hit) {
-    // The weights that bring the corners onto the line of sight, on which x - x0 * w and y - y0 * w are 0. They hold for
-    // corners behind the eye too, so that nothing has to be cut off first.
+    // The weights that bring the corners onto the line of sight, on which x - x0 * w and y - y0 * w are 0. They hold
+    // for corners behind the eye too, so that nothing has to be cut off first.
     double a[3], b[3];
     for (int i = 0; i < 3; ++i) {
         a[i] = triangle.corners[i].x - x * triangle.corners[i].w;
@@ -438,7 +436,9 @@ SeenHit seen_surface_at(const SeenScene& scene, double x, double y) {
     SeenHit nearest{nullptr, {}, 2.0};
     SeenHit hit;
     for (const SeenTriangle& triangle : scene.triangles) {
-        if (seen_triangle_hit(scene, triangle, x, y, &hit) && hit.depth <= nearest.depth + SAME_DEPTH) { nearest = hit; }
+        if (seen_triangle_hit(scene, triangle, x, y, &hit) && hit.depth <= nearest.depth + SAME_DEPTH) {
+            nearest = hit;
+        }
     }
     return nearest;
 }

@@ -41,9 +41,7 @@ constexpr float HANDLE_LENGTH = 60.0f;
 constexpr int GRID_LINES = 100;  // at each side of the middle
 constexpr int GRID_HEAVY = 10;   // every so many lines one stands out
 
-bool any_marks() {
-    return !kept.models.empty() || kept.grid_step > 0.0f || kept.handle || kept.edges || kept.xray;
-}
+bool any_marks() { return !kept.models.empty() || kept.grid_step > 0.0f || kept.handle || kept.edges || kept.xray; }
 
 void send_tone(const Tone& tone) { glColor3f(tone.red, tone.green, tone.blue); }
 void send_place(const Vec3& p) { glVertex3f(p.x, p.y, p.z); }
@@ -166,8 +164,7 @@ void draw_marked_edges(Session* session, Model* model, const ModelMarks& marked)
     const std::unordered_set<int32_t> polygons(marked.polygons.begin(), marked.polygons.end());
     const std::unordered_set<int32_t> lines(marked.lines.begin(), marked.lines.end());
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
-        const bool all =
-            std::find(marked.layers.begin(), marked.layers.end(), layer.name) != marked.layers.end();
+        const bool all = std::find(marked.layers.begin(), marked.layers.end(), layer.name) != marked.layers.end();
         if (all || !faces.empty() || !polygons.empty()) {
             draw_edges(session, model, layer, {all, &faces, &polygons}, true);
         }
@@ -231,7 +228,8 @@ float units_of_pixels(const ViewState* view, const Vec3& place, float pixels) {
     return pixels * std::fabs(w) / scale;
 }
 
-// The ground is the plane z = 0. The step that covers what is seen with not too many lines, and the lines from the middle to each side.
+// The ground is the plane z = 0. The step that covers what is seen with not too many lines, and the lines from the
+// middle to each side.
 struct GridPlan {
     float step;
     int lines;
@@ -271,8 +269,8 @@ void draw_grid(const ViewState* view) {
 void draw_handle(const ViewState* view) {
     const float length = units_of_pixels(view, kept.handle_place, HANDLE_LENGTH);
     const Vec3& from = kept.handle_place;
-    const Vec3 ends[] = {{from.x + length, from.y, from.z}, {from.x, from.y + length, from.z},
-                         {from.x, from.y, from.z + length}};
+    const Vec3 ends[] = {
+        {from.x + length, from.y, from.z}, {from.x, from.y + length, from.z}, {from.x, from.y, from.z + length}};
     for (int axis = 0; axis < 3; ++axis) {
         const float width = kept.handle_axis == axis + 1 ? 5.0f : 2.0f;
         for (const bool inner : {false, true}) {

@@ -1,7 +1,7 @@
 // Curved primitives on their way to OpenGL: drawn_patch.h gathers the corners, patch.h makes a grid of them, and its
-// triangles are sent. Nothing of a patch is kept, each pass of each frame computes it again in fixed local arrays. What surprises: the
-// stored winding is that of a mirrored drawing, so a plain drawing sends each triple as 0, 2, 1; and the edge flag for
-// a vertex is sent right behind the vertex before it.
+// triangles are sent. Nothing of a patch is kept, each pass of each frame computes it again in fixed local arrays. What
+// surprises: the stored winding is that of a mirrored drawing, so a plain drawing sends each triple as 0, 2, 1; and the
+// edge flag for a vertex is sent right behind the vertex before it.
 #include "render/patch_draw.h"
 
 #include <GL/gl.h>

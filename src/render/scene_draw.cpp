@@ -259,8 +259,7 @@ int32_t surface_draw(Session* session, Model* model, Triangle* triangle, bool te
                      bool reflection) {
     switch (surface_form(session, triangle)) {
         case SurfaceForm::FILTERED: return triangle_draw_pn(session, model, triangle, textured, mirrored);
-        case SurfaceForm::CURVED:
-            return triangle_draw_curved(session, model, triangle, textured, mirrored, reflection);
+        case SurfaceForm::CURVED: return triangle_draw_curved(session, model, triangle, textured, mirrored, reflection);
         default: return triangle_draw(session, model, triangle, textured, mirrored, reflection);
     }
 }

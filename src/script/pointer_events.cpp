@@ -36,9 +36,12 @@ void call_procedure(const PointerEvent& event) {
     Tcl_DString script;
     Tcl_DStringInit(&script);
     Tcl_DStringAppend(&script, procedure.c_str(), -1);
-    const std::string words[] = {KIND_WORDS[static_cast<int>(event.kind)], std::to_string(event.button),
-                                 std::to_string(event.x),                  std::to_string(event.y),
-                                 modifier_words(event.held),               std::to_string(event.clicks),
+    const std::string words[] = {KIND_WORDS[static_cast<int>(event.kind)],
+                                 std::to_string(event.button),
+                                 std::to_string(event.x),
+                                 std::to_string(event.y),
+                                 modifier_words(event.held),
+                                 std::to_string(event.clicks),
                                  std::to_string(event.wheel)};
     for (const std::string& word : words) { Tcl_DStringAppendElement(&script, word.c_str()); }
     Tcl_Preserve(interp);

@@ -1,5 +1,5 @@
-// Every event of the mouse over the window, to a procedure of the script. What the described mouse procedure gets is not
-// touched by it.
+// Every event of the mouse over the window, to a procedure of the script. What the described mouse procedure gets is
+// not touched by it.
 #pragma once
 
 #include <string>

@@ -90,7 +90,9 @@ PrimitiveIds primitive_ids(const Model* model) {
         for (const Polygon& each : list_elements<Polygon>(layer.polygons)) { ids.polygons.push_back(each.id); }
         for (const Line& each : list_elements<Line>(layer.lines)) { ids.lines.push_back(each.id); }
     }
-    for (std::vector<int32_t>* each : {&ids.faces, &ids.polygons, &ids.lines}) { std::sort(each->begin(), each->end()); }
+    for (std::vector<int32_t>* each : {&ids.faces, &ids.polygons, &ids.lines}) {
+        std::sort(each->begin(), each->end());
+    }
     return ids;
 }
 
@@ -101,7 +103,8 @@ bool read_face(const char* word, const PrimitiveIds& there, ModelMarks* own) {
     int32_t id = 0;
     const auto read = std::from_chars(digits, end, id);
     const std::vector<int32_t>& known = polygon ? there.polygons : line ? there.lines : there.faces;
-    if (read.ec != std::errc{} || read.ptr != end || digits == end || !std::binary_search(known.begin(), known.end(), id)) {
+    if (read.ec != std::errc{} || read.ptr != end || digits == end ||
+        !std::binary_search(known.begin(), known.end(), id)) {
         scene_refuse_argument("face", word, "the primitive of a model as \"pick\" tells it");
         return false;
     }
@@ -158,8 +161,8 @@ struct MarkOption {
     int values;
     bool of_model;  // needs the id of one in front
 };
-constexpr MarkOption MARK_OPTIONS[] = {{"-layer", 1, true},   {"-faces", 1, true},  {"-grid", 1, false},
-                                       {"-handle", 2, false}, {"-edges", 1, false}, {"-xray", 1, false},
+constexpr MarkOption MARK_OPTIONS[] = {{"-layer", 1, true},    {"-faces", 1, true},  {"-grid", 1, false},
+                                       {"-handle", 2, false},  {"-edges", 1, false}, {"-xray", 1, false},
                                        {"-pictures", 1, false}};
 
 const MarkOption* find_option(const SceneWords& words, int index) {
@@ -189,7 +192,8 @@ bool read_options(const SceneWords& words, int first, MarkCall* call) {
         const MarkOption* option = find_option(words, i);
         if (option == nullptr) { return false; }
         if (i + option->values >= words.count) {
-            scene_refuse_argument("option", words.raw(i), option->values == 1 ? "followed by its value" : "followed by PLACE and AXIS");
+            scene_refuse_argument("option", words.raw(i),
+                                  option->values == 1 ? "followed by its value" : "followed by PLACE and AXIS");
             return false;
         }
         if (option->of_model && !call->has_own) {
@@ -219,8 +223,8 @@ void keep_own(MarkCall* call) {
     std::vector<ModelMarks>& models = call->wanted.models;
     std::erase_if(models, [&](const ModelMarks& each) { return each.serial == call->own.serial; });
     const ModelMarks& own = call->own;
-    const bool any = !own.points.empty() || !own.layers.empty() || !own.faces.empty() || !own.polygons.empty() ||
-                     !own.lines.empty();
+    const bool any =
+        !own.points.empty() || !own.layers.empty() || !own.faces.empty() || !own.polygons.empty() || !own.lines.empty();
     if (any) { models.push_back(std::move(call->own)); }
 }
 
@@ -306,7 +310,8 @@ Tcl_Obj* run_events(const SceneWords& words) {
 constexpr SceneForm FORMS[] = {
     {"mark", "?clear? ?ID POINTS? ?-option value ...?", 0, MARK_WORDS,
      "marks parts of the scene in the picture; without a word, what is marked", run_mark},
-    {"events", "?PROC?", 0, 1, "the procedure that hears of every event of the mouse; an empty one ends it", run_events},
+    {"events", "?PROC?", 0, 1, "the procedure that hears of every event of the mouse; an empty one ends it",
+     run_events},
 };
 
 }  // namespace

@@ -92,8 +92,8 @@ void input_listen(PointerProc listener) { pointer_listener = listener; }
 
 void input_pointer(WindowHandle window, uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
     if (gl_window_find(window) == nullptr) { return; }
-    PointerEvent event{PointerKind::LEAVE, 0, pointer_past.x, pointer_past.y,
-                       static_cast<uint32_t>(wparam & 0xFFFFu), 0, 0};
+    PointerEvent event{
+        PointerKind::LEAVE, 0, pointer_past.x, pointer_past.y, static_cast<uint32_t>(wparam & 0xFFFFu), 0, 0};
     if (message != MESSAGE_MOUSE_LEAVE) {
         event.x = pointer_past.x = low_half(lparam);
         event.y = pointer_past.y = high_half(static_cast<std::uintptr_t>(lparam));

@@ -28,7 +28,7 @@ constexpr FunctionInfo FUNCTIONS[FUNCTION_COUNT] = {
     {"glPolygonMode", "ee"},   {"glMaterialfv", "ee"}, {"glLightfv", "ee"},        {"glLightModelf", "en"},
     {"glColorMaterial", "ee"}, {"glTexEnvf", "eee"},   {"glTexParameterf", "eee"}, {"glTexImage2D", "ennnnnee"},
     {"glPixelStorei", "en"},   {"glRasterPos3f", ""},  {"glBitmap", ""},           {"glReadPixels", "nnnnee"},
-    {"glGetFloatv", "e"},      {"glGetIntegerv", "e"}, {"glGetBooleanv", "e"}, {"glPushAttrib", ""},
+    {"glGetFloatv", "e"},      {"glGetIntegerv", "e"}, {"glGetBooleanv", "e"},     {"glPushAttrib", ""},
     {"glPopAttrib", ""},       {"glLineWidth", ""},    {"glLineStipple", ""},      {"glPointSize", ""},
     {"glPolygonOffset", ""}};
 

@@ -64,7 +64,8 @@ void on_leave(const X11Window& window, const XCrossingEvent& crossing) {
     constexpr unsigned BUTTONS = Button1Mask | Button2Mask | Button3Mask;
     const bool over = crossing.detail == NotifyInferior || crossing.mode == NotifyGrab;
     if (over || (crossing.mode == NotifyNormal && (crossing.state & BUTTONS) != 0)) { return; }
-    window_procedure(window.id, MESSAGE_MOUSE_LEAVE, held_keys(crossing.state) & ~(HELD_LEFT | HELD_MIDDLE | HELD_RIGHT), 0);
+    window_procedure(window.id, MESSAGE_MOUSE_LEAVE,
+                     held_keys(crossing.state) & ~(HELD_LEFT | HELD_MIDDLE | HELD_RIGHT), 0);
 }
 
 void on_button(X11Window* window, const XButtonEvent& button) {
