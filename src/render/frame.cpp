@@ -251,6 +251,15 @@ void frame_draw_unswapped() {
     draw_picture(bound_session, bound_view, !marks_stay_out_of_pictures());
 }
 
+void frame_draw_as(const ViewState& view) {
+    if (!is_bound() || !gl_context_current(bound_view->window)) { return; }
+    // Whoever asks for the view while it is drawn gets this one.
+    const ViewState kept = *bound_view;
+    *bound_view = view;
+    draw_picture(bound_session, bound_view, !marks_stay_out_of_pictures());
+    *bound_view = kept;
+}
+
 void frame_swap() {
     if (!is_bound() || !gl_context_current(bound_view->window)) { return; }
     glFlush();

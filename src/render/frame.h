@@ -15,7 +15,8 @@ void view_init(WindowHandle window, int32_t zero, const void* event);
 void view_resize(WindowHandle window, int32_t zero, const void* event);
 void view_set_size(int32_t width, int32_t height);  // 0, 0 follows the parent again; else 20 to 3000
 void frame_draw();
-void frame_draw_unswapped();  // the same picture, left in the back buffer; with marks where pictures have them
+void frame_draw_unswapped();                // the same, left in the back buffer; with marks where pictures have them
+void frame_draw_as(const ViewState& view);  // the same as another view has it, into the viewport that is set
 void frame_swap();
 
 // Runs the half-texel inset of texture coordinates when the value differs from display_smooth; never stores it.

@@ -1,6 +1,16 @@
-// The forms of "scene" that make pictures: a window that nobody sees.
+// The forms of "scene" that make pictures: a window that nobody sees, and files.
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cstring>
+#include <string_view>
+#include <system_error>
+
 #include "application/application.h"
+#include "foundation/file_replace.h"
+#include "images/picture_files.h"
 #include "render/frame.h"
+#include "render/picture_draw.h"
 #include "script/scene_call.h"
 #include "script/scene_reply.h"
 #include "script/script_events.h"
@@ -28,9 +38,127 @@ Tcl_Obj* make_offscreen(const SceneWords& words) {
     return reply_text(view_renderer(&app->view));
 }
 
+// ---- Files.
+
+constexpr int32_t DPI_MAX = 100000;
+
+enum PictureKind { PICTURE_PNG, PICTURE_TGA, PICTURE_UNKNOWN };
+
+PictureKind kind_of(std::string_view path) {
+    const auto ends_with = [path](std::string_view ending) {
+        return path.size() > ending.size() &&
+               std::equal(ending.begin(), ending.end(), path.end() - static_cast<std::ptrdiff_t>(ending.size()),
+                          [](char low, char any) { return low == std::tolower(static_cast<unsigned char>(any)); });
+    };
+    if (ends_with(".png")) { return PICTURE_PNG; }
+    return ends_with(".tga") ? PICTURE_TGA : PICTURE_UNKNOWN;
+}
+
+// "WIDTHxHEIGHT".
+bool read_size(const char* word, PictureWish* wish) {
+    const char* end = word + std::strlen(word);
+    int32_t width = 0, height = 0;
+    const auto first = std::from_chars(word, end, width);
+    const bool joined = first.ec == std::errc{} && first.ptr != end && *first.ptr == 'x';
+    const auto second = std::from_chars(joined ? first.ptr + 1 : end, end, height);
+    const bool read = joined && second.ec == std::errc{} && second.ptr == end;
+    if (!read || width < 1 || height < 1 || width > PICTURE_SIZE_MAX || height > PICTURE_SIZE_MAX ||
+        int64_t{width} * height > PICTURE_PIXELS_MAX) {
+        scene_refuse_argument("size", word,
+                              "WIDTHxHEIGHT, each from 1 to " + std::to_string(PICTURE_SIZE_MAX) + " and at most " +
+                                  std::to_string(PICTURE_PIXELS_MAX) + " pixels in all");
+        return false;
+    }
+    wish->width = width;
+    wish->height = height;
+    return true;
+}
+
+// The words behind the file.
+bool read_options(const SceneWords& words, PictureWish* wish, int32_t* dpi) {
+    for (int i = 1; i < words.count; ++i) {
+        const std::string_view option = words.raw(i);
+        if (option == "-transparent") {
+            wish->transparent = true;
+            continue;
+        }
+        if (option != "-size" && option != "-samples" && option != "-supersample" && option != "-dpi") {
+            scene_refuse_argument("option", words.raw(i), "-size, -samples, -supersample, -transparent or -dpi");
+            return false;
+        }
+        if (!words.has(++i)) {
+            scene_refuse(PROBLEM_ARGUMENT, "the option " + std::string(option) + " wants a value");
+            return false;
+        }
+        const char* value = words.raw(i);
+        const bool read = option == "-size"      ? read_size(value, wish)
+                          : option == "-samples" ? scene_read_int("samples", value, 0, SAMPLES_MAX, &wish->samples)
+                          : option == "-dpi"
+                              ? scene_read_int("dpi", value, 1, DPI_MAX, dpi)
+                              : scene_read_int("supersample", value, 1, SUPERSAMPLE_MAX, &wish->supersample);
+        if (!read) { return false; }
+    }
+    return true;
+}
+
+bool state_allows(const PictureWish& wish) {
+    const WindowHandle window = application()->view.window;
+    if (!gl_context_current(window)) {
+        scene_refuse(PROBLEM_STATE,
+                     "a picture needs the window: make one with \"scene offscreen\" or \"create window\"");
+        return false;
+    }
+    if (wish.samples >= 0 && !gl_has_picture_areas(window)) {
+        scene_refuse(PROBLEM_STATE, "samples can only be chosen for a window of \"scene offscreen\"");
+        return false;
+    }
+    return true;
+}
+
+Tcl_Obj* refuse_write(const std::string& path, const std::string& reason) {
+    LoadFailure failure;
+    failure.text = "cannot write " + path + ": " + reason;
+    failure.file = path;
+    problem_set(PROBLEM_FILE, failure);
+    return scene_refuse_load();
+}
+
+Tcl_Obj* write_picture(const SceneWords& words) {
+    const std::string path = words.text(0);
+    const PictureKind kind = kind_of(path);
+    if (kind == PICTURE_UNKNOWN) {
+        return scene_refuse_argument("file", words.raw(0), "a name that ends in .png or .tga");
+    }
+    PictureWish wish;
+    int32_t dpi = 0;
+    if (!read_options(words, &wish, &dpi)) { return nullptr; }
+    if (dpi > 0 && kind != PICTURE_PNG) {
+        return scene_refuse(PROBLEM_ARGUMENT, "the option -dpi is for .png: a .tga cannot hold it");
+    }
+    if (!state_allows(wish)) { return nullptr; }
+    Picture picture;
+    PictureFile file;
+    std::string failure;
+    const bool made =
+        picture_draw(wish, &picture, &failure) && (kind == PICTURE_PNG ? picture_to_png(picture, dpi, &file, &failure)
+                                                                       : picture_to_tga(picture, &file, &failure));
+    if (!made) { return scene_refuse(PROBLEM_SYSTEM, failure); }
+    const FileReplacement written = file_replace(path.c_str(), file.bytes.get(), file.size);
+    if (written.error != 0 || !written.opened) {
+        return refuse_write(path, std::generic_category().message(written.error));
+    }
+    return ReplyList()
+        .add("width", reply_int(picture.width))
+        .add("height", reply_int(picture.height))
+        .add("bytes", reply_int(static_cast<int64_t>(file.size)))
+        .value();
+}
+
 constexpr SceneForm FORMS[] = {
-    {"offscreen", "WIDTH HEIGHT ?SAMPLES?", 2, 3, "makes the window, without a display and where nobody sees it; what draws",
-     make_offscreen},
+    {"offscreen", "WIDTH HEIGHT ?SAMPLES?", 2, 3,
+     "makes the window, without a display and where nobody sees it; what draws", make_offscreen},
+    {"picture", "FILE ?-size WxH? ?-samples N? ?-supersample N? ?-transparent? ?-dpi N?", 1, 10,
+     "draws the scene into a PNG or TGA file", write_picture},
 };
 
 }  // namespace

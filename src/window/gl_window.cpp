@@ -172,6 +172,8 @@ WindowHandle gl_window_create_offscreen(int32_t width, int32_t height, int32_t s
     return 0;
 }
 
+bool gl_has_picture_areas(WindowHandle window) { return gl_layer(window).picture_begin != nullptr; }
+
 bool gl_picture_begin(WindowHandle window, int32_t width, int32_t height, int32_t samples) {
     const GlWindow* entry = drawing_window(window);
     return entry != nullptr && entry->layer->picture_begin != nullptr &&

@@ -35,7 +35,9 @@ WindowHandle gl_window_create_offscreen(int32_t width, int32_t height, int32_t s
                                         WindowProc paint, WindowProc resize, WindowProc event, std::string* failure);
 
 // From begin to end the context of the window draws into an area of this size beside it, at the samples that the driver
-// has up to these. False, with nothing changed, when there is none: the picture is then drawn behind the window.
+// has up to these (-1 for those of the window). False, with nothing changed, when there is no memory for it, or its
+// layer has no such areas: pictures are then drawn behind the window.
+bool gl_has_picture_areas(WindowHandle window);
 bool gl_picture_begin(WindowHandle window, int32_t width, int32_t height, int32_t samples);
 void gl_picture_end(WindowHandle window);
 

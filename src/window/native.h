@@ -100,8 +100,8 @@ struct NativeLayer {
     void (*set_background)(NativeDevice device, uint32_t colour);  // 0x00BBGGRR, of the device, not of OpenGL
 
     // A drawing area beside the window's, for one picture: from begin to end the context draws there. The samples are
-    // as many as the driver has, up to this. Begin is false, and nothing has changed, when it is not to be had. Null
-    // where a layer has none: pictures are then drawn behind the window.
+    // as many as the driver has, up to this; -1 for those of the window. Begin is false, and nothing has changed, when
+    // it is not to be had. Null where a layer has none: pictures are then drawn behind the window.
     bool (*picture_begin)(NativeDevice device, NativeContext context, int32_t width, int32_t height, int32_t samples);
     void (*picture_end)(NativeDevice device, NativeContext context);
 

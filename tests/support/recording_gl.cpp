@@ -178,6 +178,7 @@ Answer query(GLenum name) {
         case GL_CURRENT_COLOR: return state.colour;
         case GL_COLOR_CLEAR_VALUE: return state.clear_colour;
         case GL_VIEWPORT: return state.viewport;
+        case GL_MAX_VIEWPORT_DIMS: return std::array<int, 2>{VIEWPORT_LIMIT, VIEWPORT_LIMIT};
         case GL_POLYGON_MODE: return state.polygon_modes;
         case GL_BLEND_SRC: return static_cast<double>(state.blend_factors[0]);
         case GL_BLEND_DST: return static_cast<double>(state.blend_factors[1]);
@@ -608,16 +609,25 @@ void glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format
     note_values(READ_PIXELS, x, y, width, height, format, type);
     if (!outside(READ_PIXELS)) { return; }
     const auto alignment = static_cast<size_t>(state.pixel_store[GL_PACK_ALIGNMENT]);
-    const size_t row_bytes = (static_cast<size_t>(width) * 3 + alignment - 1) / alignment * alignment;
+    const size_t channels = format == GL_RGBA ? 4 : 3;
+    const size_t row_bytes = (static_cast<size_t>(width) * channels + alignment - 1) / alignment * alignment;
     for (int row = 0; row < height; ++row) {
         unsigned char* out = static_cast<unsigned char*>(pixels) + static_cast<size_t>(row) * row_bytes;
-        for (int column = 0; column < width; ++column, out += 3) {
+        for (int column = 0; column < width; ++column, out += channels) {
             std::array<unsigned char, 3> colour{};
             if (state.pattern) { colour = state.pattern(x + column, y + row); }
             std::memcpy(out, colour.data(), 3);
+            if (channels == 4) { out[3] = 0; }
         }
     }
 }
+
+// Only a buffer with several samples a pixel is read through a texture, and this one has none.
+void glGenTextures(GLsizei, GLuint*) {}
+void glDeleteTextures(GLsizei, const GLuint*) {}
+void glBindTexture(GLenum, GLuint) {}
+void glCopyTexSubImage2D(GLenum, GLint, GLint, GLint, GLint, GLint, GLsizei, GLsizei) {}
+void glGetTexImage(GLenum, GLint, GLenum, GLenum, GLvoid*) {}
 
 // Queries.
 

@@ -25,6 +25,7 @@ inline constexpr int MODELVIEW_STACK_LIMIT = 32;
 inline constexpr int PROJECTION_STACK_LIMIT = 2;  // what every OpenGL 1.1 has, and no more
 inline constexpr size_t ATTRIBUTE_STACK_LIMIT = 16;
 inline constexpr int ARGUMENT_LIMIT = 16;
+inline constexpr int VIEWPORT_LIMIT = 1000;  // pixels each way
 
 struct Call {
     int function;  // see function_name

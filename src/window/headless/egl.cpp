@@ -75,8 +75,8 @@ bool open_library(std::string* failure) {
         look_up(&egl.bind_api, "eglBindAPI") && look_up(&egl.query_string, "eglQueryString") &&
         look_up(&egl.choose_config, "eglChooseConfig") && look_up(&egl.get_config_attribute, "eglGetConfigAttrib") &&
         look_up(&egl.create_context, "eglCreateContext") && look_up(&egl.destroy_context, "eglDestroyContext") &&
-        look_up(&egl.create_pbuffer, "eglCreatePbufferSurface") &&
-        look_up(&egl.destroy_surface, "eglDestroySurface") && look_up(&egl.make_current, "eglMakeCurrent");
+        look_up(&egl.create_pbuffer, "eglCreatePbufferSurface") && look_up(&egl.destroy_surface, "eglDestroySurface") &&
+        look_up(&egl.make_current, "eglMakeCurrent");
     if (!whole) {
         *failure = "drawing without a display needs EGL: " + std::string(LIBRARY) + " is not whole";
         dlclose(library);

@@ -50,7 +50,9 @@ Area* find(WindowHandle window) {
 
 Area* device_area(NativeDevice device) { return find(device); }  // a device is the handle of its window
 
-void forget(WindowHandle window) { std::erase_if(areas, [window](const auto& each) { return each->handle == window; }); }
+void forget(WindowHandle window) {
+    std::erase_if(areas, [window](const auto& each) { return each->handle == window; });
+}
 
 // ---- Paints.
 
@@ -226,6 +228,7 @@ void set_background(NativeDevice, uint32_t) {}
 bool picture_begin(NativeDevice device, NativeContext context, int32_t width, int32_t height, int32_t samples) {
     const Area* area = device_area(device);
     if (area == nullptr || context == 0) { return false; }
+    if (samples < 0) { samples = window_samples; }
     if (picture.surface == EGL_NO_SURFACE || picture.width != width || picture.height != height ||
         picture.samples != samples) {
         egl_surface_destroy(picture.surface);
