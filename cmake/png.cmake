@@ -11,4 +11,6 @@ list(TRANSFORM PELT_PNG_SOURCES PREPEND ${PELT_PNG_SOURCE}/)
 list(TRANSFORM PELT_PNG_SOURCES APPEND .c)
 add_library(pelt_png STATIC ${PELT_PNG_SOURCES})
 target_include_directories(pelt_png SYSTEM PUBLIC ${PELT_PNG_SOURCE} ${CMAKE_BINARY_DIR}/png)
-target_link_libraries(pelt_png PUBLIC libz.a)
+# By its path: its name alone would find the form of it that is a library of its own.
+find_library(PELT_ZLIB libz.a REQUIRED)
+target_link_libraries(pelt_png PUBLIC ${PELT_ZLIB})

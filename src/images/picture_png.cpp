@@ -1,6 +1,7 @@
 // Pictures as PNG files, through libpng. What surprises: where it is a library of the system it is opened by name when
 // the first such file is written, so that nobody waits for it who writes none. And of the five filters one is taken for
-// all rows, because choosing among them costs more than all the rest; what that leaves is made up for by one level more.
+// all rows, because choosing among them costs more than all the rest; what that leaves is made up for by one level
+// more.
 #include <png.h>
 
 #include <algorithm>
@@ -80,21 +81,18 @@ bool open_library(std::string* failure) {
         *failure = "PNG files need libpng: " + std::string(reason != nullptr ? reason : LIBRARY);
         return false;
     }
-    const bool whole = look_up(opened, &png.create_write_struct, "png_create_write_struct") &&
-                       look_up(opened, &png.create_info_struct, "png_create_info_struct") &&
-                       look_up(opened, &png.destroy_write_struct, "png_destroy_write_struct") &&
-                       look_up(opened, &png.get_error_ptr, "png_get_error_ptr") &&
-                       look_up(opened, &png.get_io_ptr, "png_get_io_ptr") &&
-                       look_up(opened, &png.error, "png_error") &&
-                       look_up(opened, &png.set_write_fn, "png_set_write_fn") &&
-                       look_up(opened, &png.set_header, "png_set_IHDR") &&
-                       look_up(opened, &png.set_physical, "png_set_pHYs") &&
-                       look_up(opened, &png.set_filter, "png_set_filter") &&
-                       look_up(opened, &png.set_level, "png_set_compression_level") &&
-                       look_up(opened, &png.set_buffer_size, "png_set_compression_buffer_size") &&
-                       look_up(opened, &png.write_info, "png_write_info") &&
-                       look_up(opened, &png.write_row, "png_write_row") &&
-                       look_up(opened, &png.write_end, "png_write_end");
+    const bool whole =
+        look_up(opened, &png.create_write_struct, "png_create_write_struct") &&
+        look_up(opened, &png.create_info_struct, "png_create_info_struct") &&
+        look_up(opened, &png.destroy_write_struct, "png_destroy_write_struct") &&
+        look_up(opened, &png.get_error_ptr, "png_get_error_ptr") &&
+        look_up(opened, &png.get_io_ptr, "png_get_io_ptr") && look_up(opened, &png.error, "png_error") &&
+        look_up(opened, &png.set_write_fn, "png_set_write_fn") && look_up(opened, &png.set_header, "png_set_IHDR") &&
+        look_up(opened, &png.set_physical, "png_set_pHYs") && look_up(opened, &png.set_filter, "png_set_filter") &&
+        look_up(opened, &png.set_level, "png_set_compression_level") &&
+        look_up(opened, &png.set_buffer_size, "png_set_compression_buffer_size") &&
+        look_up(opened, &png.write_info, "png_write_info") && look_up(opened, &png.write_row, "png_write_row") &&
+        look_up(opened, &png.write_end, "png_write_end");
     if (!whole) {
         *failure = "PNG files need libpng: " + std::string(LIBRARY) + " is not whole";
         dlclose(opened);

@@ -33,7 +33,9 @@ bool picture_to_tga(const Picture& picture, PictureFile* file, std::string* fail
     uint8_t* to = header + HEADER_SIZE;
     for (int32_t y = picture.height - 1; y >= 0; --y) {
         std::copy_n(picture.row(y), picture.row_size(), to);
-        for (const uint8_t* end = to + picture.row_size(); to < end; to += picture.channels) { std::swap(to[0], to[2]); }
+        for (const uint8_t* end = to + picture.row_size(); to < end; to += picture.channels) {
+            std::swap(to[0], to[2]);
+        }
     }
     return true;
 }

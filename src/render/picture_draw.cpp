@@ -31,7 +31,7 @@ struct Rectangle {
 // All there is to one picture while it is made. Fine pixels are those that are drawn.
 struct Drawing {
     PictureWish wish;
-    ViewState view;        // of the whole picture
+    ViewState view;         // of the whole picture
     int32_t width, height;  // fine
     int32_t tile_width, tile_height;
     int32_t viewport_max_width, viewport_max_height;
@@ -70,8 +70,8 @@ bool begin_area(Drawing* drawing, WindowHandle window) {
     gl_window_clamp_size(window, &width, &height);
     for (int32_t size = std::min(width, height); size >= TILE_SIZE_MIN; size /= 2) {
         plan_tiles(drawing, size, size);
-        const int64_t bytes = int64_t{drawing->tile_width} * drawing->tile_height * BYTES_PER_SAMPLE *
-                              std::max(drawing->wish.samples, 1);
+        const int64_t bytes =
+            int64_t{drawing->tile_width} * drawing->tile_height * BYTES_PER_SAMPLE * std::max(drawing->wish.samples, 1);
         if (bytes > TILE_BYTES && size / 2 >= TILE_SIZE_MIN) { continue; }
         if (gl_picture_begin(window, drawing->tile_width, drawing->tile_height, drawing->wish.samples)) { return true; }
     }
@@ -86,7 +86,8 @@ bool begin_behind(Drawing* drawing, WindowHandle window) {
     return has_tiles(*drawing);
 }
 
-// The viewport of the whole picture where the driver has such, else one around the tile, and the view that belongs to it.
+// The viewport of the whole picture where the driver has such, else one around the tile, and the view that belongs to
+// it.
 ViewState place_viewport(const Drawing& drawing, const Rectangle& tile) {
     ViewState view = drawing.view;
     if (drawing.width <= drawing.viewport_max_width && drawing.height <= drawing.viewport_max_height) {
@@ -182,7 +183,8 @@ void put_tile(const Drawing& drawing, const Rectangle& tile, Picture* picture) {
         uint8_t* to = picture->row(picture->height - 1 - (tile.y / side + y)) +
                       static_cast<size_t>(tile.x / side) * static_cast<size_t>(picture->channels);
         if (side == 1 && drawing.on_white == nullptr) {
-            const uint8_t* from = &drawing.on_black[static_cast<size_t>(y) * static_cast<size_t>(columns) * READ_CHANNELS];
+            const uint8_t* from =
+                &drawing.on_black[static_cast<size_t>(y) * static_cast<size_t>(columns) * READ_CHANNELS];
             for (int32_t x = 0; x < columns; ++x, from += READ_CHANNELS, to += 3) {
                 to[0] = from[0];
                 to[1] = from[1];
@@ -257,8 +259,8 @@ bool picture_draw(const PictureWish& wish, Picture* picture, std::string* failur
         *failure = behind ? "the window is too small to draw a picture behind it" : "the driver has no memory for it";
         return false;
     }
-    const bool made = make_tile_memory(&drawing) && picture_make(drawing.wish.width, drawing.wish.height,
-                                                                 wish.transparent ? 4 : 3, picture);
+    const bool made = make_tile_memory(&drawing) &&
+                      picture_make(drawing.wish.width, drawing.wish.height, wish.transparent ? 4 : 3, picture);
     if (made) { draw_tiles(drawing, picture); }
     end_drawing(view, behind);
     if (!made) { *failure = "no memory for the picture"; }

@@ -20,8 +20,8 @@ struct PictureWish {
 };
 
 // Draws a frame of its own, of which nothing is shown. It shows what the window shows, larger or smaller, and to the
-// sides of it what else there is when the shape differs. Needs the window with its context. False, with a line that says
-// why, when there is no memory.
+// sides of it what else there is when the shape differs. Needs the window with its context. False, with a line that
+// says why, when there is no memory.
 bool picture_draw(const PictureWish& wish, Picture* picture, std::string* failure);
 
 }  // namespace pelt

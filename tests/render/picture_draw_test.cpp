@@ -81,15 +81,13 @@ TEST_F(PictureDraw, TilesAreCutOutOfTheViewportOfTheWholePicture) {
     wish.height = 45;
     ASSERT_TRUE(picture_draw(wish, &picture, &failure));
     const std::vector<std::string> viewports = {
-        "glViewport 0 0 100 45",   "glViewport -40 0 100 45",   "glViewport -80 0 100 45", "glViewport 0 -30 100 45",
+        "glViewport 0 0 100 45",     "glViewport -40 0 100 45",   "glViewport -80 0 100 45", "glViewport 0 -30 100 45",
         "glViewport -40 -30 100 45", "glViewport -80 -30 100 45", "glViewport 0 0 42 32"};
     EXPECT_EQ(lines_of("glViewport"), viewports);
-    const std::vector<std::string> reads = {"glReadPixels 0 0 40 30 GL_RGBA GL_UNSIGNED_BYTE",
-                                            "glReadPixels 0 0 40 30 GL_RGBA GL_UNSIGNED_BYTE",
-                                            "glReadPixels 0 0 20 30 GL_RGBA GL_UNSIGNED_BYTE",
-                                            "glReadPixels 0 0 40 15 GL_RGBA GL_UNSIGNED_BYTE",
-                                            "glReadPixels 0 0 40 15 GL_RGBA GL_UNSIGNED_BYTE",
-                                            "glReadPixels 0 0 20 15 GL_RGBA GL_UNSIGNED_BYTE"};
+    const std::vector<std::string> reads = {
+        "glReadPixels 0 0 40 30 GL_RGBA GL_UNSIGNED_BYTE", "glReadPixels 0 0 40 30 GL_RGBA GL_UNSIGNED_BYTE",
+        "glReadPixels 0 0 20 30 GL_RGBA GL_UNSIGNED_BYTE", "glReadPixels 0 0 40 15 GL_RGBA GL_UNSIGNED_BYTE",
+        "glReadPixels 0 0 40 15 GL_RGBA GL_UNSIGNED_BYTE", "glReadPixels 0 0 20 15 GL_RGBA GL_UNSIGNED_BYTE"};
     EXPECT_EQ(lines_of("glReadPixels"), reads);
 }
 
@@ -195,9 +193,9 @@ TEST_F(PictureDraw, ATransparentPictureHasAsAlphaWhatDiffersOnBlackAndOnWhite) {
     recording_gl::set_read_pattern([](int x, int) {
         const bool on_white = recording_gl::count_lines("glClearColor 1 1 1 0") > 0;
         std::array<unsigned char, 3> colour{};
-        if (x == 0 && on_white) { colour = {255, 255, 255}; }                    // nothing
-        if (x == 1) { colour = {200, 100, 50}; }                                 // opaque
-        if (x == 2 && !on_white) { colour = {100, 50, 0}; }                      // 200, 100, 0 of which half
+        if (x == 0 && on_white) { colour = {255, 255, 255}; }  // nothing
+        if (x == 1) { colour = {200, 100, 50}; }               // opaque
+        if (x == 2 && !on_white) { colour = {100, 50, 0}; }    // 200, 100, 0 of which half
         if (x == 2 && on_white) { colour = {228, 178, 128}; }
         return colour;
     });
