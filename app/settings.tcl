@@ -119,6 +119,7 @@ proc viewer::settings::read_file {} {
     variable MOST_SETTINGS
     variable MOST_VALUE
     take_originals
+    set problem {}
     set path [path]
     if {$path eq {} || ![file exists $path]} return
     if {[catch { parse [viewer::files text_of_file $path $MOST_SETTINGS] } found]} {
@@ -191,7 +192,7 @@ proc viewer::settings::is_text {value} { return 1 }
 
 proc viewer::settings::is_switch {value} { return [expr {$value in {0 1}}] }
 
-proc viewer::settings::is_pixels {value} { return [regexp {^[0-9]{1,4}$} $value] }
+proc viewer::settings::is_pixels {value} { return [regexp {^(0|[1-9][0-9]{0,3})$} $value] }
 
 proc viewer::settings::is_mode {value} { return [expr {$value in {turn pan zoom}}] }
 
