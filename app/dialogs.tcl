@@ -28,13 +28,16 @@ proc viewer::dialogs::choose_scene_list {} {
 
 proc viewer::dialogs::folder_to_start_in {} {
     set folder [viewer::settings get folder]
-    return [expr {[file isdirectory $folder] ? $folder : [pwd]}]
+    if {![file isdirectory $folder]} { return [pwd] }
+    return $folder
 }
 
 proc viewer::dialogs::choose_picture {ending} {
     variable PICTURE_QUESTION
     set models [viewer::scene models]
-    set name [expr {[llength $models] > 0 ? [dict get [lindex $models 0] name] : "picture"}]
+    set name picture
+    # Not chosen by expr, which would reckon with a name such as 0x10.
+    if {[llength $models] > 0} { set name [dict get [lindex $models 0] name] }
     set path [tk_getSaveFile -title "Save picture" -defaultextension $ending -initialfile $name$ending \
         -initialdir [folder_to_start_in] -confirmoverwrite 0 \
         -filetypes [list [list "[string toupper [string range $ending 1 end]] pictures" $ending] {{All files} *}]]

@@ -59,8 +59,10 @@ proc viewer::keys::events_of_key {key} {
     while {[regexp {^(Ctrl|Shift|Alt)\+(.+)$} $key -> modifier key]} {
         append modifiers [dict get {Ctrl Control- Shift Shift- Alt Alt-} $modifier]
     }
-    set names [expr {[dict exists $KEYSYMS $key] ? [dict get $KEYSYMS $key] : [list $key]}]
-    if {[regexp {^[A-Za-z]$} $key]} {
+    set names [list $key]
+    if {[dict exists $KEYSYMS $key]} {
+        set names [dict get $KEYSYMS $key]
+    } elseif {[regexp {^[A-Za-z]$} $key]} {
         set names [expr {[string match *Shift* $modifiers] ? [string toupper $key] : [string tolower $key]}]
     }
     return [lmap name $names { expr {[regexp {^\w+$} $name] ? "<${modifiers}Key-$name>" : [continue]} }]

@@ -106,7 +106,8 @@ proc viewer::library::quietly {args} {
 # The result of a verb of the library, or an empty text where it would have shown a box.
 proc viewer::library::ask {args} {
     lassign [quietly sorvel {*}$args] result texts
-    return [expr {[llength $texts] > 0 ? {} : $result}]
+    if {[llength $texts] > 0} { return {} }
+    return [string trim $result]
 }
 
 # ---- words ---------------------------------------------------------------------------------------------------------

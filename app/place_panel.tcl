@@ -135,9 +135,9 @@ proc viewer::place_panel::put_model {id placement} {
     sorvel select clear
     sorvel select model $id
     foreach {row word} {move translate scale scale} {
-        # What the library told may have an exponent, which its older verbs do not read.
+        # What the library told may have an exponent, which its older verbs do not read. What a person typed goes as it is.
         sorvel select $word {*}[lmap value [dict get $placement $row] {
-            expr {[string match *e* $value] ? [viewer::numbers plain $value] : $value}
+            if {[string match *e* $value]} { viewer::numbers plain $value } else { set value }
         }]
     }
     foreach {row word} {pivot centre axis axis} {

@@ -14,6 +14,8 @@ proc viewer::session::run {files} {
     viewer::settings read_file
     viewer::window build
     bind .view <Destroy> viewer::session::leave
+    # The library wants the view on the screen.
+    update
     viewer::menus build
     viewer::keys bind_all
     viewer::keys bind_fields

@@ -48,7 +48,6 @@ proc viewer::window::build {} {
     bind . <Configure> {if {"%W" eq "."} viewer::window::note_geometry}
     wm protocol . WM_DELETE_WINDOW {viewer::window quit}
     place_window
-    update
 }
 
 # Where it was, or as large as suits the screen.
@@ -78,8 +77,8 @@ proc viewer::window::note_geometry {} {
 
 # What is in the scene. A new one begins with its first model selected.
 proc viewer::window::show_title {is_new} {
-    set list [viewer::scene list_file]
-    set names [expr {$list eq {} ? {} : [list [file tail $list]]}]
+    set names {}
+    if {[viewer::scene list_file] ne {}} { lappend names [file tail [viewer::scene list_file]] }
     foreach model [viewer::scene models] {
         if {[dict get $model row] == 0} { lappend names [file tail [dict get $model file]] }
     }

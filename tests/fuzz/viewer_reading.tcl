@@ -1,5 +1,5 @@
-# Fuzzing of what the viewer reads: settings, recent files, scene lists, clips, models and images, through the viewer's own
-# reading and what follows from it, in a real window.
+# Fuzzing of what the viewer reads: settings, recent files, scene lists, clips, models and images, through the viewer's
+# own reading and what follows from it, in a real window.
 #
 # A round makes its input by chance from the seed and its number alone, so that one can be run again by itself. It fails
 # when an error escapes, a program is started, a question is asked, a file outside changes, it takes too long, or there is
@@ -54,18 +54,21 @@ proc reading::nasty_word {} {
             "; exec touch $canary" "\[exit 7\]" "\$env(HOME)" "\$::viewer::options::option(help)"]] }
         1 { return [pick [list /dev/zero /dev/stdin [file join $input pipe] $input / . .. ~ ~root ~nobody.mod "" " " \
             -force -- "C:\\x.mod" "//host/x.mod" "file:///etc/passwd" "x.mod " " x.mod" "a b.mod"]] }
-        2 { return [pick [list \{ \} \" \\ \$ \[ \] "\x00" \n \r\n \t ";" "#" "%W" "%%" "\u00e9" "\u4e00" "\ufeff" "\x80\xff"]] }
-        3 { return [pick {0 -0 1 -1 08 0x10 1e999 -1e999 1e-320 nan inf 99999999999 2147483648 4294967296 0.0000001 +1 1. .5 1,5}] }
+        2 { return [pick [list \{ \} \" \\ \$ \[ \] "\x00" \n \r\n \t ";" "#" "%W" "%%" "\u00e9" "\u4e00" "\ufeff" \
+            "\x80\xff"]] }
+        3 { return [pick {0 -0 1 -1 08 0x10 1e999 -1e999 1e-320 nan inf 99999999999 2147483648 4294967296
+            0.0000001 +1 1. .5 1,5}] }
         4 { return [string repeat [pick {x "a b " \[ \{ 9 ../ \u00e9}] [pick {2 30 300 25000}]] }
-        default { return [pick {points layer triangles image child normals names translate rotate world end recent keys display
-            pelt settings none . figure.mod walk.clip head on off turn true}] }
+        default { return [pick {points layer triangles image child normals names translate rotate world end recent keys
+            display pelt settings none . figure.mod walk.clip head on off turn true}] }
     }
 }
 
 # One of those texts with a few changes of chance; or the one that the round was given.
 proc reading::text_from {texts} {
     variable given
-    return [expr {$given eq {} ? [mutated [pick $texts]] : $given}]
+    if {$given ne {}} { return $given }
+    return [mutated [pick $texts]]
 }
 
 # A text with a few changes of chance.
@@ -78,7 +81,7 @@ proc reading::mutated {text} {
             0 { set text [string replace $text $at $to] }
             1 { set text [string range $text 0 [expr {$at - 1}]] }
             2 { set text "[string range $text 0 [expr {$at - 1}]][nasty_word][string range $text $at end]" }
-            3 { set text "[string range $text 0 [expr {$at - 1}]][string range $text $at $to][string range $text $at end]" }
+            3 { set text [string range $text 0 $to][string range $text $at end] }
             4 { set text "[string range $text 0 [expr {$at - 1}]][format %c [chance 256]][string range $text $at+1 end]" }
             5 { set text [with_word $text [nasty_word]] }
             6 { set text [with_lines_moved $text] }
@@ -117,7 +120,8 @@ proc reading::settings_text {} {
     }
     lappend lines "end {}"
     set text [join $lines \n]\n
-    return [expr {[chance 2] ? [mutated $text] : $text}]
+    if {[chance 2]} { set text [mutated $text] }
+    return $text
 }
 
 proc reading::settings_value {name} {
@@ -132,7 +136,8 @@ proc reading::settings_value {name} {
                 mode { return [pick {turn pan zoom fly}] }
                 keys {
                     return [list [pick {fit quit open wireframe mode_pan none}] \
-                        [pick {F Ctrl+X Ctrl+Ctrl+Shift+Alt+x Shift+ + <Key> Key-x Button-1 "a b" Escape F99 \u00e9 %W ""}] \
+                        [pick {nan 0x10 F Ctrl+X Ctrl+Ctrl+Shift+Alt+x Shift+ + <Key> Key-x Button-1 "a b" Escape F99 \u00e9
+                            %W ""}] \
                         [nasty_word] [nasty_word]]
                 }
                 recent { return [lmap index {1 2 3} { nasty_word }] }
@@ -152,7 +157,8 @@ proc reading::write {name text} {
     set channel [open [file normalize $path] w]
     fconfigure $channel -translation binary
     # What is no byte is written as UTF-8, so that both kinds come.
-    puts -nonewline $channel [expr {[regexp {[^\x00-\xff]} $text] ? [encoding convertto utf-8 $text] : $text}]
+    if {[regexp {[^\x00-\xff]} $text]} { set text [encoding convertto utf-8 $text] }
+    puts -nonewline $channel $text
     close $channel
     return $path
 }
@@ -162,7 +168,7 @@ proc reading::write_scene {kind} {
     variable seeds
     foreach {name text} $seeds(scene) { write $name $text }
     switch $kind {
-        list { return [write walk.scene [text_from $seeds(list)]] }
+        list { return [write [pick {walk.scene walk.scene nan}] [text_from $seeds(list)]] }
         clip {
             write walk.clip [mutated [dict get $seeds(scene) walk.clip]]
             return [file join [set reading::input] walk.scene]
@@ -171,7 +177,7 @@ proc reading::write_scene {kind} {
             write skin.tga [mutated [dict get $seeds(scene) skin.tga]]
             return [file join [set reading::input] skinned.mod]
         }
-        default { return [write [pick {it.mod it.txt it.scene}] [text_from $seeds(model)]] }
+        default { return [write [pick {it.mod it.txt it.scene nan.mod 0x10.mod}] [text_from $seeds(model)]] }
     }
 }
 
@@ -255,7 +261,9 @@ proc reading::open_file {verb path} {
         return {}
     }
     set found {}
-    if {![winfo ismapped .noticebad] || [.noticebad.text cget -text] eq {}} { lappend found "neither a scene nor a notice" }
+    if {![winfo ismapped .noticebad] || [.noticebad.text cget -text] eq {}} {
+        lappend found "neither a scene nor a notice"
+    }
     if {[sorvel scene tree] ne $before} { lappend found "a failed load changed the scene" }
     return $found
 }
@@ -474,7 +482,8 @@ proc reading::note_input {text} {
 # What lies in the folders that nothing may change, with its time and size.
 proc reading::listing {folder} {
     set found {}
-    foreach path [lsort [concat [glob -nocomplain -directory $folder *] [glob -nocomplain -types hidden -directory $folder *]]] {
+    set shown [glob -nocomplain -directory $folder *]
+    foreach path [lsort [concat $shown [glob -nocomplain -types hidden -directory $folder *]]] {
         if {[file tail $path] in {. ..}} continue
         file lstat $path status
         lappend found $path $status(type) [expr {$status(type) eq "file" ? "$status(mtime) $status(size)" : {}}]

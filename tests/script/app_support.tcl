@@ -26,6 +26,7 @@ proc start_app {args} {
     serve 300
 }
 set answer {}
+set asked_of_user {}    ;# the latest of them, with its options
 
 # The folder of the test goes before the viewer does, which is not to make it anew for its settings.
 rename finish finish_test
