@@ -46,6 +46,8 @@ proc viewer::numbers::plain {number} {
 
 # Without the noughts at its end.
 proc viewer::numbers::short {number} {
+    # To Tcl 010 is eight.
+    if {[is_one $number]} { set number [decimals $number] }
     set text [format %.3f $number]
     return [string trimright [string trimright $text 0] .]
 }
