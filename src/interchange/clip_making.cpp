@@ -22,7 +22,7 @@ constexpr int FINE_LIMIT = 24000;           // samples
 constexpr int RATES[] = {24, 12, 6, 4, 2};  // samples from one frame to the next: 5 to 60 frames a second
 constexpr int WHOLE_STEPS = 24;             // which all of these divide
 constexpr double TURN_BOUND = 0.5;          // degrees
-constexpr double MOVE_BOUND = 0.5;          // units of the model
+constexpr double MOVE_BOUND = 0.0005;       // of the model's size
 constexpr double STILL_TURN = 0.005;        // degrees
 constexpr double STILL_MOVE = 0.25;         // units of the model
 constexpr int ANGLE_DECIMALS = 3;
@@ -209,12 +209,13 @@ MadeAnimation make_clips(const MotionPlan& plan, const aiAnimation& animation, d
     const double wanted = std::ceil(std::min(seconds * FINE_RATE, double{FINE_LIMIT}) / WHOLE_STEPS) * WHOLE_STEPS;
     const auto steps = static_cast<size_t>(std::max(wanted, double{WHOLE_STEPS}));
     const std::vector<RowSamples> rows = sample_rows(plan, animation, scale, static_cast<int>(steps));
+    const double move_bound = plan.size * scale * MOVE_BOUND;
     size_t stride = 0;
     RateError error;
     for (const int rate : RATES) {
         stride = static_cast<size_t>(rate);
         error = error_at(rows, steps, stride);
-        if (error.degrees <= TURN_BOUND && error.units <= MOVE_BOUND) { break; }
+        if (error.degrees <= TURN_BOUND && error.units <= move_bound) { break; }
     }
     for (size_t r = 0; r < rows.size(); ++r) {
         const std::string name = rows.size() > 1 ? stem + "_" + plain_name(plan.rows[r].name, 20) + std::to_string(r + 1)
@@ -225,7 +226,7 @@ MadeAnimation make_clips(const MotionPlan& plan, const aiAnimation& animation, d
     const std::string bound = "turns within " + number_text(error.degrees, 3) + " degrees, movement within " +
                               number_text(error.units, 3) + " units";
     made.note = number_text(seconds, 3) + " seconds, " + number_text(rate, 1) + " frames a second: " + bound;
-    if (error.degrees > TURN_BOUND || error.units > MOVE_BOUND) { made.loss = "faster than its frames: " + bound; }
+    if (error.degrees > TURN_BOUND || error.units > move_bound) { made.loss = "faster than its frames: " + bound; }
     return made;
 }
 

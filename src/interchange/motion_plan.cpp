@@ -210,8 +210,7 @@ double size_of(const SourceScene& source) {
     return length_of(high - low);
 }
 
-void join_groups(Planning& planning) {
-    const double size = size_of(*planning.source);
+void join_groups(Planning& planning, double size) {
     for (size_t i = 0; i < planning.candidates.size(); ++i) {
         if (!planning.candidates[i].exists) { continue; }
         const auto node = static_cast<int32_t>(i);
@@ -365,9 +364,10 @@ bool scene_moves(const SourceScene& source) {
 
 MotionPlan plan_motion(SourceScene* source, const Placement& axes) {
     Planning planning = begin_planning(source, axes);
-    join_groups(planning);
-    std::vector<int32_t> row_of_group;
     MotionPlan plan;
+    plan.size = size_of(*source);
+    join_groups(planning, plan.size);
+    std::vector<int32_t> row_of_group;
     plan.rows = make_rows(planning, &row_of_group);
     plan.table = planning.table;
     make_skins(planning, plan, row_of_group);

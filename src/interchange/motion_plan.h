@@ -28,6 +28,7 @@ struct MotionPlan {
     NodeTable table;
     std::vector<PlannedRow> rows;
     std::vector<std::vector<int32_t>> skins;  // by place of the source, by vertex; empty for one that no joint moves
+    double size = 0.0;                        // of what is seen at rest, from corner to corner, not scaled
     int64_t vertices_beyond_two = 0;          // that more than two joints moved
 };
 

@@ -71,7 +71,9 @@ uint32_t point_of_vertex(PointDealing& dealing, uint32_t number, int32_t look, b
 
 void deal_points(PointDealing& dealing, const std::vector<bool>& has_uvees) {
     dealing.of_vertex.assign(dealing.part.vertices.size(), NONE);
+    dealing.pool.faces.reserve(dealing.part.faces.size());
     for (const SoupFace& face : dealing.part.faces) {
+        if (dealing.pool.points.size() > POOL_POINT_LIMIT) { return; }
         PoolFace dealt{face.look, face.count, {}, {}};
         const bool has_uvee = face.count >= 3 && has_uvees[static_cast<size_t>(face.look)];
         for (size_t i = 0; i < static_cast<size_t>(face.count); ++i) {
@@ -165,7 +167,7 @@ PointPool make_pool(const SoupPart& part, const std::vector<bool>& has_uvees) {
     PointPool pool;
     PointDealing dealing{part, pool};
     deal_points(dealing, has_uvees);
-    deal_normals(part, pool);
+    if (pool.points.size() <= POOL_POINT_LIMIT) { deal_normals(part, pool); }
     return pool;
 }
 
