@@ -11,7 +11,7 @@
 #include "console.h"
 #include "formats/model_writer.h"
 #include "foundation/text.h"
-#include "model_files.h"
+#include "lone_model.h"
 
 namespace pelt::tool {
 
@@ -210,12 +210,13 @@ void print_model(const Model& model, const std::string& indent) {
 struct InfoOptions {
     std::vector<std::string> files;
     bool json = false;
+    bool alone = false;
 };
 
 int run_info(const InfoOptions& options) {
     Json all = Json::array();
     const int status = for_each_file(options.files, [&](const std::string& file) {
-        const ModelOwner model = load_model(file);
+        const ModelOwner model = options.alone ? load_lone_model(file) : load_model(file);
         if (model == nullptr) { return STATUS_BAD_MODEL; }
         if (options.json) {
             Json json{{"file", file}};
@@ -229,8 +230,7 @@ int run_info(const InfoOptions& options) {
     });
     if (options.json) {
         // What is no UTF-8 must not stop the output; and in ASCII no character is a command to a terminal.
-        const std::string text = all.dump(JSON_INDENT, ' ', true, Json::error_handler_t::replace);
-        std::printf("%s\n", text.c_str());
+        print_bytes(all.dump(JSON_INDENT, ' ', true, Json::error_handler_t::replace) + "\n");
     }
     return status;
 }
@@ -242,6 +242,7 @@ void add_info(CLI::App& program, int* status) {
     CLI::App* command = program.add_subcommand("info", "Show what is in models");
     command->add_option("FILE", options->files, "model files (.mod)")->required();
     command->add_flag("--json", options->json, "print JSON: an array with an object for each model");
+    command->add_flag("--alone", options->alone, "read the named files alone, without images and child models");
     command->footer(
         "Shows points, joints, blend groups, the box, the layers with their primitives, curve types and images, and\n"
         "the child models with all that is in them.\n\n"

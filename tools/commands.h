@@ -9,6 +9,9 @@ enum ExitStatus : int {
     STATUS_GOOD = 0,
     STATUS_BAD_MODEL = 1,  // also a file that cannot be read or written
     STATUS_WRONG_USE = 2,
+    // Of a comparison, as everyone's diff has them.
+    STATUS_DIFFERENT = 1,
+    STATUS_NOT_COMPARED = 2,
 };
 
 struct ModelOutput;
@@ -19,6 +22,7 @@ void add_model_output(CLI::App* command, ModelOutput* output);
 // Each adds its command to the program. When the command line names it, it runs and stores its status.
 void add_info(CLI::App& program, int* status);
 void add_check(CLI::App& program, int* status);
+void add_diff(CLI::App& program, int* status);
 void add_write(CLI::App& program, int* status);
 void add_export(CLI::App& program, int* status);
 void add_flatten(CLI::App& program, int* status);

@@ -73,6 +73,11 @@ void print_line(const std::string& line) {
     std::printf("%s\n", shown(line).c_str());
 }
 
+void print_bytes(const std::string& bytes) {
+    clear_progress();
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+}
+
 void print_error(const std::string& text) { print_report(std::string(PROGRAM) + ": " + text); }
 
 void print_warning(const std::string& file, const std::string& text) { print_report(file + ": warning: " + text); }

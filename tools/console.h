@@ -14,6 +14,9 @@ std::string shown(const std::string& text);
 // A line of output; a progress line makes way for it.
 void print_line(const std::string& line);
 
+// Output for programs, as it stands; a progress line makes way for it.
+void print_bytes(const std::string& bytes);
+
 // "PROGRAM: text".
 void print_error(const std::string& text);
 

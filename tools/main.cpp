@@ -16,13 +16,14 @@ namespace {
 
 using namespace pelt::tool;
 
-constexpr const char* DESCRIPTION = "Look at, check, rewrite, export and flatten models (.mod).";
+constexpr const char* DESCRIPTION = "Look at, check, compare, rewrite, export and flatten models (.mod).";
 
 constexpr const char* FOOTER =
     "Each command has its own help: pelt-model COMMAND --help.\n\n"
     "Several files are worked on one after the other, and a bad one does not stop the rest. Output goes to a new file\n"
     "that takes its name only when it is complete. Errors go to standard error, with the file and the line.\n\n"
-    "Exit status: 0 all is good, 1 a model is bad or a file cannot be written, 2 the command line is wrong.\n\n"
+    "Exit status: 0 all is good, 1 a model is bad or a file cannot be written (diff: the models\n"
+    "differ), 2 the command line is wrong.\n\n"
     "Examples:\n"
     "  pelt-model info models/mill.mod\n"
     "  pelt-model check --strict models/*.mod\n"
@@ -49,7 +50,8 @@ int run(const std::vector<std::string>& words) {
     program.set_version_flag("--version", "pelt-model " PELT_VERSION, "Print the version and exit");
     program.footer(FOOTER);
     program.failure_message(failure_message);
-    for (const auto add : {add_info, add_check, add_write, add_export, add_flatten, add_normals, add_ps2_check}) {
+    for (const auto add :
+         {add_info, add_check, add_diff, add_write, add_export, add_flatten, add_normals, add_ps2_check}) {
         add(program, &status);
     }
     try {

@@ -63,7 +63,8 @@ TEST_F(ModelChanges, AModelAndItselfHaveNone) {
 TEST_F(ModelChanges, MovedPointsAreToldByTheirLayersWithTheLongestWay) {
     // By 3 and by 12: the second is the longest. Points 1 and 2 are the ends of the wall's line too.
     const std::string moved = with(with(TEXT, "2 100 0 0", "2 103 0 0"), "4 7 8 9", "4 7 8 21");
-    EXPECT_EQ(changes(TEXT, moved), (Lines{"layer roof: 2 points moved by up to 12", "layer wall: 1 point moved by 3"}));
+    EXPECT_EQ(changes(TEXT, moved),
+              (Lines{"layer roof: 2 points moved by up to 12", "layer wall: 1 point moved by 3"}));
     // Three sides of a box of 2, 3 and 6 have the diagonal 7.
     EXPECT_EQ(after("3 0 100 50", "3 2 103 56"), Lines{"layer roof: 1 point moved by 7"});
     EXPECT_EQ(after("5 1 1 1", "5 1 1 3"), Lines{"points: 1 unused point moved by 2"});
@@ -88,8 +89,7 @@ TEST_F(ModelChanges, SettingsOfALayer) {
 
 TEST_F(ModelChanges, ImagesOfALayer) {
     const std::string with_image = with(TEXT, "0 2 3 4\n", "0 2 3 4\nimage a.tga x -z\nreflect a.tga 0.25\n");
-    EXPECT_EQ(changes(TEXT, with_image),
-              Lines{"layer roof: image none to a.tga, reflection map none to a.tga"});
+    EXPECT_EQ(changes(TEXT, with_image), Lines{"layer roof: image none to a.tga, reflection map none to a.tga"});
     EXPECT_EQ(changes(with_image, with(with_image, "image a.tga x -z", "image b.tga x y repeat 2 3")),
               Lines{"layer roof: image a.tga to b.tga, axes x -z to x y, repeat none to 2 3"});
     EXPECT_EQ(changes(with_image, with(with_image, "0.25", "0.5")), Lines{"layer roof: reflection 0.25 to 0.5"});
@@ -129,7 +129,9 @@ TEST_F(ModelChanges, JointsAndChildren) {
 TEST_F(ModelChanges, AWholeModelComesAndGoes) {
     const OwnedModel model = read("points\n1 0 0 0\n2 1 0 0\n3 0 1 0\nlayer a 1 2 3 singlesided\ntriangles\n0 1 2 3\n");
     Lines lines;
-    for (const ModelChange& change : model_changes(nullptr, model.get())) { lines.push_back(model_change_text(change)); }
+    for (const ModelChange& change : model_changes(nullptr, model.get())) {
+        lines.push_back(model_change_text(change));
+    }
     EXPECT_EQ(lines, (Lines{"points: 3 points added", "layer a: added, 1 face added"}));
 }
 
