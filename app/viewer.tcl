@@ -1,9 +1,9 @@
 # The viewer: a window on the library, which it drives through the command sorvel alone, or pictures without a window.
 #
 # Each file beside this one is a room: the namespace of its name below this one, with the variables that it alone touches
-# ("Owns") and the words that others may call ("Offers"), as in "viewer::view fit". A room calls those above it in these
-# lists and no others ("Calls"); what it wants to hear of the rooms below it comes through their "listen". So whoever
-# changes a room needs to read it, and the heads of those that it calls.
+# ("Owns") and the words that others may call ("Offers"), as in "viewer::view fit". A room calls those before it in these
+# lists and no others ("Calls"); those behind it hear of it through its "listen". So whoever changes a room needs to read
+# that room, and the heads of those that it calls.
 #
 # Owns: nothing
 # Offers: nothing
