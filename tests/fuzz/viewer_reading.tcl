@@ -199,6 +199,11 @@ proc reading::read_settings {path} {
     viewer::view set_background [viewer::settings get background]
     viewer::window::place_window
     viewer::menus::fill recent .menu.file.recent
+    if {[chance 8] == 0} {
+        viewer::help show_keys
+        update
+        destroy .keys
+    }
     return $found
 }
 
