@@ -84,6 +84,9 @@ int32_t list_slot_for(const KeyedList* list, const char* key);
 void* list_add_at(KeyedList* list, int32_t slot, int32_t key);
 void* list_add_at(KeyedList* list, int32_t slot, const char* key);
 
+// The slot behind the last occupied one: where what is to come last in the order of the list goes.
+int32_t list_end_slot(const KeyedList* list);
+
 // The bytes of a slot, occupied or not: what the next tenant of a free one finds. Null beyond the capacity.
 void* list_slot_bytes(const KeyedList* list, int32_t slot);
 

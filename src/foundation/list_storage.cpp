@@ -145,6 +145,15 @@ bool list_slot_take_at(KeyedList* list, int32_t slot) {
     return true;
 }
 
+int32_t list_end_slot(const KeyedList* list) {
+    if (!list_has_storage(list)) { return 0; }
+    for (int32_t word = word_count(list->storage->used); word-- > 0;) {
+        const uint64_t bits = list->storage->occupied[word];
+        if (bits != 0) { return word * LIST_WORD_SLOTS + static_cast<int32_t>(std::bit_width(bits)); }
+    }
+    return 0;
+}
+
 int32_t list_slot_of_element(const KeyedList* list, const void* element) {
     if (!list_has_storage(list)) { return -1; }
     const auto address = reinterpret_cast<uintptr_t>(element);

@@ -1,0 +1,27 @@
+// Lists among the arguments of the verb "scene": points, places, numbers.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "foundation/math3d.h"
+
+namespace pelt {
+
+struct Model;
+struct SceneWords;
+
+// The words of a list, in Tcl's form. False after a refusal that says what it should be a list of.
+bool scene_read_list(const char* what, const char* word, const char* allowed, std::vector<std::string>* words);
+
+// The ids of one or more points of the model itself, each once, in the order in which they are named first.
+bool scene_read_points(const Model* model, const char* word, std::vector<int32_t>* ids);
+
+// A list of exactly three finite numbers.
+bool scene_read_vec(const char* what, const char* word, Vec3* value);
+
+// Any finite number that a float holds.
+bool scene_read_finite(const char* what, const char* word, float* value);
+
+}  // namespace pelt
