@@ -63,8 +63,8 @@ std::vector<Model*> models_of_file(Session* session, Model* model, std::string* 
         if (content_number(each) == content_number(model)) { continue; }
         const std::string difference = model_difference(model, each);
         if (!difference.empty()) {
-            *refused = std::string(model->opened_path) + " stands in the scene several times and not everywhere alike (" +
-                       difference + ")";
+            *refused = std::string(model->opened_path) +
+                       " stands in the scene several times and not everywhere alike (" + difference + ")";
             return {};
         }
         remember_same(model, each);

@@ -204,14 +204,25 @@ bool map_corners(Model* model, Layer& layer, const Survey& survey) {
 
 }  // namespace
 
-int layer_map_uvees(Model* model, const char* layer) {
-    Layer* target = find_layer(model, layer);
-    if (target == nullptr || layer_first_image(target) == nullptr || !layer_has_surface(*target)) { return 0; }
+int layer_map_uvees(Model* model, const char* layer) { return layer_map(model, find_layer(model, layer)); }
+
+int layer_map(Model* model, Layer* layer) {
+    if (layer == nullptr || layer_first_image(layer) == nullptr || !layer_has_surface(*layer)) { return 0; }
     Survey survey;
-    survey_layer(model, *target, survey);
+    survey_layer(model, *layer, survey);
     // A line with a missing point spoils the box alone: the map then goes by the box as it was.
-    store_bounds(model, *target, survey);
-    return map_corners(model, *target, survey) ? 1 : 0;
+    store_bounds(model, *layer, survey);
+    return map_corners(model, *layer, survey) ? 1 : 0;
+}
+
+void layer_unmap(Model* model, Layer* layer) {
+    if (layer == nullptr) { return; }
+    for_each_corner(*layer, [&](ContentList list, const void* record, int16_t, float& u, float& v) {
+        if (u != 0.0f || v != 0.0f) { change_element(model, layer, list, record); }
+        u = 0.0f;
+        v = 0.0f;
+        return true;
+    });
 }
 
 int layer_compute_bounds(Model* model, const char* layer) {

@@ -12,6 +12,12 @@ struct Model;
 // Stores u and v in every corner of the layer. 1, or 0 when there is nothing to map or a point is missing.
 int layer_map_uvees(Model* model, const char* layer);
 
+// The same for a layer of the model, whatever its name.
+int layer_map(Model* model, Layer* layer);
+
+// Empties u and v of every corner, as in a layer that never had an image.
+void layer_unmap(Model* model, Layer* layer);
+
 // Box around the points of the layer's primitives, stored in the layer. 1 or 0.
 int layer_compute_bounds(Model* model, const char* layer);
 

@@ -42,6 +42,23 @@ struct JointLookup {
     }
 };
 
+// Intended: a point that no joint moves keeps the normal that its record was made with.
+void pose_point(const Point& point, JointLookup* lookup_a, JointLookup* lookup_b, PointState* state) {
+    if (point.joint_a == nullptr) {
+        state->position = point.position;
+        return;
+    }
+    const JointState* joint_a = (*lookup_a)(point.joint_a);
+    if (joint_a == nullptr) { return; }
+    if (point.weight >= 1.0f) {
+        pose_by_one(point, joint_a, state);
+    } else if (point.weight > 0.0f) {
+        pose_by_two(point, joint_a, (*lookup_b)(point.joint_b), state);
+    } else if (const JointState* joint_b = (*lookup_b)(point.joint_b)) {
+        pose_by_one(point, joint_b, state);
+    }
+}
+
 }  // namespace
 
 void points_evaluate(Session* session, float, Model* model) {
@@ -49,22 +66,19 @@ void points_evaluate(Session* session, float, Model* model) {
     JointLookup lookup_a{session, model};
     JointLookup lookup_b{session, model};
     for (Point& point : list_elements<Point>(model->points)) {
-        PointState* state = point_state(session, &point);
-        if (state == nullptr) { continue; }
-        if (point.joint_a == nullptr) {
-            state->position = point.position;
-            continue;
-        }
-        const JointState* joint_a = lookup_a(point.joint_a);
-        if (joint_a == nullptr) { continue; }
-        if (point.weight >= 1.0f) {
-            pose_by_one(point, joint_a, state);
-        } else if (point.weight > 0.0f) {
-            pose_by_two(point, joint_a, lookup_b(point.joint_b), state);
-        } else if (const JointState* joint_b = lookup_b(point.joint_b)) {
-            pose_by_one(point, joint_b, state);
-        }
+        if (PointState* state = point_state(session, &point)) { pose_point(point, &lookup_a, &lookup_b, state); }
     }
+}
+
+void point_pose_anew(Session* session, Model* model, Point* point) {
+    if (model == nullptr) { return; }
+    PointState* state = point_state(session, point);
+    if (state == nullptr) { return; }
+    state->position = point->position;
+    state->normal = point->normal;
+    JointLookup lookup_a{session, model};
+    JointLookup lookup_b{session, model};
+    pose_point(*point, &lookup_a, &lookup_b, state);
 }
 
 }  // namespace pelt

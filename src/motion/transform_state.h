@@ -23,6 +23,9 @@ void joints_evaluate(Session* session, float time, Model* model, ModelAnimation*
 void joint_evaluate(Session* session, float time, Model* model, ModelAnimation* animation, Joint* joint);
 void points_evaluate(Session* session, float time, Model* model);
 
+// The record of a point that was edited, as the joints stand now; the point belongs to the model.
+void point_pose_anew(Session* session, Model* model, Point* point);
+
 // One link and all below it; number counts the links depth first. Returns the next free number.
 int32_t child_evaluate(Session* session, float time, ChildLink* link, ModelAnimation* animation, int32_t number);
 

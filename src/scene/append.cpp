@@ -79,9 +79,7 @@ Uvee* layer_append_uvee(Model* model, Layer* layer, const Uvee& uvee) {
     return append(model, layer, CONTENT_UVEES, uvee.point, uvee);
 }
 
-void layer_remove_triangle(Model* model, Layer* layer, int32_t slot) {
-    remove(model, layer, CONTENT_TRIANGLES, slot);
-}
+void layer_remove_triangle(Model* model, Layer* layer, int32_t slot) { remove(model, layer, CONTENT_TRIANGLES, slot); }
 
 void layer_remove_polygon(Model* model, Layer* layer, int32_t slot) {
     Polygon* polygon = list_at<Polygon>(&layer->polygons, slot, 0);

@@ -192,6 +192,14 @@ void session_forget_joint(Session* session, Joint* joint) {
     if (session != nullptr && joint != nullptr) { forget_record(&session->joint_states, &joint->state_index); }
 }
 
+void session_forget_triangle(Session* session, Triangle* triangle) {
+    if (session != nullptr && triangle != nullptr) { forget_record(&session->triangle_caches, &triangle->state_index); }
+}
+
+void session_forget_point(Session* session, Point* point) {
+    if (session != nullptr && point != nullptr) { forget_record(&session->point_states, &point->state_index); }
+}
+
 int session_delete_layer(Session* session, Model* model, const char* name) {
     if (session == nullptr || model == nullptr || name == nullptr) { return 0; }
     session_forget_layer(session, list_find<Layer>(&model->layers, name));

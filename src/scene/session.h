@@ -120,10 +120,12 @@ float session_anim_end(const Session* session);
 // borrowed link) is passed over. 0 for null or when a link without a model was met, which stops nothing; else 1.
 int session_forget_model(Session* session, Model* model);
 
-// The same for what hangs on one layer, one child link (its model is not walked) and one joint.
+// The same for what hangs on one layer, one child link (its model is not walked), one joint, one triangle or one point.
 void session_forget_layer(Session* session, Layer* layer);
 void session_forget_child(Session* session, ChildLink* link);
 void session_forget_joint(Session* session, Joint* joint);
+void session_forget_triangle(Session* session, Triangle* triangle);
+void session_forget_point(Session* session, Point* point);
 
 // Deleting and renaming a layer of a model that stands in the scene: what the session holds for the layer that goes
 // is forgotten first. Results as model_delete_layer and model_rename_layer.

@@ -46,6 +46,10 @@ std::span<const SceneForm> scene_picture_forms();
 std::span<const SceneForm> scene_pick_forms();
 std::span<const SceneForm> scene_mark_forms();
 std::span<const SceneForm> scene_history_forms();
+std::span<const SceneForm> scene_point_change_forms();
+
+// Questions whose words are those of a form that changes too.
+Tcl_Obj* scene_ask_point(const SceneWords& words);
 
 // The call "sorvel scene" with the words behind it. Code and result are those of a Tcl command.
 int scene_command(int argc, const char* const* argv);

@@ -40,10 +40,11 @@ constexpr std::span<const SceneForm> (*TABLES[])() = {
     scene_file_forms,
     scene_model_forms,
     scene_view_forms,
+    scene_picture_forms,
     scene_pick_forms,
     scene_mark_forms,
-    scene_picture_forms,
     scene_history_forms,
+    scene_point_change_forms,
     scene_own_forms,
 };
 

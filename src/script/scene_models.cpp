@@ -384,7 +384,6 @@ Tcl_Obj* ask_bounds(const SceneWords&) {
 constexpr SceneForm FORMS[] = {
     {"tree", "", 0, 0, "the models of the scene with their layers and children", ask_tree},
     {"layer", "ID NAME", 2, 2, "everything known of a layer", ask_layer},
-    {"point", "ID N", 2, 2, "everything known of a point", ask_point},
     {"points", "ID ?-layer NAME?", 1, 3, "the ids of all points, or of those that a layer uses", ask_points},
     {"placement", "ID", 1, 1, "where a model or a child stands", ask_placement},
     {"joints", "ID", 1, 1, "the joints of a model", ask_joints},
@@ -395,5 +394,7 @@ constexpr SceneForm FORMS[] = {
 }  // namespace
 
 std::span<const SceneForm> scene_model_forms() { return FORMS; }
+
+Tcl_Obj* scene_ask_point(const SceneWords& words) { return ask_point(words); }
 
 }  // namespace pelt
