@@ -118,13 +118,18 @@ void make_curved(Triangle* triangle) {
     for (int i = 0; i < 2 * triangle_corners(triangle); ++i) { triangle->controls[i] = triangle->points[ends[i]]; }
 }
 
-int rebuild_normals(Model* model, bool finite_only) {
-    if (model == nullptr) { return 1; }
+Rebuild note_all(const Model* model, bool finite_only) {
     Rebuild rebuild{model, finite_only, std::vector<Directions>(static_cast<size_t>(model->points.capacity))};
     for (const Layer& layer : list_elements<Layer>(model->layers)) {
         for (const Triangle& triangle : list_elements<Triangle>(layer.triangles)) { note_triangle(&rebuild, triangle); }
         for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) { note_polygon(&rebuild, polygon); }
     }
+    return rebuild;
+}
+
+int rebuild_normals(Model* model, bool finite_only) {
+    if (model == nullptr) { return 1; }
+    const Rebuild rebuild = note_all(model, finite_only);
     const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); point != points.end(); ++point) {
         const Vec3 normal = normal_of(rebuild.directions[static_cast<size_t>(point.slot())], finite_only);
@@ -138,6 +143,21 @@ int rebuild_normals(Model* model, bool finite_only) {
 int model_rebuild_normals(Model* model) { return rebuild_normals(model, false); }
 
 int model_rebuild_finite_normals(Model* model) { return rebuild_normals(model, true); }
+
+std::vector<MadeNormal> model_made_normals(const Model* model, const std::vector<int32_t>& ids) {
+    std::vector<MadeNormal> made;
+    if (model == nullptr) { return made; }
+    const Rebuild rebuild = note_all(model, true);
+    for (const int32_t id : ids) {
+        const int32_t slot = list_index_of(&model->points, id, 0);
+        if (slot < 0) { continue; }
+        const Directions& directions = rebuild.directions[static_cast<size_t>(slot)];
+        Vec3 normal = normal_of(directions, true);
+        vec_normalise(&normal);  // once more, as it is stored
+        made.push_back({id, normal, directions.count > 0});
+    }
+    return made;
+}
 
 int model_make_curved(Model* model) {
     if (model == nullptr) { return 0; }

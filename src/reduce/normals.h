@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "formats/texture_map.h"
 #include "foundation/math3d.h"
@@ -21,6 +22,15 @@ int model_rebuild_normals(Model* model);
 // The same with a normal of length 1 for every point: a face without a direction does not count, and where directions
 // cancel each other the first of them is taken.
 int model_rebuild_finite_normals(Model* model);
+
+// The normals that the latter would give to these points, in their order, without giving them. Ids that the model has
+// no point for are left out.
+struct MadeNormal {
+    int32_t id;
+    Vec3 normal;
+    bool of_faces;  // false for a point without a face that has a direction
+};
+std::vector<MadeNormal> model_made_normals(const Model* model, const std::vector<int32_t>& ids);
 
 // Makes each flat triangle and quad curved along all edges, with the normals at the ends of each edge as its control
 // normals. Polygons and what is curved already stay. 1; 0 for null.

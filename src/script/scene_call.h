@@ -47,6 +47,7 @@ std::span<const SceneForm> scene_pick_forms();
 std::span<const SceneForm> scene_mark_forms();
 std::span<const SceneForm> scene_history_forms();
 std::span<const SceneForm> scene_point_change_forms();
+std::span<const SceneForm> scene_face_change_forms();
 
 // Questions whose words are those of a form that changes too.
 Tcl_Obj* scene_ask_point(const SceneWords& words);

@@ -45,6 +45,7 @@ constexpr std::span<const SceneForm> (*TABLES[])() = {
     scene_mark_forms,
     scene_history_forms,
     scene_point_change_forms,
+    scene_face_change_forms,
     scene_own_forms,
 };
 

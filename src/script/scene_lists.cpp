@@ -26,12 +26,12 @@ bool scene_read_list(const char* what, const char* word, const char* allowed, st
     return true;
 }
 
-bool scene_read_points(const Model* model, const char* word, std::vector<int32_t>* ids) {
+bool scene_read_points(const Model* model, const char* word, std::vector<int32_t>* ids, ScenePoints which) {
     constexpr const char* ALLOWED = "one or more ids of points of this model";
     ids->clear();
     std::vector<std::string> words;
     if (!scene_read_list("points", word, ALLOWED, &words)) { return false; }
-    if (words.empty()) {
+    if (words.empty() && which != SCENE_POINTS_OR_NONE) {
         scene_refuse_argument("points", word, ALLOWED);
         return false;
     }
@@ -43,7 +43,7 @@ bool scene_read_points(const Model* model, const char* word, std::vector<int32_t
             scene_refuse_argument("point", each.c_str(), "the id of a point of this model");
             return false;
         }
-        if (met.insert(id).second) { ids->push_back(id); }
+        if (met.insert(id).second || which == SCENE_POINTS_ALL) { ids->push_back(id); }
     }
     return true;
 }
