@@ -1,5 +1,5 @@
-// A file deals its points out by counts. Whose count a point is in shows when they are dealt once more; where that gives a
-// point to others than its own joints, since it was bound by hand, its own joints say it.
+// A file deals its points out by counts. Whose count a point is in shows when they are dealt once more; where that
+// gives a point to others than its own joints, since it was bound by hand, its own joints say it.
 #include "edit/binding_counts.h"
 
 #include <algorithm>

@@ -149,7 +149,8 @@ std::vector<LayerPrimitives> primitives_inside(Model* model, const std::vector<i
     for (Layer& layer : list_elements<Layer>(model->layers)) {
         const LayerPrimitives all = all_of(&layer);
         found.push_back({&layer, inside(all, &LayerPrimitives::triangles, points),
-                         inside(all, &LayerPrimitives::polygons, points), inside(all, &LayerPrimitives::lines, points)});
+                         inside(all, &LayerPrimitives::polygons, points),
+                         inside(all, &LayerPrimitives::lines, points)});
     }
     return found;
 }
@@ -296,8 +297,8 @@ bool edit_duplicate_points(Session* session, Model* model, const std::vector<int
     return true;
 }
 
-bool edit_duplicate_primitives(Session* session, Model* model, const std::vector<PrimitiveName>& names,
-                               MadeParts* made, EditRefusal* refused) {
+bool edit_duplicate_primitives(Session* session, Model* model, const std::vector<PrimitiveName>& names, MadeParts* made,
+                               EditRefusal* refused) {
     std::vector<Model*> targets;
     std::vector<PrimitivePlace> places;
     if (!edit_targets(session, model, &targets, refused) || !find_primitives(model, names, &places, refused) ||

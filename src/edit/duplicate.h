@@ -21,8 +21,8 @@ bool edit_duplicate_points(Session* session, Model* model, const std::vector<int
                            EditRefusal* refused);
 
 // Copies faces and lines, with their points, which stand in the order of the ids of the old.
-bool edit_duplicate_primitives(Session* session, Model* model, const std::vector<PrimitiveName>& names,
-                               MadeParts* made, EditRefusal* refused);
+bool edit_duplicate_primitives(Session* session, Model* model, const std::vector<PrimitiveName>& names, MadeParts* made,
+                               EditRefusal* refused);
 
 // Moves faces on new points of their own, away from the old ones, and closes what opens along their outer edges with
 // quads. Points that nothing uses any more go.

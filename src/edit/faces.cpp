@@ -1,5 +1,5 @@
-// Finding primitives. What surprises: a number says nothing about a second model of the same file, whose primitives have
-// numbers of their own, so what was found is handed on by its rank in its list.
+// Finding primitives. What surprises: a number says nothing about a second model of the same file, whose primitives
+// have numbers of their own, so what was found is handed on by its rank in its list.
 #include "edit/faces.h"
 
 #include <algorithm>

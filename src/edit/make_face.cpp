@@ -1,6 +1,6 @@
-// Making faces and turning them over. What surprises: the corners of a quad stand in the order of a strip, as those of a
-// polygon do, while a person goes around; and a curved face knows its curved edges by the places of its corners, so that
-// not every way of turning it over keeps its shape.
+// Making faces and turning them over. What surprises: the corners of a quad stand in the order of a strip, as those of
+// a polygon do, while a person goes around; and a curved face knows its curved edges by the places of its corners, so
+// that not every way of turning it over keeps its shape.
 #include "edit/make_face.h"
 
 #include <algorithm>
@@ -51,8 +51,8 @@ bool check_wish(const Model* model, const FaceWish& wish, EditRefusal* refused) 
     if (wish.form != FaceForm::CURVED) { return true; }
     const bool good = count == 3 ? wish.curve_type >= 1 && wish.curve_type <= 3
                                  : wish.curve_type == CURVED_TWO_SIDES || wish.curve_type == 4;
-    return good || edit_refuse(refused, EDIT_ARGUMENT,
-                               "a curved face of three corners has type 1, 2 or 3, of four 2 or 4");
+    return good ||
+           edit_refuse(refused, EDIT_ARGUMENT, "a curved face of three corners has type 1, 2 or 3, of four 2 or 4");
 }
 
 // Of one model. The layer is told by its rank.

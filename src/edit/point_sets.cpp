@@ -188,8 +188,7 @@ std::vector<int32_t> points_like(const Model* model, const std::vector<int32_t>&
     const std::vector<int32_t> own = sorted(ids);
     const bool by_normal = likeness == PointLikeness::NORMAL;
     return points_that(model, [&](int32_t id, const Point& point) {
-        return holds(own, id) ||
-               (by_normal ? normals.holds(point.normal) : colours.count(colour_of(point)) != 0);
+        return holds(own, id) || (by_normal ? normals.holds(point.normal) : colours.count(colour_of(point)) != 0);
     });
 }
 

@@ -47,7 +47,9 @@ std::vector<int32_t> corners_of(const Layer& layer) {
         for (int i = 0; i < triangle_corners(&triangle); ++i) { corners.add(triangle.points[i]); }
     }
     for (const Polygon& polygon : list_elements<Polygon>(layer.polygons)) {
-        for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) { corners.add(vertex.point); }
+        for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
+            corners.add(vertex.point);
+        }
     }
     std::vector<int32_t> ids;
     for (int32_t id = 1; id <= INT16_MAX; ++id) {
@@ -85,8 +87,8 @@ std::vector<int32_t> points_of_these_alone(Model* model, const std::vector<Layer
                                            const std::vector<int32_t>& ids) {
     CornerSet used;
     for (Layer& layer : list_elements<Layer>(model->layers)) {
-        const auto found = std::find_if(faces.begin(), faces.end(),
-                                        [&](const LayerPrimitives& each) { return each.layer == &layer; });
+        const auto found =
+            std::find_if(faces.begin(), faces.end(), [&](const LayerPrimitives& each) { return each.layer == &layer; });
         const bool any = found != faces.end();
         add_uses<Triangle>(layer.triangles, any ? &found->triangles : nullptr, &used);
         add_uses<Polygon>(layer.polygons, any ? &found->polygons : nullptr, &used);

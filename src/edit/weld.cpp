@@ -1,5 +1,5 @@
-// Welding. Each primitive that names a point that goes names the first one instead, and is then made to fit what corners
-// it has left.
+// Welding. Each primitive that names a point that goes names the first one instead, and is then made to fit what
+// corners it has left.
 #include "edit/weld.h"
 
 #include <algorithm>
@@ -91,8 +91,8 @@ void become_triangle(Triangle* triangle, int merged_first) {
     std::fill(std::begin(triangle->controls), std::end(triangle->controls), int16_t{0});
     const int* ends = triangle_edge_ends(triangle);
     for (int i = 0; i < 6 && triangle->curve_type != 0; ++i) {
-        triangle->controls[i] = control_left(quad, corners[static_cast<size_t>(ends[i])],
-                                             corners[static_cast<size_t>(ends[i ^ 1])]);
+        triangle->controls[i] =
+            control_left(quad, corners[static_cast<size_t>(ends[i])], corners[static_cast<size_t>(ends[i ^ 1])]);
     }
 }
 

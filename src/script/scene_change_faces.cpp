@@ -274,8 +274,8 @@ Tcl_Obj* run_select(const SceneWords& words) {
         return scene_refuse_argument("word", what, "linked, grow, invert, like");
     }
     if (words.has(3) != like) {
-        return scene_refuse_argument("word", what, like ? "followed by points and layer, normal or colour"
-                                                        : "followed by points alone");
+        return scene_refuse_argument(
+            "word", what, like ? "followed by points and layer, normal or colour" : "followed by points alone");
     }
     SceneModel found{};
     std::vector<int32_t> ids;

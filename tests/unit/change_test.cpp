@@ -96,8 +96,8 @@ Photo photograph(Session* session) {
     photograph_list(session->root_models, 0, 0, SCENE_LISTS + SCENE_ROOTS, &photo);
     photograph_list(session->model_states, 0, 0, SCENE_LISTS + SCENE_MODEL_STATES, &photo);
     const char* path = session->animation_path;
-    photo[{0, 0, SCENE_FIELDS_LIST, 0}] = std::to_string(session->radius) + ' ' + std::to_string(session->anim_end) +
-                                          (path != nullptr ? path : "-");
+    photo[{0, 0, SCENE_FIELDS_LIST, 0}] =
+        std::to_string(session->radius) + ' ' + std::to_string(session->anim_end) + (path != nullptr ? path : "-");
     for (const RootModel& root : list_elements<RootModel>(session->root_models)) {
         photograph_model(root.model, &photo);
     }
@@ -121,11 +121,15 @@ struct Ears {
 
 const ChangeListener EARS_FORM{
     nullptr,
-    [](void* context, Model* model) { Ears::of(context).hear({model->serial, 0, FIELDS, 0}); },
+    [](void* context, Model* model) {
+        Ears::of(context).hear({model->serial, 0, FIELDS, 0});
+    },
     [](void* context, Model* model, Layer* layer, ContentList list, int32_t slot) {
         Ears::of(context).hear({model->serial, layer != nullptr ? layer->serial : 0, list, slot});
     },
-    [](void* context, Session*) { Ears::of(context).hear({0, 0, SCENE_FIELDS_LIST, 0}); },
+    [](void* context, Session*) {
+        Ears::of(context).hear({0, 0, SCENE_FIELDS_LIST, 0});
+    },
     [](void* context, Session*, SceneList list, int32_t slot) {
         Ears::of(context).hear({0, 0, SCENE_LISTS + list, slot});
     },
@@ -149,7 +153,8 @@ protected:
     ChangeTest() {
         test::TgaForm form;
         dir.write("red.tga", test::tga_bytes(form, "abc"));
-        dir.write("bolt.mod", "points\n21 1 2 3\n22 4 5 6\n23 7 8 0\nlayer nut 1 2 3 doublesided\ntriangles\n0 21 22 23\n");
+        dir.write("bolt.mod",
+                  "points\n21 1 2 3\n22 4 5 6\n23 7 8 0\nlayer nut 1 2 3 doublesided\ntriangles\n0 21 22 23\n");
         const std::string path = dir.write("ship.mod", text());
         session_init(&session);
         load_error_set(nullptr);
@@ -223,11 +228,18 @@ protected:
     bool replaced = false;
 };
 
-
 constexpr int32_t CORNERS[8] = {1, 2, 3, 4, 1, 2, 3, 4};
 
 // Every operation of scene/ that changes content of a model.
-#define MODEL_OPERATION(call) {#call, [](Session* session, Model* model, Model* other) { (void)session; (void)other; (void)model; call; }}
+#define MODEL_OPERATION(call)                                     \
+    {                                                             \
+        #call, [](Session* session, Model* model, Model* other) { \
+            (void)session;                                        \
+            (void)other;                                          \
+            (void)model;                                          \
+            call;                                                 \
+        }                                                         \
+    }
 struct ModelOperation {
     const char* name;
     void (*run)(Session* session, Model* model, Model* other);
@@ -299,7 +311,8 @@ TEST_F(ChangeTest, every_operation_tells_before_it_changes) {
 TEST_F(ChangeTest, a_mapped_layer_is_told_where_it_changes) {
     model_find_layer(model, "body")->image_axis_u = AXIS_Z;
     expect_told("layer_map_uvees", [&] { layer_map_uvees(model, "body"); });
-    expect_told("layer_map_uvees again", [&] { layer_map_uvees(model, "body"); }, false);
+    expect_told(
+        "layer_map_uvees again", [&] { layer_map_uvees(model, "body"); }, false);
 }
 TEST_F(ChangeTest, a_removed_root_is_told_and_offered_with_what_points_at_it) {
     selection_clear(&session);
@@ -327,12 +340,13 @@ TEST_F(ChangeTest, a_closed_scene_is_told_as_a_whole) {
     EXPECT_TRUE(ears.replaced);
 }
 TEST_F(ChangeTest, refused_operations_tell_nothing_of_lists) {
-    expect_told("model_add_triangle without its points",
-                [&] {
-                    const int32_t missing[4] = {1, 2, 777, 4};
-                    EXPECT_EQ(model_add_triangle(model, "body", 0, missing, nullptr, nullptr, 0), 0);
-                },
-                false);
+    expect_told(
+        "model_add_triangle without its points",
+        [&] {
+            const int32_t missing[4] = {1, 2, 777, 4};
+            EXPECT_EQ(model_add_triangle(model, "body", 0, missing, nullptr, nullptr, 0), 0);
+        },
+        false);
 }
 TEST_F(ChangeTest, a_model_beside_the_scene_is_told_of_by_nobody) {
     Ears ears{&session, {}, {}};

@@ -106,8 +106,11 @@ TEST_F(DeletePartsTest, FacesAndLinesGoAlone) {
     EXPECT_EQ(deleted.lines, 1);
     EXPECT_TRUE(lines_of("roof").empty());
     EXPECT_EQ(point_ids(model).size(), 6u);
-    expect_refused([&] { return edit_delete_primitives(&session, model, {last("roof"), line}, &deleted, &refused); },
-                   ("l" + std::to_string(line.id)).c_str());
+    expect_refused(
+        [&] {
+            return edit_delete_primitives(&session, model, {last("roof"), line}, &deleted, &refused);
+        },
+        ("l" + std::to_string(line.id)).c_str());
 }
 
 TEST_F(DeletePartsTest, LayersGoWithTheirFacesAndLeaveThePoints) {

@@ -169,7 +169,8 @@ TEST_F(MakeFaceTest, FlipKeepsWhichEdgesAreCurvedAndHow) {
         Ids corners;
         int type;
     };
-    for (const Case& each : {Case{{1, 2, 3}, 1}, {{1, 2, 3}, 2}, {{1, 2, 3}, 3}, {{1, 2, 4, 3}, 2}, {{1, 2, 4, 3}, 4}}) {
+    for (const Case& each :
+         {Case{{1, 2, 3}, 1}, {{1, 2, 3}, 2}, {{1, 2, 3}, 3}, {{1, 2, 4, 3}, 2}, {{1, 2, 4, 3}, 4}}) {
         Triangle* curved = put_triangle(model, "body", each.corners, {}, each.type);
         const int16_t controls[] = {1, 2, 3, 4, 5, 6, 2, 5};
         std::copy(std::begin(controls), std::end(controls), curved->controls);
@@ -177,14 +178,12 @@ TEST_F(MakeFaceTest, FlipKeepsWhichEdgesAreCurvedAndHow) {
         expect_step([&] { return flip({last("body")}); });
         const Triangle& after = *last_triangle(layer_of(model, "body"));
         EXPECT_EQ(edge_controls(after), edge_controls(before));
-        const auto curved_edge = [](const Triangle& t, int i, int k) {
-            return std::minmax(t.points[i], t.points[k]);
-        };
-        if (each.type == 1 || each.type == 2) { EXPECT_TRUE(curved_edge(before, 0, 1) == curved_edge(after, 0, 1) ||
-                                                            curved_edge(before, 0, 1) == curved_edge(after, 0, 2)); }
-        if (before.quad && each.type == 2) {
-            EXPECT_EQ(curved_edge(before, 2, 3), curved_edge(after, 2, 3));
+        const auto curved_edge = [](const Triangle& t, int i, int k) { return std::minmax(t.points[i], t.points[k]); };
+        if (each.type == 1 || each.type == 2) {
+            EXPECT_TRUE(curved_edge(before, 0, 1) == curved_edge(after, 0, 1) ||
+                        curved_edge(before, 0, 1) == curved_edge(after, 0, 2));
         }
+        if (before.quad && each.type == 2) { EXPECT_EQ(curved_edge(before, 2, 3), curved_edge(after, 2, 3)); }
         Ids strip(after.points, after.points + triangle_corners(&after));
         EXPECT_GT(facing(strip).z, 0.0f);
     }
