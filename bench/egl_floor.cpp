@@ -16,8 +16,15 @@ namespace {
 bool open_context(int width, int height) {
     EGLDisplay display = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
     if (eglInitialize(display, nullptr, nullptr) != EGL_TRUE) { return false; }
-    const EGLint wanted[] = {EGL_RENDERABLE_TYPE, EGL_OPENGL_BIT, EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RED_SIZE, 8,
-                             EGL_DEPTH_SIZE,      24,             EGL_NONE};
+    const EGLint wanted[] = {EGL_RENDERABLE_TYPE,
+                             EGL_OPENGL_BIT,
+                             EGL_SURFACE_TYPE,
+                             EGL_PBUFFER_BIT,
+                             EGL_RED_SIZE,
+                             8,
+                             EGL_DEPTH_SIZE,
+                             24,
+                             EGL_NONE};
     EGLConfig config = nullptr;
     EGLint count = 0;
     if (eglChooseConfig(display, wanted, &config, 1, &count) != EGL_TRUE || count == 0) { return false; }

@@ -107,8 +107,9 @@ foreach size {large small} {
 set all [write_script many.tcl "sorvel scene offscreen 800 600
     for {set i 0} {\$i < $many} {incr i} {
         sorvel scene open [list [file join $work small.mod]]
-        sorvel scene picture [list [file join $work small.png]]
-    }"]
+        sorvel scene picture [list [file join $work small.png]] -later
+    }
+    sorvel scene written"]
 
 set has_f3d [expr {[auto_execok f3d] ne {}}]
 if {!$has_f3d} { puts stderr "bench/pictures.tcl: f3d is not installed, so that nothing is held against it" }

@@ -1,6 +1,7 @@
 // Problems of models in the formats that other programs read.
 //
-// What surprises: a name or a text of a file can hold whatever it likes, and each format has a way of its own to say it.
+// What surprises: a name or a text of a file can hold whatever it likes, and each format has a way of its own to say
+// it.
 #include "problem_report.h"
 
 #include <nlohmann/json.hpp>
@@ -82,8 +83,8 @@ std::string github_text(const std::string& text, bool is_property) {
     static const std::string IN_PROPERTY = ":,";
     std::string result;
     for (const char c : shown(text)) {
-        const bool is_taken = ALWAYS.find(c) != std::string::npos ||
-                              (is_property && IN_PROPERTY.find(c) != std::string::npos);
+        const bool is_taken =
+            ALWAYS.find(c) != std::string::npos || (is_property && IN_PROPERTY.find(c) != std::string::npos);
         result += is_taken ? percent(static_cast<unsigned char>(c)) : std::string(1, c);
     }
     return result;

@@ -1,8 +1,8 @@
-// Saving by changed lines. The text is read by the reader's own rules, with a note of what each line made; that model is
-// held against the one in memory, record by record, and each difference becomes a change of the text.
+// Saving by changed lines. The text is read by the reader's own rules, with a note of what each line made; that model
+// is held against the one in memory, record by record, and each difference becomes a change of the text.
 //
-// What surprises: nothing here is trusted. The new text is read again and compared with the model before anyone sees it,
-// so that a text whose order or wording was not foreseen costs a refusal and never a file.
+// What surprises: nothing here is trusted. The new text is read again and compared with the model before anyone sees
+// it, so that a text whose order or wording was not foreseen costs a refusal and never a file.
 #include "formats/model_save.h"
 
 #include <algorithm>
@@ -92,8 +92,8 @@ void save_insert_data(SaveWork& work, LineMode mode, const char* section, size_t
     }
     size_t at = 0;
     for (auto line = work.source.lines.rbegin(); line != work.source.lines.rend() && at == 0; ++line) {
-        const bool is_of_mode = line->what.mode == mode &&
-                                (line->what.kind == LINE_IS_DATA || line->what.kind == LINE_IS_SECTION);
+        const bool is_of_mode =
+            line->what.mode == mode && (line->what.kind == LINE_IS_DATA || line->what.kind == LINE_IS_SECTION);
         if (is_of_mode) { at = line->next; }
     }
     const bool begins = at == 0 || at < needed;

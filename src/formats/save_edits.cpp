@@ -1,5 +1,5 @@
-// Editing a text byte by byte. What surprises: the columns of a line are those of its old tokens, which each token takes
-// up again as soon as there is room; a number in a table keeps its right edge.
+// Editing a text byte by byte. What surprises: the columns of a line are those of its old tokens, which each token
+// takes up again as soon as there is room; a number in a table keeps its right edge.
 #include "formats/save_edits.h"
 
 #include <algorithm>
@@ -41,7 +41,8 @@ bool means_same(const LineToken& old, const LineToken& wanted, char sense, const
 
 // ---- columns ----
 
-// A token on its way into the new line: one of the old line, with its text as it is to be, or a new one without a place.
+// A token on its way into the new line: one of the old line, with its text as it is to be, or a new one without a
+// place.
 struct LaidToken {
     std::string text;
     bool has_place;
@@ -66,8 +67,7 @@ std::string lay_line(std::string_view old, const std::vector<LaidToken>& tokens,
             continue;
         }
         const std::string_view gap = old.substr(token.gap, token.place.begin - token.gap);
-        const bool is_plain =
-            token.gap > 0 && !gap.empty() && gap.find_first_not_of(' ') == std::string_view::npos;
+        const bool is_plain = token.gap > 0 && !gap.empty() && gap.find_first_not_of(' ') == std::string_view::npos;
         if (is_plain) {
             const auto column = static_cast<ptrdiff_t>(wanted_column(token)) + shift;
             line.append(static_cast<size_t>(std::max<ptrdiff_t>(column - static_cast<ptrdiff_t>(line.size()), 1)), ' ');

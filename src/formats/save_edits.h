@@ -20,8 +20,8 @@ struct TextEdits {
     std::vector<Edit> edits;
 };
 
-// Lines that come to stand at a place where a line begins, or at the end of the text; several in the order of the calls,
-// and before what stands there. They get the line end of the line above them.
+// Lines that come to stand at a place where a line begins, or at the end of the text; several in the order of the
+// calls, and before what stands there. They get the line end of the line above them.
 void edits_insert_line(TextEdits& edits, size_t at, std::string_view line);
 void edits_delete_line(TextEdits& edits, const SourceLine& line);
 std::string edits_apply(const TextEdits& edits, std::string_view text);

@@ -133,7 +133,9 @@ void change_base_image(SaveWork& work, const LayerPair& layer, std::string line)
                               layer.before.repeat_v == layer.after.repeat_v;
     const int last = layer.lines.images[IMAGE_SLOT_BASE];
     const size_t count = save_token_count(work, last);
-    if (same_factors && count == PLAIN) { line.resize(line.find(" repeat ")  != std::string::npos ? line.rfind(" repeat ") : line.size()); }
+    if (same_factors && count == PLAIN) {
+        line.resize(line.find(" repeat ") != std::string::npos ? line.rfind(" repeat ") : line.size());
+    }
     const bool repeats = cut_line(line).tokens.size() >= REPEATED;
     for (const int each : layer.lines.base_images) {
         const size_t tokens = save_token_count(work, each);
@@ -213,9 +215,8 @@ std::string key_of(const Primitive& primitive) {
 }
 
 std::vector<std::string> lines_of(SaveWork& work, const std::string& of, const Triangle& triangle) {
-    return written(work, [&](whole::WholeWriter& out) {
-        put_triangle(out, of, triangle, whole::needed_parts(triangle));
-    });
+    return written(work,
+                   [&](whole::WholeWriter& out) { put_triangle(out, of, triangle, whole::needed_parts(triangle)); });
 }
 std::vector<std::string> lines_of(SaveWork& work, const std::string& of, const Polygon& polygon) {
     return written(work, [&](whole::WholeWriter& out) { put_polygon(out, of, polygon); });
@@ -262,8 +263,8 @@ size_t first_place_for(SaveWork& work, const std::string& of, const std::vector<
 // The data of one kind of primitive.
 template <typename Primitive>
 struct PrimitiveKind {
-    KeyedList Layer::* list;
-    std::vector<int> LayerLines::* lines;
+    KeyedList Layer::*list;
+    std::vector<int> LayerLines::*lines;
     LineMode mode;
     const char* section;
 };
@@ -320,7 +321,7 @@ void save_primitives(SaveWork& work, LayerPair& layer, const PrimitiveKind<Primi
     std::vector<bool> kept(before.size(), false);
     const auto tail = static_cast<size_t>(
         std::find_if(matches.rbegin(), matches.rend(), [](int match) { return match != NO_MATCH; }).base() -
-        matches.begin());       // what comes behind all others begins here
+        matches.begin());   // what comes behind all others begins here
     size_t last_place = 0;  // behind the one before
     std::vector<std::string> tail_lines;
     size_t tail_needed = 0;
@@ -410,8 +411,7 @@ size_t save_layer(SaveWork& work, size_t old, const Layer& before, const Layer& 
     save_key(work, layer);
     save_primitives<Triangle>(work, layer,
                               {&Layer::triangles, &LayerLines::triangles, LINE_MODE_TRIANGLES, "triangles"});
-    save_primitives<Polygon>(work, layer,
-                             {&Layer::polygons, &LayerLines::polygons, LINE_MODE_TRIANGLES, "triangles"});
+    save_primitives<Polygon>(work, layer, {&Layer::polygons, &LayerLines::polygons, LINE_MODE_TRIANGLES, "triangles"});
     save_uvees(work, layer);
     for (int slot = 0; slot < LAYER_IMAGE_SLOTS; ++slot) { save_image(work, layer, slot); }
     save_primitives<Line>(work, layer, {&Layer::lines, &LayerLines::polylines, LINE_MODE_LINES, "lines"});

@@ -32,10 +32,10 @@ struct Run {
 };
 
 struct Skeleton {
-    std::vector<Run> runs;           // joints in their order, behind them the blend groups in theirs
-    std::vector<int> new_of_old;     // place in runs of each run of the text, or NO_MATCH
+    std::vector<Run> runs;        // joints in their order, behind them the blend groups in theirs
+    std::vector<int> new_of_old;  // place in runs of each run of the text, or NO_MATCH
     std::map<JointPair, size_t> by_joints;
-    std::vector<int32_t> world;      // points that are put behind all others
+    std::vector<int32_t> world;  // points that are put behind all others
 };
 
 const char* name_of(const Joint* joint) { return joint != nullptr ? joint->name : ""; }
@@ -65,8 +65,8 @@ void add_runs_of_joints(SaveWork& work, Skeleton& skeleton, std::map<const Joint
             renamed[before[place]] = after[i];
         }
         const Joint* parent = model_find_joint(&work.model, after[i]->parent_name);
-        skeleton.runs.push_back({after[i], nullptr, {after[i], parent}, old,
-                                 old != NO_MATCH ? work.source.joints[place] : NO_LINE, 0, {}});
+        skeleton.runs.push_back(
+            {after[i], nullptr, {after[i], parent}, old, old != NO_MATCH ? work.source.joints[place] : NO_LINE, 0, {}});
     }
 }
 
@@ -89,11 +89,14 @@ void add_runs_of_blends(SaveWork& work, Skeleton& skeleton, const std::map<const
     for (size_t i = 0; i < after.size(); ++i) {
         const auto place = static_cast<size_t>(std::max(matches[i], 0));
         const int old = matches[i] != NO_MATCH ? joints + matches[i] : NEW_RUN;
-        if (old != NEW_RUN) {
-            skeleton.new_of_old[static_cast<size_t>(old)] = static_cast<int>(skeleton.runs.size());
-        }
-        skeleton.runs.push_back({nullptr, after[i], {after[i]->joint_a, after[i]->joint_b}, old,
-                                 old != NEW_RUN ? work.source.blends[place] : NO_LINE, 0, {}});
+        if (old != NEW_RUN) { skeleton.new_of_old[static_cast<size_t>(old)] = static_cast<int>(skeleton.runs.size()); }
+        skeleton.runs.push_back({nullptr,
+                                 after[i],
+                                 {after[i]->joint_a, after[i]->joint_b},
+                                 old,
+                                 old != NEW_RUN ? work.source.blends[place] : NO_LINE,
+                                 0,
+                                 {}});
     }
 }
 
@@ -212,8 +215,7 @@ void sort_new_points(SaveWork& work, Skeleton& skeleton) {
 }
 
 bool is_of_points(const SourceLine& line) {
-    return line.what.mode == LINE_MODE_POINTS &&
-           (line.what.kind == LINE_IS_DATA || line.what.kind == LINE_IS_SECTION);
+    return line.what.mode == LINE_MODE_POINTS && (line.what.kind == LINE_IS_DATA || line.what.kind == LINE_IS_SECTION);
 }
 
 // Where the lines of points go that stand behind none of their own.
@@ -221,9 +223,9 @@ struct PointPlaces {
     std::vector<int> last_of_run;  // of the text: the first line of its last point
     int first = NO_LINE;           // line of a point
     int last = NO_LINE;
-    int section = NO_LINE;         // the last one of points
-    bool tail_is_dealt = false;    // behind the last line of a point stand others that a joint is dealt
-    bool begins = false;           // there is none
+    int section = NO_LINE;       // the last one of points
+    bool tail_is_dealt = false;  // behind the last line of a point stand others that a joint is dealt
+    bool begins = false;         // there is none
 };
 
 PointPlaces find_places(const SaveWork& work, size_t old_runs) {
@@ -319,7 +321,8 @@ int32_t count_in_text(const SaveWork& work, const Run& run) {
                     : list_at<const BlendWeight>(&work.source.model->blends, rank, 0)->point_count;
 }
 
-// The count that the line of a run is to say. One beyond the points that are left stays, unless points come behind them.
+// The count that the line of a run is to say. One beyond the points that are left stays, unless points come behind
+// them.
 int32_t wanted_count(const SaveWork& work, const Run& run, bool more_behind) {
     const auto now = run.kept + static_cast<int32_t>(run.added.size());
     if (run.old == NEW_RUN) { return now; }
@@ -338,9 +341,9 @@ size_t first_keyword(const SaveWork& work) {
 
 void save_run(SaveWork& work, const Run& run, int32_t count, size_t* at) {
     const bool is_joint = run.joint != nullptr;
-    const std::string of = is_joint ? std::string("joint ") + run.joint->name + ": "
-                                    : std::string("blend of ") + name_of(run.joints.first) + " and " +
-                                          name_of(run.joints.second) + ": ";
+    const std::string of =
+        is_joint ? std::string("joint ") + run.joint->name + ": "
+                 : std::string("blend of ") + name_of(run.joints.first) + " and " + name_of(run.joints.second) + ": ";
     if (run.line != NO_LINE) { *at = work.line(run.line).next; }
     const bool is_emptied = !is_joint && count < 1;
     if (is_emptied && run.line != NO_LINE) { save_delete(work, run.line, of); }
@@ -367,15 +370,15 @@ bool run_differs(const SaveWork& work, const Run& run, int32_t count) {
     const auto joints = static_cast<size_t>(list_count(&work.source.model->joints));
     const auto old = static_cast<size_t>(run.old);
     if (run.joint == nullptr) {
-        const auto* blend = list_at<const BlendWeight>(&work.source.model->blends, static_cast<int32_t>(old - joints), 0);
+        const auto* blend =
+            list_at<const BlendWeight>(&work.source.model->blends, static_cast<int32_t>(old - joints), 0);
         return std::strcmp(name_of(blend->joint_a), name_of(run.joints.first)) != 0 ||
                std::strcmp(name_of(blend->joint_b), name_of(run.joints.second)) != 0;
     }
     const auto* joint = list_at<const Joint>(&work.source.model->joints, run.old, 0);
     return std::strcmp(joint->name, run.joint->name) != 0 ||
-           std::strcmp(joint->parent_name, run.joint->parent_name) != 0 ||
-           joint->position.x != run.joint->position.x || joint->position.y != run.joint->position.y ||
-           joint->position.z != run.joint->position.z;
+           std::strcmp(joint->parent_name, run.joint->parent_name) != 0 || joint->position.x != run.joint->position.x ||
+           joint->position.y != run.joint->position.y || joint->position.z != run.joint->position.z;
 }
 
 void save_runs(SaveWork& work, const Skeleton& skeleton) {
@@ -408,7 +411,8 @@ void save_runs(SaveWork& work, const Skeleton& skeleton) {
 bool same_colour(const unsigned char* a, const unsigned char* b) { return std::memcmp(a, b, 4) == 0; }
 
 void save_normal(SaveWork& work, int32_t id, const Point& point, int line) {
-    const auto lines = save_lines(work, [&](whole::WholeWriter& writer) { put_normal(writer, laid(id, point, false)); });
+    const auto lines =
+        save_lines(work, [&](whole::WholeWriter& writer) { put_normal(writer, laid(id, point, false)); });
     if (line != NO_LINE) {
         save_change(work, line, {lines[0], "IR", 4, false, nullptr}, of_point(id));
     } else {
@@ -417,7 +421,8 @@ void save_normal(SaveWork& work, int32_t id, const Point& point, int line) {
 }
 
 void save_colour(SaveWork& work, int32_t id, const Point& point, int line) {
-    const auto lines = save_lines(work, [&](whole::WholeWriter& writer) { put_colour(writer, laid(id, point, false)); });
+    const auto lines =
+        save_lines(work, [&](whole::WholeWriter& writer) { put_colour(writer, laid(id, point, false)); });
     if (line != NO_LINE) {
         save_change(work, line, {lines[0], "IB", 5, false, nullptr}, of_point(id));
     } else {
@@ -427,7 +432,7 @@ void save_colour(SaveWork& work, int32_t id, const Point& point, int line) {
 
 // What of a point stands in a section of its own: asks for a line where the point needs one, and tells whether any has.
 template <typename Differs, typename Save>
-bool save_section(SaveWork& work, int PointLines::* line_of, const Differs& differs, const Save& save) {
+bool save_section(SaveWork& work, int PointLines::*line_of, const Differs& differs, const Save& save) {
     bool any = false;
     const auto points = list_elements<Point>(work.model.points);
     for (auto point = points.begin(); point != points.end(); ++point) {

@@ -32,9 +32,9 @@ const Layer* layer_in_hand(const SaveSource& source) {
 Counts count_all(const SaveSource& source) {
     const Model& model = *source.model;
     const Layer* layer = layer_in_hand(source);
-    const auto of_layer = [&](KeyedList Layer::* list) { return layer != nullptr ? list_count(&(layer->*list)) : 0; };
-    return {list_count(&model.joints),    list_count(&model.blends),    list_count(&model.layers),
-            list_count(&model.children),  of_layer(&Layer::triangles), of_layer(&Layer::polygons),
+    const auto of_layer = [&](KeyedList Layer::*list) { return layer != nullptr ? list_count(&(layer->*list)) : 0; };
+    return {list_count(&model.joints),   list_count(&model.blends),   list_count(&model.layers),
+            list_count(&model.children), of_layer(&Layer::triangles), of_layer(&Layer::polygons),
             of_layer(&Layer::lines)};
 }
 
@@ -209,7 +209,8 @@ bool save_source_read(std::string_view text, SaveSource* source, std::string* re
         const std::string reason = load_error_get() != nullptr ? load_error_get() : "the line is refused";
         const TextPlace place = source->lines.empty() ? TextPlace{0, 0} : source->lines.back().place;
         const bool of_layer = !source->lines.empty() && belongs_to_layer(source->lines.back());
-        *refused = (of_layer ? std::string("layer ") + read.context.layer + ": " : std::string()) + "\"" + std::string(text.substr(place.begin, std::min(place.end - place.begin, SHOWN_LINE))) +
+        *refused = (of_layer ? std::string("layer ") + read.context.layer + ": " : std::string()) + "\"" +
+                   std::string(text.substr(place.begin, std::min(place.end - place.begin, SHOWN_LINE))) +
                    "\": " + reason;
         return false;
     }

@@ -23,8 +23,8 @@ struct SaveWork {
     TextEdits edits;
     std::string layout_refusal;
     std::unordered_map<int32_t, size_t, KeyHash> available;  // from where in the text on a point can be named
-    std::map<LineMode, size_t> sections;  // where data of each mode was put
-    std::map<size_t, LineMode> opened;    // in what mode the lines end that were put at a place
+    std::map<LineMode, size_t> sections;                     // where data of each mode was put
+    std::map<size_t, LineMode> opened;                       // in what mode the lines end that were put at a place
 
     SaveWork(const Model& changed, const SaveSource& loaded) : model(changed), source(loaded), writer(changed) {}
 

@@ -1,7 +1,7 @@
 // The lines of a model file, one function each, in the columns of the other writer where both say the same.
 //
-// What surprises: a normal is written at a length at which the reader, which makes it one of length 1, meets it again to
-// the last place; and a primitive names a point above 32767 by whichever id has its low 16 bits.
+// What surprises: a normal is written at a length at which the reader, which makes it one of length 1, meets it again
+// to the last place; and a primitive names a point above 32767 by whichever id has its low 16 bits.
 #include "formats/whole_lines.h"
 
 #include <algorithm>

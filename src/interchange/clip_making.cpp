@@ -37,7 +37,7 @@ struct RowSamples {
 };
 
 struct JointPose {
-    Turn turn;      // of places at rest
+    Turn turn;       // of places at rest
     Place movement;  // of the joint's own place
 };
 
@@ -218,8 +218,8 @@ MadeAnimation make_clips(const MotionPlan& plan, const aiAnimation& animation, d
         if (error.degrees <= TURN_BOUND && error.units <= move_bound) { break; }
     }
     for (size_t r = 0; r < rows.size(); ++r) {
-        const std::string name = rows.size() > 1 ? stem + "_" + plain_name(plan.rows[r].name, 20) + std::to_string(r + 1)
-                                                 : stem;
+        const std::string name =
+            rows.size() > 1 ? stem + "_" + plain_name(plan.rows[r].name, 20) + std::to_string(r + 1) : stem;
         made.clips.push_back(clip_of(tracks_of(plan.rows[r], rows[r], stride), seconds, name));
     }
     const double rate = static_cast<double>(steps / stride) / seconds;
@@ -252,8 +252,8 @@ RowPose played_pose(const PlannedRow& row, const std::vector<Placement>& placed)
         const auto parent = static_cast<size_t>(std::max(joint.parent, 0));
         const bool has_parent = joint.parent >= 0;
         pose.turns.push_back(exact[j].turn);
-        pose.places.push_back(has_parent ? pose.places[parent] + turned(pose.turns[parent],
-                                                                        joint.place - row.joints[parent].place)
+        pose.places.push_back(has_parent ? pose.places[parent] +
+                                               turned(pose.turns[parent], joint.place - row.joints[parent].place)
                                          : joint.place + exact[0].movement);
         pose.exact.push_back(placed[static_cast<size_t>(joint.node)] * joint.to_node);
     }
@@ -338,7 +338,8 @@ MotionCost measure_motion(const MotionPlan& plan, const SourceScene& source) {
         if (animation == nullptr) { continue; }
         const NodeChannels channels = channels_of(plan.table, *animation);
         for (int i = 0; i <= COST_LOOKS; ++i) {
-            const auto placed = placements_at(plan.table, channels, *animation, duration_of(*animation) * i / COST_LOOKS);
+            const auto placed =
+                placements_at(plan.table, channels, *animation, duration_of(*animation) * i / COST_LOOKS);
             for (size_t p = 0; p < source.places.size(); ++p) {
                 if (plan.skins[p].empty()) { continue; }
                 add_costs({plan, source.places[p], plan.skins[p], shares[p], placed}, by_weights, all);

@@ -31,20 +31,20 @@ struct ImportedFile {
 };
 
 struct ImportResult {
-    std::string error;                // why there is nothing; else empty
-    std::vector<std::string> notes;   // choices that were made
-    std::vector<std::string> losses;  // what the source says and the model does not, one line each
-    std::vector<ImportedFile> files;  // in the order in which they are to be written: what names others comes last
-    std::string main;                 // the name of that which goes to the place that was asked for
+    std::string error;                 // why there is nothing; else empty
+    std::vector<std::string> notes;    // choices that were made
+    std::vector<std::string> losses;   // what the source says and the model does not, one line each
+    std::vector<ImportedFile> files;   // in the order in which they are to be written: what names others comes last
+    std::string main;                  // the name of that which goes to the place that was asked for
     std::vector<std::string> sources;  // the files that were read, as far as it came
 };
 
 // What a scene that was read does not say itself.
 struct ImportSource {
-    std::string directory;         // where its images lie, with the separator; empty for the current one
-    std::string format;            // the ending of its file, in lower case and without the dot
-    std::string stem;              // what the names of all files that are made begin with
-    std::string model_file = {};   // how the first model will be called, for those that name it; empty for stem.mod
+    std::string directory;        // where its images lie, with the separator; empty for the current one
+    std::string format;           // the ending of its file, in lower case and without the dot
+    std::string stem;             // what the names of all files that are made begin with
+    std::string model_file = {};  // how the first model will be called, for those that name it; empty for stem.mod
     std::vector<std::string> losses = {};  // what its reader has left out already
 };
 

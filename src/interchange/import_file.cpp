@@ -8,9 +8,9 @@
 #include <set>
 
 #include <assimp/DefaultIOSystem.h>
-#include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
+#include <assimp/Importer.hpp>
 
 #include "foundation/file_access.h"
 #include "interchange/import.h"
@@ -99,7 +99,9 @@ ImportResult import_model_file(const std::string& path, const std::string& model
     constexpr size_t STEM_LENGTH = 60;
     const std::string stem = plain_name(model_file.substr(0, model_file.rfind('.')), STEM_LENGTH);
     ImportSource source{path.substr(0, path_directory_length(path.c_str())), ending_of(path), stem, model_file};
-    if (moves_by_frames(source.format) && !has_bones(*scene)) { source.losses.push_back("frames behind the first left out"); }
+    if (moves_by_frames(source.format) && !has_bones(*scene)) {
+        source.losses.push_back("frames behind the first left out");
+    }
     result = import_scene(*scene, source, options);
     result.sources.insert(result.sources.begin(), opened.begin(), opened.end());
     if (makes_normals && result.error.empty()) {

@@ -22,7 +22,7 @@ constexpr const char* MODEL_EXTENSION = ".mod";
 constexpr const char* SCENE_EXTENSION = ".scene";
 constexpr size_t ANIMATION_NAME_LENGTH = 30;
 constexpr size_t CHILD_NAME_LENGTH = 100;
-constexpr size_t MANY_CHILDREN = 256;     // from which small neighbours share one
+constexpr size_t MANY_CHILDREN = 256;      // from which small neighbours share one
 constexpr size_t SHARED_VERTICES = 15000;  // of those, at most: with a normal each they still fit
 
 struct Making {
@@ -95,9 +95,9 @@ void make_static_models(Making& making, const std::vector<SoupPart>& parts) {
         const bool many = parts.size() > MANY_CHILDREN;
         for (const SoupPart& part : many ? shared_by_neighbours(parts) : parts) { make_child(making, part); }
         if (!making.result.error.empty()) { return; }
-        making.result.notes.push_back("more points and normals than the " + std::to_string(POOL_POINT_LIMIT) +
-                                      " of one model: split into child models: " +
-                                      std::to_string(making.children.size()));
+        making.result.notes.push_back(
+            "more points and normals than the " + std::to_string(POOL_POINT_LIMIT) +
+            " of one model: split into child models: " + std::to_string(making.children.size()));
         made = make_parent_model(making.children, file_name);
     }
     making.result.error = made.error;
@@ -144,9 +144,7 @@ void make_scene_list(Making& making, const std::vector<MadeRow>& rows, MadeAnima
     }
     const std::string file = name + SCENE_EXTENSION;
     making.result.files.push_back({file, scene_list_text(rows, animation)});
-    if (!animation.note.empty()) {
-        making.result.notes.push_back("animation " + file + ": " + animation.note);
-    }
+    if (!animation.note.empty()) { making.result.notes.push_back("animation " + file + ": " + animation.note); }
     if (!animation.loss.empty()) { making.book.losses->add("animation " + file + ": " + animation.loss); }
 }
 

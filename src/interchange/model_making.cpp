@@ -55,8 +55,7 @@ void add_joints(const ModelMaking& making) {
 
 void add_point(const ModelMaking& making, int32_t id, const PoolPoint& point) {
     const bool is_bound = point.skin != NO_SKIN;
-    const SkinShare share =
-        is_bound ? making.skeleton.skins[static_cast<size_t>(point.skin)] : SkinShare{-1, -1, 1.0f};
+    const SkinShare share = is_bound ? making.skeleton.skins[static_cast<size_t>(point.skin)] : SkinShare{-1, -1, 1.0f};
     model_set_point(making.model, id, point.place[0], point.place[1], point.place[2], share.weight);
     if (is_bound) {
         model_set_point_joints(making.model, id, joint_name(making.skeleton, share.joint_a),
@@ -93,8 +92,9 @@ void add_image(const ModelMaking& making, int32_t number, Layer& layer) {
     const SurfaceLook& look = making.book.looks[static_cast<size_t>(number)];
     const MadeImage& made = making.book.images[static_cast<size_t>(look.image)];
     const std::optional<PlanarFit>& found = making.fits[static_cast<size_t>(number)];
-    const PlanarFit fit =
-        found ? *found : look.has_coordinates ? PlanarFit{AXIS_X, AXIS_Z} : any_planar(making.part, number);
+    const PlanarFit fit = found                  ? *found
+                          : look.has_coordinates ? PlanarFit{AXIS_X, AXIS_Z}
+                                                 : any_planar(making.part, number);
     LayerImage* image = list_add<LayerImage>(&layer.images, 1);
     str_copy(made.name.c_str(), image->names[IMAGE_SLOT_BASE]);
     layer.image_axis_u = fit.axis_u;

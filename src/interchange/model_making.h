@@ -31,9 +31,9 @@ struct MadeSkeleton {
 };
 
 struct MadeModel {
-    std::string text;    // of its file
-    std::string error;   // why there is none; else empty
-    int64_t bytes = 0;   // that its records take
+    std::string text;           // of its file
+    std::string error;          // why there is none; else empty
+    int64_t bytes = 0;          // that its records take
     bool is_too_large = false;  // it needs more ids than primitives can name
 };
 

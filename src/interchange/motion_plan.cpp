@@ -38,11 +38,11 @@ struct Candidate {
 struct Planning {
     SourceScene* source;
     NodeTable table;
-    std::vector<bool> moves;              // by node, by itself
-    std::vector<Candidate> candidates;    // by node
-    std::vector<int32_t> groups;          // by node: one of those it moves together with
-    std::vector<int32_t> movers;          // by place: a node of the group that moves it, -1 for none
-    std::vector<bool> is_skinned;         // by place
+    std::vector<bool> moves;            // by node, by itself
+    std::vector<Candidate> candidates;  // by node
+    std::vector<int32_t> groups;        // by node: one of those it moves together with
+    std::vector<int32_t> movers;        // by place: a node of the group that moves it, -1 for none
+    std::vector<bool> is_skinned;       // by place
 };
 
 int32_t node_named(const NodeTable& table, const aiString& name) {
@@ -147,9 +147,7 @@ void plan_between(Planning& planning) {
 }
 
 int32_t candidate_above(const Planning& planning, int32_t node) {
-    do {
-        node = planning.table.parents[at(node)];
-    } while (node >= 0 && !planning.candidates[at(node)].exists);
+    do { node = planning.table.parents[at(node)]; } while (node >= 0 && !planning.candidates[at(node)].exists);
     return node;
 }
 
@@ -295,8 +293,9 @@ std::vector<int32_t> skins_of_mesh(MotionPlan& plan, PlannedRow& row, SkinTable&
             if (joint >= 0) { joints.push_back({share.weight, joint}); }
         }
         if (joints.empty()) { continue; }
-        std::sort(joints.begin(), joints.end(),
-                  [](const auto& a, const auto& b) { return a.first != b.first ? a.first > b.first : a.second < b.second; });
+        std::sort(joints.begin(), joints.end(), [](const auto& a, const auto& b) {
+            return a.first != b.first ? a.first > b.first : a.second < b.second;
+        });
         plan.vertices_beyond_two += joints.size() > 2 ? 1 : 0;
         const bool is_single = joints.size() == 1;
         const float weight = is_single ? 1.0f : joints[0].first / (joints[0].first + joints[1].first);

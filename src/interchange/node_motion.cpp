@@ -36,8 +36,8 @@ struct KeyPair {
 
 template <typename Key>
 KeyPair<Key> keys_at(const Key* keys, unsigned count, double ticks) {
-    const Key* behind = std::upper_bound(keys, keys + count, ticks,
-                                         [](double time, const Key& key) { return time < key.mTime; });
+    const Key* behind =
+        std::upper_bound(keys, keys + count, ticks, [](double time, const Key& key) { return time < key.mTime; });
     if (behind == keys) { return {keys, keys, 0.0}; }
     const Key* before = behind - 1;
     if (behind == keys + count || !(behind->mTime > before->mTime)) { return {before, before, 0.0}; }
@@ -143,15 +143,16 @@ double duration_of(const aiAnimation& animation) {
     return std::min(last / ticks_of(animation), LONGEST_SECONDS);
 }
 
-std::vector<Placement> placements_at(const NodeTable& table, const NodeChannels& channels,
-                                     const aiAnimation& animation, double seconds) {
+std::vector<Placement> placements_at(const NodeTable& table, const NodeChannels& channels, const aiAnimation& animation,
+                                     double seconds) {
     std::vector<Placement> placements;
     placements.reserve(table.nodes.size());
     for (size_t i = 0; i < table.nodes.size(); ++i) {
         const Placement& above = table.parents[i] < 0 ? table.axes : placements[static_cast<size_t>(table.parents[i])];
         const aiNode& node = *table.nodes[i];
-        placements.push_back(above * (channels[i] != nullptr ? local_at(node, *channels[i], seconds * ticks_of(animation))
-                                                             : placement_from(node.mTransformation)));
+        placements.push_back(above * (channels[i] != nullptr
+                                          ? local_at(node, *channels[i], seconds * ticks_of(animation))
+                                          : placement_from(node.mTransformation)));
     }
     return placements;
 }

@@ -31,8 +31,8 @@ NodeChannels channels_of(const NodeTable& table, const aiAnimation& animation);
 double duration_of(const aiAnimation& animation);
 
 // The placements of all nodes at so many seconds.
-std::vector<Placement> placements_at(const NodeTable& table, const NodeChannels& channels,
-                                     const aiAnimation& animation, double seconds);
+std::vector<Placement> placements_at(const NodeTable& table, const NodeChannels& channels, const aiAnimation& animation,
+                                     double seconds);
 
 // Which nodes an animation ever moves from where they are at rest below their parents.
 std::vector<bool> moving_nodes(const NodeTable& table, const aiScene& scene);

@@ -57,9 +57,9 @@ std::optional<AxisFit> fit_axis(const LookBox& box, size_t component) {
             const Vec3 place = place_of(*vertex);
             return planar_uv(place.x, place.y, place.z, &box.low, &box.high, axis, axis).u;
         };
-        const SoupVertex* farthest = *std::max_element(
-            box.corners.begin(), box.corners.end(),
-            [&](const SoupVertex* a, const SoupVertex* b) { return mapped(a) < mapped(b); });
+        const SoupVertex* farthest =
+            *std::max_element(box.corners.begin(), box.corners.end(),
+                              [&](const SoupVertex* a, const SoupVertex* b) { return mapped(a) < mapped(b); });
         const float share = mapped(farthest);
         if (!(share > 0.5f)) { continue; }
         for (const float repeat : {1.0f, std::round(farthest->uv[component] / share * 10000.0f) / 10000.0f}) {

@@ -36,10 +36,10 @@ uint32_t number_of(ArrayMap<Size>& numbers, const std::array<uint32_t, Size>& ke
 struct PointDealing {
     const SoupPart& part;
     PointPool& pool;
-    ArrayMap<5> spots = {};               // by place, colour and skin
-    ArrayMap<4> uses = {};                // by spot, look and coordinates: which of the spot's points
-    ArrayMap<2> use_counts = {};          // by spot and look
-    ArrayMap<2> points = {};              // by spot and which of its points
+    ArrayMap<5> spots = {};       // by place, colour and skin
+    ArrayMap<4> uses = {};        // by spot, look and coordinates: which of the spot's points
+    ArrayMap<2> use_counts = {};  // by spot and look
+    ArrayMap<2> points = {};      // by spot and which of its points
     std::vector<uint32_t> of_vertex = {};
 };
 
@@ -50,9 +50,9 @@ uint32_t packed(const std::array<uint8_t, 4>& colour) { return std::bit_cast<uin
 uint32_t point_of_vertex(PointDealing& dealing, uint32_t number, int32_t look, bool has_uvee) {
     if (dealing.of_vertex[number] != NONE) { return dealing.of_vertex[number]; }
     const SoupVertex& vertex = dealing.part.vertices[number];
-    const uint32_t spot = number_of(
-        dealing.spots, {bits_of(vertex.place[0]), bits_of(vertex.place[1]), bits_of(vertex.place[2]),
-                        dealing.part.coloured ? packed(vertex.colour) : 0, bits_of(vertex.skin)});
+    const uint32_t spot =
+        number_of(dealing.spots, {bits_of(vertex.place[0]), bits_of(vertex.place[1]), bits_of(vertex.place[2]),
+                                  dealing.part.coloured ? packed(vertex.colour) : 0, bits_of(vertex.skin)});
     uint32_t use = 0;
     if (has_uvee) {
         const auto [known, is_new] = dealing.uses.insert(
@@ -93,7 +93,7 @@ bool is_none(const Normal& normal) { return normal == Normal{0, 0, 0}; }
 struct NormalDealing {
     ArrayMap<3> numbers = {};
     std::vector<Normal> normals = {};
-    std::vector<uint32_t> holders = {};                      // by normal: a point that has it
+    std::vector<uint32_t> holders = {};                       // by normal: a point that has it
     std::vector<std::pair<uint32_t, uint32_t>> corners = {};  // point and normal, one for each corner with a normal
 };
 

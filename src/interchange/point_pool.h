@@ -37,7 +37,8 @@ struct PointPool {
 
 // As few points as there can be: corners share one where place, colour and skin are the same, and a place has as many
 // points as it has texture coordinates in one layer. A normal that no point has gets a point for itself, behind all
-// others. A pool of more points than the limit holds is not complete. has_uvees tells by look whether its corners have coordinates of their own.
+// others. A pool of more points than the limit holds is not complete. has_uvees tells by look whether its corners have
+// coordinates of their own.
 PointPool make_pool(const SoupPart& part, const std::vector<bool>& has_uvees);
 
 }  // namespace pelt

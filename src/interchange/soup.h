@@ -21,8 +21,8 @@ struct SoupVertex {
 };
 
 struct SoupFace {
-    int32_t look;  // number of its layer's look
-    int32_t count;  // of corners: 1 for a lone point, 2 for a line
+    int32_t look;                     // number of its layer's look
+    int32_t count;                    // of corners: 1 for a lone point, 2 for a line
     std::array<uint32_t, 4> corners;  // in the order of the source, which is counter-clockwise; round its outline
 };
 

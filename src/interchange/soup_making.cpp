@@ -57,9 +57,7 @@ SoupVertex vertex_of(const MeshTaking& taking, unsigned number, int32_t skin) {
             vertex.normal[i] = static_cast<int16_t>(std::lround(normal[i] * double{SOUP_NORMAL_SCALE}));
         }
     }
-    if (taking.look->has_coordinates) {
-        vertex.uv = rounded_uv(mesh.mTextureCoords[taking.look->uv_channel][number]);
-    }
+    if (taking.look->has_coordinates) { vertex.uv = rounded_uv(mesh.mTextureCoords[taking.look->uv_channel][number]); }
     const aiColor4D white(1.0f, 1.0f, 1.0f, 1.0f);
     vertex.colour = vertex_colour(*taking.look, mesh.mColors[0] != nullptr ? mesh.mColors[0][number] : white);
     vertex.skin = skin;
@@ -68,9 +66,8 @@ SoupVertex vertex_of(const MeshTaking& taking, unsigned number, int32_t skin) {
 
 bool has_own_colours(const aiMesh& mesh) {
     const aiColor4D white(1.0f, 1.0f, 1.0f, 1.0f);
-    return mesh.mColors[0] != nullptr &&
-           std::any_of(mesh.mColors[0], mesh.mColors[0] + mesh.mNumVertices,
-                       [&](const aiColor4D& colour) { return colour != white; });
+    return mesh.mColors[0] != nullptr && std::any_of(mesh.mColors[0], mesh.mColors[0] + mesh.mNumVertices,
+                                                     [&](const aiColor4D& colour) { return colour != white; });
 }
 
 // ---- faces ----
@@ -144,7 +141,8 @@ void take_face(const MeshTaking& taking, const aiFace& face, uint32_t last) {
     add_face(taking, taken);
     // What the library did not cut stands round its first corner.
     for (unsigned i = 3; i < face.mNumIndices; ++i) {
-        add_face(taking, {taking.look_number, 3,
+        add_face(taking, {taking.look_number,
+                          3,
                           {first + face.mIndices[0], first + face.mIndices[i - 1], first + face.mIndices[i], 0}});
     }
 }
@@ -179,11 +177,11 @@ void tell_losses(const MeshTaking& taking) {
         "meshes that lose further texture coordinates");
     add(mesh.mColors[0] != nullptr && mesh.mColors[1] != nullptr, "meshes that lose further colours of vertices");
     const std::vector<SoupVertex>& vertices = taking.part->vertices;
-    const bool leaves = taking.look->is_clamped &&
-                        std::any_of(vertices.begin() + taking.first, vertices.end(), [](const SoupVertex& vertex) {
-                            return std::min(vertex.uv[0], vertex.uv[1]) < 0.0f ||
-                                   std::max(vertex.uv[0], vertex.uv[1]) > 1.0f;
-                        });
+    const bool leaves =
+        taking.look->is_clamped &&
+        std::any_of(vertices.begin() + taking.first, vertices.end(), [](const SoupVertex& vertex) {
+            return std::min(vertex.uv[0], vertex.uv[1]) < 0.0f || std::max(vertex.uv[0], vertex.uv[1]) > 1.0f;
+        });
     add(leaves, "meshes whose image repeats where it ended or was mirrored");
 }
 

@@ -95,9 +95,7 @@ KeyedPicture key_image(SourceImage* image, float cutoff) {
                   static_cast<int32_t>(key & 0xFF)};
     for (size_t at = 0; at < image->pixels.size(); at += CHANNELS) {
         if (!is_clear(at)) { continue; }
-        for (size_t i = 0; i < result.key.size(); ++i) {
-            image->pixels[at + i] = static_cast<uint8_t>(result.key[i]);
-        }
+        for (size_t i = 0; i < result.key.size(); ++i) { image->pixels[at + i] = static_cast<uint8_t>(result.key[i]); }
     }
     return result;
 }

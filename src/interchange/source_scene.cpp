@@ -96,8 +96,7 @@ Place transformed(const Placement& m, const aiVector3D& v) {
 }
 
 double placement_determinant(const Placement& m) {
-    return m.a1 * (m.b2 * m.c3 - m.b3 * m.c2) - m.a2 * (m.b1 * m.c3 - m.b3 * m.c1) +
-           m.a3 * (m.b1 * m.c2 - m.b2 * m.c1);
+    return m.a1 * (m.b2 * m.c3 - m.b3 * m.c2) - m.a2 * (m.b1 * m.c3 - m.b3 * m.c1) + m.a3 * (m.b1 * m.c2 - m.b2 * m.c1);
 }
 
 Place transformed_normal(const Placement& m, const aiVector3D& n) {

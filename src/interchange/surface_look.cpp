@@ -235,7 +235,9 @@ KeyedPicture key_picture(LookBook& book, SourceImage* image, const std::string& 
         return {};  // an alpha of nothing but zeros was never meant
     }
     const KeyedPicture keyed = key_image(image, alpha.cutoff);
-    if (keyed.was_smooth && !alpha.is_mask) { book.losses->add("image loses its half transparent places: " + base_of(name)); }
+    if (keyed.was_smooth && !alpha.is_mask) {
+        book.losses->add("image loses its half transparent places: " + base_of(name));
+    }
     return keyed;
 }
 

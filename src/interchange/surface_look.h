@@ -16,10 +16,10 @@ struct SurfaceLook {
     std::array<int32_t, 3> colour;
     float transparency = 0.0f;
     bool singlesided = false;
-    int32_t image = -1;  // number among the images that are made, -1 for none
+    int32_t image = -1;            // number among the images that are made, -1 for none
     bool has_coordinates = false;  // of its own for the image, which is otherwise of one colour
     unsigned uv_channel = 0;
-    bool is_clamped = false;  // outside 0 to 1 the source shows something else than the image again
+    bool is_clamped = false;    // outside 0 to 1 the source shows something else than the image again
     std::array<float, 4> tint;  // what colours of vertices are multiplied by: red, green, blue, opacity
     bool is_linear = false;     // these and those count light, not the steps of a screen
 };

@@ -4,16 +4,18 @@
 #include <charconv>
 #include <cstring>
 #include <string_view>
-#include <system_error>
+#include <utility>
 
 #include "application/application.h"
-#include "foundation/file_replace.h"
-#include "images/picture_files.h"
+#include "application/picture_queue.h"
 #include "render/frame.h"
 #include "render/picture_draw.h"
 #include "script/scene_call.h"
 #include "script/scene_reply.h"
 #include "script/script_events.h"
+#include "script/tcl_glue.h"
+
+#include <tcl.h>
 
 namespace pelt {
 
@@ -74,16 +76,24 @@ bool read_size(const char* word, PictureWish* wish) {
     return true;
 }
 
+struct PictureOptions {
+    PictureWish wish;
+    int32_t dpi = 0;
+    bool later = false;
+};
+
 // The words behind the file.
-bool read_options(const SceneWords& words, PictureWish* wish, int32_t* dpi) {
+bool read_options(const SceneWords& words, PictureOptions* options) {
+    PictureWish* wish = &options->wish;
     for (int i = 1; i < words.count; ++i) {
         const std::string_view option = words.raw(i);
-        if (option == "-transparent") {
-            wish->transparent = true;
+        if (option == "-transparent" || option == "-later") {
+            (option == "-later" ? options->later : wish->transparent) = true;
             continue;
         }
         if (option != "-size" && option != "-samples" && option != "-supersample" && option != "-dpi") {
-            scene_refuse_argument("option", words.raw(i), "-size, -samples, -supersample, -transparent or -dpi");
+            scene_refuse_argument("option", words.raw(i),
+                                  "-size, -samples, -supersample, -transparent, -dpi or -later");
             return false;
         }
         if (!words.has(++i)) {
@@ -94,7 +104,7 @@ bool read_options(const SceneWords& words, PictureWish* wish, int32_t* dpi) {
         const bool read = option == "-size"      ? read_size(value, wish)
                           : option == "-samples" ? scene_read_int("samples", value, 0, SAMPLES_MAX, &wish->samples)
                           : option == "-dpi"
-                              ? scene_read_int("dpi", value, 1, DPI_MAX, dpi)
+                              ? scene_read_int("dpi", value, 1, DPI_MAX, &options->dpi)
                               : scene_read_int("supersample", value, 1, SUPERSAMPLE_MAX, &wish->supersample);
         if (!read) { return false; }
     }
@@ -115,12 +125,23 @@ bool state_allows(const PictureWish& wish) {
     return true;
 }
 
-Tcl_Obj* refuse_write(const std::string& path, const std::string& reason) {
-    LoadFailure failure;
-    failure.text = "cannot write " + path + ": " + reason;
-    failure.file = path;
-    problem_set(PROBLEM_FILE, failure);
+Tcl_Obj* refuse_outcome(const PictureOutcome& outcome) {
+    problem_set(outcome.kind.c_str(), outcome.failure);
     return scene_refuse_load();
+}
+
+// A program that ends writes what is still on its way. Nobody is left to be told but by a line.
+void write_at_exit(ClientData) {
+    int32_t written = 0;
+    const PictureOutcome outcome = picture_write_finish(&written);
+    if (!outcome.kind.empty()) { tcl_error_line(system_to_tcl(outcome.failure.text.c_str())); }
+}
+
+void write_later(PictureOrder&& order) {
+    static bool ends_well = false;
+    if (!ends_well) { Tcl_CreateExitHandler(write_at_exit, nullptr); }
+    ends_well = true;
+    picture_write_later(std::move(order));
 }
 
 Tcl_Obj* write_picture(const SceneWords& words) {
@@ -129,36 +150,41 @@ Tcl_Obj* write_picture(const SceneWords& words) {
     if (kind == PICTURE_UNKNOWN) {
         return scene_refuse_argument("file", words.raw(0), "a name that ends in .png or .tga");
     }
-    PictureWish wish;
-    int32_t dpi = 0;
-    if (!read_options(words, &wish, &dpi)) { return nullptr; }
-    if (dpi > 0 && kind != PICTURE_PNG) {
+    PictureOptions options;
+    if (!read_options(words, &options)) { return nullptr; }
+    if (options.dpi > 0 && kind != PICTURE_PNG) {
         return scene_refuse(PROBLEM_ARGUMENT, "the option -dpi is for .png: a .tga cannot hold it");
     }
-    if (!state_allows(wish)) { return nullptr; }
-    Picture picture;
-    PictureFile file;
+    if (!state_allows(options.wish)) { return nullptr; }
+    PictureOrder order{path, {}, kind == PICTURE_PNG, options.dpi};
     std::string failure;
-    const bool made =
-        picture_draw(wish, &picture, &failure) && (kind == PICTURE_PNG ? picture_to_png(picture, dpi, &file, &failure)
-                                                                       : picture_to_tga(picture, &file, &failure));
-    if (!made) { return scene_refuse(PROBLEM_SYSTEM, failure); }
-    const FileReplacement written = file_replace(path.c_str(), file.bytes.get(), file.size);
-    if (written.error != 0 || !written.opened) {
-        return refuse_write(path, std::generic_category().message(written.error));
+    if (!picture_draw(options.wish, &order.picture, &failure)) { return scene_refuse(PROBLEM_SYSTEM, failure); }
+    const int32_t width = order.picture.width, height = order.picture.height;
+    PictureOutcome outcome;
+    if (options.later) {
+        write_later(std::move(order));
+    } else {
+        outcome = picture_write(order);
     }
-    return ReplyList()
-        .add("width", reply_int(picture.width))
-        .add("height", reply_int(picture.height))
-        .add("bytes", reply_int(static_cast<int64_t>(file.size)))
-        .value();
+    if (!outcome.kind.empty()) { return refuse_outcome(outcome); }
+    ReplyList reply;
+    reply.add("width", reply_int(width)).add("height", reply_int(height));
+    if (!options.later) { reply.add("bytes", reply_int(static_cast<int64_t>(outcome.size))); }
+    return reply.value();
+}
+
+Tcl_Obj* finish_writing(const SceneWords&) {
+    int32_t written = 0;
+    const PictureOutcome outcome = picture_write_finish(&written);
+    return outcome.kind.empty() ? reply_int(written) : refuse_outcome(outcome);
 }
 
 constexpr SceneForm FORMS[] = {
     {"offscreen", "WIDTH HEIGHT ?SAMPLES?", 2, 3,
      "makes the window, without a display and where nobody sees it; what draws", make_offscreen},
-    {"picture", "FILE ?-size WxH? ?-samples N? ?-supersample N? ?-transparent? ?-dpi N?", 1, 10,
+    {"picture", "FILE ?-size WxH? ?-samples N? ?-supersample N? ?-transparent? ?-dpi N? ?-later?", 1, 11,
      "draws the scene into a PNG or TGA file", write_picture},
+    {"written", "", 0, 0, "waits for the pictures that are written later; how many they were", finish_writing},
 };
 
 }  // namespace

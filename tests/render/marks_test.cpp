@@ -67,8 +67,12 @@ protected:
     void mark_everything() {
         *marks() = Marks{{marked({1, 5}, {"body"})}, 5.0f, true, {1, 2, 3}, MARK_AXIS_Y, true, true, false};
         Layer* body = model_find_layer(model, "body");
-        for (const Triangle& each : list_elements<Triangle>(body->triangles)) { marks()->models[0].faces.push_back(each.id); }
-        for (const Polygon& each : list_elements<Polygon>(body->polygons)) { marks()->models[0].polygons.push_back(each.id); }
+        for (const Triangle& each : list_elements<Triangle>(body->triangles)) {
+            marks()->models[0].faces.push_back(each.id);
+        }
+        for (const Polygon& each : list_elements<Polygon>(body->polygons)) {
+            marks()->models[0].polygons.push_back(each.id);
+        }
         for (const Line& each : list_elements<Line>(body->lines)) { marks()->models[0].lines.push_back(each.id); }
     }
 
@@ -95,7 +99,8 @@ TEST_F(MarksTest, MarksComeBehindTheFrameAndBeforeTheSwap) {
     mark_everything();
     const int swaps = null_window(window)->swaps;
     const Lines with = frame();
-    const auto first = std::find_if(with.begin(), with.end(), [](const std::string& line) { return line.rfind("glPushAttrib", 0) == 0; });
+    const auto first = std::find_if(with.begin(), with.end(),
+                                    [](const std::string& line) { return line.rfind("glPushAttrib", 0) == 0; });
     const auto last = std::find(with.begin(), with.end(), "glPopAttrib");
     ASSERT_TRUE(first != with.end() && last != with.end());
     EXPECT_GT(last - first, 50);
@@ -117,9 +122,10 @@ TEST_F(MarksTest, StateIsPutBack) {
             return std::tuple(recording_gl::enabled(GL_LIGHTING), recording_gl::enabled(GL_TEXTURE_2D),
                               recording_gl::enabled(GL_BLEND), recording_gl::enabled(GL_DEPTH_TEST),
                               recording_gl::enabled(GL_LINE_STIPPLE), recording_gl::enabled(GL_POLYGON_OFFSET_LINE),
-                              recording_gl::current_colour(), recording_gl::polygon_modes(), recording_gl::blend_factors(),
-                              recording_gl::depth_mask(), recording_gl::matrix_mode(), recording_gl::modelview(),
-                              recording_gl::projection(), recording_gl::modelview_depth(), recording_gl::line_width());
+                              recording_gl::current_colour(), recording_gl::polygon_modes(),
+                              recording_gl::blend_factors(), recording_gl::depth_mask(), recording_gl::matrix_mode(),
+                              recording_gl::modelview(), recording_gl::projection(), recording_gl::modelview_depth(),
+                              recording_gl::line_width());
         };
         const auto plain = state();
         const auto flags = std::tuple(session.display_gouraud, session.display_normals, session.display_quadlines);
@@ -139,7 +145,9 @@ TEST_F(MarksTest, PointsAreSquaresOfTwoSizes) {
     Lines points;
     for (const std::string& line : with) {
         const bool size = line.rfind("glPointSize", 0) == 0;
-        if (size || (!points.empty() && (line == "glBegin GL_POINTS" || line.rfind("glVertex3f", 0) == 0))) { points.push_back(line); }
+        if (size || (!points.empty() && (line == "glBegin GL_POINTS" || line.rfind("glVertex3f", 0) == 0))) {
+            points.push_back(line);
+        }
     }
     // The mirrored half has the point at the same place: it lies in the plane of the mirror.
     const Lines once = {"glBegin GL_POINTS", "glVertex3f 0 0 20", "glVertex3f 0 0 20"};

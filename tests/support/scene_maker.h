@@ -69,7 +69,9 @@ public:
         for (size_t i = 0; i < uvs.size(); ++i) { mesh->mTextureCoords[0][i] = aiVector3D(uvs[i][0], uvs[i][1], 0); }
     }
 
-    static void set_colours(aiMesh* mesh, const std::vector<aiColor4D>& colours) { mesh->mColors[0] = array_of(colours); }
+    static void set_colours(aiMesh* mesh, const std::vector<aiColor4D>& colours) {
+        mesh->mColors[0] = array_of(colours);
+    }
 
     aiMaterial* add_material(const std::string& name) {
         auto* material = new aiMaterial;

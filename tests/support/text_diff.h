@@ -1,5 +1,5 @@
-// What a diff of two texts shows: the lines that are gone, each behind a '-', and those that came, each behind a '+', in
-// their order; a byte that no screen shows stands as its number.
+// What a diff of two texts shows: the lines that are gone, each behind a '-', and those that came, each behind a '+',
+// in their order; a byte that no screen shows stands as its number.
 #pragma once
 
 #include <algorithm>
@@ -40,8 +40,7 @@ inline std::string text_diff(const std::string& before, const std::string& after
     std::vector<std::vector<int>> common(a.size() + 1, std::vector<int>(b.size() + 1, 0));
     for (size_t i = a.size(); i-- > 0;) {
         for (size_t j = b.size(); j-- > 0;) {
-            common[i][j] =
-                a[i] == b[j] ? common[i + 1][j + 1] + 1 : std::max(common[i + 1][j], common[i][j + 1]);
+            common[i][j] = a[i] == b[j] ? common[i + 1][j + 1] + 1 : std::max(common[i + 1][j], common[i][j + 1]);
         }
     }
     std::string diff;

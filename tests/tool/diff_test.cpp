@@ -72,13 +72,14 @@ TEST_F(Diff, JsonHoldsTheSame) {
 }
 
 TEST_F(Diff, ExternalProgramOfGit) {
-    const std::vector<std::string> words = {"diff", "--git", "a/roof.mod", "old.mod", "1", "100644",
-                                            "new.mod", "2", "100644"};
+    const std::vector<std::string> words = {"diff",   "--git",   "a/roof.mod", "old.mod", "1",
+                                            "100644", "new.mod", "2",          "100644"};
     EXPECT_EQ(run(words).status, 0);
     EXPECT_EQ(run(words).out, "model a/roof.mod\n" + CHANGES);
     const RunResult added = run({"diff", "--git", "a.mod", "/dev/null", ".", ".", "new.mod", "2", "100644"});
     EXPECT_EQ(added.status, 0);
-    EXPECT_EQ(added.out, "model a.mod\npoints: 4 points added\nlayer roof: added, 2 faces added\nchild no-such: added\n");
+    EXPECT_EQ(added.out,
+              "model a.mod\npoints: 4 points added\nlayer roof: added, 2 faces added\nchild no-such: added\n");
     EXPECT_EQ(run({"diff", "--git", "a.mod", "old.mod"}).status, 2);
 }
 

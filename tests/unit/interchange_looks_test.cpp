@@ -166,7 +166,8 @@ const std::vector<aiTexel> FOUR_TEXELS = {{1, 2, 3, 255}, {4, 5, 6, 255}, {7, 8,
 
 // A scene with one textured square whose image lies in the scene.
 struct TexturedSquare {
-    explicit TexturedSquare(const std::vector<std::array<float, 2>>& uvs, const std::vector<aiTexel>& texels = FOUR_TEXELS) {
+    explicit TexturedSquare(const std::vector<std::array<float, 2>>& uvs,
+                            const std::vector<aiTexel>& texels = FOUR_TEXELS) {
         maker.add_texels(2, 2, texels);
         material = maker.add_material("picture");
         SceneMaker::set_texture(material, "*0");
@@ -343,7 +344,8 @@ TEST(ImportAlpha, AThresholdOfTheSourceIsNoLoss) {
 }
 
 TEST(ImportAlpha, AnOpaqueSurfaceHeedsNoAlpha) {
-    TexturedSquare square({{0, 0}, {1, 0}, {1, 1}, {0, 1}}, {{1, 2, 3, 0}, {4, 5, 6, 99}, {7, 8, 9, 0}, {1, 1, 1, 255}});
+    TexturedSquare square({{0, 0}, {1, 0}, {1, 1}, {0, 1}},
+                          {{1, 2, 3, 0}, {4, 5, 6, 99}, {7, 8, 9, 0}, {1, 1, 1, 255}});
     const aiString opaque("OPAQUE");
     square.material->AddProperty(&opaque, AI_MATKEY_GLTF_ALPHAMODE);
     const Imported made(square.maker.scene, at_scale(1));

@@ -165,8 +165,9 @@ TEST(ImportStatic, ANormalThatNoPointHasFreeTakesAnIdForItself) {
     for (const Triangle& triangle : triangles_of(only_layer(model))) {
         std::set<int16_t> held;
         for (int corner = 0; corner < 3; ++corner) {
-            const Vec3 middle = vec_add(vec_add(place_of(model, triangle.points[0]), place_of(model, triangle.points[1])),
-                                        place_of(model, triangle.points[2]));
+            const Vec3 middle =
+                vec_add(vec_add(place_of(model, triangle.points[0]), place_of(model, triangle.points[1])),
+                        place_of(model, triangle.points[2]));
             const Vec3 normal = model_find_point(model.get(), triangle.normals[corner])->normal;
             EXPECT_NEAR(vec_dot(normal, middle), 10.0f * std::sqrt(3.0f), 0.1f);
             held.insert(triangle.normals[corner]);
@@ -379,7 +380,7 @@ TEST(ImportNonsense, ANodeBelowItselfIsMetOnce) {
     SceneMaker maker;
     maker.add_mesh(CORNER, {{0, 1, 2}});
     aiNode* root = maker.scene.mRootNode;
-    root->mChildren = new aiNode*[1]{root};
+    root->mChildren = new aiNode* [1] { root };
     root->mNumChildren = 1;
     const Imported made(maker.scene, at_scale(1));
     EXPECT_EQ(triangles_of(only_layer(made.load())).size(), 1u) << made.result.error;

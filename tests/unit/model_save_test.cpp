@@ -115,8 +115,8 @@ TEST_F(ModelSaveTest, NothingChangedIsTheSameText) {
 }
 
 TEST_F(ModelSaveTest, BytesOfEveryKindStay) {
-    load(std::string("\xEF\xBB\xBF") + "#\xE4 \xFF\x01\r\npoints \x80 \r\n\t1\t0  0 0\r\n\r\n;end" + std::string(1, '\0') +
-         "x\n" + std::string(3000, 'y') + "\n2 0 0 0");
+    load(std::string("\xEF\xBB\xBF") + "#\xE4 \xFF\x01\r\npoints \x80 \r\n\t1\t0  0 0\r\n\r\n;end" +
+         std::string(1, '\0') + "x\n" + std::string(3000, 'y') + "\n2 0 0 0");
     point(2)->position.x = 7;
     EXPECT_EQ(diff(), "-2 0 0 0<no end>\n+2 7 0 0<no end>\n");
 }
@@ -203,7 +203,9 @@ TEST_F(ModelSaveTest, AColourComesIntoASectionOfItsOwn) {
 }
 
 TEST_F(ModelSaveTest, WorldPointsNameTheirJoints) {
-    load("joint hip 0 0 0 world 0\njoint knee 0 0 0 hip 0\npoints\n1 0 0 0\n2 0 0 0 0.5 hip knee and more\n3 0 0 0 1 #\n");
+    load(
+        "joint hip 0 0 0 world 0\njoint knee 0 0 0 hip 0\npoints\n1 0 0 0\n2 0 0 0 0.5 hip knee and more\n3 0 0 0 1 "
+        "#\n");
     model_set_point_joints(model.get(), 1, "knee", "world");
     model_set_point_joints(model.get(), 2, "knee", "hip");
     model_set_point_joints(model.get(), 3, "hip", "knee");
@@ -354,8 +356,9 @@ TEST_F(ModelSaveTest, ANewPrimitiveJoinsTheLastSectionBeforeTheImage) {
 }
 
 TEST_F(ModelSaveTest, WhatOrderForbidsIsRefusedByName) {
-    load("points\n1 0 0 0\nlayer a 1 2 3 x\ntriangles\n0 1 1 1\nimage a.tga x y\npoints\n2 0 0 0\n"
-         "layer b 1 2 3 x\ntriangles\n0 2 2 2\npoints\n3 0 0 0\n");
+    load(
+        "points\n1 0 0 0\nlayer a 1 2 3 x\ntriangles\n0 1 1 1\nimage a.tga x y\npoints\n2 0 0 0\n"
+        "layer b 1 2 3 x\ntriangles\n0 2 2 2\npoints\n3 0 0 0\n");
     add_triangle("a", {1, 2, 2});
     EXPECT_EQ(refusal(true), "layer a: points that it would name stand behind its image");
     delete_triangle("a", 1);
@@ -380,19 +383,22 @@ TEST_F(ModelSaveTest, WhatALineNoLongerSaysGoes) {
 // ---- deleting ----
 
 TEST_F(ModelSaveTest, ADeletedPointTakesItsLinesAndItsCountAlong) {
-    load("joint hip 0 0 0 world    3\njoint knee 0 0 0 hip 1\nblend hip knee 1\npoints\n1 0 0 0\n2 0 0 0\n3 0 0 0\n"
-         "4 0 0 0\n5 0 0 0\n6 0 0 0\nnormals\n2 0 0 1\n5 0 0 1\n6 0 0 1\ngouraud\n2 1 1 1 1\n6 1 1 1 1\n");
+    load(
+        "joint hip 0 0 0 world    3\njoint knee 0 0 0 hip 1\nblend hip knee 1\npoints\n1 0 0 0\n2 0 0 0\n3 0 0 0\n"
+        "4 0 0 0\n5 0 0 0\n6 0 0 0\nnormals\n2 0 0 1\n5 0 0 1\n6 0 0 1\ngouraud\n2 1 1 1 1\n6 1 1 1 1\n");
     model_remove_point(model.get(), 2);
     model_remove_point(model.get(), 5);
-    EXPECT_EQ(diff(),
-              "-joint hip 0 0 0 world    3\n+joint hip 0 0 0 world    2\n-blend hip knee 1\n-2 0 0 0\n-5 0 0 0\n-2 0 0 1\n"
-              "-5 0 0 1\n-2 1 1 1 1\n");
+    EXPECT_EQ(
+        diff(),
+        "-joint hip 0 0 0 world    3\n+joint hip 0 0 0 world    2\n-blend hip knee 1\n-2 0 0 0\n-5 0 0 0\n-2 0 0 1\n"
+        "-5 0 0 1\n-2 1 1 1 1\n");
 }
 
 TEST_F(ModelSaveTest, ADeletedLayerLeavesWhatIsNoneOfIt) {
-    load("layer a 1 2 3 x\ntransparency 0.5\n# points, for all\npoints\n1 0 0 0\ntriangles\n0 1 1 1\nimage a.tga x y\n"
-         "joint hip 0 0 0 world 0\nlines\n2 1 1\nnormals\n1 0 0 1\ngouraud\n1 1 2 3 4\nuvees\n1 0 0\n"
-         "child wing 0 0 0 1 1 1 0 0 0\nlines\n7 stays nowhere\nlayer b 1 2 3 x\ntriangles\n0 1 1 1\n");
+    load(
+        "layer a 1 2 3 x\ntransparency 0.5\n# points, for all\npoints\n1 0 0 0\ntriangles\n0 1 1 1\nimage a.tga x y\n"
+        "joint hip 0 0 0 world 0\nlines\n2 1 1\nnormals\n1 0 0 1\ngouraud\n1 1 2 3 4\nuvees\n1 0 0\n"
+        "child wing 0 0 0 1 1 1 0 0 0\nlines\n7 stays nowhere\nlayer b 1 2 3 x\ntriangles\n0 1 1 1\n");
     model_delete_layer(model.get(), "a");
     EXPECT_EQ(diff(),
               "-layer a 1 2 3 x\n-transparency 0.5\n-triangles\n-0 1 1 1\n-image a.tga x y\n-lines\n-2 1 1\n-uvees\n"
@@ -422,8 +428,9 @@ TEST_F(ModelSaveTest, AnImageThatNothingIsLeftForIsRefused) {
 // ---- adding ----
 
 TEST_F(ModelSaveTest, ANewPointFollowsTheLastOfItsJoint) {
-    load("joint hip 0 0 0 world 2\njoint knee 0 0 0 hip 0\njoint foot 0 0 0 knee 1\npoints\n1 0 0 0\n2 0 0 0\n"
-         "# the foot\n3 0 0 0\n# the world\n4 0 0 0\n# the end\n");
+    load(
+        "joint hip 0 0 0 world 2\njoint knee 0 0 0 hip 0\njoint foot 0 0 0 knee 1\npoints\n1 0 0 0\n2 0 0 0\n"
+        "# the foot\n3 0 0 0\n# the world\n4 0 0 0\n# the end\n");
     const auto put = [&](int32_t id, const char* a, const char* b) {
         model_set_point(model.get(), id, id, 0, 0, 1.0f);
         model_set_point_joints(model.get(), id, a, b);
@@ -444,8 +451,7 @@ TEST_F(ModelSaveTest, ANewPointFollowsTheLastOfItsJoint) {
 TEST_F(ModelSaveTest, APointThatChangesItsJointMovesBehindTheOthers) {
     load("joint hip 0 0 0 world 2\npoints\n1 0 0 0\n2 0 0 0\n3 0 0 0\nnormals\n1 0 1 0\n");
     model_set_point_joints(model.get(), 1, "world", "world");
-    EXPECT_EQ(diff(),
-              "-joint hip 0 0 0 world 2\n+joint hip 0 0 0 world 1\n-1 0 0 0\n+1         0     0     0\n");
+    EXPECT_EQ(diff(), "-joint hip 0 0 0 world 2\n+joint hip 0 0 0 world 1\n-1 0 0 0\n+1         0     0     0\n");
 }
 
 TEST_F(ModelSaveTest, ACountBeyondThePointsIsSettledWhenPointsComeBehind) {
@@ -522,8 +528,7 @@ TEST_F(ModelSaveTest, LineEndsAreThoseOfTheFile) {
     load("points\r\n1 0 0 0\r\nlayer a 1 2 3 x\r\ntriangles\r\n0 1 1 1");
     add_triangle("a", {1, 1, 1});
     model_set_point(model.get(), 2, 0, 0, 0, 1.0f);
-    EXPECT_EQ(diff(),
-              "+2         0     0     0<0D>\n-0 1 1 1<no end>\n+0 1 1 1<0D>\n+0     1    1    1<no end>\n");
+    EXPECT_EQ(diff(), "+2         0     0     0<0D>\n-0 1 1 1<no end>\n+0 1 1 1<0D>\n+0     1    1    1<no end>\n");
 }
 
 // ---- what the format cannot hold ----
@@ -558,7 +563,9 @@ TEST_F(ModelSaveTest, LinesTooLongOrOfTooManyTokensAreRefusedOnlyWhereTheyAreNew
     EXPECT_EQ(refusal(false), "layer a: 262 corners, where a line of the file takes 1 to 255");
     load("points\n1 0 0 0\nlayer a 1 2 3 x " + std::string(990, 'r') + "\n");
     model_rename_layer(model.get(), "a", "a_name_of_thirty_one_bytes_here");
-    EXPECT_EQ(refusal(false), "layer a_name_of_thirty_one_bytes_here: a line of the file holds 1023 bytes, and its own would have 1036");
+    EXPECT_EQ(
+        refusal(false),
+        "layer a_name_of_thirty_one_bytes_here: a line of the file holds 1023 bytes, and its own would have 1036");
 }
 
 // ---- laid out anew ----
@@ -583,9 +590,10 @@ public:
     RandomEdits(Model* model, uint32_t seed) : model_(model), random_(seed) {}
     void next() {
         static constexpr void (RandomEdits::*EDITS[])() = {
-            &RandomEdits::move_point, &RandomEdits::turn_normal, &RandomEdits::colour_point, &RandomEdits::bind_point,
-            &RandomEdits::add_point,  &RandomEdits::delete_point, &RandomEdits::add_primitive, &RandomEdits::flip,
-            &RandomEdits::delete_primitive, &RandomEdits::set_layer, &RandomEdits::set_image, &RandomEdits::set_uvee,
+            &RandomEdits::move_point,    &RandomEdits::turn_normal,   &RandomEdits::colour_point,
+            &RandomEdits::bind_point,    &RandomEdits::add_point,     &RandomEdits::delete_point,
+            &RandomEdits::add_primitive, &RandomEdits::flip,          &RandomEdits::delete_primitive,
+            &RandomEdits::set_layer,     &RandomEdits::set_image,     &RandomEdits::set_uvee,
             &RandomEdits::change_layers, &RandomEdits::change_joints, &RandomEdits::change_children};
         (this->*EDITS[random_() % std::size(EDITS)])();
     }
@@ -678,7 +686,9 @@ private:
         if (layer == nullptr) { return; }
         const int32_t surface = list_count(&layer->triangles) + list_count(&layer->polygons);
         KeyedList* list = pick(3) == 0 ? &layer->lines : pick(2) == 0 ? &layer->polygons : &layer->triangles;
-        if (list_count(list) == 0 || (list != &layer->lines && surface < 2 && list_count(&layer->images) > 0)) { return; }
+        if (list_count(list) == 0 || (list != &layer->lines && surface < 2 && list_count(&layer->images) > 0)) {
+            return;
+        }
         int32_t slot = list_next_slot(list, 0);
         for (int rank = pick(list_count(list)); rank > 0; --rank) { slot = list_next_slot(list, slot + 1); }
         if (list == &layer->lines) { list_free(&list_at<Line>(list, slot, 0)->vertices); }
@@ -703,7 +713,9 @@ private:
         Layer* layer = any<Layer>(model_->layers);
         if (layer == nullptr || (list_count(&layer->triangles) == 0 && list_count(&layer->polygons) == 0)) { return; }
         switch (pick(4)) {
-            case 0: model_add_image(model_, layer->name, 0, pick(2) ? "a.tga" : "a b.tga", 1 + pick(6), 1 + pick(6)); break;
+            case 0:
+                model_add_image(model_, layer->name, 0, pick(2) ? "a.tga" : "a b.tga", 1 + pick(6), 1 + pick(6));
+                break;
             case 1: model_add_image(model_, layer->name, 1, "b.tga", 0, 0); break;
             case 2:
                 model_add_image(model_, layer->name, 2, "b.tga", 0, 0);

@@ -207,8 +207,22 @@ protected:
         if (perspective) {
             // The frustum of OpenGL's books: 50 degrees, 20 to 700.
             const float f = 1.0f / std::tan(25.0f * 3.14159265f / 180.0f), near = 20.0f, far = 700.0f;
-            const float rows[16] = {f * HEIGHT / WIDTH, 0, 0, 0, 0, f, 0, 0, 0, 0, (far + near) / (near - far),
-                                    2 * far * near / (near - far), 0, 0, -1, 0};
+            const float rows[16] = {f * HEIGHT / WIDTH,
+                                    0,
+                                    0,
+                                    0,
+                                    0,
+                                    f,
+                                    0,
+                                    0,
+                                    0,
+                                    0,
+                                    (far + near) / (near - far),
+                                    2 * far * near / (near - far),
+                                    0,
+                                    0,
+                                    -1,
+                                    0};
             std::copy(rows, rows + 16, out.projection.m);
             mat_translate(&out.modelview, 5.0f, -8.0f, -70.0f);  // near enough that some of it is behind the eye
         } else {
@@ -245,8 +259,9 @@ protected:
             patch_surface(corners, triangle.curve_type, level, &surface);
             for (int i = 0; i < surface.triangle_count; ++i) {
                 const int16_t* v = surface.triangles[i];
-                out.push_back({{world(surface.positions[v[0]]), world(surface.positions[v[1]]), world(surface.positions[v[2]])},
-                               triangle.id});
+                out.push_back(
+                    {{world(surface.positions[v[0]]), world(surface.positions[v[1]]), world(surface.positions[v[2]])},
+                     triangle.id});
             }
         }
         return out;
@@ -342,7 +357,9 @@ TEST_F(PickTest, APlaceThatIsFlatIsPickedToo) {
     mat_identity(&seen.modelview);
     int hits = 0;
     for (int x = 0; x < WIDTH; x += 4) {
-        for (int y = 0; y < HEIGHT; y += 4) { hits += scene_pick(&session, seen, x, y, PickWhat::FACE, 0).kind != PickKind::NONE; }
+        for (int y = 0; y < HEIGHT; y += 4) {
+            hits += scene_pick(&session, seen, x, y, PickWhat::FACE, 0).kind != PickKind::NONE;
+        }
     }
     EXPECT_GT(hits, 5);
 }
@@ -368,7 +385,9 @@ TEST_F(PickTest, PointsInARectangleAgreeWithRays) {
             const double w = all[3][0] * p.x + all[3][1] * p.y + all[3][2] * p.z + all[3][3];
             const Double3 at = transformed(all, p.x, p.y, p.z);
             const double x = (at.x + 1) / 2 * WIDTH, y = (1 - at.y) / 2 * HEIGHT;
-            if (!(w > 0) || std::fabs(at.z) > 1 || x < box[0] || x > box[2] + 1 || y < box[1] || y > box[3] + 1) { continue; }
+            if (!(w > 0) || std::fabs(at.z) > 1 || x < box[0] || x > box[2] + 1 || y < box[1] || y > box[3] + 1) {
+                continue;
+            }
             inside.insert(id);
             const Ray ray = ray_through(seen, at.x, at.y);
             const double here = dot(p - ray.from, ray.along) / dot(ray.along, ray.along);
@@ -379,7 +398,8 @@ TEST_F(PickTest, PointsInARectangleAgreeWithRays) {
         }
         const auto told = [&](bool through) {
             std::set<int32_t> ids;
-            for (const PointsInside& each : scene_points_inside(&session, seen, box[2], box[3], box[0], box[1], through)) {
+            for (const PointsInside& each :
+                 scene_points_inside(&session, seen, box[2], box[3], box[0], box[1], through)) {
                 EXPECT_EQ(each.model, model);
                 ids.insert(each.points.begin(), each.points.end());
             }
@@ -447,14 +467,18 @@ TEST_F(PickTest, NumbersThatAreNoneFindNothing) {
         EXPECT_TRUE(scene_points_inside(&session, broken, 0, 0, 399, 299, false).empty());
         EXPECT_EQ(scene_pick(&session, seen, odd, 150, PickWhat::MODEL, 5).kind, PickKind::NONE);
     }
-    for (Point& point : list_elements<Point>(model->points)) { point.position.y = std::numeric_limits<float>::quiet_NaN(); }
+    for (Point& point : list_elements<Point>(model->points)) {
+        point.position.y = std::numeric_limits<float>::quiet_NaN();
+    }
     EXPECT_EQ(scene_pick(&session, seen, 200, 150, PickWhat::POINT, 500).kind, PickKind::NONE);
     EXPECT_TRUE(scene_points_inside(&session, seen, 0, 0, 399, 299, true).empty());
 }
 
 TEST(PatchBulge, NoVertexLiesFartherFromTheBoxOfTheCorners) {
     std::mt19937 generator(5);
-    const auto random = [&](float from, float to) { return std::uniform_real_distribution<float>(from, to)(generator); };
+    const auto random = [&](float from, float to) {
+        return std::uniform_real_distribution<float>(from, to)(generator);
+    };
     for (int round = 0; round < 2000; ++round) {
         PatchCorners corners{};
         corners.count = 3 + round % 2;
@@ -471,7 +495,8 @@ TEST(PatchBulge, NoVertexLiesFartherFromTheBoxOfTheCorners) {
         const float bulge = patch_bulge(corners);
         for (int i = 0; i < surface.vertex_count; ++i) {
             const Vec3& p = surface.positions[i];
-            const float beyond = std::max({low.x - p.x, p.x - high.x, low.y - p.y, p.y - high.y, low.z - p.z, p.z - high.z});
+            const float beyond =
+                std::max({low.x - p.x, p.x - high.x, low.y - p.y, p.y - high.y, low.z - p.z, p.z - high.z});
             ASSERT_LE(beyond, bulge) << round;
         }
     }

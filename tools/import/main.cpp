@@ -26,7 +26,8 @@ using namespace pelt;
 using namespace pelt::tool;
 namespace fs = std::filesystem;
 
-constexpr const char* DESCRIPTION = "Make a model (.mod) of one in another format: glTF, OBJ, FBX, Collada, STL, PLY, 3DS ...";
+constexpr const char* DESCRIPTION =
+    "Make a model (.mod) of one in another format: glTF, OBJ, FBX, Collada, STL, PLY, 3DS ...";
 
 constexpr const char* FOOTER =
     "The model gets OUT's name, its images and child models the same with a word behind it; all lie in the directory\n"
@@ -49,14 +50,16 @@ struct ImportCommand {
 
 bool has_model_ending(const fs::path& path) {
     std::string ending = name_of(path.extension());
-    std::transform(ending.begin(), ending.end(), ending.begin(), [](char c) { return c == 'M' || c == 'O' || c == 'D' ? static_cast<char>(c + ('a' - 'A')) : c; });
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](char c) { return c == 'M' || c == 'O' || c == 'D' ? static_cast<char>(c + ('a' - 'A')) : c; });
     return ending == MODEL_EXTENSION;
 }
 
 // Where the model goes; empty with an error printed where it cannot.
 fs::path output_path(const ImportCommand& command, int* status) {
     const bool is_named = !command.output.empty();
-    const fs::path path = is_named ? path_of(command.output) : path_of(command.input).filename().replace_extension(MODEL_EXTENSION);
+    const fs::path path =
+        is_named ? path_of(command.output) : path_of(command.input).filename().replace_extension(MODEL_EXTENSION);
     *status = is_named ? STATUS_WRONG_USE : STATUS_BAD_MODEL;
     std::error_code unimportant;
     if (is_named && (!has_model_ending(path) || path.stem().empty())) {
@@ -71,9 +74,8 @@ fs::path output_path(const ImportCommand& command, int* status) {
 }
 
 ImportResult import_in_child(const ImportCommand& command, const std::string& model_file) {
-    const ChildResult child = run_in_child(command.limits, [&] {
-        return import_bundle(import_model_file(command.input, model_file, command.options));
-    });
+    const ChildResult child = run_in_child(
+        command.limits, [&] { return import_bundle(import_model_file(command.input, model_file, command.options)); });
     ImportResult result;
     if (!child.error.empty()) {
         result.error = child.error;
@@ -129,9 +131,7 @@ int run_import(const ImportCommand& command) {
     if (!spares_sources(result, output) || !write_files(result, output)) { return STATUS_BAD_MODEL; }
     if (command.quiet) { return STATUS_GOOD; }
     for (const std::string& note : result.notes) { print_line(command.input + ": " + note); }
-    for (const ImportedFile& file : result.files) {
-        print_line("made " + name_of(path_of_file(result, file, output)));
-    }
+    for (const ImportedFile& file : result.files) { print_line("made " + name_of(path_of_file(result, file, output))); }
     return STATUS_GOOD;
 }
 
@@ -144,7 +144,8 @@ void add_options(CLI::App& program, ImportCommand& command) {
     program.add_option("--up", command.options.up, "the axis of the file that points up: y or z")
         ->type_name("AXIS")
         ->transform(CLI::CheckedTransformer(std::map<std::string, ImportUp>{{"y", UP_Y}, {"z", UP_Z}}).description(""));
-    program.add_option("--sides", command.options.sides, "one or both sides of each surface (default: as the file says)")
+    program
+        .add_option("--sides", command.options.sides, "one or both sides of each surface (default: as the file says)")
         ->type_name("SIDES")
         ->transform(
             CLI::CheckedTransformer(std::map<std::string, ImportSides>{{"one", SIDES_ONE}, {"both", SIDES_BOTH}})
