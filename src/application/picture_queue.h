@@ -1,5 +1,5 @@
-// Pictures on their way into files. One at a time is compressed and written, beside whatever the program does meanwhile,
-// in the order in which they were handed over.
+// Pictures on their way into files. One at a time is compressed and written, beside whatever the program does
+// meanwhile, in the order in which they were handed over.
 #pragma once
 
 #include <cstdint>

@@ -180,11 +180,11 @@ Tcl_Obj* finish_writing(const SceneWords&) {
 }
 
 constexpr SceneForm FORMS[] = {
-    {"offscreen", "WIDTH HEIGHT ?SAMPLES?", 2, 3,
-     "makes the window, without a display and where nobody sees it; what draws", make_offscreen},
+    {"offscreen", "WIDTH HEIGHT ?SAMPLES?", 2, 3, "makes the window, without a display and where nobody sees it",
+     make_offscreen},
     {"picture", "FILE ?-size WxH? ?-samples N? ?-supersample N? ?-transparent? ?-dpi N? ?-later?", 1, 11,
      "draws the scene into a PNG or TGA file", write_picture},
-    {"written", "", 0, 0, "waits for the pictures that are written later; how many they were", finish_writing},
+    {"written", "", 0, 0, "waits for the pictures that are written later", finish_writing},
 };
 
 }  // namespace
