@@ -14,6 +14,7 @@ inline constexpr const char* PROBLEM_ARGUMENT = "ARGUMENT";  // a word of a call
 inline constexpr const char* PROBLEM_STATE = "STATE";        // the scene, as it stands, does not allow the call
 inline constexpr const char* PROBLEM_UNSAVED = "UNSAVED";    // changes would be lost
 inline constexpr const char* PROBLEM_FILE = "FILE";          // a file is missing or cannot be used
+inline constexpr const char* PROBLEM_LAYOUT = "LAYOUT";      // the order of a file's lines does not allow a save
 inline constexpr const char* PROBLEM_FORMAT = "FORMAT";      // a line of a file is wrong
 inline constexpr const char* PROBLEM_SYSTEM = "SYSTEM";      // the machine does not give it: no driver, no memory
 

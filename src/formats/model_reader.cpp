@@ -75,8 +75,18 @@ bool read_children(TreeRead& tree, Model* model) {
     return true;
 }
 
+// From its text, which the model keeps for a save; a file that cannot be kept is read line by line.
+bool read_lines(Model* model, const char* path) {
+    model->text = file_text_read(path);
+    if (model->text == nullptr) { return model_read_file(model, path) != 0; }
+    ModelFileContext context{};
+    context.model = model;
+    load_error_set(nullptr);
+    return reader_run_text(model->text->view(), COMMENT_CHARS, COMMENT_COUNT, parse_line_of, &context, path) != 0;
+}
+
 bool fill_model(TreeRead& tree, Model* model, const char* path) {
-    if (!model_read_file(model, path) || !is_within_budget(tree, model, path)) { return false; }
+    if (!read_lines(model, path) || !is_within_budget(tree, model, path)) { return false; }
     model_bind_points(model);
     if (!model_test_normals(model) || !read_children(tree, model)) { return false; }
     model_mark_read(model);

@@ -234,6 +234,14 @@ const LayerImage* layer_first_image(const Layer* layer) {
     return list_at<LayerImage>(&layer->images, list_next_slot(&layer->images, 0), 0);
 }
 
+void layer_image_rename(Model* model, Layer* layer, int slot, const char* name) {
+    LayerImage* image = layer_first_image(layer);
+    if (image == nullptr || slot < 0 || slot >= LAYER_IMAGE_SLOTS) { return; }
+    change_model(model);
+    change_element(model, layer, CONTENT_IMAGES, image);
+    str_copy(name, image->names[slot]);
+}
+
 void layer_image_release_slot(LayerImage* image, int slot) {
     if (image == nullptr || slot < 0 || slot >= LAYER_IMAGE_SLOTS) { return; }
     // By the id of the reference: the path that led to it may have changed since.

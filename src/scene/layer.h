@@ -101,6 +101,9 @@ LayerImage* layer_first_image(Owner* layer) {
     return const_cast<LayerImage*>(layer_first_image(static_cast<const Layer*>(layer)));
 }
 
+// Another name for what the slot holds already.
+void layer_image_rename(Model* model, Layer* layer, int slot, const char* name);
+
 // Gives back the reference that a slot of the record holds and empties its pixels. The name stays.
 void layer_image_release_slot(LayerImage* image, int slot);
 

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "foundation/file_access.h"
 #include "foundation/text.h"
@@ -108,6 +109,19 @@ int model_rename(Model* model, const char* path) {
         model->opened_path = nullptr;
     }
     return 1;
+}
+
+void model_set_file(Model* model, const char* path) {
+    if (model == nullptr || path == nullptr) { return; }
+    change_fields(model);
+    Model* named = model_create_long(path, nullptr);
+    str_copy(named->path, model->path);
+    str_copy(named->name, model->name);
+    std::swap(named->long_directory, model->long_directory);
+    model_release(named);
+    str_free(model->opened_path);
+    model->opened_path = str_dup(path);
+    if (!path_fits(path)) { model->long_paths = 1; }
 }
 
 const char* model_name(const Model* model) { return model != nullptr ? model->name : nullptr; }

@@ -3,8 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 
+#include "foundation/file_text.h"
 #include "foundation/keyed_list.h"
 #include "foundation/math3d.h"
 #include "scene/layer.h"
@@ -50,6 +52,7 @@ struct Model {
     char* opened_path;       // heap text: the file it was read from, as given; null when it was made, or renamed since
     char* long_directory;    // heap text: the directory where path has no room for it, and is empty; else null
     int32_t long_paths;      // 1: read as a model whose paths may be of any length, and to be read again as one
+    std::shared_ptr<FileText> text;  // what it was read from, or written to first; null for none
 };
 
 Model* model_create(const char* path, Model* parent);  // null for a null path; the file need not exist
@@ -59,6 +62,9 @@ Model* model_create_long(const char* path, Model* parent);
 int model_release(Model* model);  // with all children it owns; 0 for null
 // Takes name and directory of the path, each where it has one: a text that is too short for a name keeps the old name.
 int model_rename(Model* model, const char* path);
+// The model belongs to this file from now on, under its name and with what lies beside it, as if it had been read from
+// there.
+void model_set_file(Model* model, const char* path);
 const char* model_name(const Model* model);
 const char* model_full_path(const Model* model);  // static text
 void model_set_tag(Model* model, int32_t tag);

@@ -2,6 +2,10 @@
 // first mention, also by a normal alone, and is then looked for in the children too.
 #include "scene/point.h"
 
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
 #include "foundation/load_error.h"
 #include "scene/change.h"
 
@@ -176,6 +180,47 @@ int32_t model_point_with_normal(const Model* model, float x, float y, float z) {
         if (same_place(point->normal, x, y, z)) { return point.int_key(); }
     }
     return -1;
+}
+
+namespace {
+
+float rounded(float value) {
+    constexpr float MOST = 2147483648.0f;
+    return std::fabs(value) < MOST ? std::round(value) : value;  // a non-number stays too
+}
+
+Vec3 rounded(const Vec3& place) { return {rounded(place.x), rounded(place.y), rounded(place.z)}; }
+
+float largest_shift(const Vec3& a, const Vec3& b) {
+    float largest = 0.0f;
+    for (const float shift : {a.x - b.x, a.y - b.y, a.z - b.z}) {
+        if (std::fabs(shift) > largest) { largest = std::fabs(shift); }
+    }
+    return largest;
+}
+
+template <typename Element>
+float round_all(Model* model, KeyedList& list, ContentList content, bool* told) {
+    float largest = 0.0f;
+    for (Element& element : list_elements<Element>(list)) {
+        const Vec3 place = rounded(element.position);
+        const float shift = largest_shift(place, element.position);
+        if (shift == 0.0f) { continue; }
+        if (!std::exchange(*told, true)) { change_model(model); }
+        change_element(model, nullptr, content, &element);
+        element.position = place;
+        largest = std::max(largest, shift);
+    }
+    return largest;
+}
+
+}  // namespace
+
+float model_round_places(Model* model) {
+    if (model == nullptr) { return 0.0f; }
+    bool told = false;
+    return std::max(round_all<Point>(model, model->points, CONTENT_POINTS, &told),
+                    round_all<Joint>(model, model->joints, CONTENT_JOINTS, &told));
 }
 
 int32_t model_highest_point(const Model* model) {

@@ -60,6 +60,10 @@ void point_get_colour(float out[4], const Point* point);
 int32_t model_point_at(const Model* model, float x, float y, float z);
 int32_t model_point_with_normal(const Model* model, float x, float y, float z);
 
+// Brings every place of points and joints to the nearest whole numbers, as files have them; returns by how much the one
+// that moved furthest did along an axis. 0 when there is nothing to do. What is no number or beyond 32 bits stays.
+float model_round_places(Model* model);
+
 int32_t model_highest_point(const Model* model);  // -1 without points
 int model_remove_point(Model* model, int32_t id);
 

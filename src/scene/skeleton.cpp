@@ -106,6 +106,12 @@ ChildLink* model_add_child(Model* model, Model* child, const char* name, float x
     return link;
 }
 
+void model_rename_child(Model* model, ChildLink* link, const char* name) {
+    change_model(model);
+    change_element(model, nullptr, CONTENT_CHILDREN, link);
+    str_copy(name, link->name);
+}
+
 ChildLink* model_find_child(Model* model, const char* name) {
     if (model == nullptr || name == nullptr) { return nullptr; }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {

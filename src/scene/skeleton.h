@@ -53,8 +53,9 @@ BlendWeight* model_add_blend(Model* model, const char* joint_a, const char* join
 ChildLink* model_add_child(Model* model, Model* child, const char* name, float x, float y, float z, float scale_x,
                            float scale_y, float scale_z, const char* rotate_x, const char* rotate_y,
                            const char* rotate_z);
-ChildLink* model_find_child(Model* model, const char* name);      // of this model only; load error when absent
-int32_t model_child_index(const Model* model, const char* name);  // depth-first number below the model, or -1
+void model_rename_child(Model* model, ChildLink* link, const char* name);  // its line names the file in other words
+ChildLink* model_find_child(Model* model, const char* name);               // of this model only; load error when absent
+int32_t model_child_index(const Model* model, const char* name);           // depth-first number below the model, or -1
 
 // Where the file placed a child in its parent: scaled, then turned, then moved. Of a bad rotation text and those behind
 // it nothing is turned.

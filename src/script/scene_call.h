@@ -51,6 +51,7 @@ std::span<const SceneForm> scene_face_change_forms();
 
 // Questions whose words are those of a form that changes too.
 Tcl_Obj* scene_ask_point(const SceneWords& words);
+std::span<const SceneForm> scene_save_forms();
 
 // The call "sorvel scene" with the words behind it. Code and result are those of a Tcl command.
 int scene_command(int argc, const char* const* argv);

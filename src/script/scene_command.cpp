@@ -46,6 +46,7 @@ constexpr std::span<const SceneForm> (*TABLES[])() = {
     scene_history_forms,
     scene_point_change_forms,
     scene_face_change_forms,
+    scene_save_forms,
     scene_own_forms,
 };
 
