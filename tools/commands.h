@@ -28,5 +28,6 @@ void add_export(CLI::App& program, int* status);
 void add_flatten(CLI::App& program, int* status);
 void add_normals(CLI::App& program, int* status);
 void add_ps2_check(CLI::App& program, int* status);
+void add_import(CLI::App& program, int* status);
 
 }  // namespace pelt::tool

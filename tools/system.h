@@ -22,6 +22,10 @@ inline std::string name_of(const std::filesystem::path& path) {
 
 bool goes_to_a_terminal(std::FILE* stream);
 
+// Has another program that lies beside this one do its work, with these words behind its name, and returns its status;
+// -1 when it cannot be started. It may also take the place of this one, and nothing is returned.
+int run_program_beside(const std::string& program, const std::vector<std::string>& words);
+
 // As std::fopen, for any name that the system can have.
 std::FILE* open_file(const std::filesystem::path& path, const char* mode);
 

@@ -47,6 +47,9 @@ std::vector<std::string> prepare_system(int argc, char** argv) {
 
 bool goes_to_a_terminal(std::FILE* stream) { return _isatty(_fileno(stream)) != 0; }
 
+// Nothing lies beside it yet that it could run.
+int run_program_beside(const std::string&, const std::vector<std::string>&) { return -1; }
+
 std::FILE* open_file(const std::filesystem::path& path, const char* mode) {
     return _wfopen(path.c_str(), std::wstring(mode, mode + std::char_traits<char>::length(mode)).c_str());
 }
