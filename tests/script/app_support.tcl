@@ -195,6 +195,12 @@ proc answering {keys script} {
     return $::question
 }
 
+# Presses keys that ask a question, and waits until it was asked: the keys are on their way.
+proc type_to_be_asked {args} {
+    type_keys {*}$args
+    serve_until {$::question ne {}}
+}
+
 # Waits for the question. One that the keys do not answer is closed in the end, for the test to fail and not to hang.
 proc answer_question {keys} {
     after 50 [list answer_question $keys]
