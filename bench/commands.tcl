@@ -39,6 +39,28 @@ proc report {work against ours floor goal} {
 compare "sorvel get zoom" "empty command that drains" {sorvel get zoom} {floor get zoom} 4000 1.3
 compare "sorvel set pan 1 2" "empty command that drains" {sorvel set pan 1 2} {floor set pan 1 2} 4000 1.3
 
+# One point of a model of 32,000, changed with and without a history that keeps what was.
+set folder [exec mktemp -d]
+set channel [open [file join $folder large.mod] w]
+puts $channel points
+for {set i 1} {$i <= 32000} {incr i} { puts $channel "$i [expr {$i % 200}] [expr {$i / 200}] 0" }
+close $channel
+sorvel file open [file join $folder large.mod]
+sorvel select all
+set edits {sorvel set vertex point 16000 1 2 3; sorvel set vertex point 16000 3 2 1}
+set kept {}
+set not_kept {}
+for {set i 0} {$i < 30} {incr i} {
+    sorvel scene history -limit 268435456
+    lappend kept [lindex [time $edits 500] 0]
+    sorvel scene history -limit 0
+    lappend not_kept [lindex [time $edits 500] 0]
+}
+sorvel scene history -limit 268435456
+report "edit one point of a model of 32,000, twice" "the same without history" [lowest $kept] [lowest $not_kept] 1.5
+sorvel reset
+file delete -force $folder
+
 # A thousand small models, each of a name of its own.
 set folder [exec mktemp -d]
 set text "points\n"

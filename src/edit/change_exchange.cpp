@@ -106,7 +106,6 @@ private:
     void record_out(const Both& each, Layer* layer);
     void record_in(const Both& each, Layer* layer);
     void images_in(const Both& each, Layer* layer, LayerImage* image);
-    void state_out(const Both& each);
     void state_in(const Both& each);
     void hang(const Both& each);
     void fields_in(const Both& each);
@@ -256,8 +255,11 @@ void ChangeExchange::layer_in(const Both& each) {
         *layer = taken;
         if (each.model->watched == WATCH_IN_SCENE) { layer_hold_images(layer, false); }
     }
-    // Of a slot that is free again too: the next layer there finds some of them.
-    if (void* bytes = list_slot_bytes(layers, each.slot())) { std::memcpy(bytes, image.settings, LAYER_SETTINGS_SIZE); }
+    if (auto* bytes = static_cast<unsigned char*>(list_slot_bytes(layers, each.slot()))) {
+        const size_t first = each.was() ? 0 : LAYER_LEFT_OVER;
+        const size_t end = each.was() ? LAYER_SETTINGS_SIZE : LAYER_LEFT_OVER_END;
+        std::memcpy(bytes + first, image.settings + first, end - first);
+    }
 }
 
 // ---- plain records ----
@@ -302,7 +304,9 @@ void ChangeExchange::record_in(const Both& each, Layer* layer) {
     }
     if (each.was() && element == nullptr) { element = static_cast<unsigned char*>(add_back(each, list)); }
     if (form.is_plain) {
-        if (!each.was()) { element = static_cast<unsigned char*>(list_slot_bytes(list, each.slot())); }
+        if (!each.was() && place.kind == CONTENT_POINTS) {
+            element = static_cast<unsigned char*>(list_slot_bytes(list, each.slot()));
+        }
         if (element == nullptr) { return; }
         std::memcpy(element, each.image, size);
         if (form.state_index != 0) { std::memcpy(element + form.state_index, &state_index, sizeof state_index); }
@@ -329,35 +333,22 @@ void ChangeExchange::images_in(const Both& each, Layer* layer, LayerImage* image
 
 // ---- what is known when all stands ----
 
-void ChangeExchange::state_out(const Both& each) {
-    const auto* state = list_at<const ModelState>(&session_->model_states, each.slot(), 0);
-    if (state == nullptr || !each.is() || each.stays(place_form(PLACE_MODEL_STATE).key_size)) { return; }
-    if (list_int_key(&session_->model_states, each.slot()) != image_read<int32_t>(each.now_image - sizeof(int32_t))) {
-        return;
-    }
-    if (Model* model = change_watched_model(image_read<StateImage>(each.now_image).model)) { model->state_index = -1; }
-    list_remove_slot(&session_->model_states, each.slot());
-}
-
+// A state went with its model. What stands in its slot since is another one, made because it was asked for.
 void ChangeExchange::state_in(const Both& each) {
     KeyedList* states = &session_->model_states;
     const auto image = each.record<StateImage>();
     Model* model = each.was() ? change_watched_model(image.model) : nullptr;
-    auto* state = list_at<ModelState>(states, each.slot(), 0);
-    if (model != nullptr && !(state != nullptr && state->id == image.state.id)) {
+    if (model == nullptr) { return; }
+    auto* state = list_at<ModelState>(states, model->state_index, 0);
+    if (state == nullptr) {
         make_room<ModelState>(states, each.slot(),
                               [](const ModelState& moved, int32_t slot) { moved.model->state_index = slot; });
         state = static_cast<ModelState*>(add_back(each, states));
-    }
-    if (model != nullptr && state != nullptr) {
-        *state = image.state;
-        state->model = model;
         model->state_index = each.slot();
-    } else if (state == nullptr) {
-        if (void* bytes = list_slot_bytes(states, each.slot())) {
-            std::memcpy(bytes, static_cast<const void*>(&image.state), sizeof image.state);
-        }
     }
+    if (state == nullptr || list_int_key(states, model->state_index) != image.state.id) { return; }
+    *state = image.state;
+    state->model = model;
 }
 
 void ChangeExchange::hang(const Both& each) {
@@ -464,7 +455,6 @@ void ChangeExchange::run() {
     records(&ChangeExchange::record_out);
     records(&ChangeExchange::record_in);
 
-    of_kind(PLACE_MODEL_STATE, &ChangeExchange::state_out);
     of_kind(PLACE_MODEL_STATE, &ChangeExchange::state_in);
     of_kind(PLACE_ANIMATION, &ChangeExchange::hang);
     of_kind(PLACE_FIELDS, &ChangeExchange::fields_in);

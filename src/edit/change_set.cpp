@@ -77,16 +77,21 @@ void write_key(ImageWriter* out, const KeyedList* list, int32_t slot, bool occup
     }
 }
 
-// The element, or what is left of one in a free slot.
 void write_plain(ImageWriter* out, const KeyedList* list, int32_t slot, const PlaceForm& form) {
     const size_t at = out->size();
-    const auto size = static_cast<size_t>(list->element_size);
-    if (const void* bytes = list_slot_bytes(list, slot)) {
-        out->add(bytes, size);
-    } else {
-        out->add_zeros(size);
-    }
+    out->add(list_at(list, slot, 0), static_cast<size_t>(list->element_size));
     if (form.state_index != 0) { out->set_int(at + form.state_index, -1); }
+}
+
+// What the next point in a free slot finds there (find_or_create_point).
+void write_left_over_point(ImageWriter* out, const KeyedList* list, int32_t slot) {
+    auto image = blank<Point>();
+    if (const auto* left = static_cast<const Point*>(list_slot_bytes(list, slot))) {
+        image.weight = left->weight;
+        image.joint_b = left->joint_b;
+    }
+    image.state_index = -1;
+    out->add_record(image);
 }
 
 void write_vertices(ImageWriter* out, const unsigned char* element, size_t size, size_t vertices) {
@@ -102,7 +107,10 @@ void write_vertices(ImageWriter* out, const unsigned char* element, size_t size,
 void write_layer(ImageWriter* out, const KeyedList* list, int32_t slot, bool occupied) {
     auto image = blank<LayerImageOfSlot>();
     if (const auto* layer = static_cast<const Layer*>(list_slot_bytes(list, slot))) {
-        std::memcpy(image.settings, static_cast<const void*>(layer), LAYER_SETTINGS_SIZE);
+        const auto* bytes = reinterpret_cast<const unsigned char*>(layer);
+        const size_t first = occupied ? 0 : LAYER_LEFT_OVER;
+        const size_t end = occupied ? LAYER_SETTINGS_SIZE : LAYER_LEFT_OVER_END;
+        std::memcpy(image.settings + first, bytes + first, end - first);
         image.serial = occupied ? layer->serial : 0;
     }
     out->add_record(image);
@@ -129,12 +137,10 @@ void write_root(ImageWriter* out, const RootModel& root) {
     out->add_record(image);
 }
 
-void write_state(ImageWriter* out, const KeyedList* list, int32_t slot, bool occupied) {
+void write_state(ImageWriter* out, const ModelState& state) {
     auto image = blank<StateImage>();
-    if (const void* bytes = list_slot_bytes(list, slot)) {
-        std::memcpy(static_cast<void*>(&image.state), bytes, sizeof image.state);
-    }
-    if (occupied && image.state.model != nullptr) { image.model = image.state.model->serial; }
+    std::memcpy(static_cast<void*>(&image.state), static_cast<const void*>(&state), sizeof state);
+    if (state.model != nullptr) { image.model = state.model->serial; }
     out->add_record(image);
 }
 
@@ -180,14 +186,14 @@ void write_slot(ImageWriter* out, const Session* session, const ChangePlace& pla
     const PlaceForm& form = place_form(place.kind);
     const auto* element = static_cast<const unsigned char*>(list_at(list, place.slot, 0));
     write_key(out, list, place.slot, occupied, form.key_size);
-    if (form.is_plain) {
-        write_plain(out, list, place.slot, form);
-    } else if (place.kind == CONTENT_LAYERS) {
+    if (place.kind == CONTENT_LAYERS) {
         write_layer(out, list, place.slot, occupied);
-    } else if (place.kind == PLACE_MODEL_STATE) {
-        write_state(out, list, place.slot, occupied);
     } else if (!occupied) {
-        return;
+        if (place.kind == CONTENT_POINTS) { write_left_over_point(out, list, place.slot); }
+    } else if (form.is_plain) {
+        write_plain(out, list, place.slot, form);
+    } else if (place.kind == PLACE_MODEL_STATE) {
+        write_state(out, *reinterpret_cast<const ModelState*>(element));
     } else if (form.vertices != 0) {
         write_vertices(out, element, static_cast<size_t>(list->element_size), form.vertices);
     } else if (place.kind == CONTENT_CHILDREN) {

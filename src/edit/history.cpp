@@ -22,6 +22,8 @@ namespace {
 struct Step {
     std::string name;
     ChangeSet changes;
+
+    int64_t bytes() const { return static_cast<int64_t>(sizeof *this + name.capacity()) + changes.bytes(); }
 };
 
 struct History {
@@ -42,7 +44,9 @@ struct History {
     bool exchanging = false;
     int32_t depth = 0;  // commands at work, one inside the other
     int64_t limit = HISTORY_LIMIT;
+    int64_t step_bytes = 0;  // of all steps
     int64_t dropped = 0;
+    int64_t beginnings = 0;
 };
 
 // Plain storage would be destroyed while scripts may still run at the end of the process.
@@ -57,31 +61,29 @@ void forget_steps(History* history) {
     history->open_step.clear();
     history->done.clear();
     history->undone.clear();
+    history->step_bytes = 0;
 }
 
 int64_t kept_bytes(const History& history) {
-    int64_t bytes = history.parked.bytes() + image_held_bytes() + history.open_step.bytes();
-    for (const auto* steps : {&history.done, &history.undone}) {
-        for (const Step& step : *steps) { bytes += step.changes.bytes() + static_cast<int64_t>(step.name.capacity()); }
-    }
-    return bytes;
+    return history.step_bytes + history.parked.bytes() + image_held_bytes() + history.open_step.bytes();
 }
 
 // What was done first goes first, and behind all of that what would be done again last.
 void hold_limit(History* history) {
     while (kept_bytes(*history) > history->limit && !(history->done.empty() && history->undone.empty())) {
-        if (!history->done.empty()) {
-            history->done.pop_front();
-        } else {
-            history->undone.pop_back();
-        }
+        std::deque<Step>& steps = history->done.empty() ? history->undone : history->done;
+        const bool oldest = !history->done.empty();
+        history->step_bytes -= oldest ? steps.front().bytes() : steps.back().bytes();
+        oldest ? steps.pop_front() : steps.pop_back();
         ++history->dropped;
     }
 }
 
 void add_step(History* history, const std::string& name, ChangeSet* changes) {
+    for (const Step& step : history->undone) { history->step_bytes -= step.bytes(); }
     history->undone.clear();
     history->done.push_back(Step{name, std::move(*changes)});
+    history->step_bytes += history->done.back().bytes();
     hold_limit(history);
 }
 
@@ -93,6 +95,7 @@ bool listens(History* history) {
     if (history->exchanging || history->muted) { return false; }
     if (history->depth > 0) { return history->limit > 0 || history->step_open || history->whole; }
     forget_steps(history);
+    ++history->beginnings;
     return false;
 }
 
@@ -151,6 +154,7 @@ void hear_scene_replaced(void* context, Session* session) {
     forget_steps(history);
     history->step_open = false;
     history->dropped = 0;
+    ++history->beginnings;
     history->muted = history->depth > 0;
 }
 
@@ -174,14 +178,17 @@ bool take_step(std::string* name, bool back) {
     if (history->step_open || !is_free(*history)) { return false; }
     std::deque<Step>& from = back ? history->done : history->undone;
     if (from.empty()) { return true; }
-    Step step = std::move(back ? from.back() : from.front());
-    back ? from.pop_back() : from.pop_front();
-    exchange(history, &step.changes);
-    *name = step.name;
+    Step& taken = back ? from.back() : from.front();
+    history->step_bytes -= taken.bytes();
+    exchange(history, &taken.changes);
+    history->step_bytes += taken.bytes();
+    *name = taken.name;
     if (back) {
-        history->undone.push_front(std::move(step));
+        history->undone.push_front(std::move(taken));
+        from.pop_back();
     } else {
-        history->done.push_back(std::move(step));
+        history->done.push_back(std::move(taken));
+        from.pop_front();
     }
     hold_limit(history);
     return true;
@@ -304,9 +311,13 @@ bool history_redo(std::string* name) { return take_step(name, false); }
 
 HistoryState history_state() {
     const History* history = slot().get();
-    if (history == nullptr) { return HistoryState{{}, 0, 0, 0, 0}; }
-    HistoryState state{
-        {}, static_cast<int32_t>(history->done.size()), kept_bytes(*history), history->limit, history->dropped};
+    if (history == nullptr) { return {}; }
+    HistoryState state;
+    state.position = static_cast<int32_t>(history->done.size());
+    state.bytes = kept_bytes(*history);
+    state.limit = history->limit;
+    state.dropped = history->dropped;
+    state.beginnings = history->beginnings;
     for (const auto* steps : {&history->done, &history->undone}) {
         for (const Step& step : *steps) { state.names.push_back(step.name); }
     }

@@ -45,10 +45,11 @@ bool history_redo(std::string* name);
 
 struct HistoryState {
     std::vector<std::string> names;  // of the steps, the first one done first
-    int32_t position;                // how many of them are done
-    int64_t bytes;                   // what they take, with all that is kept for them
-    int64_t limit;
-    int64_t dropped;  // steps that the limit has cost since the scene was opened
+    int32_t position = 0;            // how many of them are done
+    int64_t bytes = 0;               // what they take, with all that is kept for them
+    int64_t limit = 0;
+    int64_t dropped = 0;     // steps that the limit has cost since the scene was opened
+    int64_t beginnings = 0;  // times that all was forgotten, because the scene was replaced
 };
 HistoryState history_state();
 

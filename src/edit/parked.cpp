@@ -45,8 +45,9 @@ void Parked::unname_layer(uint64_t serial) {
     if (!unname(&layer_names_, serial)) { return; }
     const auto found = layers_.find(serial);
     if (found == layers_.end()) { return; }
-    drop_holds(&found->second);
-    layer_release_content(&found->second);
+    drop_holds(&found->second.layer);
+    layer_release_content(&found->second.layer);
+    bytes_ -= found->second.bytes;
     layers_.erase(found);
 }
 
@@ -57,18 +58,22 @@ void Parked::unname_model(uint64_t serial) {
     for_each_layer_below(found->second.model, drop_holds);
     model_release(found->second.model);
     animation_release(found->second.animation);
+    bytes_ -= found->second.bytes;
     models_.erase(found);
 }
 
 void Parked::put_layer(const Layer& layer) {
-    Layer& entry = layers_[layer.serial];
-    entry = layer;
-    layer_hold_images(&entry, true);
+    const int64_t bytes = static_cast<int64_t>(sizeof layer) + layer_record_bytes(layer);
+    ParkedLayer& entry = layers_[layer.serial] = ParkedLayer{layer, bytes};
+    bytes_ += bytes;
+    layer_hold_images(&entry.layer, true);
 }
 
 void Parked::put_model(Model* model, ModelAnimation* animation) {
     if (model == nullptr) { return; }
-    models_[model->serial] = ParkedModel{model, animation};
+    const int64_t bytes = model_record_bytes(model) + model_child_bytes(model) + animation_bytes(animation);
+    models_[model->serial] = ParkedModel{model, animation, bytes};
+    bytes_ += bytes;
     change_watch(model, WATCH_KEPT_OUTSIDE);
     model_hold_images(model, true);
 }
@@ -76,7 +81,8 @@ void Parked::put_model(Model* model, ModelAnimation* animation) {
 bool Parked::take_layer(uint64_t serial, Layer* layer) {
     const auto found = layers_.find(serial);
     if (found == layers_.end()) { return false; }
-    *layer = found->second;
+    *layer = found->second.layer;
+    bytes_ -= found->second.bytes;
     layers_.erase(found);
     return true;
 }
@@ -85,24 +91,14 @@ Model* Parked::take_model(uint64_t serial) {
     const auto found = models_.find(serial);
     if (found == models_.end()) { return nullptr; }
     Model* model = found->second.model;
+    bytes_ -= found->second.bytes;
     models_.erase(found);
     return model;
 }
 
 Layer* Parked::find_layer(uint64_t serial) {
     const auto found = layers_.find(serial);
-    return found != layers_.end() ? &found->second : nullptr;
-}
-
-int64_t Parked::bytes() const {
-    int64_t bytes = 0;
-    for (const auto& [serial, layer] : layers_) {
-        bytes += static_cast<int64_t>(sizeof layer) + layer_record_bytes(layer);
-    }
-    for (const auto& [serial, entry] : models_) {
-        bytes += model_record_bytes(entry.model) + model_child_bytes(entry.model) + animation_bytes(entry.animation);
-    }
-    return bytes;
+    return found != layers_.end() ? &found->second.layer : nullptr;
 }
 
 void layer_hold_images(Layer* layer, bool hold) {

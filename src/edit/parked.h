@@ -42,18 +42,25 @@ public:
         for (auto& [serial, entry] : models_) { visit(entry.model); }
     }
 
-    int64_t bytes() const;
+    // Of all that is here, as it was when it came.
+    int64_t bytes() const { return bytes_; }
 
 private:
+    struct ParkedLayer {
+        Layer layer;
+        int64_t bytes;
+    };
     struct ParkedModel {
         Model* model;
         ModelAnimation* animation;
+        int64_t bytes;
     };
 
     std::unordered_map<uint64_t, int64_t> layer_names_;
     std::unordered_map<uint64_t, int64_t> model_names_;
-    std::unordered_map<uint64_t, Layer> layers_;
+    std::unordered_map<uint64_t, ParkedLayer> layers_;
     std::unordered_map<uint64_t, ParkedModel> models_;
+    int64_t bytes_ = 0;
 };
 
 // From references to holds, or back; nothing where it is so already.

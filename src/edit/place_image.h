@@ -12,8 +12,11 @@
 
 namespace pelt {
 
-// A layer: its settings as they stand before the lists, and which one it is. Of a free slot the settings alone.
+// A layer: its settings as they stand before the lists, and which one it is. Of a free slot what a next layer finds
+// there (model_add_layer).
 inline constexpr size_t LAYER_SETTINGS_SIZE = offsetof(Layer, triangles);
+inline constexpr size_t LAYER_LEFT_OVER = offsetof(Layer, image_axis_u);
+inline constexpr size_t LAYER_LEFT_OVER_END = offsetof(Layer, bounds_min);
 struct LayerImageOfSlot {
     unsigned char settings[LAYER_SETTINGS_SIZE];
     uint64_t serial;
@@ -72,7 +75,7 @@ struct SceneFieldsImage {
 // What is the same for all places of a kind.
 struct PlaceForm {
     size_t key_size;     // 0 for a place that is no slot with a key
-    bool is_plain;       // the bytes of the element, and those of a free slot, tell all
+    bool is_plain;       // the bytes of the element tell all
     size_t state_index;  // where a plain element has the number of its run-time record, 0 for none
     size_t vertices;     // where an element has a list of vertices, 0 for none
 };

@@ -2,6 +2,9 @@
 // few commands only; a line of tabs is a call of the verb "scene". What surprises: no line of the input may hold a
 // bracket, so that a bracketed word that is run can only have come out of a file, and that is a finding.
 //
+// After each line the last step is taken back and done again: the scene must be what it was before the line, and then
+// what it was behind it.
+//
 // The file "commands" of the input holds the lines. A line that begins with '!' is an event of the window, one that
 // begins with '?' is kept for the next callback, which runs it from inside.
 #include <algorithm>
@@ -14,14 +17,17 @@
 #include <vector>
 
 #include "application/application.h"
+#include "edit/history.h"
 #include "fuzz/fake_tk.h"
 #include "fuzz/stage.h"
+#include "motion/transform_state.h"
 #include "render/frame.h"
 #include "script/messages.h"
 #include "script/script_events.h"
 #include "script/sorvel.h"
 #include "support/native_null.h"
 #include "support/recording_gl.h"
+#include "support/scene_dump.h"
 
 #include <tcl.h>
 
@@ -109,10 +115,71 @@ bool is_harmless(const std::string& line) {
     return !(writes && leaves) && line.find("touched") == std::string::npos;
 }
 
+// ---- taking back ----
+
+// Gives every link the id that scripts would ask for, so that two dumps of one scene are equal.
+void know_children(Session* session, Model* model) {
+    if (model == nullptr) { return; }
+    for (ChildLink& link : list_elements<ChildLink>(model->children)) {
+        child_state(session, &link);
+        if (!link.borrowed) { know_children(session, link.model); }
+    }
+}
+
+struct Moment {
+    std::string dump;
+    HistoryState history;
+    int callbacks;
+};
+
+Moment this_moment() {
+    Session* session = &application()->session;
+    for (const RootModel& root : list_elements<RootModel>(session->root_models)) { know_children(session, root.model); }
+    test::SceneDump dump(session);
+    Moment moment{dump.text(), history_state(), callback_lines_run};
+    if (!dump.faults().empty()) { finding(dump.faults().c_str()); }
+    return moment;
+}
+
+void expect_equal(const Moment& wanted, const char* what) {
+    const std::string difference = test::dump_difference(wanted.dump, this_moment().dump);
+    if (!difference.empty()) { finding((std::string(what) + ":\n" + difference).c_str()); }
+}
+
+// The line made one step, or nothing: an event or a callback may have made more, and taken back and forth.
+bool is_one_command(const std::string& line, const Moment& before, const Moment& after) {
+    const bool moves = line[0] == '!' || line[0] == '?' || line.rfind("scene\tundo", 0) == 0 ||
+                       line.rfind("scene\tredo", 0) == 0 || line.rfind("scene\tstep", 0) == 0;
+    // The clock moves what clips move, and this is no step.
+    const bool evaluates = line.find("animate") != std::string::npos || line.find("clock") != std::string::npos;
+    return !moves && !evaluates && before.callbacks == after.callbacks &&
+           before.history.beginnings == after.history.beginnings && before.history.dropped == after.history.dropped &&
+           after.history.limit > 0;
+}
+
+void check_history(const std::string& line, const Moment& before) {
+    if (history_step_is_open()) { return; }
+    const Moment after = this_moment();
+    const bool one_command = is_one_command(line, before, after);
+    const bool is_step = after.history.position != before.history.position;
+    if (one_command && !is_step) { expect_equal(before, "changed without a step"); }
+    std::string name;
+    if (after.history.position == 0) { return; }
+    history_undo(&name);
+    if (one_command && is_step) { expect_equal(before, "not taken back"); }
+    scene_draw_checked();
+    if (history_state().dropped != after.history.dropped) { return; }
+    history_redo(&name);
+    if (history_state().dropped == after.history.dropped) { expect_equal(after, "not done again"); }
+    scene_draw_checked();
+}
+
 void run_line(std::string line) {
     std::replace(line.begin(), line.end(), '[', '(');
     line.resize(std::strlen(line.c_str()));
     if (line.empty() || !is_harmless(line)) { return; }
+    const bool was_open = history_step_is_open();
+    const Moment before = this_moment();
     if (line[0] == '!') {
         run_event(line.c_str() + 1);
     } else if (line[0] == '?') {
@@ -120,6 +187,7 @@ void run_line(std::string line) {
     } else {
         run_words(line);
     }
+    if (!was_open) { check_history(line, before); }
     recording_gl::clear();
     run_words("draw");
     if (!recording_gl::errors().empty()) { finding(recording_gl::joined(recording_gl::errors()).c_str()); }

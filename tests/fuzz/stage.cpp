@@ -15,6 +15,7 @@
 #include "application/application.h"
 #include "application/open_and_fit.h"
 #include "application/session_lifecycle.h"
+#include "edit/history.h"
 #include "foundation/load_error.h"
 #include "foundation/text.h"
 #include "images/image_registry.h"
@@ -116,6 +117,7 @@ WindowHandle scene_begin(WindowProc event) {
     session_set_status_callback(&app->session, read_report);
     session_set_message_callback(&app->session, read_report);
     frame_bind(&app->session, &app->view);
+    history_attach(&app->session);
     const WindowHandle parent = null_add_window(PARENT_WIDTH, PARENT_HEIGHT);
     app->view.window = gl_window_create("view", parent, view_init, nullptr, view_resize, event, 0);
     return parent;
@@ -140,7 +142,9 @@ void scene_end() {
     expect_empty(session->child_states, "a child state is left after a reset");
     expect_empty(session->selection.models, "a selected model is left after a reset");
     expect_empty(session->selection.children, "a selected child is left after a reset");
+    history_detach();
     expect_empty(*image_registry(), "an image is left after a reset");
+    if (image_held_bytes() != 0) { finding("pixels are held after a reset"); }
     str_free(app->mouse_proc);
     str_free(app->keyboard_proc);
     str_free(app->status_proc);

@@ -277,6 +277,69 @@ TEST_F(ImageRegistry, APictureWithoutAPixelCanBeKeyed) {
     image_release(path.c_str());
 }
 
+// ---- holding ----
+
+TEST_F(ImageRegistry, AHeldImageCountsAsNoReferenceAndIsFoundNoMoreWhenTheLastOneGoes) {
+    const std::string path = picture("a.tga", "abcdef");
+    unsigned char* pixels = load(path);
+    const int32_t id = image_find(path.c_str())->id;
+    EXPECT_TRUE(image_hold(id));
+    EXPECT_EQ(image_find(path.c_str())->ref_count, 1);
+    EXPECT_EQ(image_held_bytes(), 0) << "somebody else has them";
+    image_release_id(id);
+    EXPECT_EQ(image_find(path.c_str()), nullptr);
+    EXPECT_EQ(image_find_id(id), nullptr);
+    EXPECT_EQ(list_count(image_registry()), 0);
+    EXPECT_EQ(image_held_bytes(), 2 * 3);
+
+    EXPECT_TRUE(image_restore(id));
+    EXPECT_EQ(image_find(path.c_str())->id, id);
+    EXPECT_EQ(image_find_id(id)->pixels, pixels);
+    EXPECT_EQ(image_find_id(id)->ref_count, 1);
+    EXPECT_EQ(image_held_bytes(), 0);
+    image_unhold(id);
+    EXPECT_EQ(image_find_id(id)->pixels[0], 'c');
+    image_release_id(id);
+    EXPECT_FALSE(image_restore(id));
+    EXPECT_FALSE(image_hold(id));
+}
+
+TEST_F(ImageRegistry, AFileThatChangedIsReadAfreshThoughAnImageOfItIsHeld) {
+    const std::string path = picture("a.tga", "abcdef");
+    load(path);
+    const int32_t first = image_find(path.c_str())->id;
+    image_hold(first);
+    image_release_id(first);
+    picture("a.tga", "ghijklmno");
+    load(path);
+    EXPECT_EQ(width, 3);
+    const int32_t second = image_find(path.c_str())->id;
+    image_restore(first);
+    EXPECT_EQ(image_find(path.c_str())->id, second) << "the newer one is found";
+    EXPECT_EQ(image_find_id(first)->width, 2);
+    image_unhold(first);
+    image_release_id(first);
+    image_release_id(second);
+}
+
+TEST_F(ImageRegistry, KeyedPixelsThatCameAfterTheFirstHoldAreHeldByTheNext) {
+    const std::string path = picture("a.tga", "abcdef");
+    load(path);
+    const int32_t id = image_find(path.c_str())->id;
+    image_hold(id);
+    unsigned char* keyed = image_keyed(path.c_str(), 'c', 'b', 'a');
+    image_hold(id);
+    image_release_id(id);
+    EXPECT_EQ(image_held_bytes(), 2 * 3 + 2 * 4);
+    image_restore(id);
+    EXPECT_EQ(image_find_id(id)->keyed_pixels, keyed);
+    EXPECT_EQ(keyed[3], 0) << "the key colour is left out";
+    image_unhold(id);
+    image_unhold(id);
+    image_release_id(id);
+    EXPECT_EQ(image_held_bytes(), 0);
+}
+
 class Ps2Files : public ImageRegistry {
 protected:
     Ps2Files() { load(path); }

@@ -66,6 +66,20 @@ struct PlainList {
         slots.push_back({true, key, 0});
         return &slots.back().value;
     }
+    int32_t free_slot() const {
+        for (size_t i = 0; i < slots.size(); ++i) {
+            if (!slots[i].occupied) { return static_cast<int32_t>(i); }
+        }
+        return static_cast<int32_t>(slots.size());
+    }
+    int32_t* add_at(int32_t slot, int32_t key) {
+        while (slots.size() <= static_cast<size_t>(slot)) { slots.push_back({false, 0, 0}); }
+        PlainSlot& wanted = slots[static_cast<size_t>(slot)];
+        if (wanted.occupied) { return nullptr; }
+        wanted.occupied = true;
+        wanted.key = key;
+        return &wanted.value;
+    }
     int remove_slot(int32_t slot) {
         if (slot < 0 || slot >= static_cast<int32_t>(slots.size()) || !slots[static_cast<size_t>(slot)].occupied) {
             return 0;
@@ -180,7 +194,7 @@ void run_operations(const Course& course, unsigned seed) {
         const int32_t slot = plain.slot_of(number);
         // Growing and shrinking in turn, so that lists of every size are met.
         const bool growing = step / course.phase % 2 == 0;
-        switch (random() % 8) {
+        switch (random() % 10) {
             case 0:
             case 1: {
                 if (!growing && random() % 4 != 0) { break; }
@@ -212,6 +226,20 @@ void run_operations(const Course& course, unsigned seed) {
             case 6:
                 if (random() % 8 == 0) { ASSERT_EQ(list_remove_slot(&list, number), plain.remove_slot(number)); }
                 break;
+            case 7: {
+                // Putting back: a free slot that is told, under a key that no other slot has.
+                const auto wanted = static_cast<int32_t>(random() % (plain.slots.size() + 3));
+                if (slot >= 0 || random() % 4 != 0) { break; }
+                int32_t* expected = plain.add_at(wanted, number);
+                auto* value = static_cast<int32_t*>(list_add_at(&list, wanted, Keys::key(number)));
+                ASSERT_EQ(value != nullptr, expected != nullptr);
+                if (value == nullptr) { break; }
+                ASSERT_EQ(*value, *expected);
+                ASSERT_EQ(list_slot_of_element(&list, value), wanted);
+                *value = *expected = step;
+                break;
+            }
+            case 8: ASSERT_EQ(list_slot_for(&list, Keys::key(number)), slot >= 0 ? slot : plain.free_slot()); break;
             default:
                 ASSERT_EQ(list_count(&list), plain.count());
                 if (step % 997 == 0) {

@@ -854,5 +854,96 @@ TEST(KeyedListConst, AConstListGivesElementsThatCannotBeChanged) {
     EXPECT_EQ(*static_cast<int32_t*>(list_at(&list, 1, 0)), 9);
 }
 
+// ---- putting back as it was ----
+
+TEST(KeyedListAddAt, FillsTheSlotThatIsToldAndTheNextAddTheLowestFreeOne) {
+    List list(4, KEY_INT);
+    fill(&list, 5);
+    list_remove(&list, 2);
+    list_remove(&list, 4);
+    EXPECT_EQ(list_slot_for(&list, int32_t{9}), 1);
+    auto* element = static_cast<int32_t*>(list_add_at(&list, 3, int32_t{4}));
+    ASSERT_NE(element, nullptr);
+    EXPECT_EQ(*element, 400) << "the bytes of the former tenant";
+    EXPECT_EQ(list_index_of(&list, int32_t{4}, 0), 3);
+    EXPECT_EQ(keys_in_walk(&list), (std::vector<int32_t>{1, 3, 4, 5}));
+    add_int(&list, 9);
+    EXPECT_EQ(list_index_of(&list, int32_t{9}, 0), 1);
+}
+
+TEST(KeyedListAddAt, GrowsTheListAndLeavesZerosInWhatItPassesOver) {
+    List list(4, KEY_INT);
+    ASSERT_NE(list_add_at(&list, 40, int32_t{7}), nullptr);
+    EXPECT_EQ(list.capacity, 64);
+    EXPECT_EQ(list_count(&list), 1);
+    EXPECT_EQ(*static_cast<int32_t*>(list_slot_bytes(&list, 39)), 0);
+    EXPECT_EQ(list_slot_for(&list, int32_t{1}), 0);
+    EXPECT_EQ(*add_int(&list, 1), 0);
+    EXPECT_EQ(list_index_of(&list, int32_t{1}, 0), 0);
+    EXPECT_EQ(list_index_of(&list, int32_t{7}, 1), 1);
+}
+
+TEST(KeyedListAddAt, RefusesWhatIsOccupiedOrNoSlot) {
+    List list(4, KEY_INT);
+    fill(&list, 2);
+    EXPECT_EQ(list_add_at(&list, 1, int32_t{9}), nullptr);
+    EXPECT_EQ(list_add_at(&list, -1, int32_t{9}), nullptr);
+    EXPECT_EQ(list_add_at(&list, INT_MAX_KEY, int32_t{9}), nullptr);
+    EXPECT_EQ(list_add_at(&list, 5, "text"), nullptr) << "a key of the wrong type";
+    EXPECT_EQ(list_add_at(nullptr, 5, int32_t{9}), nullptr);
+    KeyedList none{};
+    EXPECT_EQ(list_add_at(&none, 0, int32_t{9}), nullptr);
+    EXPECT_EQ(list_count(&list), 2);
+}
+
+TEST(KeyedListAddAt, KeysThatRunOnAreFoundBothWaysWhenOneIsPutElsewhere) {
+    List list(4, KEY_INT);
+    fill(&list, 40);
+    for (int32_t key = 1; key <= 40; ++key) { list_remove(&list, key); }
+    // Back to front, so that the first of them stands in no first slot.
+    for (int32_t key = 40; key >= 1; --key) { ASSERT_NE(list_add_at(&list, key - 1, key), nullptr); }
+    for (int32_t key = 1; key <= 40; ++key) { ASSERT_EQ(list_index_of(&list, key, 0), key - 1); }
+    list_remove(&list, 10);
+    ASSERT_NE(list_add_at(&list, 9, int32_t{99}), nullptr);
+    for (int32_t key = 1; key <= 40; ++key) { ASSERT_EQ(list_index_of(&list, key, 0), key == 10 ? -1 : key - 1); }
+    EXPECT_EQ(list_index_of(&list, int32_t{99}, 0), 9);
+}
+
+TEST(KeyedListAddAt, ACutTextKeyStaysCutAndIsNeverFound) {
+    const std::string name(50, 'n');
+    List list(4, KEY_STRING);
+    list_add(&list, name.c_str());
+    const std::string key = list_text_key(&list, 0);
+    list_remove_slot(&list, 0);
+    ASSERT_NE(list_add_at(&list, 0, key.c_str()), nullptr);
+    EXPECT_EQ(list_text_key(&list, 0), key);
+    EXPECT_EQ(list_find(&list, name.c_str()), nullptr);
+    EXPECT_EQ(list_find(&list, key.c_str()), nullptr);
+}
+
+TEST(KeyedListSlotOfElement, TellsTheSlotOfAnAddressInTheList) {
+    List list(12, KEY_INT);
+    for (int32_t key = 1; key <= 70; ++key) { list_add(&list, key); }
+    for (int32_t slot = 0; slot < 70; ++slot) { EXPECT_EQ(list_slot_of_element(&list, list_at(&list, slot, 0)), slot); }
+    const void* freed = list_at(&list, 20, 0);
+    list_remove_slot(&list, 20);
+    EXPECT_EQ(list_slot_of_element(&list, freed), -1);
+    EXPECT_EQ(list_slot_of_element(&list, &list), -1);
+    EXPECT_EQ(list_slot_of_element(&list, nullptr), -1);
+    KeyedList none{};
+    EXPECT_EQ(list_slot_of_element(&none, &list), -1);
+}
+
+TEST(KeyedListSlotFor, IsTheSlotThatTheAddThenTakes) {
+    List list(4, KEY_STRING);
+    EXPECT_EQ(list_slot_for(&list, "a"), 0);
+    list_add(&list, "a");
+    EXPECT_EQ(list_slot_for(&list, "a"), 0);
+    EXPECT_EQ(list_slot_for(&list, "b"), 1);
+    EXPECT_EQ(list_slot_for(&list, static_cast<const char*>(nullptr)), -1);
+    EXPECT_EQ(list_slot_for(&list, int32_t{3}), -1);
+    EXPECT_EQ(list_count(&list), 1);
+}
+
 }  // namespace
 }  // namespace pelt
