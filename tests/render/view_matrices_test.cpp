@@ -209,5 +209,51 @@ TEST_F(ViewMatrices, AWindowThatLostItsContextGetsNoCall) {
     EXPECT_EQ(view.background[0], 0.5f);
 }
 
+// What the next frame loads, without a question to OpenGL.
+void expect_transforms(const ViewState& view) {
+    recording_gl::clear();
+    Mat4 modelview, projection;
+    view_transforms(&view, &modelview, &projection);
+    EXPECT_EQ(lines(), Lines{});
+    ViewState copy = view;
+    view_load_projection(&copy);
+    view_load_rotation(&copy);
+    glPushMatrix();
+    glTranslatef(-view.focus.x, -view.focus.y, -view.focus.z);
+    const auto held = recording_gl::modelview(), shown = recording_gl::projection();
+    glPopMatrix();
+    for (size_t row = 0; row < 4; ++row) {
+        for (size_t column = 0; column < 4; ++column) {
+            EXPECT_NEAR(modelview.m[4 * row + column], held[4 * column + row], 1e-5f) << row << column;
+            EXPECT_NEAR(projection.m[4 * row + column], shown[4 * column + row], 1e-6f) << row << column;
+        }
+    }
+}
+
+TEST_F(ViewMatrices, TransformsAreThoseOfTheFrameInEveryKindOfRotation) {
+    open();
+    view.focus = {1.0f, -2.0f, 3.0f};
+    view.pan_x = 0.5f;
+    view.pan_y = -0.25f;
+    view_set_angles(&view, 30.0f, -50.0f);
+    expect_transforms(view);
+    view_rotate(&view, 12.0f, 7.0f);
+    expect_transforms(view);
+    view_load_rotation(&view);
+    view_set_freerotate(&view, 1);
+    expect_transforms(view);
+    for (int i = 0; i < 200; ++i) { view_rotate(&view, 3.0f, i % 2 == 0 ? 0.0f : -5.0f); }
+    expect_transforms(view);
+    Mat4 matrix;
+    mat_identity(&matrix);
+    mat_rotate(&matrix, 10.0f, 20.0f, 30.0f);
+    view_set_matrix(&view, &matrix);
+    expect_transforms(view);
+    view_set_angles(&view, 90.0f, 45.0f);
+    expect_transforms(view);
+    view_set_freerotate(&view, 0);
+    expect_transforms(view);
+}
+
 }  // namespace
 }  // namespace pelt

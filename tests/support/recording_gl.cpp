@@ -220,7 +220,8 @@ std::string bitmap_hex(const unsigned char* bitmap, int width, int height) {
 }  // namespace
 
 void reset() {
-    state = State{};
+    static const State FRESH;
+    state = FRESH;
     recorded.clear();
     packed_words.clear();
     forget_names();

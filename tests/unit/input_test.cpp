@@ -149,5 +149,83 @@ TEST_F(InputTest, KeysGoDownAndUpAndACharacterRepeatsTheRecord) {
     EXPECT_EQ(key_events[3].key, 0x41u);
 }
 
+// ---- the listener ----
+
+std::vector<PointerEvent> heard;
+void on_pointer(const PointerEvent& event) { heard.push_back(event); }
+
+class ListenerTest : public InputTest {
+protected:
+    void SetUp() override {
+        InputTest::SetUp();
+        // What the events of another test left: no button is down, the pointer is at 0, 0.
+        for (const uint32_t up : {MESSAGE_LEFT_UP, MESSAGE_MIDDLE_UP, MESSAGE_RIGHT_UP}) { send(up, 0, 0, 0); }
+        heard.clear();
+        mouse_events.clear();
+        input_listen(on_pointer);
+    }
+    void TearDown() override { input_listen(nullptr); }
+    PointerEvent send(uint32_t message, std::uintptr_t wparam, int32_t x, int32_t y) {
+        window_procedure(window, message, wparam, message_pair(x, y));
+        return heard.empty() ? PointerEvent{} : heard.back();
+    }
+};
+
+void expect_event(const PointerEvent& event, PointerKind kind, int32_t button, int32_t x, int32_t y, uint32_t held,
+                  int32_t clicks, int32_t wheel) {
+    EXPECT_EQ(event.kind, kind);
+    EXPECT_EQ(event.button, button);
+    EXPECT_EQ(event.x, x);
+    EXPECT_EQ(event.y, y);
+    EXPECT_EQ(event.held, held);
+    EXPECT_EQ(event.clicks, clicks);
+    EXPECT_EQ(event.wheel, wheel);
+}
+
+TEST_F(ListenerTest, EachEventHasAllThatIsKnownOfIt) {
+    expect_event(send(MESSAGE_MOUSE_MOVE, HELD_ALT, -3, 4), PointerKind::MOVE, 0, -3, 4, HELD_ALT, 0, 0);
+    expect_event(send(MESSAGE_LEFT_DOWN, HELD_LEFT | HELD_SHIFT, 5, 6), PointerKind::PRESS, 1, 5, 6,
+                 HELD_LEFT | HELD_SHIFT, 1, 0);
+    expect_event(send(MESSAGE_MOUSE_MOVE, HELD_LEFT, 7, -8), PointerKind::DRAG, 1, 7, -8, HELD_LEFT, 0, 0);
+    expect_event(send(MESSAGE_LEFT_UP, 0, 7, 8), PointerKind::RELEASE, 1, 7, 8, 0, 1, 0);
+    expect_event(send(MESSAGE_LEFT_DOUBLE, HELD_LEFT, 7, 8), PointerKind::PRESS, 1, 7, 8, HELD_LEFT, 2, 0);
+    expect_event(send(MESSAGE_LEFT_UP, 0, 7, 8), PointerKind::RELEASE, 1, 7, 8, 0, 2, 0);
+    expect_event(send(MESSAGE_WHEEL_HERE, message_wheel(-240, HELD_CONTROL), 9, 10), PointerKind::WHEEL, 0, 9, 10,
+                 HELD_CONTROL, 0, -240);
+    expect_event(send(MESSAGE_MOUSE_LEAVE, 0, 99, 99), PointerKind::LEAVE, 0, 9, 10, 0, 0, 0);
+    EXPECT_EQ(heard.size(), 8u);
+}
+
+// The described records say otherwise: left and right together are the middle button there.
+TEST_F(ListenerTest, TwoButtonsKeepTheirNames) {
+    send(MESSAGE_LEFT_DOWN, HELD_LEFT, 0, 0);
+    EXPECT_EQ(send(MESSAGE_RIGHT_DOWN, HELD_LEFT | HELD_RIGHT, 0, 0).button, 3);
+    EXPECT_EQ(mouse_events.back().button, 2);
+    EXPECT_EQ(send(MESSAGE_MOUSE_MOVE, HELD_LEFT | HELD_RIGHT, 1, 1).button, 3);
+    EXPECT_EQ(send(MESSAGE_RIGHT_UP, HELD_LEFT, 1, 1).button, 3);
+    EXPECT_EQ(send(MESSAGE_MOUSE_MOVE, HELD_LEFT, 1, 1).button, 1);
+    EXPECT_EQ(send(MESSAGE_MIDDLE_DOWN, HELD_LEFT | HELD_MIDDLE, 1, 1).button, 2);
+}
+
+TEST_F(ListenerTest, TheDescribedRecordsStayWhatTheyAreAndTheWheelIsPassedOn) {
+    send(MESSAGE_LEFT_DOWN, HELD_LEFT | HELD_ALT, 3, 4);
+    ASSERT_EQ(mouse_events.size(), 1u);
+    EXPECT_EQ(mouse_events[0].button, 1);
+    EXPECT_EQ(mouse_events[0].pressed, 1);
+    EXPECT_EQ(window_procedure(window, MESSAGE_WHEEL_HERE, message_wheel(120, 0), 0), 0);
+    EXPECT_EQ(window_procedure(window, MESSAGE_WHEEL, message_wheel(120, 0), 0), null_system.default_result);
+    send(MESSAGE_MOUSE_LEAVE, 0, 0, 0);
+    EXPECT_EQ(mouse_events.size(), 1u);
+    EXPECT_EQ(heard.size(), 3u);
+}
+
+TEST_F(ListenerTest, NobodyListensToAWindowThatIsNoneOrAfterTheEnd) {
+    window_procedure(0x777777, MESSAGE_WHEEL_HERE, message_wheel(120, 0), 0);
+    window_procedure(0, MESSAGE_LEFT_DOWN, HELD_LEFT, 0);
+    input_listen(nullptr);
+    send(MESSAGE_LEFT_DOWN, HELD_LEFT, 0, 0);
+    EXPECT_TRUE(heard.empty());
+}
+
 }  // namespace
 }  // namespace pelt
