@@ -20,7 +20,7 @@ namespace pelt {
 
 namespace {
 
-constexpr int MARK_WORDS = 256;
+constexpr int MARK_WORDS = 64;
 constexpr float GRID_STEP_MOST = 1e9f;
 constexpr float PLACE_MOST = 1e9f;
 constexpr const char* AXIS_WORDS[] = {"", "x", "y", "z"};

@@ -22,7 +22,9 @@
 #include "fuzz/stage.h"
 #include "motion/transform_state.h"
 #include "render/frame.h"
+#include "render/marks.h"
 #include "script/messages.h"
+#include "script/pointer_events.h"
 #include "script/script_events.h"
 #include "script/sorvel.h"
 #include "support/native_null.h"
@@ -218,6 +220,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     tk_frame = scene_begin(view_input);
     session_set_status_callback(&application()->session, status_report);
     session_set_message_callback(&application()->session, msg_info_data);
+    *marks() = Marks{};
+    pointer_events_to("");
     for (const File& file : files) {
         if (file.name == "commands") { run_lines(file.content); }
     }
