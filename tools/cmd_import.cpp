@@ -1,7 +1,7 @@
 // pelt-model import: the program pelt-import, by another name.
 //
-// What surprises: its words are not looked at here, not even one that asks for help. What knows other formats would have
-// to be linked for that, and this program start slower for all its other work.
+// What surprises: its words are not looked at here, not even one that asks for help. What knows other formats would
+// have to be linked for that, and this program start slower for all its other work.
 #include <memory>
 
 #include "commands.h"

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int32_t ID_LIMIT = 32767;
 constexpr int32_t POLYLINE = 2;
+constexpr const char* NO_JOINT = "world";
 
 void note_high(HighIds& high, int32_t line, int32_t id) {
     if (id > ID_LIMIT && high.count++ == 0) {
@@ -63,11 +64,32 @@ void remark_layer(const LineRemarks& remarks) {
     if (!words.empty()) { remarks.remark(reader_line_number(), "ignored in a layer line:" + words); }
 }
 
-void remark_statement(const LineRemarks& remarks) {
+// A joint is looked up on the spot: one whose own line comes later is none yet.
+void remark_unknown_joints(const LineRemarks& remarks, int32_t first, const char* text) {
+    for (int32_t token = first; token < first + 2 && token < reader_token_count(); ++token) {
+        const std::string name = reader_text(token);
+        if (name != NO_JOINT && remarks.joint_lines.count(name) == 0) {
+            remarks.remark(reader_line_number(), text + name);
+        }
+    }
+}
+
+void remark_joint(LineRemarks& remarks) {
+    constexpr int32_t NAME = 1;
+    constexpr int32_t PARENT = 5;
+    remark_no_integers(remarks, 2, 3, "a coordinate that is no whole number is read as 0: ");
+    if (reader_token_count() <= PARENT) { return; }
+    remarks.joint_lines.insert({reader_text(NAME), reader_line_number()});
+    remarks.joint_parents.push_back({reader_line_number(), reader_text(PARENT)});
+}
+
+void remark_statement(LineRemarks& remarks) {
     if (reader_token_equals("layer", 0)) {
         remark_layer(remarks);
     } else if (reader_token_equals("joint", 0)) {
-        remark_no_integers(remarks, 2, 3, "a coordinate that is no whole number is read as 0: ");
+        remark_joint(remarks);
+    } else if (reader_token_equals("blend", 0)) {
+        remark_unknown_joints(remarks, 1, "a blend group that follows a joint without a line before it: ");
     } else if (!model_knows_keyword(reader_text(0))) {
         remarks.remark(reader_line_number(), std::string("ignored: ") + reader_line());
     }
@@ -77,6 +99,10 @@ void remark_point(LineRemarks& remarks) {
     remark_no_integers(remarks, 1, 3, "a coordinate that is no whole number is read as 0: ");
     if (!remarks.point_ids.insert(reader_int(0)).second) {
         remarks.remark(reader_line_number(), "a point that is defined already: " + std::to_string(reader_int(0)));
+    }
+    constexpr int32_t BOUND_COUNT = 7;
+    if (reader_token_count() >= BOUND_COUNT) {
+        remark_unknown_joints(remarks, 5, "a point that follows a joint without a line before it: ");
     }
 }
 
@@ -131,6 +157,11 @@ void remark_line(LineRemarks& remarks, LineMode mode) {
 void remark_file(LineRemarks& remarks, const Model* model) {
     tell_high_ids(remarks, remarks.points, "a point id above 32767, which no primitive can name");
     tell_high_ids(remarks, remarks.references, "a primitive names an id above 32767, which is cut to 16 bits");
+    for (const NamedParent& parent : remarks.joint_parents) {
+        if (parent.name != NO_JOINT && remarks.joint_lines.count(parent.name) == 0) {
+            remarks.remark(parent.line, "a joint that hangs on one that has no line: " + parent.name);
+        }
+    }
     const auto points = list_elements<Point>(model->points);
     for (auto point = points.begin(); remarks.strict && point != points.end(); ++point) {
         if (remarks.point_ids.count(point.int_key()) == 0) {

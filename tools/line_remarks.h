@@ -6,6 +6,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "formats/model_lines.h"
 #include "foundation/key_hash.h"
@@ -21,14 +22,22 @@ struct HighIds {
     int32_t id = 0;
 };
 
+// The joint that another one's line says it hangs on.
+struct NamedParent {
+    int32_t line;
+    std::string name;
+};
+
 // What is gathered over the lines of one file.
 struct LineRemarks {
     bool strict;  // otherwise ids alone are looked at
     Remark remark;
     HighIds points = {};
     HighIds references = {};
-    std::unordered_set<int32_t, KeyHash> point_ids = {};              // of point lines
-    std::unordered_map<int32_t, int32_t, KeyHash> normal_lines = {};  // by point id, the last line that gave it
+    std::unordered_set<int32_t, KeyHash> point_ids = {};                 // of point lines
+    std::unordered_map<int32_t, int32_t, KeyHash> normal_lines = {};     // by point id, the last line that gave it
+    std::unordered_map<std::string, int32_t, KeyHash> joint_lines = {};  // by name, those that were met
+    std::vector<NamedParent> joint_parents = {};
 };
 
 // Looks at the line in hand of the read in progress, before it is carried out in this section of the file.

@@ -240,6 +240,20 @@ TEST_F(CheckAndLoad, StrictReportsPrimitivesThatNameAPointTwice) {
                "m.mod:12: a primitive that names a point twice: 1"}));
 }
 
+TEST_F(CheckAndLoad, StrictReportsWhatBindsToNothing) {
+    const std::string good = "joint a 0 0 0 world 0\njoint b 0 0 0 a 0\npoints\n1 0 0 0 0.5 a b\n2 0 0 0 1.0 b world\n";
+    EXPECT_EQ(strict(good), Lines{});
+    // A joint is looked up where it is named, so that one whose line comes later is none; a parent may come later.
+    const std::string text =
+        "joint b 0 0 0 a 0\npoints\n1 0 0 0 0.5 a b\njoint a 0 0 0 world 0\njoint c 0 0 0 nobody 0\n"
+        "points\n2 0 0 0 1.0 nowhere a\nblend a z 1\n";
+    EXPECT_EQ(check(text), Lines{});
+    EXPECT_EQ(strict(text), (Lines{"m.mod:3: a point that follows a joint without a line before it: a",
+                                   "m.mod:5: a joint that hangs on one that has no line: nobody",
+                                   "m.mod:7: a point that follows a joint without a line before it: nowhere",
+                                   "m.mod:8: a blend group that follows a joint without a line before it: z"}));
+}
+
 TEST_F(CheckAndLoad, StrictReportsWordsOfALayerLineThatMeanNothing) {
     EXPECT_EQ(strict("layer a 1 2 3 singlesided\nlayer b 1 2 3 doublesided mirror -z\n"), Lines{});
     const std::string text =

@@ -60,7 +60,11 @@ TEST(LimitedChild, TakesNoMoreTimeThanItMay) {
         const ChildResult result = run_in_child({512, 1}, [&]() -> std::string {
             volatile int turns = 0;
             while (true) {
-                if (works) { turns = turns + 1; } else { pause(); }
+                if (works) {
+                    turns = turns + 1;
+                } else {
+                    pause();
+                }
             }
         });
         EXPECT_EQ(result.error, "it takes longer than 1 seconds (--seconds)");

@@ -25,7 +25,8 @@ constexpr const char* CUBE =
     "v 0 0 0\nv 100 0 0\nv 0 100 0\nv 100 100 0\nv 0 0 100\nv 100 0 100\nv 0 100 100\nv 100 100 100\n"
     "vt 0 0\nvt 1 0\nvt 1 1\nvt 0 1\n"
     "usemtl wood\n"
-    "f 1/1 3/2 4/3 2/4\nf 5/1 6/2 8/3 7/4\nf 1/1 2/2 6/3 5/4\nf 3/1 7/2 8/3 4/4\nf 1/1 5/2 7/3 3/4\nf 2/1 4/2 8/3 6/4\n";
+    "f 1/1 3/2 4/3 2/4\nf 5/1 6/2 8/3 7/4\nf 1/1 2/2 6/3 5/4\nf 3/1 7/2 8/3 4/4\nf 1/1 5/2 7/3 3/4\nf 2/1 4/2 8/3 "
+    "6/4\n";
 constexpr const char* MATERIAL = "newmtl wood\nKd 1 1 1\nmap_Kd Wood.tga\n";
 
 bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
@@ -122,10 +123,13 @@ TEST_F(ImportTool, AFileThatAsksForAllMemoryIsRefused) {
 }
 
 TEST_F(ImportTool, ACommandLineThatIsWrongIsTold) {
-    for (const std::vector<std::string>& words :
-         {std::vector<std::string>{}, {"cube.obj", "--scale", "0"}, {"cube.obj", "--up", "x"},
-          {"cube.obj", "-o", "a.obj"}, {"cube.obj", "-o", ".mod"}, {"cube.obj", "--max-texture", "0"},
-          {"cube.obj", "more.obj"}}) {
+    for (const std::vector<std::string>& words : {std::vector<std::string>{},
+                                                  {"cube.obj", "--scale", "0"},
+                                                  {"cube.obj", "--up", "x"},
+                                                  {"cube.obj", "-o", "a.obj"},
+                                                  {"cube.obj", "-o", ".mod"},
+                                                  {"cube.obj", "--max-texture", "0"},
+                                                  {"cube.obj", "more.obj"}}) {
         EXPECT_EQ(import(words).status, 2) << (words.empty() ? "" : words.back());
     }
 }

@@ -28,8 +28,7 @@ using test::Triple;
 aiMatrix4x4 moved_by(float x, float y, float z) { return aiMatrix4x4(1, 0, 0, x, 0, 1, 0, y, 0, 0, 1, z, 0, 0, 0, 1); }
 
 aiQuaternion about(const Triple& axis, double degrees) {
-    return aiQuaternion(aiVector3D(axis[0], axis[1], axis[2]),
-                        static_cast<float>(degrees / 180.0 * std::numbers::pi));
+    return aiQuaternion(aiVector3D(axis[0], axis[1], axis[2]), static_cast<float>(degrees / 180.0 * std::numbers::pi));
 }
 
 // A bar of two bones along y in the source, which is up here: "lower" at the origin, "upper" at 100 above it.
@@ -65,9 +64,7 @@ protected:
         ASSERT_TRUE(scene_open(app, made.dir.file(name).c_str(), &load)) << problem_last().what.text;
         ASSERT_TRUE(load.problems.empty()) << load.problems[0].text;
     }
-    Model* root(int32_t row) {
-        return static_cast<RootModel*>(list_at(&app->session.root_models, row, 1))->model;
-    }
+    Model* root(int32_t row) { return static_cast<RootModel*>(list_at(&app->session.root_models, row, 1))->model; }
     // Where the point that rests there is now, its model's own movement included.
     Vec3 now(int32_t row, float x, float y, float z) {
         const int32_t id = model_point_at(root(row), x, y, z);
@@ -188,7 +185,8 @@ TEST_F(ImportMotion, WhatAJointCannotDoIsMeasured) {
     aiAnimation* animation = bar.maker.add_animation("grow", 1.0);
     SceneMaker::add_channel(animation, "upper", {{0, {0, 100, 0}}, {1, {0, 160, 0}}}, {{0, about({0, 0, 1}, 0)}});
     const Imported made(bar.maker.scene, at_scale(1));
-    EXPECT_TRUE(made.has_loss("joints only turn, and what else moves or scales them is left out: points are at most 60.00"))
+    EXPECT_TRUE(
+        made.has_loss("joints only turn, and what else moves or scales them is left out: points are at most 60.00"))
         << made.losses();
 }
 
@@ -241,10 +239,10 @@ TEST_F(ImportMotion, WhatGlidesApartIsARowOfItsOwn) {
     EXPECT_EQ(list_count(&app->session.root_models), 3);
     EXPECT_EQ(made.losses(), "");
     animate_seek(&app->session, 1.0f);
-    expect_at(now(0, 110, -10, 10), 210, -10, 10);              // the car
-    expect_at(now(0, 124, 0, 0), 220, 0, 4);                    // the wheel, a joint of it, turned about its place
-    expect_at(now(1, 104, -4, 54), 204, -4, 54 + 40);           // the ball
-    expect_at(now(2, 10, 0, 10), 10, 0, 10);                    // what stands still
+    expect_at(now(0, 110, -10, 10), 210, -10, 10);     // the car
+    expect_at(now(0, 124, 0, 0), 220, 0, 4);           // the wheel, a joint of it, turned about its place
+    expect_at(now(1, 104, -4, 54), 204, -4, 54 + 40);  // the ball
+    expect_at(now(2, 10, 0, 10), 10, 0, 10);           // what stands still
     EXPECT_EQ(list_count(&root(0)->joints), 2);
     EXPECT_EQ(list_count(&root(2)->joints), 0);
 }
@@ -323,8 +321,8 @@ TEST_F(ImportMotion, NamesOfJointsAreWordsOfTheirOwn) {
     SceneMaker maker;
     std::vector<Triple> places;
     std::vector<std::vector<unsigned>> faces;
-    const std::vector<std::string> names = {"translate", "rotate", "world", "a b", "a b",
-                                            "a name that is much longer than any key of a list may be"};
+    const std::vector<std::string> names = {
+        "translate", "rotate", "world", "a b", "a b", "a name that is much longer than any key of a list may be"};
     aiNode* above = nullptr;
     aiMesh* mesh = nullptr;
     for (unsigned i = 0; i < names.size(); ++i) {
@@ -401,7 +399,8 @@ TEST_F(ImportMotion, EachAnimationHasASceneListOfItsOwn) {
                                 {{0, aiQuaternion()}, {1, about({0, 0, 1}, degrees)}});
     }
     const Imported made(bar.maker.scene, at_scale(1));
-    for (const auto& [list, x] : {std::pair{"made_walk.scene", -100.0}, {"made_run.scene", 100.0},
+    for (const auto& [list, x] : {std::pair{"made_walk.scene", -100.0},
+                                  {"made_run.scene", 100.0},
                                   {"made_walk_2.scene", -100.0 * std::sqrt(0.5)}}) {
         open(made, list);
         animate_seek(&app->session, 1.0f);
