@@ -1,5 +1,5 @@
-// Relative names. What surprises: links among the directories are followed before a way is looked for, because ".." leads
-// out of what a link leads to.
+// Relative names. What surprises: links among the directories are followed before a way is looked for, because ".."
+// leads out of what a link leads to.
 #include "application/name_beside.h"
 
 #include <filesystem>
@@ -43,7 +43,9 @@ std::string name_beside(const std::string& other, const std::string& file) {
     return text_of(found.make_preferred());
 }
 
-bool lie_together(const std::string& file, const std::string& other) { return directory_of(file) == directory_of(other); }
+bool lie_together(const std::string& file, const std::string& other) {
+    return directory_of(file) == directory_of(other);
+}
 
 std::string child_name_of(const std::string& name) {
     const size_t length = std::char_traits<char>::length(MODEL_EXTENSION);

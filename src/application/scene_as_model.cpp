@@ -28,9 +28,9 @@ namespace {
 
 constexpr double DEGREES = 180.0 / std::numbers::pi;
 constexpr size_t TURN_LENGTH = sizeof ChildLink::rotate[0] - 1;
-constexpr float NEAR = 1e-4f;       // of the scene's size
-constexpr double SHEAR = 1e-5;      // cosine of an angle that is taken for a right one
-constexpr double UPRIGHT = 1e-6;    // cosine below which a right angle is one
+constexpr float NEAR = 1e-4f;     // of the scene's size
+constexpr double SHEAR = 1e-5;    // cosine of an angle that is taken for a right one
+constexpr double UPRIGHT = 1e-6;  // cosine below which a right angle is one
 
 using Corners = std::array<Vec3, 8>;
 using Turns = std::array<std::string, 3>;
@@ -109,8 +109,8 @@ std::array<std::array<double, 3>, 2> angles_of(const std::array<Vec3, 3>& axes) 
     const double cosine = std::hypot(double{axes[0].x}, double{axes[1].x});
     const bool upright = cosine < UPRIGHT;
     const double y = std::atan2(double{axes[2].x}, cosine);
-    const double x = upright ? std::atan2(double{axes[1].z}, double{axes[1].y})
-                             : std::atan2(-double{axes[2].y}, double{axes[2].z});
+    const double x =
+        upright ? std::atan2(double{axes[1].z}, double{axes[1].y}) : std::atan2(-double{axes[2].y}, double{axes[2].z});
     const double z = upright ? 0.0 : std::atan2(-double{axes[1].x}, double{axes[0].x});
     return {{{x * DEGREES, y * DEGREES, z * DEGREES}, {x * DEGREES + 180, 180 - y * DEGREES, z * DEGREES + 180}}};
 }
@@ -137,7 +137,9 @@ void find_turns(const Mat4& wanted, const std::array<Vec3, 3>& axes, const Corne
 
 // ---- placements ----
 
-Vec3 cross(const Vec3& a, const Vec3& b) { return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x}; }
+Vec3 cross(const Vec3& a, const Vec3& b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
 
 Vec3 across(const Vec3& v) {
     Vec3 out = cross(v, std::fabs(v.x) < 0.5f ? Vec3{1, 0, 0} : Vec3{0, 1, 0});
@@ -234,9 +236,7 @@ bool may_be_named(const Model* model, const std::string& target, std::string* na
     }
     const std::string found = file_resolve(file.c_str());
     if (found.empty()) { return save_refuse(PROBLEM_FILE, of + "its file is gone", file); }
-    if (found == file_resolve(target.c_str())) {
-        return save_refuse(PROBLEM_STATE, of + "this is its file", target);
-    }
+    if (found == file_resolve(target.c_str())) { return save_refuse(PROBLEM_STATE, of + "this is its file", target); }
     *name = child_name_of(name_beside(target, found));
     const bool fits = !name->empty() && name->size() < sizeof ChildLink::name;
     return fits || save_refuse(PROBLEM_STATE, of + "its file has no name that the line of a child can say", found);

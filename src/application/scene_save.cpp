@@ -1,5 +1,5 @@
-// Saving a model. What surprises: a file may have been read several times, once for each link to it; all those models are
-// one file, which is only written where they say the same.
+// Saving a model. What surprises: a file may have been read several times, once for each link to it; all those models
+// are one file, which is only written where they say the same.
 #include "application/scene_save.h"
 
 #include <algorithm>
@@ -141,9 +141,10 @@ bool lent_children_are_found(const Model* model) {
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         const std::string named = model_directory(model) + link.name + MODEL_EXTENSION;
         if (link.borrowed != 0 && !is_same_file(model_file(link.model), named)) {
-            return save_refuse(PROBLEM_STATE, std::string("child ") + link.name +
-                                                  ": the file that its line would name is not that of the model",
-                               named);
+            return save_refuse(
+                PROBLEM_STATE,
+                std::string("child ") + link.name + ": the file that its line would name is not that of the model",
+                named);
         }
     }
     return true;
@@ -161,8 +162,8 @@ bool disk_allows(const Model* model, bool force) {
 // The text of the file, which was read and compared.
 bool make_text(const Model* model, const std::string& path, bool whole, std::string* text) {
     const bool anew = whole || model->text == nullptr;
-    const ModelSave save =
-        anew ? model_save_whole(model, path.c_str() + path_directory_length(path.c_str())) : model_save(model, model->text->view());
+    const ModelSave save = anew ? model_save_whole(model, path.c_str() + path_directory_length(path.c_str()))
+                                : model_save(model, model->text->view());
     if (!save.refused.empty()) {
         return save_refuse(save.by_layout ? PROBLEM_LAYOUT : PROBLEM_STATE,
                            save.refused + (save.by_layout ? " (-whole lays the file out anew)" : ""));

@@ -26,8 +26,8 @@ struct SaveDone {
 // history; after a failure it is for the caller to have the history put it back.
 bool scene_save(Application* app, const SaveWish& wish, SaveDone* done);
 
-// Writes the scene as a model whose children are the models that stand in it. They have to have files, and these to have
-// what is shown; the scene itself stays as it is.
+// Writes the scene as a model whose children are the models that stand in it. They have to have files, and these to
+// have what is shown; the scene itself stays as it is.
 bool scene_save_as_model(Application* app, const std::string& file, SaveDone* done);
 
 }  // namespace pelt

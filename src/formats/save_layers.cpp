@@ -309,57 +309,78 @@ size_t put_data(SaveWork& work, const LayerPair& layer, LineMode mode, const cha
     return at;
 }
 
+// One list of a layer on both sides.
+template <typename Primitive>
+struct PrimitivePair {
+    std::vector<const Primitive*> before;
+    std::vector<const Primitive*> after;
+    std::vector<std::string> keys_before;
+    std::vector<std::string> keys_after;
+    std::vector<int> matches;
+    const std::vector<int>& lines;
+
+    PrimitivePair(const LayerPair& layer, const PrimitiveKind<Primitive>& kind)
+        : before(save_elements<Primitive>(layer.before.*kind.list)),
+          after(save_elements<Primitive>(layer.after.*kind.list)),
+          lines(layer.lines.*kind.lines) {
+        for (const Primitive* each : before) { keys_before.push_back(key_of(*each)); }
+        for (const Primitive* each : after) { keys_after.push_back(key_of(*each)); }
+        matches = match_sequences(keys_before, keys_after);
+    }
+};
+
+void require_before(SaveWork& work, const LayerPair& layer, size_t needed, size_t at) {
+    if (needed > at) {
+        save_refuse_layout(work, layer.of + "a point that it would name stands behind the line that names it");
+    }
+}
+
+// What comes behind all others goes to the end of a section.
+template <typename Primitive>
+void put_tail(SaveWork& work, LayerPair& layer, const PrimitiveKind<Primitive>& kind,
+              const PrimitivePair<Primitive>& pair, size_t first, size_t behind_those) {
+    std::vector<std::string> lines;
+    size_t needed = 0;
+    for (size_t i = first; i < pair.after.size(); ++i) {
+        needed = std::max(needed, first_place_for(work, layer.of, ids_of(*pair.after[i]), {}));
+        const auto line = lines_of(work, layer.of, *pair.after[i]);
+        lines.insert(lines.end(), line.begin(), line.end());
+    }
+    if (lines.empty()) { return; }
+    const size_t at = put_data(work, layer, kind.mode, kind.section, needed, behind_those, lines);
+    if (kind.mode == LINE_MODE_TRIANGLES) { layer.surface_end = std::max(layer.surface_end, at); }
+    layer.end = std::max(layer.end, at);
+}
+
 template <typename Primitive>
 void save_primitives(SaveWork& work, LayerPair& layer, const PrimitiveKind<Primitive>& kind) {
-    const auto before = save_elements<Primitive>(layer.before.*kind.list);
-    const auto after = save_elements<Primitive>(layer.after.*kind.list);
-    std::vector<std::string> keys_before, keys_after;
-    for (const Primitive* each : before) { keys_before.push_back(key_of(*each)); }
-    for (const Primitive* each : after) { keys_after.push_back(key_of(*each)); }
-    const std::vector<int> matches = match_sequences(keys_before, keys_after);
-    const std::vector<int>& lines = layer.lines.*kind.lines;
-    std::vector<bool> kept(before.size(), false);
-    const auto tail = static_cast<size_t>(
-        std::find_if(matches.rbegin(), matches.rend(), [](int match) { return match != NO_MATCH; }).base() -
-        matches.begin());   // what comes behind all others begins here
+    const PrimitivePair<Primitive> pair(layer, kind);
+    const auto last =
+        std::find_if(pair.matches.rbegin(), pair.matches.rend(), [](int each) { return each != NO_MATCH; });
+    const auto tail = static_cast<size_t>(last.base() - pair.matches.begin());
+    std::vector<bool> kept(pair.before.size(), false);
     size_t last_place = 0;  // behind the one before
-    std::vector<std::string> tail_lines;
-    size_t tail_needed = 0;
-    for (size_t i = 0; i < after.size(); ++i) {
-        const bool is_new = matches[i] == NO_MATCH;
-        const auto old = static_cast<size_t>(std::max(matches[i], 0));
-        if (!is_new) {
-            kept[old] = true;
-            last_place = work.line(lines[old]).next;
-            if (keys_before[old] == keys_after[i]) { continue; }
-            const size_t needed = first_place_for(work, layer.of, ids_of(*after[i]), ids_of(*before[old]));
-            if (needed > work.line(lines[old]).place.begin) {
-                save_refuse_layout(work, layer.of + "a point that it would name stands behind the line that names it");
-            }
-            change_primitive(work, layer, lines[old], *after[i]);
+    for (size_t i = 0; i < tail; ++i) {
+        const Primitive& each = *pair.after[i];
+        if (pair.matches[i] == NO_MATCH) {
+            // Behind the one before it, or before the first one of the text.
+            const size_t at = last_place != 0 ? last_place : work.line(pair.lines[0]).place.begin;
+            require_before(work, layer, first_place_for(work, layer.of, ids_of(each), {}), at);
+            save_insert_in_mode(work, at, kind.mode, kind.section, false, lines_of(work, layer.of, each));
             continue;
         }
-        const size_t needed = first_place_for(work, layer.of, ids_of(*after[i]), {});
-        const auto text = lines_of(work, layer.of, *after[i]);
-        if (i >= tail) {
-            tail_needed = std::max(tail_needed, needed);
-            tail_lines.insert(tail_lines.end(), text.begin(), text.end());
-            continue;
-        }
-        // Before the first one of the text, or behind the one before it.
-        const size_t at = last_place != 0 ? last_place : work.line(lines[0]).place.begin;
-        if (needed > at) {
-            save_refuse_layout(work, layer.of + "a point that it would name stands behind the line that names it");
-        }
-        save_insert_in_mode(work, at, kind.mode, kind.section, false, text);
+        const auto old = static_cast<size_t>(pair.matches[i]);
+        const SourceLine& line = work.line(pair.lines[old]);
+        kept[old] = true;
+        last_place = line.next;
+        if (pair.keys_before[old] == pair.keys_after[i]) { continue; }
+        const size_t needed = first_place_for(work, layer.of, ids_of(each), ids_of(*pair.before[old]));
+        require_before(work, layer, needed, line.place.begin);
+        change_primitive(work, layer, pair.lines[old], each);
     }
-    if (!tail_lines.empty()) {
-        const size_t at = put_data(work, layer, kind.mode, kind.section, tail_needed, last_place, tail_lines);
-        if (kind.mode == LINE_MODE_TRIANGLES) { layer.surface_end = std::max(layer.surface_end, at); }
-        layer.end = std::max(layer.end, at);
-    }
-    for (size_t i = 0; i < before.size(); ++i) {
-        if (!kept[i]) { save_delete(work, lines[i], layer.of); }
+    put_tail(work, layer, kind, pair, tail, last_place);
+    for (size_t i = 0; i < pair.before.size(); ++i) {
+        if (!kept[i]) { save_delete(work, pair.lines[i], layer.of); }
     }
 }
 

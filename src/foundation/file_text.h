@@ -20,14 +20,15 @@ struct FileText {
     };
     std::unique_ptr<char, Free> bytes;
     size_t size = 0;
-    std::string file;                        // resolved; empty for a text that was read from none
-    std::map<std::string, uint64_t> written;  // what was put into files since, by resolved name: hashes of their content
+    std::string file;  // resolved; empty for a text that was read from none
+    std::map<std::string, uint64_t>
+        written;  // what was put into files since, by resolved name: hashes of their content
 
     std::string_view view() const { return {bytes.get(), size}; }
 };
 
-// The content of a file, shared with whoever keeps the same of it. Null when it cannot be read as a whole, is beyond the
-// limit, or finds no memory.
+// The content of a file, shared with whoever keeps the same of it. Null when it cannot be read as a whole, is beyond
+// the limit, or finds no memory.
 std::shared_ptr<FileText> file_text_read(const char* path);
 
 // A text that was read from no file.

@@ -15,7 +15,7 @@ namespace {
 bool read_option(const char* word, SaveWish* wish) {
     struct Option {
         const char* word;
-        bool SaveWish::* flag;
+        bool SaveWish::*flag;
     };
     static constexpr Option OPTIONS[] = {
         {"-force", &SaveWish::force}, {"-whole", &SaveWish::whole}, {"-round", &SaveWish::round}};
@@ -30,9 +30,7 @@ bool read_option(const char* word, SaveWish* wish) {
 
 // Told when all is done: the procedure may do anything.
 void tell_shift(float shift) {
-    if (shift > 0.0f) {
-        session_say(&application()->session, ("Rounded by up to " + real_text(shift)).c_str());
-    }
+    if (shift > 0.0f) { session_say(&application()->session, ("Rounded by up to " + real_text(shift)).c_str()); }
 }
 
 Tcl_Obj* save_scene(const SceneWords& words) {

@@ -6,8 +6,6 @@
 #include <filesystem>
 #include <string>
 
-#include <sys/stat.h>
-
 #include "application/application.h"
 #include "application/name_beside.h"
 #include "application/problem.h"
@@ -144,7 +142,8 @@ TEST_F(SceneSaveTest, AMadeModelIsLaidOutWholeAndThenKeepsItsLines) {
     const std::string first = dir.read("made.mod");
     paint(model, 9);
     EXPECT_TRUE(save(model));
-    EXPECT_EQ(test::text_diff(first, dir.read("made.mod")), "-layer hull 1 2 3 singlesided\n+layer hull 9 0 0 singlesided\n");
+    EXPECT_EQ(test::text_diff(first, dir.read("made.mod")),
+              "-layer hull 1 2 3 singlesided\n+layer hull 9 0 0 singlesided\n");
 }
 
 TEST_F(SceneSaveTest, AFileOfAnotherModelIsNotWrittenOver) {
@@ -164,7 +163,8 @@ TEST_F(SceneSaveTest, ALinkStaysALinkAndADirectoryIsRefused) {
     EXPECT_TRUE(save(model, dir.file("link.mod")));
     EXPECT_TRUE(std::filesystem::is_symlink(test::path_of(dir.file("link.mod"))));
     EXPECT_EQ(dir.read("kept.mod"), SQUARE);
-    EXPECT_EQ(refusal({model, dir.make_dir("folder"), false, false, false}), "FILE: cannot be written: it is a directory");
+    EXPECT_EQ(refusal({model, dir.make_dir("folder"), false, false, false}),
+              "FILE: cannot be written: it is a directory");
     EXPECT_EQ(refusal({model, "/dev/null", false, false, false}),
               "FILE: cannot be written: it is no file that keeps what is written to it");
 }
@@ -201,7 +201,9 @@ TEST_F(SceneSaveTest, PlacementsComeBack) {
         ASSERT_TRUE(scene_save_as_model(app, dir.file("scene.mod"), &done)) << problem_last().what.text;
         Model* scene = open(dir.file("scene.mod"));
         const Mat4 got = child_placement(list_at<ChildLink>(&scene->children, 0, 0));
-        for (int at = 0; at < 16; ++at) { EXPECT_NEAR(got.m[at], wanted.m[at], 1e-4f * 9.0f * scale) << i << " " << at; }
+        for (int at = 0; at < 16; ++at) {
+            EXPECT_NEAR(got.m[at], wanted.m[at], 1e-4f * 9.0f * scale) << i << " " << at;
+        }
     }
 }
 
