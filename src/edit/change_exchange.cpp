@@ -105,6 +105,7 @@ private:
     void model_in(Model* model, bool live);
     void record_out(const Both& each, Layer* layer);
     void record_in(const Both& each, Layer* layer);
+    void rest(const Point& point);
     void images_in(const Both& each, Layer* layer, LayerImage* image);
     void state_in(const Both& each);
     void hang(const Both& each);
@@ -310,6 +311,7 @@ void ChangeExchange::record_in(const Both& each, Layer* layer) {
         if (element == nullptr) { return; }
         std::memcpy(element, each.image, size);
         if (form.state_index != 0) { std::memcpy(element + form.state_index, &state_index, sizeof state_index); }
+        if (place.kind == CONTENT_POINTS) { rest(*reinterpret_cast<const Point*>(element)); }
     } else if (element == nullptr || !each.was()) {
         return;
     } else if (form.vertices != 0) {
@@ -318,6 +320,14 @@ void ChangeExchange::record_in(const Both& each, Layer* layer) {
     } else if (place.kind == CONTENT_IMAGES) {
         images_in(each, layer, reinterpret_cast<LayerImage*>(element));
     }
+}
+
+// What joints have moved goes back to where it rests: a point that none of them moves any more is posed no more.
+void ChangeExchange::rest(const Point& point) {
+    auto* state = list_at<PointState>(&session_->point_states, point.state_index, 0);
+    if (state == nullptr) { return; }
+    state->position = point.position;
+    state->normal = point.normal;
 }
 
 void ChangeExchange::images_in(const Both& each, Layer* layer, LayerImage* image) {

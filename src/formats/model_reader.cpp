@@ -170,6 +170,11 @@ Model* model_read(const char* path, Model* parent) {
     return read_model(path, parent, &own, false);
 }
 
+Model* model_read_child(const char* path, Model* parent) {
+    ChildBudget own;
+    return read_model(path, parent, &own, parent != nullptr && parent->long_paths != 0);
+}
+
 int model_read_file(Model* model, const char* path) {
     ModelFileContext context{};
     context.model = model;

@@ -21,6 +21,9 @@ struct ChildBudget {
 Model* model_load(const char* path, ChildBudget* budget = nullptr, bool long_paths = false);
 Model* model_read(const char* path, Model* parent);
 
+// The same for a child of a model that stands, whose paths are as long as the parent's.
+Model* model_read_child(const char* path, Model* parent);
+
 // Why a load takes no further file at its place of a tree of models, as a text with one "%s" for the path; null when it
 // does. open_files are those of the models above it, the root first, and file its own, as file_resolve names them;
 // model_count is the number of models read so far.

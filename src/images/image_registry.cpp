@@ -90,6 +90,27 @@ int give_back(ImageData* image) {
     return 1;
 }
 
+// A new entry without users, found by the path from now on. Takes over one use of the pixels.
+ImageData* enter_image(const char* path, SharedPixels* shared) {
+    auto* image = list_add<ImageData>(&registry, next_image_id);
+    *image = ImageData{};
+    image->path = str_dup(path);
+    image->width = shared->width;
+    image->height = shared->height;
+    image->pixels = shared->pixels;
+    image->shared = shared;
+    image->id = next_image_id++;
+    ids_by_path().erase(image->path);  // the key of another entry is that entry's text
+    ids_by_path().emplace(image->path, image->id);
+    return image;
+}
+
+// Whether the image has, or can get, this key, which is one use of the keyed pixels.
+bool takes_key(const ImageData* image, const SharedPixels* shared, const unsigned char* keyed) {
+    return image != nullptr && image->shared == shared &&
+           (image->keyed_pixels == nullptr || image->keyed_pixels == keyed);
+}
+
 struct FileCloser {
     void operator()(FILE* file) const { std::fclose(file); }
 };
@@ -138,15 +159,7 @@ unsigned char* image_load(const char* path, int32_t* width, int32_t* height) {
         load_error_set(error);
         return nullptr;
     }
-    auto* image = list_add<ImageData>(&registry, next_image_id);
-    *image = ImageData{};
-    image->path = str_dup(path);
-    image->width = shared->width;
-    image->height = shared->height;
-    image->pixels = shared->pixels;
-    image->shared = shared;
-    image->id = next_image_id++;
-    ids_by_path().emplace(image->path, image->id);
+    ImageData* image = enter_image(path, shared);
     return share(image, width, height);
 }
 
@@ -161,6 +174,28 @@ unsigned char* image_keyed(const char* path, int red, int green, int blue) {
     image->keyed_pixels = shared_pixels_keyed(image->shared, static_cast<unsigned char>(red),
                                               static_cast<unsigned char>(green), static_cast<unsigned char>(blue));
     return image->keyed_pixels;
+}
+
+ImageData* image_with_key(int32_t id, int red, int green, int blue) {
+    ImageData* image = image_find_id(id);
+    if (image == nullptr) { return nullptr; }
+    SharedPixels* shared = image->shared;
+    unsigned char* keyed = shared_pixels_keyed(shared, static_cast<unsigned char>(red),
+                                               static_cast<unsigned char>(green), static_cast<unsigned char>(blue));
+    if (keyed == nullptr) { return nullptr; }
+    ImageData* found = image_find(image->path);
+    ImageData* user = takes_key(image, shared, keyed) ? image : takes_key(found, shared, keyed) ? found : nullptr;
+    if (user == nullptr) {
+        ++shared->users;
+        user = enter_image(image->path, shared);
+    }
+    if (user->keyed_pixels == nullptr) {
+        user->keyed_pixels = keyed;
+    } else {
+        shared_pixels_release_keyed(shared, keyed);
+    }
+    ++user->ref_count;
+    return user;
 }
 
 ImageData* image_find(const char* path) {

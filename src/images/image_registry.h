@@ -34,6 +34,11 @@ int image_release_id(int32_t id);
 // a path that is not registered.
 unsigned char* image_keyed(const char* path, int red, int green, int blue);
 
+// An image of the same path and pixels as that of the id, whose key is this colour, with one more reference: that one
+// or the one that is found by the path, where either has this key or none yet; otherwise a new one, which is found by
+// the path from then on. No file is looked at. Null for an unknown id, and without memory for the pixels.
+ImageData* image_with_key(int32_t id, int red, int green, int blue);
+
 ImageData* image_find(const char* path);
 ImageData* image_find_id(int32_t id);
 

@@ -79,6 +79,15 @@ int32_t session_add_root(Session* session, Model* model, ModelAnimation* animati
     return state != nullptr ? state->id : 0;
 }
 
+RootModel* session_root_of(Session* session, const Model* model) {
+    if (session == nullptr || model == nullptr) { return nullptr; }
+    while (model->parent != nullptr) { model = model->parent; }
+    for (RootModel& root : list_elements<RootModel>(session->root_models)) {
+        if (root.model == model) { return &root; }
+    }
+    return nullptr;
+}
+
 int session_remove_root(Session* session, int32_t key) {
     if (session == nullptr) { return 0; }
     const RootModel* found = list_find<RootModel>(&session->root_models, key);
@@ -92,6 +101,22 @@ int session_remove_root(Session* session, int32_t key) {
         model_release(root.model);
         animation_release(root.animation);
     }
+    return 1;
+}
+
+int session_remove_child(Session* session, Model* owner, ChildLink* link) {
+    if (session == nullptr || owner == nullptr || link == nullptr) { return 0; }
+    const int32_t slot = list_slot_of_element(&owner->children, link);
+    if (slot < 0) { return 0; }
+    Model* model = link->borrowed ? nullptr : link->model;
+    change_model(owner);
+    change_slot(owner, nullptr, CONTENT_CHILDREN, slot);
+    session_forget_child(session, link);
+    list_remove_slot(&owner->children, slot);
+    if (model == nullptr) { return 1; }
+    empty_references(session, RootModel{model, nullptr, 0});
+    session_forget_model(session, model);
+    if (!change_keeps_model(model)) { model_release(model); }
     return 1;
 }
 

@@ -14,6 +14,7 @@ namespace {
 
 uint64_t layers_made = 0;
 
+constexpr int32_t FULL_COLOUR = 127;
 constexpr float NO_COLOUR = 255.0f;         // every channel of the colour of an absent layer
 constexpr float COLOUR_KEY_SCALE = 255.0f;  // from 0.0 to 1.0 in a file to a byte
 
@@ -44,6 +45,20 @@ void init_layer_lists(Layer* layer) {
     list_init(&layer->images, sizeof(LayerImage), KEY_INT);
 }
 
+// What a new layer has that depends on nothing.
+void start_layer(Layer* layer, const char* name) {
+    str_copy(name, layer->name);
+    layer->transparency = 0.0f;
+    layer->invisible = 0;
+    for (int32_t& channel : layer->invisible_colour) { channel = 0; }
+    layer->bounds_min = Vec3{};
+    layer->bounds_max = Vec3{};
+    init_layer_lists(layer);
+    layer->serial = ++layers_made;
+    layer->holds_images = 0;
+    layer->hidden = 0;
+}
+
 }  // namespace
 
 int model_add_layer(Model* model, const char* name, int red, int green, int blue, int singlesided, int mirror,
@@ -59,23 +74,29 @@ int model_add_layer(Model* model, const char* name, int red, int green, int blue
     Layer* layer = list_add<Layer>(&model->layers, name);
     if (layer == nullptr) { return 0; }
     // Intended: image axes and repeat are not written, a slot used again keeps those of the layer before.
-    str_copy(name, layer->name);
+    start_layer(layer, name);
     layer->colour[0] = red;
     layer->colour[1] = green;
     layer->colour[2] = blue;
     layer->singlesided = singlesided;
-    layer->transparency = 0.0f;
     layer->mirror = mirror;
     layer->mirror_axis = mirror_axis;
-    layer->invisible = 0;
-    for (int32_t& channel : layer->invisible_colour) { channel = 0; }
-    layer->bounds_min = Vec3{};
-    layer->bounds_max = Vec3{};
-    layer->hidden = 0;
-    init_layer_lists(layer);
-    layer->serial = ++layers_made;
-    layer->holds_images = 0;
     return 1;
+}
+
+Layer* model_append_layer(Model* model, const char* name) {
+    if (model == nullptr || name == nullptr) { return nullptr; }
+    const int32_t slot = list_end_slot(&model->layers);
+    change_model(model);
+    change_slot(model, nullptr, CONTENT_LAYERS, slot);
+    auto* layer = static_cast<Layer*>(list_add_at(&model->layers, slot, name));
+    if (layer == nullptr) { return nullptr; }
+    *layer = Layer{};
+    start_layer(layer, name);
+    for (int32_t& channel : layer->colour) { channel = FULL_COLOUR; }
+    layer->singlesided = 1;
+    layer->mirror_axis = AXIS_X;
+    return layer;
 }
 
 const Layer* model_find_layer(const Model* model, const char* name) {
@@ -131,6 +152,17 @@ int model_rename_layer(Model* model, const char* old_name, const char* new_name)
     change_key(model, nullptr, CONTENT_LAYERS, static_cast<const char*>(key));
     *list_add<Layer>(&model->layers, key) = renamed;
     return 1;
+}
+
+void model_rename_layer_in_place(Model* model, Layer* layer, const char* new_name) {
+    if (model == nullptr || layer == nullptr || new_name == nullptr) { return; }
+    char key[sizeof layer->name];
+    str_copy(new_name, key);  // it may lie in the record
+    const int32_t slot = list_slot_of_element(&model->layers, layer);
+    change_layer(model, layer);
+    list_remove_slot(&model->layers, slot);
+    list_add_at(&model->layers, slot, static_cast<const char*>(key));
+    str_copy(key, layer->name);
 }
 
 void model_layer_colour(const Model* model, const char* name, float out[4]) {

@@ -76,6 +76,13 @@ int model_delete_layer(Model* model, const char* name);  // 0 when absent, witho
 // Releases all that a layer holds; the record stays. For whoever took it over (change_keeps_layer).
 void layer_release_content(Layer* layer);
 
+// A layer behind all others with nothing in it: colour 127, one side. The name is one that the model's layers do not
+// have. Null, with nothing done, for a null argument.
+Layer* model_append_layer(Model* model, const char* name);
+
+// Gives a layer another name in its own slot. The name is one that the other layers do not have.
+void model_rename_layer_in_place(Model* model, Layer* layer, const char* new_name);
+
 // Releases what a layer holds (images, vertex lists) and frees its slot, whatever its name.
 void model_delete_layer_slot(Model* model, int32_t slot);
 

@@ -15,20 +15,35 @@ constexpr TreeSize TOO_LARGE{MODEL_TREE_DEPTH_LIMIT + 1, MODEL_TREE_NODE_LIMIT +
 using TreeSizes = std::unordered_map<const Model*, TreeSize>;
 using ModelSet = std::unordered_set<const Model*>;
 
-TreeSize measure(const Model* model, TreeSizes* known, int32_t level) {
+// What is added to some models of a tree, in thought.
+struct Addition {
+    const std::vector<Model*>* parents;
+    TreeSize size;
+};
+
+void take_in(TreeSize* size, const TreeSize& below) {
+    size->depth = std::min(std::max(size->depth, below.depth + 1), TOO_LARGE.depth);
+    size->nodes = std::min(size->nodes + below.nodes, TOO_LARGE.nodes);
+}
+
+TreeSize measure(const Model* model, TreeSizes* known, int32_t level, const Addition* addition = nullptr) {
     if (level > MODEL_TREE_DEPTH_LIMIT) { return TOO_LARGE; }
     // Until it is known, a model counts as too large: whoever meets it then stands in a circle.
     const auto [entry, is_new] = known->emplace(model, TOO_LARGE);
     if (!is_new) { return entry->second; }
     TreeSize size{0, 1};
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-        const TreeSize below = link.model != nullptr ? measure(link.model, known, level + 1) : TreeSize{0, 1};
-        size.depth = std::min(std::max(size.depth, below.depth + 1), TOO_LARGE.depth);
-        size.nodes = std::min(size.nodes + below.nodes, TOO_LARGE.nodes);
+        take_in(&size, link.model != nullptr ? measure(link.model, known, level + 1, addition) : TreeSize{0, 1});
+    }
+    if (addition != nullptr &&
+        std::find(addition->parents->begin(), addition->parents->end(), model) != addition->parents->end()) {
+        take_in(&size, addition->size);
     }
     (*known)[model] = size;
     return size;
 }
+
+bool fits(const TreeSize& size) { return size.depth <= MODEL_TREE_DEPTH_LIMIT && size.nodes <= MODEL_TREE_NODE_LIMIT; }
 
 bool holds(const Model* model, const Model* searched, ModelSet* visited) {
     if (model == nullptr || !visited->insert(model).second) { return false; }
@@ -61,9 +76,13 @@ bool model_tree_holds(const Model* model, const Model* searched) {
     return searched != nullptr && holds(model, searched, &visited);
 }
 
-bool model_tree_fits(const Model* model) {
-    const TreeSize size = model_tree_size(model);
-    return size.depth <= MODEL_TREE_DEPTH_LIMIT && size.nodes <= MODEL_TREE_NODE_LIMIT;
+bool model_tree_fits(const Model* model) { return fits(model_tree_size(model)); }
+
+bool model_tree_fits_with(const Model* model, const std::vector<Model*>& parents, const Model* added) {
+    if (model == nullptr) { return true; }
+    TreeSizes known;
+    const Addition addition{&parents, model_tree_size(added)};
+    return fits(measure(model, &known, 0, &addition));
 }
 
 int64_t layer_record_bytes(const Layer& layer) {
@@ -89,6 +108,16 @@ int64_t model_child_bytes(const Model* model) {
         }
     }
     return bytes;
+}
+
+Model* model_tree_link_owner(Model* model, const ChildLink* link) {
+    if (model == nullptr || link == nullptr) { return nullptr; }
+    if (list_slot_of_element(&model->children, link) >= 0) { return model; }
+    for (const ChildLink& each : list_elements<ChildLink>(model->children)) {
+        Model* owner = each.borrowed ? nullptr : model_tree_link_owner(each.model, link);
+        if (owner != nullptr) { return owner; }
+    }
+    return nullptr;
 }
 
 }  // namespace pelt

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "scene/model.h"
 
@@ -22,6 +23,9 @@ bool model_tree_holds(const Model* model, const Model* searched);
 // True when depth and nodes keep within MODEL_TREE_DEPTH_LIMIT and MODEL_TREE_NODE_LIMIT.
 bool model_tree_fits(const Model* model);
 
+// The same for what the model would be if each of the parents had another child like the added one.
+bool model_tree_fits_with(const Model* model, const std::vector<Model*>& parents, const Model* added);
+
 // Bytes that the records of one model take: points, primitives with their corners, joints, layers and the rest, without
 // texts, images and children.
 int64_t model_record_bytes(const Model* model);
@@ -31,5 +35,8 @@ int64_t layer_record_bytes(const Layer& layer);
 
 // The same of all models that it owns below itself.
 int64_t model_child_bytes(const Model* model);
+
+// The model, the given one or one that it owns below itself, in whose children the link stands; null for none.
+Model* model_tree_link_owner(Model* model, const ChildLink* link);
 
 }  // namespace pelt

@@ -166,12 +166,7 @@ int session_forget_model(Session* session, Model* model) {
         forget_record(&session->child_states, &link.state_index);
     }
     for (Layer& layer : list_elements<Layer>(model->layers)) { session_forget_layer(session, &layer); }
-    for (Point& point : list_elements<Point>(model->points)) {
-        forget_record(&session->point_states, &point.state_index);
-    }
-    for (Joint& joint : list_elements<Joint>(model->joints)) {
-        forget_record(&session->joint_states, &joint.state_index);
-    }
+    session_forget_poses(session, model);
     if (model->state_index >= 0) { change_scene_slot(session, SCENE_MODEL_STATES, model->state_index); }
     forget_record(&session->model_states, &model->state_index);
     return result;
@@ -198,6 +193,14 @@ void session_forget_triangle(Session* session, Triangle* triangle) {
 
 void session_forget_point(Session* session, Point* point) {
     if (session != nullptr && point != nullptr) { forget_record(&session->point_states, &point->state_index); }
+}
+
+void session_forget_poses(Session* session, Model* model) {
+    if (session == nullptr || model == nullptr) { return; }
+    for (Point& point : list_elements<Point>(model->points)) {
+        forget_record(&session->point_states, &point.state_index);
+    }
+    for (Joint& joint : list_elements<Joint>(model->joints)) { session_forget_joint(session, &joint); }
 }
 
 int session_delete_layer(Session* session, Model* model, const char* name) {

@@ -127,6 +127,9 @@ void session_forget_joint(Session* session, Joint* joint);
 void session_forget_triangle(Session* session, Triangle* triangle);
 void session_forget_point(Session* session, Point* point);
 
+// The same for the joints and points of one model: what they move by, and where they are in the animation.
+void session_forget_poses(Session* session, Model* model);
+
 // Deleting and renaming a layer of a model that stands in the scene: what the session holds for the layer that goes
 // is forgotten first. Results as model_delete_layer and model_rename_layer.
 int session_delete_layer(Session* session, Model* model, const char* name);

@@ -112,6 +112,21 @@ void model_rename_child(Model* model, ChildLink* link, const char* name) {
     str_copy(name, link->name);
 }
 
+ChildLink* model_append_child(Model* model, const ChildLink& like) {
+    if (model == nullptr) { return nullptr; }
+    const int32_t slot = list_end_slot(&model->children);
+    const int32_t id = take_id(&next_child_id);
+    change_model(model);
+    change_slot(model, nullptr, CONTENT_CHILDREN, slot);
+    auto* link = static_cast<ChildLink*>(list_add_at(&model->children, slot, id));
+    if (link == nullptr) { return nullptr; }
+    *link = like;
+    link->id = id;
+    link->state_index = -1;
+    if (model->watched != 0 && !link->borrowed) { change_watch(link->model); }
+    return link;
+}
+
 ChildLink* model_find_child(Model* model, const char* name) {
     if (model == nullptr || name == nullptr) { return nullptr; }
     for (ChildLink& link : list_elements<ChildLink>(model->children)) {

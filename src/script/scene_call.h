@@ -13,6 +13,7 @@ struct Tcl_Obj;
 namespace pelt {
 
 struct ChildLink;
+struct Joint;
 struct Layer;
 struct Model;
 
@@ -48,10 +49,17 @@ std::span<const SceneForm> scene_mark_forms();
 std::span<const SceneForm> scene_history_forms();
 std::span<const SceneForm> scene_point_change_forms();
 std::span<const SceneForm> scene_face_change_forms();
+std::span<const SceneForm> scene_layer_change_forms();
+std::span<const SceneForm> scene_place_change_forms();
+std::span<const SceneForm> scene_joint_change_forms();
+std::span<const SceneForm> scene_child_change_forms();
+std::span<const SceneForm> scene_paste_forms();
 
 // Questions whose words are those of a form that changes too.
 Tcl_Obj* scene_ask_point(const SceneWords& words);
 std::span<const SceneForm> scene_save_forms();
+Tcl_Obj* scene_ask_layer(const SceneWords& words);
+Tcl_Obj* scene_joint_value(Model* model, Joint* joint);
 
 // The call "sorvel scene" with the words behind it. Code and result are those of a Tcl command.
 int scene_command(int argc, const char* const* argv);

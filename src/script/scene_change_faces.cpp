@@ -308,4 +308,8 @@ constexpr SceneForm FORMS[] = {
 
 std::span<const SceneForm> scene_face_change_forms() { return FORMS; }
 
+bool scene_read_primitives(const char* what, const char* word, bool lines, std::vector<PrimitiveName>* names) {
+    return read_primitives(what, word, lines, names);
+}
+
 }  // namespace pelt

@@ -46,6 +46,11 @@ constexpr std::span<const SceneForm> (*TABLES[])() = {
     scene_history_forms,
     scene_point_change_forms,
     scene_face_change_forms,
+    scene_layer_change_forms,
+    scene_place_change_forms,
+    scene_joint_change_forms,
+    scene_child_change_forms,
+    scene_paste_forms,
     scene_save_forms,
     scene_own_forms,
 };

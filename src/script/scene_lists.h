@@ -10,6 +10,7 @@
 namespace pelt {
 
 struct Model;
+struct PrimitiveName;
 struct SceneWords;
 
 // The words of a list, in Tcl's form. False after a refusal that says what it should be a list of.
@@ -26,5 +27,8 @@ bool scene_read_vec(const char* what, const char* word, Vec3* value);
 
 // Any finite number that a float holds.
 bool scene_read_finite(const char* what, const char* word, float* value);
+
+// One or more faces, or lines, by their names.
+bool scene_read_primitives(const char* what, const char* word, bool lines, std::vector<PrimitiveName>* names);
 
 }  // namespace pelt

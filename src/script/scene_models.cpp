@@ -287,23 +287,25 @@ Tcl_Obj* ask_placement(const SceneWords& words) {
     return placement_value(state->translate, state->scale, rotation.value(), state->matrix);
 }
 
+Tcl_Obj* joint_value(Model* model, Joint* joint) {
+    const JointState* state = joint_state(session(), model, joint);
+    const Mat4& world = state->world;
+    const bool evaluated = state->time != TIME_NEVER;
+    const Vec3 posed = evaluated ? Vec3{world.m[3], world.m[7], world.m[11]} : joint->position;
+    return ReplyList()
+        .add("name", reply_text(joint->name))
+        .add("parent", reply_text(joint->parent_name))
+        .add("place", reply_vec(joint->position))
+        .add("posed", reply_vec(posed))
+        .add("points", reply_int(joint->point_count))
+        .value();
+}
+
 Tcl_Obj* ask_joints(const SceneWords& words) {
     SceneModel found{};
     if (!scene_read_model(words.raw(0), &found)) { return nullptr; }
     ReplyList joints;
-    for (Joint& joint : list_elements<Joint>(found.model->joints)) {
-        const JointState* state = joint_state(session(), found.model, &joint);
-        const Mat4& world = state->world;
-        const bool evaluated = state->time != TIME_NEVER;
-        const Vec3 posed = evaluated ? Vec3{world.m[3], world.m[7], world.m[11]} : joint.position;
-        joints.add(ReplyList()
-                       .add("name", reply_text(joint.name))
-                       .add("parent", reply_text(joint.parent_name))
-                       .add("place", reply_vec(joint.position))
-                       .add("posed", reply_vec(posed))
-                       .add("points", reply_int(joint.point_count))
-                       .value());
-    }
+    for (Joint& joint : list_elements<Joint>(found.model->joints)) { joints.add(joint_value(found.model, &joint)); }
     return joints.value();
 }
 
@@ -383,7 +385,6 @@ Tcl_Obj* ask_bounds(const SceneWords&) {
 
 constexpr SceneForm FORMS[] = {
     {"tree", "", 0, 0, "the models of the scene with their layers and children", ask_tree},
-    {"layer", "ID NAME", 2, 2, "everything known of a layer", ask_layer},
     {"points", "ID ?-layer NAME?", 1, 3, "the ids of all points, or of those that a layer uses", ask_points},
     {"placement", "ID", 1, 1, "where a model or a child stands", ask_placement},
     {"joints", "ID", 1, 1, "the joints of a model", ask_joints},
@@ -396,5 +397,9 @@ constexpr SceneForm FORMS[] = {
 std::span<const SceneForm> scene_model_forms() { return FORMS; }
 
 Tcl_Obj* scene_ask_point(const SceneWords& words) { return ask_point(words); }
+
+Tcl_Obj* scene_ask_layer(const SceneWords& words) { return ask_layer(words); }
+
+Tcl_Obj* scene_joint_value(Model* model, Joint* joint) { return joint_value(model, joint); }
 
 }  // namespace pelt

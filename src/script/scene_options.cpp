@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "edit/refusal.h"
+#include "edit/edit_placement.h"
 #include "formats/model_writer.h"
 #include "foundation/text.h"
 #include "scene/layer.h"
@@ -12,6 +12,8 @@
 #include "script/scene_lists.h"
 #include "script/scene_reply.h"
 #include "script/tcl_glue.h"
+
+#include <tcl.h>
 
 namespace pelt {
 
@@ -105,6 +107,37 @@ bool scene_read_layers(const Model* model, const char* word, std::vector<const L
         if (std::find(layers->begin(), layers->end(), layer) == layers->end()) { layers->push_back(layer); }
     }
     return true;
+}
+
+bool scene_read_place_options(const SceneWords& words, int first, PlaceEdit* edit) {
+    const auto read_rotation = [&](const char* word) {
+        constexpr const char* ALLOWED = "a list of three angles";
+        std::vector<std::string> texts;
+        if (!scene_read_list("rotation", word, ALLOWED, &texts)) { return false; }
+        if (texts.size() != 3) {
+            scene_refuse_argument("rotation", word, ALLOWED);
+            return false;
+        }
+        edit->rotation = {texts[0], texts[1], texts[2]};
+        return true;
+    };
+    return scene_read_options(
+        words, first,
+        {
+            {"translation",
+             [&](const char* word) { return scene_read_vec("translation", word, &edit->translation.emplace()); }},
+            {"scale", [&](const char* word) { return scene_read_vec("scale", word, &edit->scale.emplace()); }},
+            {"rotation", read_rotation},
+        });
+}
+
+std::string scene_absolute_path(const std::string& path) {
+    Tcl_Obj* given = reply_text(path.empty() ? "." : path);
+    Tcl_IncrRefCount(given);
+    Tcl_Obj* found = Tcl_FSGetNormalizedPath(nullptr, given);
+    const std::string text = found != nullptr ? scene_text(Tcl_GetString(found)) : path;
+    Tcl_DecrRefCount(given);
+    return text;
 }
 
 std::string scene_text(const char* word) {

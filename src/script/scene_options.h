@@ -16,6 +16,7 @@ namespace pelt {
 struct EditRefusal;
 struct Model;
 struct Layer;
+struct PlaceEdit;
 struct SceneWords;
 
 // A key and what reads the word behind it, which answers false after a refusal.
@@ -37,6 +38,13 @@ bool scene_read_axes(const char* what, const char* word, std::array<int, 2>* axe
 
 // A list of names of layers of the model, at least one; each layer once.
 bool scene_read_layers(const Model* model, const char* word, std::vector<const Layer*>* layers);
+
+// The keys of a placement: translation, scale, rotation.
+bool scene_read_place_options(const SceneWords& words, int first, PlaceEdit* edit);
+
+// A path from the root of the file system, with slashes and without "." and ".."; of an empty one the directory of the
+// process.
+std::string scene_absolute_path(const std::string& path);
 
 // A word in the system's encoding.
 std::string scene_text(const char* word);

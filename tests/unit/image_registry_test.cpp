@@ -266,6 +266,34 @@ TEST_F(ImageRegistry, TheFirstKeyIsTheKeyOfAllUsers) {
     image_release(path.c_str());
 }
 
+TEST_F(ImageRegistry, AnotherKeyIsThatOfAnotherEntryOfThePath) {
+    const std::string path = picture("a.tga", "abcdef");
+    ASSERT_NE(load(path), nullptr);
+    const int32_t first = image_find(path.c_str())->id;
+    const ImageData* keyed = image_with_key(first, 'c', 'b', 'a');
+    ASSERT_NE(keyed, nullptr);
+    EXPECT_EQ(keyed->id, first) << "it had no key yet";
+    EXPECT_EQ(keyed->keyed_pixels[3], 0);
+    const ImageData* other = image_with_key(first, 1, 1, 1);
+    ASSERT_NE(other, nullptr);
+    const int32_t second = other->id;
+    EXPECT_NE(second, first);
+    EXPECT_EQ(other->keyed_pixels[3], 255);
+    EXPECT_EQ(other->pixels, image_find_id(first)->pixels);
+    EXPECT_EQ(image_find(path.c_str())->id, second);
+    EXPECT_EQ(image_with_key(first, 1, 1, 1)->id, second) << "the one that is found by the path has it";
+    EXPECT_EQ(image_with_key(second, 'c', 'b', 'a')->ref_count, 1) << "neither it nor the one that is found has it";
+    EXPECT_EQ(image_with_key(999999, 1, 1, 1), nullptr);
+    const int32_t third = image_find(path.c_str())->id;
+    EXPECT_EQ(image_find_id(first)->ref_count, 2);
+    EXPECT_EQ(image_find_id(second)->ref_count, 2);
+    for (const int32_t id : {first, second}) {
+        image_release_id(id);
+        image_release_id(id);
+    }
+    image_release_id(third);
+}
+
 TEST_F(ImageRegistry, AnUnknownPathHasNoKeyedPixels) {
     EXPECT_EQ(image_keyed(dir.file("none.tga").c_str(), 0, 0, 0), nullptr);
 }
