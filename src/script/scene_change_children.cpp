@@ -1,6 +1,5 @@
 // The form of "scene" that adds children to models and takes them away.
 #include <cstring>
-#include <limits>
 
 #include "application/application.h"
 #include "edit/edit_children.h"
@@ -19,7 +18,7 @@ namespace pelt {
 namespace {
 
 constexpr const char* MODEL_EXTENSION = ".mod";
-constexpr int ANY = std::numeric_limits<int>::max();
+constexpr int CHILD_MOST = 9;  // a file and all three keys
 
 Session* session() { return &application()->session; }
 
@@ -73,7 +72,7 @@ Tcl_Obj* change_child(const SceneWords& words) {
 }
 
 constexpr SceneForm FORMS[] = {
-    {"child", "ID WORD ?FILE? ?key value ...?", 2, ANY,
+    {"child", "ID WORD ?FILE? ?key value ...?", 2, CHILD_MOST,
      "with the word add reads a file as a child of a model, at a place; with remove takes a child away", change_child},
 };
 

@@ -1,6 +1,5 @@
 // The forms of "scene" that change joints and what hangs on them.
 #include <cstring>
-#include <limits>
 
 #include "application/application.h"
 #include "edit/edit_joints.h"
@@ -125,10 +124,10 @@ Tcl_Obj* change_weight(const SceneWords& words) {
     return edit_weight(session(), found.model, points, weight, &refused) ? reply_nothing() : scene_refuse_edit(refused);
 }
 
-constexpr int ANY = std::numeric_limits<int>::max();
+constexpr int JOINT_MOST = 11;  // -new and all four keys
 
 constexpr SceneForm FORMS[] = {
-    {"joint", "ID NAME ?-new? ?-remove? ?key value ...?", 2, ANY,
+    {"joint", "ID NAME ?-new? ?-remove? ?key value ...?", 2, JOINT_MOST,
      "everything known of a joint; makes one, takes it away, or sets name, parent and place", change_joint},
     {"bind", "ID POINTS JOINT ?JOINT2? ?SHARE?", 3, 5,
      "the points follow a joint, or two by a share of the first; with an empty name they stand still", change_binding},

@@ -203,10 +203,10 @@ Tcl_Obj* change_uvee(const SceneWords& words) {
     return reply_nothing();
 }
 
-constexpr int ANY = std::numeric_limits<int>::max();
+constexpr int LAYER_MOST = 21;  // -new and all nine keys
 
 constexpr SceneForm FORMS[] = {
-    {"layer", "ID NAMES ?-new? ?key value ...?", 2, ANY,
+    {"layer", "ID NAMES ?-new? ?key value ...?", 2, LAYER_MOST,
      "everything known of a layer; with keys, sets them for one or many; -new makes one", change_layer},
     {"image", "ID LAYER ?-slot SLOT? ?NAME ?AXES? ?REPEAT??", 2, 7,
      "the image of a layer and how it lies; with a name puts that there, with an empty one takes it away",

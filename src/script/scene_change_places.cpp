@@ -1,5 +1,4 @@
 // The forms of "scene" that place models and children, and make new models.
-#include <limits>
 
 #include "application/application.h"
 #include "edit/edit_placement.h"
@@ -14,6 +13,7 @@ namespace pelt {
 
 namespace {
 
+constexpr int PLACE_MOST = 7;  // all three keys
 constexpr const char* UNNAMED = "untitled";
 
 Session* session() { return &application()->session; }
@@ -37,7 +37,7 @@ Tcl_Obj* new_model(const SceneWords& words) {
 }
 
 constexpr SceneForm FORMS[] = {
-    {"place", "ID key value ?key value ...?", 3, std::numeric_limits<int>::max(),
+    {"place", "ID key value ?key value ...?", 3, PLACE_MOST,
      "puts a model or a child where the keys say: translation, scale, rotation", change_place},
     {"new", "?NAME?", 0, 1, "an empty model beside what stands in the scene", new_model},
 };

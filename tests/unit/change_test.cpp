@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -22,6 +23,7 @@
 #include "foundation/load_error.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
+#include "scene/layer_settings.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
 
@@ -228,16 +230,20 @@ protected:
     bool replaced = false;
 };
 
+Layer* layer_of(Model* model, const char* name) { return list_find<Layer>(&model->layers, name); }
+Joint* hip_of(Model* model) { return list_find<Joint>(&model->joints, "hip"); }
+
+constexpr std::array<int32_t, 3> COLOUR{4, 5, 6};
 constexpr int32_t CORNERS[8] = {1, 2, 3, 4, 1, 2, 3, 4};
 
 // Every operation of scene/ that changes content of a model.
-#define MODEL_OPERATION(call)                                     \
+#define MODEL_OPERATION(...)                                      \
     {                                                             \
-        #call, [](Session* session, Model* model, Model* other) { \
+        #__VA_ARGS__, [](Session* session, Model* model, Model* other) { \
             (void)session;                                        \
             (void)other;                                          \
             (void)model;                                          \
-            call;                                                 \
+            __VA_ARGS__;                                          \
         }                                                         \
     }
 struct ModelOperation {
@@ -280,7 +286,23 @@ const ModelOperation MODEL_OPERATIONS[] = {
     MODEL_OPERATION(model_scale(model, 2, 3, 4)),
     MODEL_OPERATION(session_set_animation_path(session, "a.scene", "b")),
     MODEL_OPERATION(session_clear_bounds(session)),
+    MODEL_OPERATION(model_append_layer(model, "new")),
+    MODEL_OPERATION(model_rename_layer_in_place(model, layer_of(model, "wing"), "tail")),
+    MODEL_OPERATION(layer_change_settings(model, layer_of(model, "body"), {COLOUR, 1, AXIS_Z, 0.5f, 0.5f})),
+    MODEL_OPERATION(model_append_joint(model, "knee", {1, 1, 1}, "hip")),
+    MODEL_OPERATION(model_rename_joint(model, hip_of(model), "waist")),
+    MODEL_OPERATION(model_move_joint(model, hip_of(model), {7, 8, 9})),
+    MODEL_OPERATION(model_set_joint_parent(model, hip_of(model), "nobody")),
+    MODEL_OPERATION(model_remove_joint(model, hip_of(model))),
+    MODEL_OPERATION(model_bind_point(model, list_find<Point>(&model->points, 4), hip_of(model), nullptr, 0.5f)),
+    MODEL_OPERATION(model_append_child(model, ChildLink{})),
     // Those above scene/ that write to records.
+    MODEL_OPERATION(layer_put_image(model, layer_of(model, "body"), IMAGE_SLOT_BASE, "", {})),
+    MODEL_OPERATION(layer_put_image(model, layer_of(model, "body"), IMAGE_SLOT_REFLECTION, "red.tga", {})),
+    MODEL_OPERATION(layer_lay_image(model, layer_of(model, "body"), {AXIS_Z, AXIS_MINUS_X, true, 2, 3})),
+    MODEL_OPERATION(layer_change_key(model, layer_of(model, "body"), COLOUR)),
+    MODEL_OPERATION(layer_unmap(model, layer_of(model, "body"))),
+    MODEL_OPERATION(session_remove_child(session, model, list_at<ChildLink>(&model->children, 0, 1))),
     MODEL_OPERATION(model_add_image(model, "wing", IMAGE_SLOT_MIRROR, "red.tga", 0, 0)),
     MODEL_OPERATION(model_add_image(model, "body", IMAGE_SLOT_BASE, "red.tga", AXIS_Z, AXIS_X)),
     MODEL_OPERATION(model_set_image_repeat(model, "body", 1, 2, 3)),
@@ -321,6 +343,11 @@ TEST_F(ChangeTest, a_removed_root_is_told_and_offered_with_what_points_at_it) {
     const int32_t key = list_int_key(&session.root_models, 0);
     expect_told("session_remove_root", [&] { session_remove_root(&session, key); });
     EXPECT_EQ(offered, std::set<std::string>{"root ship"});
+}
+TEST_F(ChangeTest, a_removed_child_is_offered) {
+    expect_told("session_remove_child",
+                [&] { session_remove_child(&session, model, list_at<ChildLink>(&model->children, 0, 1)); });
+    EXPECT_EQ(offered, std::set<std::string>{"model bolt"});
 }
 TEST_F(ChangeTest, a_deleted_layer_is_offered) {
     expect_told("model_delete_layer", [&] { model_delete_layer(model, "body"); });
