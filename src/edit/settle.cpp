@@ -67,11 +67,6 @@ CornerSet corner_set(const std::vector<int32_t>& ids) {
     return set;
 }
 
-bool triangle_touches(const Triangle& triangle, const CornerSet& points) {
-    const int16_t* p = triangle.points;
-    return points.has(p[0]) || points.has(p[1]) || points.has(p[2]) || (triangle.quad && points.has(p[3]));
-}
-
 bool polygon_touches(const Polygon& polygon, const CornerSet& points) {
     for (const PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
         if (points.has(vertex.point)) { return true; }

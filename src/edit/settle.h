@@ -18,7 +18,7 @@ public:
         if (id >= 1 && id <= INT16_MAX) { ids_.set(static_cast<size_t>(id)); }
     }
     void add_all(const CornerSet& other) { ids_ |= other.ids_; }
-    bool has(int16_t id) const { return id > 0 && ids_.test(static_cast<size_t>(id)); }
+    bool has(int16_t id) const { return id > 0 && ids_[static_cast<size_t>(id)]; }
 
 private:
     std::bitset<INT16_MAX + 1> ids_;
@@ -26,8 +26,11 @@ private:
 
 CornerSet corner_set(const std::vector<int32_t>& ids);
 
-// Whether a corner of the primitive is one of these points.
-bool triangle_touches(const Triangle& triangle, const CornerSet& points);
+// Whether a corner of the primitive is one of these points. Each step of a drag asks all triangles of a model.
+inline bool triangle_touches(const Triangle& triangle, const CornerSet& points) {
+    const int16_t* p = triangle.points;
+    return points.has(p[0]) || points.has(p[1]) || points.has(p[2]) || (triangle.quad && points.has(p[3]));
+}
 bool polygon_touches(const Polygon& polygon, const CornerSet& points);
 bool line_touches(const Line& line, const CornerSet& points);
 
