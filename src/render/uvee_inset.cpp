@@ -1,10 +1,11 @@
 // Pulls the texture coordinates of a model in from the borders of its images, so that nearest sampling at 0 and 1
-// stays inside. The surprise: every call insets what is there once more, and an image of one texel divides by zero.
+// stays inside. They are told as a change, which is taken back like any other, and count as none: no file has them. The
+// surprise: every call insets what is there once more, and an image of one texel divides by zero.
 #include "render/uvee_inset.h"
 
 #include <cstdint>
 
-#include "scene/model.h"
+#include "scene/change.h"
 
 namespace pelt {
 
@@ -28,14 +29,16 @@ Inset inset_of(const LayerImage* image, float low, float high) {
     return {u_max - u_min, u_min, v_max - v_min, v_min};
 }
 
-void inset_layer(Layer* layer, const Inset& inset) {
+void inset_layer(Model* model, Layer* layer, const Inset& inset) {
     for (Triangle& triangle : list_elements<Triangle>(layer->triangles)) {
+        change_element(model, layer, CONTENT_TRIANGLES, &triangle);
         for (float(&uv)[2] : triangle.uvs) {
             uv[0] = uv[0] * inset.scale_u + inset.offset_u;
             uv[1] = uv[1] * inset.scale_v + inset.offset_v;
         }
     }
     for (Polygon& polygon : list_elements<Polygon>(layer->polygons)) {
+        change_element(model, layer, CONTENT_POLYGONS, &polygon);
         for (PolygonVertex& vertex : list_elements<PolygonVertex>(polygon.vertices)) {
             vertex.u = vertex.u * inset.scale_u + inset.offset_u;
             vertex.v = vertex.v * inset.scale_v + inset.offset_v;
@@ -51,7 +54,7 @@ int model_inset_uvees(Model* model, float low, float high) {
         const LayerImage* image = layer_first_image(&layer);
         // Intended: a layer of polygons alone is passed over.
         if (image == nullptr || list_count(&layer.triangles) == 0) { continue; }
-        inset_layer(&layer, inset_of(image, low, high));
+        inset_layer(model, &layer, inset_of(image, low, high));
     }
     return 1;
 }

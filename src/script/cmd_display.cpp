@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "application/application.h"
+#include "edit/history.h"
 #include "render/frame.h"
 #include "script/commands.h"
 #include "script/tcl_glue.h"
@@ -43,6 +44,7 @@ void set_flag(Session* session, const DisplayOption& option, const char* word) {
     int32_t value = 0;
     if (!args_or_usage(arg_read(&value, word, ARG_FLAG), "sorvel: usage: sorvel display <option> <on>")) { return; }
     if (option.flag == &Session::display_smooth) {
+        history_command_name("smooth textures");
         session_set_smooth(session, value);
     } else {
         session->*option.flag = value;

@@ -143,9 +143,9 @@ Moment this_moment() {
     return moment;
 }
 
-void expect_equal(const Moment& wanted, const char* what) {
+void expect_equal(const Moment& wanted, const std::string& line, const char* what) {
     const std::string difference = test::dump_difference(wanted.dump, this_moment().dump);
-    if (!difference.empty()) { finding((std::string(what) + ":\n" + difference).c_str()); }
+    if (!difference.empty()) { finding((line + ": " + what + ":\n" + difference).c_str()); }
 }
 
 // The line made one step, or nothing: an event or a callback may have made more, and taken back and forth.
@@ -164,15 +164,15 @@ void check_history(const std::string& line, const Moment& before) {
     const Moment after = this_moment();
     const bool one_command = is_one_command(line, before, after);
     const bool is_step = after.history.position != before.history.position;
-    if (one_command && !is_step) { expect_equal(before, "changed without a step"); }
+    if (one_command && !is_step) { expect_equal(before, line, "changed without a step"); }
     std::string name;
     if (after.history.position == 0) { return; }
     history_undo(&name);
-    if (one_command && is_step) { expect_equal(before, "not taken back"); }
+    if (one_command && is_step) { expect_equal(before, line, "not taken back"); }
     scene_draw_checked();
     if (history_state().dropped != after.history.dropped) { return; }
     history_redo(&name);
-    if (history_state().dropped == after.history.dropped) { expect_equal(after, "not done again"); }
+    if (history_state().dropped == after.history.dropped) { expect_equal(after, line, "not done again"); }
     scene_draw_checked();
 }
 

@@ -243,13 +243,21 @@ private:
         }
         dump_free(model->children);
     }
+    bool moved_by_clip(const Model* model) const {
+        for (const RootModel& root : list_elements<RootModel>(session_->root_models)) {
+            if (root.model == model) { return root.animation != nullptr && root.animation->enabled != 0; }
+        }
+        return false;
+    }
     void dump_states() {
         const auto states = list_elements<ModelState>(session_->model_states);
         for (auto state = states.begin(); state != states.end(); ++state) {
             write("state %d key %d slot %d of %d moved %s scaled %s", state->id, state.int_key(), state.slot(),
                   number_of(state->model), vec(state->translate).c_str(), vec(state->scale).c_str());
             std::string matrices;
-            for (const Mat4* matrix : {&state->matrix, &state->rotation, &state->gl_matrix}) {
+            for (const Mat4* matrix : {&state->rotation, &state->matrix, &state->gl_matrix}) {
+                // Where a clip moves the model, these two are of the clock, and every evaluation makes them anew.
+                if (matrix != &state->rotation && moved_by_clip(state->model)) { break; }
                 for (const float value : matrix->m) {
                     char text[40];
                     std::snprintf(text, sizeof text, "%a ", static_cast<double>(value));

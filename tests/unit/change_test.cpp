@@ -24,6 +24,7 @@
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
 #include "scene/layer_settings.h"
+#include "render/uvee_inset.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
 
@@ -307,6 +308,7 @@ const ModelOperation MODEL_OPERATIONS[] = {
     MODEL_OPERATION(model_add_image(model, "body", IMAGE_SLOT_BASE, "red.tga", AXIS_Z, AXIS_X)),
     MODEL_OPERATION(model_set_image_repeat(model, "body", 1, 2, 3)),
     MODEL_OPERATION(model_pancake(model)),
+    MODEL_OPERATION(model_inset_uvees(model, 0.25f, 0.5f)),
     MODEL_OPERATION(model_read_data(model, "points\n1 7 7 7\n70 1 1 1\nlayer more 1 1 1 doublesided\n")),
     MODEL_OPERATION(selection_translate(session, 100, 2, 3, 1)),
     MODEL_OPERATION(selection_scale(session, 2, 2, 3, 1)),
