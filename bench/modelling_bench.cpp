@@ -1,7 +1,7 @@
 // Speed of a drag: 1,000 points of a model of 32,000 points and 64,000 triangles are moved, with a history that keeps
-// where they were and with all that follows (the model's box, and the run-time records of the triangles around, which are
-// found among all), against a plain loop over the points of the model that finds each by its id and adds to its place, and
-// nothing else. Each time is the best of several rounds in which the two take turns.
+// where they were and with all that follows (the model's box, and the run-time records of the triangles around, which
+// are found among all), against a plain loop over the points of the model that finds each by its id and adds to its
+// place, and nothing else. Each time is the best of several rounds in which the two take turns.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -106,7 +106,8 @@ int main() {
         loop = std::min(loop, time_loop(model));
     }
     require(pelt::history_state().position == ROUNDS, "a move is not a step");
-    const bool good = bench::row("move 1,000 points of 32,000", "a loop over the points", move * 1e3, loop * 1e3, "ms", GOAL);
+    const bool good =
+        bench::row("move 1,000 points of 32,000", "a loop over the points", move * 1e3, loop * 1e3, "ms", GOAL);
     pelt::history_detach();
     pelt::session_reset(&session, 0);
     return good ? 0 : 1;

@@ -25,6 +25,8 @@
 #include "motion/transform_state.h"
 #include "scene/layer_settings.h"
 #include "render/uvee_inset.h"
+#include "scene/append.h"
+#include "scene/measure.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
 
@@ -286,6 +288,16 @@ const ModelOperation MODEL_OPERATIONS[] = {
     MODEL_OPERATION(model_set_tag(model, 9)),
     MODEL_OPERATION(model_scale(model, 2, 3, 4)),
     MODEL_OPERATION(session_set_animation_path(session, "a.scene", "b")),
+    MODEL_OPERATION(change_model(model); model_append_point(model, 91, *model_find_point(model, 1))),
+    MODEL_OPERATION(change_model(model); layer_append_triangle(model, model_find_layer(model, "body"), Triangle{})),
+    MODEL_OPERATION(change_model(model); layer_append_polygon(model, model_find_layer(model, "body"), {{1, 1, 0, 0}})),
+    MODEL_OPERATION(change_model(model); layer_append_line(model, model_find_layer(model, "body"), {1, 2})),
+    MODEL_OPERATION(change_model(model); layer_append_uvee(model, model_find_layer(model, "body"), {1, 0.75f, 0})),
+    MODEL_OPERATION(change_model(model); layer_remove_triangle(model, model_find_layer(model, "body"), 0)),
+    MODEL_OPERATION(change_model(model); layer_remove_polygon(model, model_find_layer(model, "body"), 0)),
+    MODEL_OPERATION(change_model(model); layer_remove_line(model, model_find_layer(model, "body"), 0)),
+    MODEL_OPERATION(change_model(model); layer_remove_uvee(model, model_find_layer(model, "body"), 0)),
+    MODEL_OPERATION(model_remove_point(model, 3); model_remove_point(model, 4); model_measure(model)),
     MODEL_OPERATION(session_clear_bounds(session)),
     MODEL_OPERATION(model_append_layer(model, "new")),
     MODEL_OPERATION(model_rename_layer_in_place(model, layer_of(model, "wing"), "tail")),
