@@ -114,8 +114,8 @@ void add_animation(SceneMaker& maker, Bytes& bytes) {
 
 void make_scene(SceneMaker& maker, Bytes& bytes) {
     for (unsigned materials = bytes.below(4); materials > 0; --materials) { add_material(maker, bytes); }
-    std::vector<aiTexel> texels(4);
-    for (aiTexel& texel : texels) { texel = {bytes.take(), bytes.take(), bytes.take(), bytes.take()}; }
+    std::vector<aiTexel> texels;
+    while (texels.size() < 4) { texels.push_back({bytes.take(), bytes.take(), bytes.take(), bytes.take()}); }
     maker.add_texels(2, 2, texels);
     std::vector<aiNode*> nodes{maker.scene.mRootNode};
     for (unsigned count = bytes.below(6); count > 0; --count) {
