@@ -16,7 +16,7 @@ inline constexpr size_t FILE_TEXT_LIMIT = size_t{512} << 20;
 
 struct FileText {
     struct Free {
-        void operator()(char* bytes) const { std::free(bytes); }
+        void operator()(char* held) const { std::free(held); }
     };
     std::unique_ptr<char, Free> bytes;
     size_t size = 0;
