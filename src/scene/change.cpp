@@ -6,10 +6,9 @@
 namespace pelt {
 
 const ChangeListener* change_listener = nullptr;
+uint64_t change_versions = 0;
 
 namespace {
-
-uint64_t versions_made = 0;
 
 // Never destroyed: scripts may still run while the process ends.
 std::unordered_map<uint64_t, Model*>& watched_models() {
@@ -56,12 +55,6 @@ KeyedList* content_list(Model* model, Layer* layer, ContentList list) {
         case CONTENT_UVEES: return &layer->uvees;
         default: return &layer->images;
     }
-}
-
-void change_model(Model* model) {
-    change_fields(model);
-    ++model->changes;
-    model->version = ++versions_made;
 }
 
 }  // namespace pelt

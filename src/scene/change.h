@@ -56,6 +56,7 @@ struct ChangeListener {
 };
 
 extern const ChangeListener* change_listener;  // null when nobody listens
+extern uint64_t change_versions;               // of the content of models, given so far
 
 // How a model stands to the scene.
 enum WatchState : int32_t { WATCH_NONE = 0, WATCH_IN_SCENE = 1, WATCH_KEPT_OUTSIDE = 2 };
@@ -77,12 +78,17 @@ inline bool change_is_told(const Model* model) {
 // The list itself; null for a list of a layer without a layer.
 KeyedList* content_list(Model* model, Layer* layer, ContentList list);
 
-// The content of the model is about to change: tells its fields, and counts the change.
-void change_model(Model* model);
-
-// The fields alone, for what is no change that a save would write.
+// The fields of the model alone, for what is no change that a save would write.
 inline void change_fields(Model* model) {
     if (change_is_told(model)) { change_listener->fields(change_listener->context, model); }
+}
+
+// The content of the model is about to change: tells its fields, and counts the change. Inlined, because the reading of
+// a model is made of such changes.
+inline void change_model(Model* model) {
+    change_fields(model);
+    ++model->changes;
+    model->version = ++change_versions;
 }
 
 // One slot of a list, by its number, by its element, or by the key under which the next list_add will be: for a new

@@ -24,7 +24,8 @@ protected:
     HistoryTest() {
         session_init(&session);
         history_attach(&session);
-        const std::string text = "points\n1 0 0 0\n2 9 0 0\n3 0 9 0\nlayer body 1 2 3 doublesided\ntriangles\n0 1 2 3\n";
+        const std::string text =
+            "points\n1 0 0 0\n2 9 0 0\n3 0 9 0\nlayer body 1 2 3 doublesided\ntriangles\n0 1 2 3\n";
         model = model_load(dir.write("ship.mod", text).c_str());
         id = session_add_root(&session, model, nullptr);
         history_clear();
