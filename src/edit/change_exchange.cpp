@@ -374,16 +374,17 @@ void ChangeExchange::fields_in(const Both& each) {
     Model* model = each.model;
     const auto image = each.record<FieldsImage>();
     const unsigned char* texts = each.image + sizeof image;
-    std::memcpy(model->path, image.path, sizeof model->path);
-    std::memcpy(model->name, image.name, sizeof model->name);
     model->tag = image.tag;
     model->has_gouraud = image.has_gouraud;
     model->has_normals = image.has_normals;
-    model->long_paths = image.long_paths;
     model->bounds_min = image.bounds_min;
     model->bounds_max = image.bounds_max;
     model->changes = image.changes;
     model->version = image.version;
+    if (image.leaves_names != 0) { return; }
+    std::memcpy(model->path, image.path, sizeof model->path);
+    std::memcpy(model->name, image.name, sizeof model->name);
+    model->long_paths = image.long_paths;
     str_free(model->opened_path);
     str_free(model->long_directory);
     model->opened_path = text_or_null(&texts, image.has_opened_path != 0);
@@ -497,6 +498,10 @@ void ChangeSet::exchange() {
             now.index_.try_emplace(place, now.entries_.size());
             if (lost || !now.capture(place, model, layers.find(model, place.layer))) {
                 now.entries_.push_back(ChangeEntry{place, 0, 0, 0, 1});
+            } else if (place.kind == PLACE_FIELDS) {
+                constexpr size_t FLAG = offsetof(FieldsImage, leaves_names);
+                std::memcpy(now.bytes_.data() + now.entries_.back().at + FLAG, bytes_.data() + entry.at + FLAG,
+                            sizeof FieldsImage::leaves_names);
             }
         }
     }

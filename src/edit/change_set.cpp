@@ -376,6 +376,20 @@ bool same_fields(const unsigned char* before, const unsigned char* now, size_t s
     return std::memcmp(before, now, COUNTED) == 0 && std::memcmp(before + BEHIND, now + BEHIND, size - BEHIND) == 0;
 }
 
+// Notes in the image whether the names are the same in both.
+void leave_same_names(unsigned char* before, const unsigned char* now, const ChangeEntry& entry,
+                      const ChangeEntry& now_entry) {
+    constexpr size_t NAMES = offsetof(FieldsImage, leaves_names);
+    constexpr size_t BEHIND = sizeof(FieldsImage);
+    const auto noted = image_read<FieldsImage>(before);
+    const auto there = image_read<FieldsImage>(now);
+    const int32_t same = entry.size == now_entry.size && std::memcmp(before, now, NAMES) == 0 &&
+                         noted.long_paths == there.long_paths && noted.has_opened_path == there.has_opened_path &&
+                         noted.has_long_directory == there.has_long_directory &&
+                         std::memcmp(before + BEHIND, now + BEHIND, entry.size - BEHIND) == 0;
+    std::memcpy(before + NAMES, &same, sizeof same);
+}
+
 }  // namespace
 
 void ChangeSet::drop_unchanged() {
@@ -399,10 +413,17 @@ void ChangeSet::drop_unchanged() {
         }
         keep[i] = true;
         changed[entry.place.model] = true;
+        if (entry.place.kind == PLACE_FIELDS) {
+            leave_same_names(bytes_.data() + entry.at, now.bytes_.data(), entry, now.entries_[0]);
+        }
     }
     for (const size_t i : counted) {
         keep[i] = changed.count(entries_[i].place.model) != 0;
-        if (keep[i]) { continue; }
+        if (keep[i]) {
+            const int32_t same = 1;
+            std::memcpy(bytes_.data() + entries_[i].at + offsetof(FieldsImage, leaves_names), &same, sizeof same);
+            continue;
+        }
         const auto fields = image_read<FieldsImage>(bytes_.data() + entries_[i].at);
         Model* model = change_watched_model(entries_[i].place.model);
         model->changes = fields.changes;

@@ -49,9 +49,11 @@ struct HangingImage {
 };
 
 // The fields of a model; the texts of opened_path and long_directory follow, each with its end where it is there.
+// Where a step did not change the names, they are left as they are: a model may belong to another file since.
 struct FieldsImage {
     char path[sizeof Model::path];
     char name[sizeof Model::name];
+    int32_t leaves_names;
     int32_t tag;
     int32_t has_gouraud;
     int32_t has_normals;

@@ -10,6 +10,7 @@
 #include "application/session_lifecycle.h"
 #include "edit/selection.h"
 #include "formats/model_reader.h"
+#include "foundation/text.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
 #include "scene/change.h"
@@ -228,6 +229,21 @@ TEST_F(HistoryTest, saved_content_is_told_by_its_version) {
     history_undo(&name);
     move(1, 7);
     EXPECT_EQ(history_changes(&session), 1) << "as many changes, and others";
+}
+TEST_F(HistoryTest, a_model_that_was_saved_under_another_name_keeps_it) {
+    command("rename", [&] { model_rename(model, "named.mod"); });
+    move(1, 5);
+    str_free(model->opened_path);
+    model->opened_path = str_dup("saved as this");
+    history_undo(&name);
+    EXPECT_STREQ(model->opened_path, "saved as this");
+    history_redo(&name);
+    EXPECT_STREQ(model->opened_path, "saved as this");
+    history_undo(&name);
+    history_undo(&name);
+    EXPECT_EQ(name, "rename");
+    EXPECT_STREQ(model->name, "ship");
+    EXPECT_EQ(model_file(model), dir.file("ship.mod"));
 }
 TEST_F(HistoryTest, models_of_one_file_count_and_are_saved_as_one) {
     Model* twin = model_load(dir.file("ship.mod").c_str());
