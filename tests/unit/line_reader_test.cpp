@@ -536,6 +536,42 @@ TEST_F(LineReading, AFailedOpenLeavesNoPlaceBehind) {
     load_error_set(nullptr);
 }
 
+// What the places of a text hold is what the tokens were made of.
+TEST_F(LineReading, LinesAndTokensOfATextHavePlaces) {
+    const std::string text =
+        "\xEF\xBB\xBF one  \"two words\"3\r\n# none\n\n\tfour \"open\n" + std::string(1023, 'x') + "yy z";
+    std::vector<std::string> lines;
+    std::vector<std::string> tokens;
+    struct Seen {
+        const std::string& text;
+        std::vector<std::string>& lines;
+        std::vector<std::string>& tokens;
+    } seen{text, lines, tokens};
+    const auto note = [](void* context) {
+        const Seen& out = *static_cast<Seen*>(context);
+        const TextPlace line = reader_line_place();
+        out.lines.push_back(out.text.substr(line.begin, line.end - line.begin));
+        for (const TextPlace& place : reader_token_places()) {
+            out.tokens.push_back(out.lines.back().substr(place.begin, place.end - place.begin));
+        }
+    };
+    EXPECT_EQ(reader_run_text(text, "#", 1, note, &seen), 1);
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{" one  \"two words\"3", "\tfour \"open", std::string(1023, 'x'), "yy z"}));
+    EXPECT_EQ(tokens, (std::vector<std::string>{"one", "\"two words\"", "3", "four", "\"open", std::string(1023, 'x'),
+                                                "yy", "z"}));
+}
+
+TEST_F(LineReading, ATextCanStandForAFile) {
+    const auto fail = [](void*) {
+        load_error_set("bad");
+        reader_abort();
+    };
+    EXPECT_EQ(reader_run_text("\n\nx\n", "#", 1, fail, nullptr, "a.mod"), 0);
+    EXPECT_STREQ(load_error_get(), "bad (file: a.mod, line: 3)");
+    load_error_set(nullptr);
+}
+
 #ifdef __linux__
 // A regular file whose first byte cannot be read.
 TEST_F(LineReading, AStreamThatBreaksOffEndsTheReadWithZero) {

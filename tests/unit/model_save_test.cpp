@@ -142,6 +142,16 @@ TEST_F(ModelSaveTest, AMovedPointChangesItsTokensAndKeepsTheColumns) {
               "+  4   100 12345  1000   0.5\n");
 }
 
+TEST_F(ModelSaveTest, TabsAndQuotesStay) {
+    load("points\n1\t0\t0\t0\tx\nlayer \"a\"10  20\t30 singlesided\n");
+    point(1)->position = {1000, 0, -1};
+    model_rename_layer(model.get(), "a", "roof");
+    model_set_layer_colour(model.get(), "roof", 1, 2000, 30);
+    EXPECT_EQ(diff(),
+              "-1<09>0<09>0<09>0<09>x\n-layer \"a\"10  20<09>30 singlesided\n"
+              "+1<09>1000<09>0<09>-1<09>x\n+layer \"roof\"1 2000<09>30 singlesided\n");
+}
+
 TEST_F(ModelSaveTest, SingleBlanksLeaveNoRoom) {
     load("points\n1 0 0 0\n2 100 5 0 0.5\n");
     point(1)->position = {100, 0, 0};

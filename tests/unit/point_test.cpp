@@ -298,5 +298,24 @@ TEST_F(PointTest, APointInTheSlotOfARemovedOneKeepsWeightAndSecondJointOnly) {
     expect_vec(0, 0, 0, point->position);
 }
 
+TEST_F(PointTest, RoundingGoesToTheNearestWholeNumbersAndTellsTheLargestStep) {
+    model_set_point(model, 1, 1, 2, 3, 1.0f);
+    model_set_point(model, 2, 4, 5, 6, 1.0f);
+    model_add_joint(model, "hip", 0, 0, 0, "world", 0);
+    const int64_t changes = model->changes;
+    EXPECT_EQ(model_round_places(model), 0.0f);
+    EXPECT_EQ(model->changes, changes);
+    model_find_point(model, 1)->position = {1.25f, -2.5f, 3.0f};
+    model_find_point(model, 2)->position = {std::nanf(""), 1e30f, 5.75f};
+    model_find_joint(model, "hip")->position.y = 0.375f;
+    EXPECT_EQ(model_round_places(model), 0.5f);
+    EXPECT_EQ(model->changes, changes + 1);
+    expect_vec(1, -3, 3, model_find_point(model, 1)->position);
+    EXPECT_TRUE(std::isnan(model_find_point(model, 2)->position.x));
+    EXPECT_EQ(model_find_point(model, 2)->position.y, 1e30f);
+    EXPECT_EQ(model_find_joint(model, "hip")->position.y, 0.0f);
+    EXPECT_EQ(model_round_places(nullptr), 0.0f);
+}
+
 }  // namespace
 }  // namespace pelt
