@@ -10,9 +10,9 @@
 #include <string>
 #include <tuple>
 
-#include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
+#include <assimp/Importer.hpp>
 
 #include "bench/report.h"
 #include "interchange/import.h"
@@ -37,7 +37,8 @@ std::string torus() {
     for (int i = 0; i < RING * RING; ++i) {
         const double a = STEP * (i / RING);
         const double b = STEP * (i % RING);
-        append(text, "v %.6f %.6f %.6f\n", (3 + std::cos(b)) * std::cos(a), std::sin(b), (3 + std::cos(b)) * std::sin(a));
+        append(text, "v %.6f %.6f %.6f\n", (3 + std::cos(b)) * std::cos(a), std::sin(b),
+               (3 + std::cos(b)) * std::sin(a));
         append(text, "vn %.4f %.4f %.4f\n", std::cos(b) * std::cos(a), std::sin(b), std::cos(b) * std::sin(a));
         append(text, "vt %.6f %.6f\n", static_cast<double>(i / RING) / RING, static_cast<double>(i % RING) / RING);
     }
@@ -46,7 +47,8 @@ std::string torus() {
         const int down = (i + RING) % (RING * RING);
         const int both = (right + RING) % (RING * RING);
         for (const auto& [a, b, c] : {std::tuple{i, right, both}, {i, both, down}}) {
-            append(text, "f %d/%d/%d %d/%d/%d %d/%d/%d\n", a + 1, a + 1, a + 1, b + 1, b + 1, b + 1, c + 1, c + 1, c + 1);
+            append(text, "f %d/%d/%d %d/%d/%d %d/%d/%d\n", a + 1, a + 1, a + 1, b + 1, b + 1, b + 1, c + 1, c + 1,
+                   c + 1);
         }
     }
     return text;
@@ -67,15 +69,16 @@ int main() {
     double import = 1e9;
     double floor = 1e9;
     for (int round = 0; round < ROUNDS; ++round) {
-        floor = std::min(floor, milliseconds_of([&] {
-            Assimp::Importer importer;
-            if (importer.ReadFile(path, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices) == nullptr) {
-                std::exit(2);
-            }
-        }));
+        floor = std::min(
+            floor, milliseconds_of([&] {
+                Assimp::Importer importer;
+                if (importer.ReadFile(path, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices) == nullptr) {
+                    std::exit(2);
+                }
+            }));
         import = std::min(import, milliseconds_of([&] {
-            if (!pelt::import_model_file(path, "torus.mod", {}).error.empty()) { std::exit(2); }
-        }));
+                              if (!pelt::import_model_file(path, "torus.mod", {}).error.empty()) { std::exit(2); }
+                          }));
     }
     const bool is_met =
         bench::row("import of an OBJ of 64,800 triangles", "assimp reads, cuts, joins", import, floor, "ms", GOAL);

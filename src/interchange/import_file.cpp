@@ -72,7 +72,8 @@ bool has_bones(const aiScene& scene) {
 
 bool lacks_normals(const aiScene& scene) {
     return std::any_of(scene.mMeshes, scene.mMeshes + scene.mNumMeshes, [](const aiMesh* mesh) {
-        return mesh->mNormals == nullptr && (mesh->mPrimitiveTypes & ~(aiPrimitiveType_POINT | aiPrimitiveType_LINE));
+        return mesh->mNormals == nullptr &&
+               (mesh->mPrimitiveTypes & (aiPrimitiveType_TRIANGLE | aiPrimitiveType_POLYGON)) != 0;
     });
 }
 

@@ -39,8 +39,10 @@ struct Bytes {
         return value;
     }
     std::string name() {
-        static const char* const NAMES[] = {"", "a", "b", "world", "translate", "child0", "x y\"z", "\xFF\xC3(",
-                                            "a name that is much longer than any key of a list may be"};
+        static const char* const NAMES[] = {
+            "",       "a",         "b",
+            "world",  "translate", "child0",
+            "x y\"z", "\xFF\xC3(", "a name that is much longer than any key of a list may be"};
         return NAMES[below(sizeof NAMES / sizeof *NAMES)];
     }
     aiMatrix4x4 placement() {
@@ -119,7 +121,8 @@ void make_scene(SceneMaker& maker, Bytes& bytes) {
     maker.add_texels(2, 2, texels);
     std::vector<aiNode*> nodes{maker.scene.mRootNode};
     for (unsigned count = bytes.below(6); count > 0; --count) {
-        nodes.push_back(maker.add_node(bytes.name(), bytes.placement(), nodes[bytes.below(static_cast<unsigned>(nodes.size()))]));
+        nodes.push_back(
+            maker.add_node(bytes.name(), bytes.placement(), nodes[bytes.below(static_cast<unsigned>(nodes.size()))]));
     }
     for (unsigned count = 1 + bytes.below(4); count > 0; --count) {
         add_mesh(maker, bytes, nodes[bytes.below(static_cast<unsigned>(nodes.size()))]);
