@@ -38,7 +38,8 @@ Model* make_curved() {
     const auto id = [](int x, int y) { return 1 + y * (CURVED_COLUMNS + 1) + x; };
     for (int y = 0; y <= rows; ++y) {
         for (int x = 0; x <= CURVED_COLUMNS; ++x) {
-            model_set_point(model, id(x, y), 400 * x - 10000, 500 * y - 10000, static_cast<int32_t>(height(x, y)), 1.0f);
+            model_set_point(model, id(x, y), 400 * x - 10000, 500 * y - 10000, static_cast<int32_t>(height(x, y)),
+                            1.0f);
             model_set_normal(model, id(x, y), height(x - 1, y) - height(x + 1, y), height(x, y - 1) - height(x, y + 1),
                              800.0f);
         }
@@ -142,7 +143,8 @@ bool measure(const char* name, Model* model, double goal) {
         std::fprintf(stderr, "%d picks against %d of the loop\n", picked, met);
         return false;
     }
-    const bool kept = bench::row(name, "plain loop over the triangles", pick * 1e3 / PICKS, plain * 1e3 / PICKS, "ms", goal);
+    const bool kept =
+        bench::row(name, "plain loop over the triangles", pick * 1e3 / PICKS, plain * 1e3 / PICKS, "ms", goal);
     for (Layer& layer : list_elements<Layer>(model->layers)) { list_clear(&layer.images); }
     session_close_all(&session);
     return kept;
@@ -155,6 +157,7 @@ int main() {
     Session scratch{};
     session_init(&scratch);
     const bool curved = measure("pick in 4,000 curved triangles, 64,000 subdivided", make_curved(), GOAL);
-    const bool flat = measure("pick in 64,000 flat triangles", bench::make_model(&scratch, bench::Kind::PLAIN, texels), GOAL_FLAT);
+    const bool flat =
+        measure("pick in 64,000 flat triangles", bench::make_model(&scratch, bench::Kind::PLAIN, texels), GOAL_FLAT);
     return curved && flat ? 0 : 1;
 }

@@ -51,8 +51,7 @@ int run(const std::vector<std::string>& words) {
     program.footer(FOOTER);
     program.failure_message(failure_message);
     for (const auto add :
-         {add_info, add_check, add_diff, add_write, add_export, add_flatten, add_normals, add_ps2_check,
-          add_import}) {
+         {add_info, add_check, add_diff, add_write, add_export, add_flatten, add_normals, add_ps2_check, add_import}) {
         add(program, &status);
     }
     try {

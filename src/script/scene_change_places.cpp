@@ -1,5 +1,4 @@
 // The forms of "scene" that place models and children, and make new models.
-
 #include "application/application.h"
 #include "edit/edit_placement.h"
 #include "edit/history.h"

@@ -37,22 +37,10 @@ std::span<const SceneForm> scene_own_forms() { return OWN_FORMS; }
 
 // The tables of the forms, one a file.
 constexpr std::span<const SceneForm> (*TABLES[])() = {
-    scene_file_forms,
-    scene_model_forms,
-    scene_view_forms,
-    scene_picture_forms,
-    scene_pick_forms,
-    scene_mark_forms,
-    scene_history_forms,
-    scene_point_change_forms,
-    scene_face_change_forms,
-    scene_layer_change_forms,
-    scene_place_change_forms,
-    scene_joint_change_forms,
-    scene_child_change_forms,
-    scene_paste_forms,
-    scene_save_forms,
-    scene_own_forms,
+    scene_file_forms,         scene_model_forms,        scene_view_forms,         scene_picture_forms,
+    scene_pick_forms,         scene_mark_forms,         scene_history_forms,      scene_point_change_forms,
+    scene_face_change_forms,  scene_layer_change_forms, scene_place_change_forms, scene_joint_change_forms,
+    scene_child_change_forms, scene_paste_forms,        scene_save_forms,         scene_own_forms,
 };
 
 std::vector<const SceneForm*> all_forms() {

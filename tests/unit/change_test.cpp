@@ -23,9 +23,9 @@
 #include "foundation/load_error.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
-#include "scene/layer_settings.h"
 #include "render/uvee_inset.h"
 #include "scene/append.h"
+#include "scene/layer_settings.h"
 #include "scene/measure.h"
 #include "support/temp_dir.h"
 #include "support/tga_bytes.h"
@@ -240,14 +240,14 @@ constexpr std::array<int32_t, 3> COLOUR{4, 5, 6};
 constexpr int32_t CORNERS[8] = {1, 2, 3, 4, 1, 2, 3, 4};
 
 // Every operation of scene/ that changes content of a model.
-#define MODEL_OPERATION(...)                                      \
-    {                                                             \
+#define MODEL_OPERATION(...)                                             \
+    {                                                                    \
         #__VA_ARGS__, [](Session* session, Model* model, Model* other) { \
-            (void)session;                                        \
-            (void)other;                                          \
-            (void)model;                                          \
-            __VA_ARGS__;                                          \
-        }                                                         \
+            (void)session;                                               \
+            (void)other;                                                 \
+            (void)model;                                                 \
+            __VA_ARGS__;                                                 \
+        }                                                                \
     }
 struct ModelOperation {
     const char* name;
