@@ -140,10 +140,12 @@ TEST_F(ExamplesOfTheTool, ThoseOfTheHelpRunToTheirEnd) {
         listed = trimmed(line) == "Subcommands:" || (listed && !trimmed(line).empty());
         if (listed && line.rfind("  ", 0) == 0 && line[2] != ' ') { commands.push_back(words_of(line).front()); }
     }
-    ASSERT_EQ(commands.size(), 7u) << "the list of the commands has another form";
+    ASSERT_EQ(commands.size(), 8u) << "the list of the commands has another form";
     Examples all = examples_of_help({"--help"});
     EXPECT_GE(all.size(), 3u);
     for (const std::string& command : commands) {
+        // The help of this one is that of another program, whose examples name files of other formats.
+        if (command == "import") { continue; }
         const Examples own = examples_of_help({command, "--help"});
         EXPECT_FALSE(own.empty()) << command;
         all.insert(all.end(), own.begin(), own.end());
