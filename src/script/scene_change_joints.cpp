@@ -4,6 +4,7 @@
 #include "application/application.h"
 #include "edit/edit_joints.h"
 #include "edit/history.h"
+#include "foundation/text.h"
 #include "scene/model.h"
 #include "script/scene_call.h"
 #include "script/scene_lists.h"
@@ -24,7 +25,7 @@ Session* session() { return &application()->session; }
 bool read_joint(const Model* model, const char* word, const Joint** joint) {
     std::string names;
     for (const Joint& each : list_elements<Joint>(model->joints)) {
-        if (std::strcmp(each.name, WORLD) == 0) { continue; }
+        if (str_equal(each.name, WORLD)) { continue; }
         if (system_to_tcl(each.name) == word) {
             *joint = &each;
             return true;
