@@ -14,7 +14,7 @@
 #include "edit/move_points.h"
 #include "formats/model_reader.h"
 #include "motion/root_models.h"
-#include "render/vertex.h"
+#include "scene/vertex.h"
 #include "support/temp_dir.h"
 
 namespace {

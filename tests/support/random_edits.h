@@ -13,8 +13,8 @@
 #include "formats/texture_map.h"
 #include "motion/root_models.h"
 #include "motion/transform_state.h"
-#include "render/vertex.h"
 #include "scene/change.h"
+#include "scene/vertex.h"
 
 namespace pelt::test {
 
