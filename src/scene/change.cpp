@@ -19,7 +19,8 @@ std::unordered_map<uint64_t, Model*>& watched_models() {
 }  // namespace
 
 void change_watch(Model* model, WatchState state) {
-    if (model == nullptr) { return; }
+    // One that is watched like this already is so with all below it; and a link can lead in a circle.
+    if (model == nullptr || (model->watched == state && change_watched_model(model->serial) == model)) { return; }
     model->watched = state;
     watched_models()[model->serial] = model;
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {

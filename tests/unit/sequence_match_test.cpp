@@ -46,7 +46,7 @@ TEST(SequenceMatch, PlacesRiseAndAreTakenOnce) {
     for (int round = 0; round < 2000; ++round) {
         const auto word = [&] {
             std::string text;
-            for (uint32_t i = random() % 12; i > 0; --i) { text += static_cast<char>('a' + random() % 4); }
+            for (auto i = random() % 12; i > 0; --i) { text += static_cast<char>('a' + random() % 4); }
             return text;
         };
         const std::string before = word();
