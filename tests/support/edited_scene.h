@@ -14,6 +14,7 @@
 #include "formats/whole_writer.h"
 #include "motion/root_models.h"
 #include "support/model_file_fixture.h"
+#include "support/saved_text.h"
 
 namespace pelt::test {
 
@@ -58,6 +59,7 @@ protected:
         const ModelPtr again(model_read_back(written, model, &reason));
         ASSERT_NE(again, nullptr) << reason << "\n" << written;
         EXPECT_EQ(model_difference(model, again.get()), "") << written;
+        if (model->text != nullptr) { expect_saves_into(std::string(model->text->view()), model); }
     }
 
     static std::vector<float> coordinates(const Model* model) {

@@ -13,6 +13,7 @@
 #include "formats/whole_writer.h"
 #include "motion/root_models.h"
 #include "support/edit_model.h"
+#include "support/saved_text.h"
 
 namespace pelt::edit_model {
 
@@ -44,11 +45,14 @@ protected:
     template <typename Change>
     void expect_step(Change change) {
         const std::string before = model_text(model);
+        std::string why;
+        const std::string loaded = model_write_whole(model, "made.mod", &why);
         history_command_begin("change", true);
         ASSERT_TRUE(change()) << refused.text;
         history_command_end();
         const std::string after = model_text(model);
         expect_reads_back();
+        test::expect_saves_into(loaded, model);
         std::string name;
         ASSERT_TRUE(history_undo(&name));
         EXPECT_EQ(model_text(model), before);
