@@ -46,7 +46,8 @@ int finish(int status) {
 int run(const std::vector<std::string>& words) {
     CLI::App program(DESCRIPTION, "pelt-model");
     int status = STATUS_GOOD;
-    program.require_subcommand(0, 1);  // none is told below, so that an unknown word is told by its name
+    program.allow_windows_style_options(false);  // a slash begins a path, on every system
+    program.require_subcommand(0, 1);            // none is told below, so that an unknown word is told by its name
     program.set_version_flag("--version", "pelt-model " PELT_VERSION, "Print the version and exit");
     program.footer(FOOTER);
     program.failure_message(failure_message);

@@ -250,7 +250,7 @@ bool layer_change_key(Model* model, Layer* layer, const std::optional<std::array
     change_model(model);
     change_element(model, nullptr, CONTENT_LAYERS, layer);
     layer->invisible = key ? 1 : 0;
-    for (int channel = 0; channel < 3; ++channel) { layer->invisible_colour[channel] = key ? (*key)[channel] : 0; }
+    for (size_t channel = 0; channel < 3; ++channel) { layer->invisible_colour[channel] = key ? (*key)[channel] : 0; }
     if (image == nullptr) { return true; }
     change_element(model, layer, CONTENT_IMAGES, image);
     for (const int slot : KEYED_SLOTS) {

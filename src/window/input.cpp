@@ -41,6 +41,8 @@ PointerProc pointer_listener = nullptr;
 
 // What the events of the listener go on from.
 struct PointerPast {
+    bool inside;    // the pointer has not left since the event before
+    uint32_t held;  // of that event
     int32_t x, y;
     int32_t button;     // pressed last
     int32_t clicks[4];  // by button: of its last press
@@ -71,7 +73,8 @@ void complete_button(const MouseRule& rule, PointerEvent* event) {
     if (rule.pressed != 0 || rule.double_click != 0) {
         event->kind = PointerKind::PRESS;
         pointer_past.button = rule.button;
-        pointer_past.clicks[rule.button] = rule.double_click != 0 ? 2 : 1;
+        const bool again = rule.double_click != 0 || (event->held & HELD_AGAIN) != 0;
+        pointer_past.clicks[rule.button] = again ? 2 : 1;
     } else {
         event->kind = PointerKind::RELEASE;
     }
@@ -94,7 +97,10 @@ void input_pointer(WindowHandle window, uint32_t message, std::uintptr_t wparam,
     if (gl_window_find(window) == nullptr) { return; }
     PointerEvent event{
         PointerKind::LEAVE, 0, pointer_past.x, pointer_past.y, static_cast<uint32_t>(wparam & 0xFFFFu), 0, 0};
-    if (message != MESSAGE_MOUSE_LEAVE) {
+    const PointerPast before = pointer_past;
+    pointer_past.inside = message != MESSAGE_MOUSE_LEAVE;
+    pointer_past.held = event.held;
+    if (pointer_past.inside) {
         event.x = pointer_past.x = low_half(lparam);
         event.y = pointer_past.y = high_half(static_cast<std::uintptr_t>(lparam));
     }
@@ -102,6 +108,9 @@ void input_pointer(WindowHandle window, uint32_t message, std::uintptr_t wparam,
         event.kind = PointerKind::WHEEL;
         event.wheel = high_half(wparam);
     } else if (message == MESSAGE_MOUSE_MOVE) {
+        // One system sends a move behind each release, without any.
+        const bool moved = before.x != event.x || before.y != event.y;
+        if (before.inside && !moved && before.held == event.held) { return; }
         complete_move(&event);
     } else if (message > MESSAGE_MOUSE_MOVE && message <= MESSAGE_MIDDLE_DOUBLE) {
         complete_button(MOUSE_RULES[message - MESSAGE_MOUSE_MOVE], &event);

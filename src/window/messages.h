@@ -46,7 +46,8 @@ enum HeldKeys : uint32_t {
     HELD_SHIFT = 0x04,
     HELD_CONTROL = 0x08,
     HELD_MIDDLE = 0x10,
-    HELD_ALT = 0x1000,  // each layer adds it
+    HELD_ALT = 0x1000,    // each layer adds it
+    HELD_AGAIN = 0x2000,  // no key: this press is the second of a double click, and the layer has no message for it
 };
 
 // The wparam of a wheel.

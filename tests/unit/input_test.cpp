@@ -203,8 +203,25 @@ TEST_F(ListenerTest, TwoButtonsKeepTheirNames) {
     EXPECT_EQ(mouse_events.back().button, 2);
     EXPECT_EQ(send(MESSAGE_MOUSE_MOVE, HELD_LEFT | HELD_RIGHT, 1, 1).button, 3);
     EXPECT_EQ(send(MESSAGE_RIGHT_UP, HELD_LEFT, 1, 1).button, 3);
-    EXPECT_EQ(send(MESSAGE_MOUSE_MOVE, HELD_LEFT, 1, 1).button, 1);
+    EXPECT_EQ(send(MESSAGE_MOUSE_MOVE, HELD_LEFT, 2, 1).button, 1);
     EXPECT_EQ(send(MESSAGE_MIDDLE_DOWN, HELD_LEFT | HELD_MIDDLE, 1, 1).button, 2);
+}
+
+// One system sends it behind each release.
+TEST_F(ListenerTest, AMoveThatGoesNowhereIsNone) {
+    send(MESSAGE_MOUSE_MOVE, 0, 5, 6);
+    send(MESSAGE_MOUSE_MOVE, 0, 5, 6);
+    EXPECT_EQ(heard.size(), 1u);
+    send(MESSAGE_MOUSE_LEAVE, 0, 0, 0);
+    send(MESSAGE_MOUSE_MOVE, 0, 5, 6);
+    EXPECT_EQ(heard.size(), 3u);
+}
+
+TEST_F(ListenerTest, APressCanSayThatItIsTheSecond) {
+    EXPECT_EQ(send(MESSAGE_LEFT_DOWN, HELD_LEFT, 5, 6).clicks, 1);
+    EXPECT_EQ(send(MESSAGE_LEFT_UP, 0, 5, 6).clicks, 1);
+    EXPECT_EQ(send(MESSAGE_LEFT_DOWN, HELD_LEFT | HELD_AGAIN, 5, 6).clicks, 2);
+    EXPECT_EQ(send(MESSAGE_LEFT_UP, 0, 5, 6).clicks, 2);
 }
 
 TEST_F(ListenerTest, TheDescribedRecordsStayWhatTheyAreAndTheWheelIsPassedOn) {

@@ -3,6 +3,7 @@
 // looked at here. The parent is followed through Tk and not by its messages: a script that runs because of a new size
 // may destroy the parent, and in the middle of Tk's own resizing that would pull the ground away below it.
 #include <cstdint>
+#include <cstdlib>
 
 #include "window/messages.h"
 #include "window/win32/native_win32.h"
@@ -131,6 +132,26 @@ void watch_leave(HWND handle, uint32_t message) {
     }
 }
 
+// The window class gets no messages of double clicks: intended. Who counts clicks is told by a bit of its own.
+uint32_t pressed_again(HWND handle, uint32_t message, LPARAM place) {
+    if (message != WM_LBUTTONDOWN && message != WM_RBUTTONDOWN && message != WM_MBUTTONDOWN) { return 0; }
+    static struct {
+        HWND handle;
+        uint32_t message;
+        LONG time;
+        int32_t x, y;
+    } last;
+    const LONG time = GetMessageTime();
+    const int32_t x = low_half(place);
+    const int32_t y = high_half(place);
+    const bool again = last.handle == handle && last.message == message &&
+                       static_cast<uint32_t>(time) - static_cast<uint32_t>(last.time) <= GetDoubleClickTime() &&
+                       2 * std::abs(x - last.x) <= GetSystemMetrics(SM_CXDOUBLECLK) &&
+                       2 * std::abs(y - last.y) <= GetSystemMetrics(SM_CYDOUBLECLK);
+    last = {again ? nullptr : handle, message, time, x, y};  // a third press is a first one
+    return again ? static_cast<uint32_t>(HELD_AGAIN) : 0u;
+}
+
 uint32_t alt_held() { return GetKeyState(VK_MENU) < 0 ? static_cast<uint32_t>(HELD_ALT) : 0u; }
 
 // Beside the message itself, whose place is one of the screen.
@@ -158,7 +179,7 @@ LRESULT CALLBACK win32_class_procedure(HWND handle, UINT message, WPARAM wparam,
     if (number == WM_MOUSEMOVE || number == WM_MOUSELEAVE) { watch_leave(handle, number); }
     if (number >= MESSAGE_MOUSE_MOVE && number <= MESSAGE_MIDDLE_DOUBLE) {
         keep_pointer(handle, number, wparam);
-        wparam |= alt_held();
+        wparam |= alt_held() | pressed_again(handle, number, lparam);
     }
     if (message == WM_MOUSEWHEEL || message == WM_MOUSEHWHEEL) { tell_wheel(handle, message, wparam, lparam); }
     const LRESULT result = window_procedure(win32_window(handle), message, wparam, lparam);
