@@ -41,8 +41,8 @@ PointerProc pointer_listener = nullptr;
 
 // What the events of the listener go on from.
 struct PointerPast {
-    bool inside;    // the pointer has not left since the event before
-    uint32_t held;  // of that event
+    bool inside;       // the pointer has not left since the event before
+    uint32_t buttons;  // that were held in it
     int32_t x, y;
     int32_t button;     // pressed last
     int32_t clicks[4];  // by button: of its last press
@@ -99,7 +99,7 @@ void input_pointer(WindowHandle window, uint32_t message, std::uintptr_t wparam,
         PointerKind::LEAVE, 0, pointer_past.x, pointer_past.y, static_cast<uint32_t>(wparam & 0xFFFFu), 0, 0};
     const PointerPast before = pointer_past;
     pointer_past.inside = message != MESSAGE_MOUSE_LEAVE;
-    pointer_past.held = event.held;
+    pointer_past.buttons = event.held & (HELD_LEFT | HELD_RIGHT | HELD_MIDDLE);
     if (pointer_past.inside) {
         event.x = pointer_past.x = low_half(lparam);
         event.y = pointer_past.y = high_half(static_cast<std::uintptr_t>(lparam));
@@ -110,7 +110,7 @@ void input_pointer(WindowHandle window, uint32_t message, std::uintptr_t wparam,
     } else if (message == MESSAGE_MOUSE_MOVE) {
         // One system sends a move behind each release, without any.
         const bool moved = before.x != event.x || before.y != event.y;
-        if (before.inside && !moved && before.held == event.held) { return; }
+        if (before.inside && !moved && before.buttons == pointer_past.buttons) { return; }
         complete_move(&event);
     } else if (message > MESSAGE_MOUSE_MOVE && message <= MESSAGE_MIDDLE_DOUBLE) {
         complete_button(MOUSE_RULES[message - MESSAGE_MOUSE_MOVE], &event);
