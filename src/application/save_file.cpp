@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "application/problem.h"
+#include "foundation/file_access.h"
 #include "foundation/file_replace.h"
 
 namespace pelt {
@@ -15,10 +16,27 @@ bool save_refuse(const char* kind, const std::string& text, const std::string& f
     return false;
 }
 
-bool save_target_is_good(const std::string& path) {
-    namespace fs = std::filesystem;
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path path_of(const std::string& name) { return {std::u8string(name.begin(), name.end())}; }
+
+}  // namespace
+
+bool save_same_file(const std::string& path, const std::string& other) {
+    if (path.empty() || other.empty()) { return false; }
+    if (path == other) { return true; }
+    const std::string file = file_resolve(path.c_str());
+    const std::string second = file_resolve(other.c_str());
     std::error_code error;
-    const fs::file_status status = fs::status(fs::path(std::u8string(path.begin(), path.end())), error);
+    return !file.empty() && !second.empty() &&
+           (file == second || fs::equivalent(path_of(file), path_of(second), error));
+}
+
+bool save_target_is_good(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path_of(path), error);
     if (!fs::exists(status) || fs::is_regular_file(status)) { return true; }
     return save_refuse(PROBLEM_FILE,
                        fs::is_directory(status) ? "cannot be written: it is a directory"

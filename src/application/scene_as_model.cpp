@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "application/application.h"
+#include "application/files_of_scene.h"
 #include "application/name_beside.h"
 #include "application/problem.h"
 #include "application/save_file.h"
@@ -288,6 +289,7 @@ bool scene_save_as_model(Application* app, const std::string& file, SaveDone* do
     for (const RootModel& root : list_elements<const RootModel>(session.root_models)) {
         if (!add_root(session, root.model, target, nearness, scene.get())) { return false; }
     }
+    if (!save_spares_scene(session, target)) { return false; }
     const ModelSave save = model_save_whole(scene.get(), scene->name);
     if (!save.refused.empty()) { return save_refuse(PROBLEM_STATE, save.refused); }
     done->path = target;

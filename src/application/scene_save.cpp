@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "application/application.h"
+#include "application/files_of_scene.h"
 #include "application/name_beside.h"
 #include "application/problem.h"
 #include "application/save_file.h"
@@ -38,17 +39,11 @@ std::vector<Model*> models_in_scene(Session* session) {
     return all;
 }
 
-bool is_same_file(const std::string& path, const std::string& other) {
-    if (path.empty() || other.empty()) { return false; }
-    const std::string file = file_resolve(path.c_str());
-    return path == other || (!file.empty() && file == file_resolve(other.c_str()));
-}
-
 // The model and all others that were read from its file.
 std::vector<Model*> copies_of(Session* session, Model* model) {
     std::vector<Model*> copies{model};
     for (Model* each : models_in_scene(session)) {
-        if (each != model && is_same_file(model_file(each), model_file(model))) { copies.push_back(each); }
+        if (each != model && save_same_file(model_file(each), model_file(model))) { copies.push_back(each); }
     }
     return copies;
 }
@@ -85,11 +80,11 @@ bool may_go_elsewhere(Session* session, const Model* model, const std::string& t
                            std::string(model->name) + " belongs to the file that the row of its scene list names");
     }
     for (const Model* each : models_in_scene(session)) {
-        if (each != model && is_same_file(model_file(each), target)) {
+        if (each != model && save_same_file(model_file(each), target)) {
             return save_refuse(PROBLEM_STATE, std::string("this is the file of the model ") + each->name, target);
         }
     }
-    return true;
+    return save_spares_scene(*session, target);
 }
 
 bool refuse_name(const std::string& of, const std::string& target) {
@@ -140,7 +135,7 @@ bool move_to(Model* model, const std::string& target) {
 bool lent_children_are_found(const Model* model) {
     for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
         const std::string named = model_directory(model) + link.name + MODEL_EXTENSION;
-        if (link.borrowed != 0 && !is_same_file(model_file(link.model), named)) {
+        if (link.borrowed != 0 && !save_same_file(model_file(link.model), named)) {
             return save_refuse(
                 PROBLEM_STATE,
                 std::string("child ") + link.name + ": the file that its line would name is not that of the model",
@@ -191,7 +186,7 @@ bool scene_save(Application* app, const SaveWish& wish, SaveDone* done) {
     if (target.empty()) {
         return save_refuse(PROBLEM_STATE, std::string(wish.model->name) + " has no file yet: name one");
     }
-    const bool moves = !is_same_file(own, target);
+    const bool moves = !save_same_file(own, target);
     const std::vector<Model*> models = moves ? std::vector<Model*>{wish.model} : copies_of(session, wish.model);
     if (!save_target_is_good(target) || !copies_agree(models)) { return false; }
     if (moves ? !may_go_elsewhere(session, wish.model, target) : !disk_allows(wish.model, wish.force)) { return false; }

@@ -1,8 +1,8 @@
 // The forms of "scene" that concern files.
 #include <cstring>
-#include <unordered_set>
 
 #include "application/application.h"
+#include "application/files_of_scene.h"
 #include "application/scene_load.h"
 #include "formats/animation.h"
 #include "foundation/file_access.h"
@@ -82,70 +82,17 @@ Tcl_Obj* reload_files(const SceneWords& words) {
     return scene_reload(application(), id, force, &result) ? load_result(result, true) : scene_refuse_load();
 }
 
-// ---- the files that the scene was made of ----
-
-class FileList {
-public:
-    // Each file once for each kind and model.
-    void add(const std::string& path, const char* kind, const std::string& model) {
-        if (path.empty() || !told_.insert(path + '\n' + kind + '\n' + model).second) { return; }
-        list_.add(ReplyList()
-                      .add("path", reply_text(path))
-                      .add("kind", reply_text(kind))
-                      .add("model", reply_text(model))
-                      .add("there", reply_flag(file_exists(path.c_str()) != 0))
-                      .value());
-    }
-
-    void add_images(const Model* model, const std::string& id) {
-        for (const Layer& layer : list_elements<Layer>(model->layers)) {
-            const LayerImage* image = layer_first_image(&layer);
-            for (int slot = 0; image != nullptr && slot < LAYER_IMAGE_SLOTS; ++slot) {
-                if (image->names[slot][0] != '\0') { add(model_directory(model) + image->names[slot], "image", id); }
-            }
-        }
-    }
-
-    void add_children(const Model* model, const std::string& id) {
-        for (const ChildLink& link : list_elements<ChildLink>(model->children)) {
-            if (link.borrowed) { continue; }
-            if (link.model == nullptr) {
-                add(model_directory(model) + link.name + ".mod", "child", id);
-                continue;
-            }
-            add(model_file(link.model), "child", id);
-            add_images(link.model, id);
-            add_children(link.model, id);
-        }
-    }
-
-    void add_clips(const AnimationClip& clip, const std::string& id) {
-        for (const char* path : {clip.name, clip.unread_path}) {
-            if (path != nullptr) { add(path, "clip", id); }
-        }
-        for (int32_t i = 0; i < clip.subclip_count; ++i) { add_clips(clip.subclips[i], id); }
-    }
-
-    Tcl_Obj* value() const { return list_.value(); }
-
-private:
-    ReplyList list_;
-    std::unordered_set<std::string> told_;
-};
-
 Tcl_Obj* list_files(const SceneWords&) {
-    const Session& session = application()->session;
-    FileList files;
-    if (session.animation_path != nullptr) { files.add(session.animation_path, "scene list", {}); }
-    for (const RootModel& root : list_elements<RootModel>(session.root_models)) {
-        const ModelState* state = list_at<const ModelState>(&session.model_states, root.model->state_index, 0);
-        const std::string id = std::to_string(state != nullptr ? state->id : 0);
-        files.add(model_file(root.model), "model", id);
-        files.add_images(root.model, id);
-        files.add_children(root.model, id);
-        if (root.animation != nullptr) { files.add_clips(root.animation->clip, id); }
+    ReplyList list;
+    for (const SceneFile& file : files_of_scene(application()->session)) {
+        list.add(ReplyList()
+                     .add("path", reply_text(file.path))
+                     .add("kind", reply_text(file.kind))
+                     .add("model", reply_text(file.model))
+                     .add("there", reply_flag(file_exists(file.path.c_str()) != 0))
+                     .value());
     }
-    return files.value();
+    return list.value();
 }
 
 Tcl_Obj* tell_problem(const SceneWords&) {
